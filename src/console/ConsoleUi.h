@@ -1,0 +1,56 @@
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "console/Terminal.h"
+#include "system/Ui.h"
+
+namespace slyver {
+
+struct ConsoleOptions {
+  bool yes = false;    ///< Answers every question with Yes.
+  bool quiet = false;  ///< Neither progress nor messages of success.
+};
+
+/// Talks to the user on standard error, one line a message. Questions are asked on the terminal;
+/// without one they are shown and answered with No, so that nobody wonders.
+class ConsoleUi final : public Ui {
+ public:
+  ConsoleUi(const Terminal& terminal, ConsoleOptions options);
+  ~ConsoleUi() override;
+
+  void Message(std::string_view text, Icon icon) override;
+  Answer Question(std::string_view text, Buttons buttons, Icon icon) override;
+  std::optional<std::filesystem::path> OpenFile(
+      std::string_view title, std::string_view filter,
+      const std::filesystem::path& initialFolder) override;
+  std::optional<std::filesystem::path> PickFolder() override;
+  std::optional<std::string> MaskedInputBox(std::string_view prompt) override;
+  void ShowProgressForm(std::string_view caption) override;
+  void SetProgress(const Progress& progress) override;
+  bool GoOn() override;
+  void EndProgram() override;
+
+  /// Says what the quiet mode has held back: in a failed job those messages are the reason.
+  void JobFailed();
+
+ private:
+  bool AnswerFromTerminal(std::string_view text);
+  void ClearProgressLine();
+
+  const Terminal& terminal_;
+  const ConsoleOptions options_;
+  std::string heldBack_;
+  std::optional<std::chrono::steady_clock::time_point> started_;
+  std::chrono::steady_clock::time_point drawn_;
+  bool lineShown_ = false;
+};
+
+/// A byte count for people: three digits at least and a unit of 1000 ("999 bytes", "1.45 MB").
+std::string ReadableBytes(double bytes);
+
+}  // namespace slyver

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace slyver {
+
+/// The terminal that the program was started from, and the signals that ask it to stop. While an
+/// object lives, Ctrl-C and its kin no longer end the process: whoever works asks StopSignal() now
+/// and then and cleans up. One object at most may exist, made before any thread.
+class Terminal {
+ public:
+  Terminal();
+  ~Terminal();
+  Terminal(const Terminal&) = delete;
+  Terminal& operator=(const Terminal&) = delete;
+
+  /// Whether someone can be asked: both standard input and standard error are a terminal.
+  bool CanAsk() const;
+
+  /// Whether standard error is a terminal, on which a line can be drawn anew.
+  bool ShowsErrors() const;
+
+  /// Reads a line from standard input, without its line end; with `echo` false it is not shown
+  /// while it is typed. Nothing at the end of the input. Throws Cancelled when a signal asks to
+  /// stop, and std::system_error when it cannot be read.
+  std::optional<std::string> ReadLine(bool echo) const;
+
+  /// The number of the signal that has asked the program to stop, 0 when none has.
+  int StopSignal() const;
+
+ private:
+  struct State;
+  std::unique_ptr<State> state_;
+};
+
+}  // namespace slyver

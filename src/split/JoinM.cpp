@@ -1,0 +1,171 @@
+#include "split/JoinM.h"
+
+#include <algorithm>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "split/FindFiles.h"
+#include "split/PieceName.h"
+#include "system/FileError.h"
+#include "system/PathText.h"
+#include "system/Registry.h"
+#include "system/StepProgress.h"
+#include "system/WorkFolders.h"
+
+namespace slyver {
+
+namespace {
+
+constexpr std::string_view scratchName = "temprrr";
+
+/// A piece that was found. The path is kept as text: a path object takes several times the memory,
+/// and there may be 32767.
+struct Piece {
+  int number = 0;
+  bool inSubfolder = false;
+  std::uint64_t length = 0;
+  std::string path;
+};
+
+/// All pieces of `origName` in `folder` and below, by number, and of each number those in the
+/// folder itself first.
+std::vector<Piece> FindPieces(const std::filesystem::path& folder, std::string_view origName,
+                              Ui& ui) {
+  std::vector<Piece> pieces;
+  (void)FindFilesAPI(folder, "*.sly", ui, [&](const std::filesystem::path& path) {
+    const int number = PieceNumberOf(PathText(path.filename()), origName);
+    // Copies that an interrupted join has left are not pieces.
+    if (number == 0 || path.parent_path().filename() == scratchName) return;
+    pieces.push_back({number, path.parent_path() != folder, 0, PathText(path)});
+  });
+  std::sort(pieces.begin(), pieces.end(), [](const Piece& a, const Piece& b) {
+    return std::tie(a.number, a.inSubfolder) < std::tie(b.number, b.inSubfolder);
+  });
+  return pieces;
+}
+
+/// Takes out the pieces in subfolders that the folder holds too.
+void DropShadowed(std::vector<Piece>& pieces) {
+  const auto shadowed = [](const Piece& kept, const Piece& next) {
+    return kept.number == next.number && !kept.inSubfolder && next.inSubfolder;
+  };
+  pieces.erase(std::unique(pieces.begin(), pieces.end(), shadowed), pieces.end());
+}
+
+/// Whether the numbers are 1 to n, each once. Says what is wrong.
+bool NumbersAreWhole(const std::vector<Piece>& pieces, const std::string& origName, Ui& ui) {
+  int expected = 1;
+  for (const Piece& piece : pieces) {
+    if (piece.number < expected) {
+      ui.Message(PieceNameOf(origName, piece.number) + " Is There More Than Once.", Icon::Critical);
+      return false;
+    }
+    if (piece.number > expected) break;
+    ++expected;
+  }
+  if (expected > 1 && expected > static_cast<int>(pieces.size())) return true;
+  ui.Message(PieceNameOf(origName, expected) + " Is Missing.", Icon::Critical);
+  return false;
+}
+
+/// Whether the sizes are those of one split: all alike but the last, which is not larger. If not,
+/// the user decides.
+bool SizesAreRight(const std::vector<Piece>& pieces, const std::string& origName, Ui& ui) {
+  const std::uint64_t common = pieces.front().length;
+  const auto odd = std::find_if(pieces.begin(), pieces.end(), [&](const Piece& piece) {
+    return &piece == &pieces.back() ? piece.length > common : piece.length != common;
+  });
+  return odd == pieces.end() ||
+         AskYesNo(ui, PieceNameOf(origName, odd->number) +
+                          " Does Not Have The Size Of The Other Pieces. Do You Want To Join "
+                          "Them All The Same?");
+}
+
+enum class Ending { Failed, Declined, Joined };
+
+/// The join up to its final message.
+Ending Join(const std::filesystem::path& folder, const std::string& origName,
+            const std::filesystem::path& target, Ui& ui,
+            std::optional<ScratchFolder>& scratch) {
+  const bool replace = NameIsTaken(target);
+  if (replace && !AskYesNo(ui, origName + " Already Exists. Do You Want To Replace It?"))
+    return Ending::Declined;
+
+  std::vector<Piece> pieces = FindPieces(folder, origName, ui);
+  DropShadowed(pieces);
+  if (!NumbersAreWhole(pieces, origName, ui)) return Ending::Failed;
+  std::uint64_t total = 0;
+  for (Piece& piece : pieces) total += piece.length = FileLength(PathFromText(piece.path));
+  if (!SizesAreRight(pieces, origName, ui)) return Ending::Declined;
+
+  scratch.emplace(folder / scratchName);
+  ui.ShowProgressForm("Joining Files");
+  const Output joined{target, total, pieces.size(), [&](std::size_t i) {
+                        return ByteRange{PathFromText(pieces[i].path), 0, pieces[i].length};
+                      }};
+  // The bar's steps grow with the index, so that it fills quickly when there are many pieces.
+  const Watch watch = StepProgress(ui, "PB1", 0, [](double value, std::size_t index) {
+    return value + static_cast<double>(index) * 5;
+  });
+  return JoinFolder(joined, replace, ui, watch) < 1 ? Ending::Failed : Ending::Joined;
+}
+
+void End(Ui& ui) {
+  DeleteFilePathValue();
+  ui.EndProgram();
+}
+
+}  // namespace
+
+std::int16_t JoinFolder(const Output& joined, bool overwrite, Ui& ui, const Watch& watch) {
+  if (!overwrite && NameIsTaken(joined.target)) {
+    ui.Message("'" + PathText(joined.target) + "' already exists, action canceled",
+               Icon::Critical);
+    return 0;
+  }
+  return ShowingErrors(ui, [&]() -> std::int16_t {
+    if (joined.rangeCount > std::size_t{std::numeric_limits<std::int16_t>::max()})
+      throw OverflowError();
+    WriteOutputs(1, [&](std::size_t) { return joined; }, joined.length,
+                 overwrite ? Existing::Replace : Existing::Keep, watch);
+    return static_cast<std::int16_t>(joined.rangeCount);
+  });
+}
+
+std::optional<std::filesystem::path> JoinPieces(const std::filesystem::path& FullPath, Ui& ui) {
+  const std::string PieceName = PathText(FullPath.filename());
+  const std::optional<std::string> OrigName = OrigNameOf(PieceName);
+  const std::filesystem::path target =
+      FullPath.parent_path() / PathFromText(OrigName.value_or(""));
+  std::optional<ScratchFolder> scratch;
+  Ending ending = Ending::Failed;
+  if (OrigName) {
+    ending = ShowingErrors(
+        ui, [&] { return Join(FullPath.parent_path(), *OrigName, target, ui, scratch); });
+  } else {
+    ui.Message(PieceName + " Is Not A Piece Of A Split File.", Icon::Critical);
+  }
+  if (ending == Ending::Failed) ui.Message("Unable To Join File.", Icon::Critical);
+  if (ending == Ending::Joined) ui.Message("File Joined.", Icon::Information);
+  scratch.reset();
+  End(ui);
+  return ending == Ending::Joined ? std::optional(target) : std::nullopt;
+}
+
+std::optional<std::filesystem::path> JoinFile(Ui& ui) {
+  if (!AskYesNo(ui,
+                "Please Make Sure All The Sly Files Are In The Same Folder. Are They In The Same "
+                "Folder?") &&
+      AskYesNo(ui, "Do You Want To Exit?")) {
+    End(ui);
+    return std::nullopt;
+  }
+  const std::optional<std::filesystem::path> FullPath =
+      ui.OpenFile("Select File To Join.", "Sly File (*.Sly)|*.Sly;|", HomeFolder());
+  if (FullPath) return JoinPieces(*FullPath, ui);
+  if (AskYesNo(ui, "No File Selected. Do You Want To Exit?")) End(ui);
+  return std::nullopt;
+}
+
+}  // namespace slyver

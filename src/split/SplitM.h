@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+#include "system/Ui.h"
+
+namespace slyver {
+
+/// The length in bytes of the directory at the end of a carrier, and so of the pieces that the
+/// cutting variants below take off an end.
+inline constexpr std::uint64_t directoryLength = 2500;
+
+/// What SplitFile is to cut; the split itself leaves all switches off.
+struct SplitOptions {
+  std::filesystem::path outputFolder;  ///< Its last level is made if need be.
+  bool TwoPieceMode = false;     ///< Piece 2 is SecondPieceSize long, and the last.
+  bool SkipThenRange = false;    ///< Skips one piece size, writes SecondPieceSize bytes, stops.
+  bool SkipThenTrailer = false;  ///< As SkipThenRange, with 2500 bytes.
+  std::uint64_t SecondPieceSize = 0;  ///< In bytes.
+  std::string NumberMask;             ///< The zeros that an earlier call returned.
+  /// Pieces of a recovery are named name + "." + number, filled with zeros to the length of
+  /// NumberMask; those of a split are named by PieceNameOf().
+  bool forRecovery = false;
+};
+
+struct SplitResult {
+  std::int16_t pieces = 0;  ///< The number of pieces, 2 to 32767; 0 when refused or failed.
+  std::string NumberMask;   ///< options.NumberMask and one more "0" for each digit of the number.
+};
+
+/// Cuts `source` into pieces of `pieceSize` bytes (1 or more), the last one holding the rest: piece
+/// i, counted from 1, holds the bytes from (i - 1) * pieceSize on. A piece replaces a file of its
+/// name.
+///
+/// A file not longer than a piece is refused with "Chunk Size Bigger Than File Size.", one that
+/// would give more than 32767 pieces with "Overflow". Any other failure is shown by its own
+/// description. In all these cases the result is 0 pieces; pieces that were complete before a
+/// failure stay. Piece 1 is written last: where it stands, the split is whole. Throws Cancelled
+/// when the user stops it; then no piece stays.
+SplitResult SplitFile(const std::filesystem::path& source, std::uint64_t pieceSize,
+                      const SplitOptions& options, Ui& ui);
+
+struct ChunkOptions {
+  std::filesystem::path folder;  ///< Where the chunks go; its last level is made if need be.
+  bool SmallTailChunks = false;  ///< Every chunk from chunk 2 on is 2500 bytes long.
+};
+
+struct ChunkResult {
+  std::int16_t chunks = 0;  ///< length / chunkSize, rounded up; 0 when refused or failed.
+  std::string NumberMask;   ///< One "0" for each digit of that number.
+};
+
+/// Cuts `source` into chunk files of at most `chunkSize` bytes (1 or more) named "1." + number +
+/// ".ini", the number filled with zeros to the length of NumberMask. With SmallTailChunks the bytes
+/// may come to an end before the chunks do; then no file is written for the rest of them.
+///
+/// A source not longer than a chunk is refused with a message; failures are shown and throw as
+/// SplitFile's do.
+ChunkResult ChunkToTemp(const std::filesystem::path& source, std::uint64_t chunkSize,
+                        const ChunkOptions& options, Ui& ui);
+
+}  // namespace slyver

@@ -1,0 +1,258 @@
+#include "system/Files.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <exception>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <numeric>
+#include <optional>
+#include <thread>
+#include <vector>
+
+#include "system/FileError.h"
+#include "system/SourceFile.h"
+
+namespace slyver {
+
+namespace {
+
+constexpr std::size_t bufferSize = std::size_t{128} * 1024;
+constexpr std::uint64_t sliceLength = std::uint64_t{4} * 1024 * 1024;
+constexpr std::uint64_t worthASecondThread = std::uint64_t{1} * 1024 * 1024;
+constexpr std::chrono::milliseconds watchInterval{50};
+
+/// A file on its way, shared by the threads that write slices of it.
+struct Pending {
+  Pending(Output what, std::size_t itsNumber, Existing existing)
+      : output(std::move(what)),
+        number(itsNumber),
+        file(output.target, output.length, existing),
+        bytesLeft(output.length) {}
+
+  Output output;
+  std::size_t number;
+  TargetFile file;
+  std::atomic<std::uint64_t> bytesLeft;
+};
+
+/// What a thread copies at a time: a part of one range.
+struct Slice {
+  std::shared_ptr<Pending> pending;
+  std::shared_ptr<const SourceFile> source;
+  std::uint64_t sourceOffset = 0;
+  std::uint64_t targetOffset = 0;
+  std::uint64_t length = 0;
+};
+
+/// One call of WriteOutputs: hands out the slices in order and takes the files over as they become
+/// complete.
+class Copy {
+ public:
+  Copy(std::size_t count, const std::function<Output(std::size_t)>& output,
+       std::uint64_t bytesTotal, Existing existing)
+      : count_(count), output_(output), bytesTotal_(bytesTotal), existing_(existing) {}
+
+  void Run(const Watch& watch) {
+    {
+      const unsigned threadCount = bytesTotal_ < worthASecondThread ? 1 : 2;
+      running_ = threadCount;
+      std::vector<std::jthread> threads;
+      for (unsigned i = 0; i < threadCount; ++i) threads.emplace_back([this] { Work(); });
+      WatchOver(watch);
+    }
+    if (failure_) std::rethrow_exception(failure_);
+    if (cancelled_) {
+      RemoveWritten();
+      throw Cancelled{};
+    }
+    if (last_) last_->file.Commit();
+  }
+
+ private:
+  /// Tells `watch` of the progress until the threads are done.
+  void WatchOver(const Watch& watch) {
+    std::unique_lock lock(mutex_);
+    while (true) {
+      const bool done = finished_.wait_for(lock, watchInterval, [this] { return running_ == 0; });
+      const CopyProgress progress{rangesStarted_, bytesDone_, bytesTotal_};
+      lock.unlock();
+      bool goOn = true;
+      try {
+        goOn = stop_ || watch(progress);
+      } catch (...) {
+        Stop(std::current_exception());
+      }
+      lock.lock();
+      if (!goOn) stop_ = cancelled_ = true;
+      if (done) return;
+    }
+  }
+
+  void Work() {
+    try {
+      std::vector<char> buffer(bufferSize);
+      while (std::optional<Slice> slice = Next()) {
+        CopySlice(*slice, buffer);
+        Finish(std::move(*slice));
+      }
+    } catch (...) {
+      Stop(std::current_exception());
+    }
+    const std::lock_guard lock(mutex_);
+    --running_;
+    finished_.notify_one();
+  }
+
+  void Stop(std::exception_ptr failure) {
+    const std::lock_guard lock(mutex_);
+    stop_ = true;
+    if (!failure_) failure_ = std::move(failure);
+  }
+
+  void CopySlice(const Slice& slice, std::vector<char>& buffer) {
+    for (std::uint64_t done = 0; done < slice.length && !stop_;) {
+      const std::span part(
+          buffer.data(),
+          static_cast<std::size_t>(std::min<std::uint64_t>(buffer.size(), slice.length - done)));
+      slice.source->Read(slice.sourceOffset + done, part);
+      slice.pending->file.Write(slice.targetOffset + done, part);
+      done += part.size();
+      bytesDone_ += part.size();
+    }
+  }
+
+  /// Gives the file its name when the slice was its last.
+  void Finish(Slice slice) {
+    if (stop_) return;
+    slice.source->ThrowIfChanged();
+    if (slice.pending->bytesLeft.fetch_sub(slice.length) == slice.length) Complete(slice.pending);
+  }
+
+  void Complete(const std::shared_ptr<Pending>& pending) {
+    const bool isLast = pending->number + 1 == count_;
+    if (!isLast) pending->file.Commit();
+    const std::lock_guard lock(mutex_);
+    if (isLast)
+      last_ = pending;
+    else
+      written_.push_back(pending->number);
+  }
+
+  /// The next slice, or none when all are handed out or the work is to stop.
+  std::optional<Slice> Next() {
+    const std::lock_guard lock(nextMutex_);
+    while (!stop_) {
+      if (range_ && rangeDone_ < range_->length) return TakeSlice();
+      if (pending_ && nextRange_ < pending_->output.rangeCount) {
+        range_ = pending_->output.range(nextRange_++);
+        rangeDone_ = 0;
+        source_ = OpenSource(range_->path);
+        if (range_->length > source_->Length() ||
+            range_->offset > source_->Length() - range_->length)
+          throw FileError(range_->path, "The file is too short");
+        ++rangesStarted_;
+      } else {
+        if (nextOutput_ == count_) return std::nullopt;
+        pending_ = std::make_shared<Pending>(output_(nextOutput_), nextOutput_, existing_);
+        ++nextOutput_;
+        nextRange_ = 0;
+        targetDone_ = 0;
+        range_.reset();
+        if (pending_->output.length == 0) Complete(pending_);
+      }
+    }
+    return std::nullopt;
+  }
+
+  Slice TakeSlice() {
+    Slice slice{pending_, source_, range_->offset + rangeDone_, targetDone_,
+                std::min(sliceLength, range_->length - rangeDone_)};
+    rangeDone_ += slice.length;
+    targetDone_ += slice.length;
+    return slice;
+  }
+
+  /// Consecutive ranges of one file read from one opening of it, so that a file put in its place
+  /// meanwhile cannot mix in.
+  std::shared_ptr<const SourceFile> OpenSource(const std::filesystem::path& path) const {
+    if (source_ && source_->Path() == path) return source_;
+    return std::make_shared<SourceFile>(path);
+  }
+
+  void RemoveWritten() const {
+    for (const std::size_t number : written_) {
+      std::error_code ignored;
+      std::filesystem::remove(output_(number).target, ignored);
+    }
+  }
+
+  const std::size_t count_;
+  const std::function<Output(std::size_t)>& output_;
+  const std::uint64_t bytesTotal_;
+  const Existing existing_;
+
+  std::mutex nextMutex_;  ///< Guards what Next() keeps:
+  std::size_t nextOutput_ = 0;
+  std::shared_ptr<Pending> pending_;
+  std::size_t nextRange_ = 0;
+  std::optional<ByteRange> range_;
+  std::uint64_t rangeDone_ = 0;
+  std::uint64_t targetDone_ = 0;
+  std::shared_ptr<const SourceFile> source_;
+
+  std::atomic<bool> stop_ = false;
+  std::atomic<std::size_t> rangesStarted_ = 0;
+  std::atomic<std::uint64_t> bytesDone_ = 0;
+
+  std::mutex mutex_;  ///< Guards all that follows.
+  std::condition_variable finished_;
+  unsigned running_ = 0;
+  std::exception_ptr failure_;
+  bool cancelled_ = false;
+  std::vector<std::size_t> written_;
+  std::shared_ptr<Pending> last_;
+};
+
+}  // namespace
+
+void WriteOutputs(std::size_t count, const std::function<Output(std::size_t)>& output,
+                  std::uint64_t bytesTotal, Existing existing, const Watch& watch) {
+  Copy(count, output, bytesTotal, existing).Run(watch);
+}
+
+void Concatenate(std::span<const ByteRange> ranges, const std::filesystem::path& target,
+                 Existing existing, const Watch& watch) {
+  const std::uint64_t length =
+      std::accumulate(ranges.begin(), ranges.end(), std::uint64_t{0},
+                      [](std::uint64_t sum, const ByteRange& r) { return sum + r.length; });
+  const auto output = [&](std::size_t) {
+    return Output{target, length, ranges.size(), [&](std::size_t i) { return ranges[i]; }};
+  };
+  WriteOutputs(1, output, length, existing, watch);
+}
+
+std::uint64_t FileLength(const std::filesystem::path& path) { return SourceFile(path).Length(); }
+
+std::string ReadSmallFile(const std::filesystem::path& path) {
+  const SourceFile file(path);
+  std::string bytes(static_cast<std::size_t>(file.Length()), '\0');
+  file.Read(0, bytes);
+  return bytes;
+}
+
+void WriteSmallFile(const std::filesystem::path& path, std::string_view bytes) {
+  TargetFile file(path, bytes.size(), Existing::Replace);
+  file.Write(0, bytes);
+  file.Commit();
+}
+
+bool NameIsTaken(const std::filesystem::path& path) {
+  std::error_code ignored;
+  return std::filesystem::exists(std::filesystem::symlink_status(path, ignored));
+}
+
+}  // namespace slyver

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "system/TargetFile.h"
+
+namespace slyver {
+
+/// A run of bytes of one file: `length` bytes from `offset`, both in bytes, offsets from 0.
+struct ByteRange {
+  std::filesystem::path path;
+  std::uint64_t offset = 0;
+  std::uint64_t length = 0;
+};
+
+/// One file to be written: its bytes are those of `rangeCount` ranges, in order. The ranges are
+/// asked for one by one, so that a job of 32767 of them keeps no list of paths.
+struct Output {
+  std::filesystem::path target;
+  std::uint64_t length = 0;  ///< The sum of the ranges' lengths, in bytes.
+  std::size_t rangeCount = 0;
+  std::function<ByteRange(std::size_t)> range;  ///< Range number 0 to rangeCount - 1.
+};
+
+/// How far a copy has come.
+struct CopyProgress {
+  std::size_t rangesStarted = 0;
+  std::uint64_t bytesDone = 0;
+  std::uint64_t bytesTotal = 0;
+};
+
+/// Told of the progress about twenty times a second and at the end, on the calling thread.
+/// Returns false to stop the copy; what it throws stops the copy too and reaches the caller.
+using Watch = std::function<bool(const CopyProgress&)>;
+
+/// Writes `count` files. `output` gives file number 0 to count - 1 and is called once for each;
+/// `bytesTotal` is the sum of their lengths.
+///
+/// Each file gets its name when it is complete, and the last one only after all the others have
+/// theirs: where the last one stands, all stand. Two threads at most copy at a time, each with a
+/// small buffer, since one reads while the other writes; memory does not grow with the sizes.
+///
+/// Throws FileError when a file cannot be read or written or when a source changes meanwhile; the
+/// files that were complete by then stay. Throws Cancelled when `watch` returns false; then none
+/// of the files stays.
+void WriteOutputs(std::size_t count, const std::function<Output(std::size_t)>& output,
+                  std::uint64_t bytesTotal, Existing existing, const Watch& watch);
+
+/// Writes the ranges, in order, into the new file `target`, as WriteOutputs does.
+void Concatenate(std::span<const ByteRange> ranges, const std::filesystem::path& target,
+                 Existing existing, const Watch& watch);
+
+/// The length of the regular file `path` in bytes. Throws FileError.
+std::uint64_t FileLength(const std::filesystem::path& path);
+
+/// The bytes of the file `path`, for files that are small by nature. Throws FileError when it
+/// cannot be read.
+std::string ReadSmallFile(const std::filesystem::path& path);
+
+/// Writes `bytes` as the file `path`, replacing a file of that name only when all are written.
+/// Throws FileError.
+void WriteSmallFile(const std::filesystem::path& path, std::string_view bytes);
+
+/// Whether something bears the name `path`, be it a link that leads nowhere.
+bool NameIsTaken(const std::filesystem::path& path);
+
+}  // namespace slyver

@@ -1,0 +1,69 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "system/FileError.h"
+#include "system/SourceFile.h"
+
+namespace slyver {
+
+namespace {
+
+[[noreturn]] void Fail(const std::filesystem::path& path) {
+  throw FileError(path, std::error_code(errno, std::generic_category()));
+}
+
+}  // namespace
+
+struct SourceFile::State {
+  std::filesystem::path path;
+  int descriptor = -1;
+  struct stat opened = {};
+
+  ~State() {
+    if (descriptor >= 0) close(descriptor);
+  }
+};
+
+SourceFile::SourceFile(const std::filesystem::path& path) : state_(std::make_unique<State>()) {
+  state_->path = path;
+  // Without O_NONBLOCK the opening of a pipe would wait for a writer.
+  state_->descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (state_->descriptor < 0 || fstat(state_->descriptor, &state_->opened) != 0) Fail(path);
+  if (S_ISDIR(state_->opened.st_mode))
+    throw FileError(path, std::make_error_code(std::errc::is_a_directory));
+  if (!S_ISREG(state_->opened.st_mode)) throw FileError(path, "Not a regular file");
+}
+
+SourceFile::~SourceFile() = default;
+
+const std::filesystem::path& SourceFile::Path() const { return state_->path; }
+
+std::uint64_t SourceFile::Length() const {
+  return static_cast<std::uint64_t>(state_->opened.st_size);
+}
+
+void SourceFile::Read(std::uint64_t offset, std::span<char> buffer) const {
+  while (!buffer.empty()) {
+    const ssize_t count =
+        pread(state_->descriptor, buffer.data(), buffer.size(), static_cast<off_t>(offset));
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) Fail(state_->path);
+    if (count == 0) throw FileError(state_->path, "The file ends too early");
+    offset += static_cast<std::uint64_t>(count);
+    buffer = buffer.subspan(static_cast<std::size_t>(count));
+  }
+}
+
+void SourceFile::ThrowIfChanged() const {
+  struct stat now = {};
+  if (fstat(state_->descriptor, &now) != 0) Fail(state_->path);
+  const struct stat& then = state_->opened;
+  if (now.st_size != then.st_size || now.st_mtim.tv_sec != then.st_mtim.tv_sec ||
+      now.st_mtim.tv_nsec != then.st_mtim.tv_nsec)
+    throw FileError(state_->path, "The file was changed while it was being read");
+}
+
+}  // namespace slyver

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <span>
+
+namespace slyver {
+
+/// What becomes of a file that already has the target's name.
+enum class Existing { Keep, Replace };
+
+/// The name, in the target's folder, under which a target is written until it is complete. It
+/// depends on the target's name alone, so that a later run finds and removes what a killed one has
+/// left, and it is short whatever the length of that name.
+std::filesystem::path TemporaryPath(const std::filesystem::path& target);
+
+/// A new file that gets its name only when it is complete.
+///
+/// It is written under TemporaryPath() and locked, so that a second program writing the same
+/// target is told so and cannot mix its bytes in. Until Commit() the target's name is untouched;
+/// an object that is destroyed without Commit() leaves nothing behind.
+class TargetFile {
+ public:
+  /// Starts a file of `length` bytes and reserves the space for it where the file system can.
+  /// Throws FileError, naming `target`, when the folder cannot be written, the disk has no room,
+  /// `target` is a folder or a device, `target` exists and `existing` is Keep, or another program
+  /// is writing it.
+  TargetFile(std::filesystem::path target, std::uint64_t length, Existing existing);
+  ~TargetFile();
+  TargetFile(const TargetFile&) = delete;
+  TargetFile& operator=(const TargetFile&) = delete;
+
+  /// Writes all of `bytes` at `offset` (bytes, from 0); may be called from several threads at
+  /// once. Throws FileError.
+  void Write(std::uint64_t offset, std::span<const char> bytes);
+
+  /// Gives the file its name. A file that is replaced is gone only after the new bytes are on the
+  /// disk. Throws FileError; then the target's name is as it was before.
+  void Commit();
+
+ private:
+  struct State;
+  std::unique_ptr<State> state_;
+};
+
+}  // namespace slyver

@@ -1,0 +1,84 @@
+#pragma once
+
+#include <cstdint>
+#include <exception>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace slyver {
+
+enum class Icon { None, Information, Critical };
+enum class Buttons { YesNo, OkCancel };
+enum class Answer { Yes, No, Ok, Cancel };
+
+/// The state of a progress bar.
+struct Progress {
+  std::string_view bar;          ///< The bar's name: "pb" of the split form, "PB1" of the join form.
+  double value = 0;              ///< 0 to 100, in the steps that the job is described in.
+  std::uint64_t bytesDone = 0;   ///< What lies between the steps; both are 0 where no
+  std::uint64_t bytesTotal = 0;  ///< bytes are being copied.
+};
+
+/// All that the engine has to say and to ask. The engine never draws and never asks on its own, so
+/// that the desktop, the terminal and the tests can each answer in their way. Every message box has
+/// the title "Slyver". All text is UTF-8.
+class Ui {
+ public:
+  Ui() = default;
+  virtual ~Ui() = default;
+  Ui(const Ui&) = delete;
+  Ui& operator=(const Ui&) = delete;
+
+  /// Shows a text with an OK button.
+  virtual void Message(std::string_view text, Icon icon) = 0;
+
+  /// Asks a question; the answer is one of `buttons`.
+  virtual Answer Question(std::string_view text, Buttons buttons, Icon icon) = 0;
+
+  /// Lets the user choose an existing file. `filter` is "description|pattern;|" or empty for all
+  /// files. Returns its full path, or nothing when the user has chosen none.
+  virtual std::optional<std::filesystem::path> OpenFile(
+      std::string_view title, std::string_view filter,
+      const std::filesystem::path& initialFolder) = 0;
+
+  /// Lets the user choose a folder. Returns its full path, or nothing.
+  virtual std::optional<std::filesystem::path> PickFolder() = 0;
+
+  /// Asks for one line that is not shown while it is typed. Nothing when the user has cancelled.
+  virtual std::optional<std::string> MaskedInputBox(std::string_view prompt) = 0;
+
+  /// Opens the progress form under `caption` ("Joining Files", "Recovering Files").
+  virtual void ShowProgressForm(std::string_view caption) = 0;
+
+  /// Sets a progress bar.
+  virtual void SetProgress(const Progress& progress) = 0;
+
+  /// Lets pending events run. Jobs call it between units of work; false asks them to stop and to
+  /// clean up.
+  virtual bool GoOn() = 0;
+
+  /// Asks for the end of the program. It returns: the job leaves in its ordinary way, and the
+  /// program ends when it has.
+  virtual void EndProgram() = 0;
+};
+
+/// Shows a yes-or-no question without an icon; true for Yes.
+inline bool AskYesNo(Ui& ui, std::string_view text) {
+  return ui.Question(text, Buttons::YesNo, Icon::None) == Answer::Yes;
+}
+
+/// What `work` returns. When it throws an error, the error's own description is shown with the
+/// critical icon and an empty result returned. Cancelled passes through.
+template <typename Work>
+auto ShowingErrors(Ui& ui, const Work& work) -> decltype(work()) {
+  try {
+    return work();
+  } catch (const std::exception& error) {
+    ui.Message(error.what(), Icon::Critical);
+    return {};
+  }
+}
+
+}  // namespace slyver

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <filesystem>
+
+namespace slyver {
+
+/// Whether `path` is a folder, or a link to one. A path that cannot be looked at is none.
+bool FolderExists(const std::filesystem::path& path);
+
+/// Removes the folder `path` with all its contents, read-only ones included. Links are removed
+/// themselves and never followed. Throws FileError when something stays; a folder that is not there
+/// is no failure.
+void RemoveFolder(const std::filesystem::path& path);
+
+/// Makes an empty folder `path`; one of that name, or a link to one, is removed first as
+/// RemoveFolder does. Throws FileError, also when a file bears the name.
+void MakeFreshFolder(const std::filesystem::path& path);
+
+/// Makes every folder of `path` that is followed by a separator, so the last one only when the path
+/// ends in one. Returns false when one could not be made.
+bool MakeSureDirectoryPathExists(const std::filesystem::path& path);
+
+/// `path` with a separator at its end.
+std::filesystem::path WithSeparator(std::filesystem::path path);
+
+/// A folder that a job works in: made afresh, removed at the end of the object's life whatever
+/// happens; a failure to remove it goes unnoticed.
+class ScratchFolder {
+ public:
+  /// Throws FileError when the folder cannot be made.
+  explicit ScratchFolder(std::filesystem::path path);
+  ~ScratchFolder();
+  ScratchFolder(const ScratchFolder&) = delete;
+  ScratchFolder& operator=(const ScratchFolder&) = delete;
+
+  const std::filesystem::path& Path() const { return path_; }
+
+ private:
+  std::filesystem::path path_;
+};
+
+/// The folder for temporary files that only this user may enter. On Linux "slyver" in
+/// $XDG_RUNTIME_DIR, else "slyver-" and the user's number in the folder for temporary files. It is
+/// made if need be. Throws FileError when it cannot be made, is no folder of the user's own, or is
+/// open to others and cannot be closed to them.
+std::filesystem::path PrivateFolder();
+
+/// The user's folder for the program's settings; it may not exist yet. On Linux "slyver" in
+/// $XDG_CONFIG_HOME, else in ".config" of the home folder.
+std::filesystem::path ConfigurationFolder();
+
+/// Where file dialogs start: the user's home folder.
+std::filesystem::path HomeFolder();
+
+}  // namespace slyver

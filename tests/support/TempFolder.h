@@ -1,0 +1,75 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "system/PathText.h"
+
+namespace slyver {
+
+/// A test with a folder of its own, removed at the end, and settings and private folders in it.
+class TempFolderTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    std::string pattern = (std::filesystem::temp_directory_path() / "slyver-test-XXXXXX").string();
+    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+    root_ = pattern;
+    folder = root_ / "work";
+    std::filesystem::create_directory(folder);
+    std::filesystem::create_directory(root_ / "run");
+    setenv("XDG_CONFIG_HOME", (root_ / "config").c_str(), 1);
+    setenv("XDG_RUNTIME_DIR", (root_ / "run").c_str(), 1);
+    setenv("HOME", root_.c_str(), 1);
+  }
+  void TearDown() override {
+    std::error_code ignored;
+    std::filesystem::remove_all(root_, ignored);
+  }
+
+  /// The names of all that lies in `where`.
+  static std::set<std::string> Names(const std::filesystem::path& where) {
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(where))
+      names.insert(PathText(entry.path().filename()));
+    return names;
+  }
+  std::set<std::string> Names() const { return Names(folder); }
+
+  std::filesystem::path folder;
+
+ private:
+  std::filesystem::path root_;
+};
+
+inline void WriteFile(const std::filesystem::path& path, std::string_view bytes) {
+  std::ofstream(path, std::ios::binary).write(bytes.data(), std::ssize(bytes));
+}
+
+inline std::string ReadFile(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  EXPECT_TRUE(file.is_open()) << path;
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// `length` bytes without a period that a piece size could hide, the same on every call.
+inline std::string SomeBytes(std::size_t length) {
+  std::string bytes(length, '\0');
+  std::uint64_t state = 0x9E3779B97F4A7C15U;
+  for (char& byte : bytes) {
+    state ^= state << 13U;
+    state ^= state >> 7U;
+    state ^= state << 17U;
+    byte = static_cast<char>(state);
+  }
+  return bytes;
+}
+
+}  // namespace slyver
