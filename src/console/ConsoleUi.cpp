@@ -1,6 +1,7 @@
 #include "console/ConsoleUi.h"
 
 #include <array>
+#include <cmath>
 #include <cstdio>
 #include <iostream>
 
@@ -19,7 +20,7 @@ std::string Formatted(const char* format, double number, const char* unit) {
 
 /// Hours, minutes and seconds as "1:02:03", or "2:03" below an hour.
 std::string ReadableSeconds(double seconds) {
-  const auto total = static_cast<unsigned long>(seconds + 0.5);
+  const auto total = static_cast<unsigned long>(std::lround(seconds));
   std::array<char, 32> text = {};
   const unsigned long hours = total / 3600;
   (void)(hours > 0 ? std::snprintf(text.data(), text.size(), "%lu:%02lu:%02lu", hours,
@@ -46,14 +47,18 @@ std::string ReadableBytes(double bytes) {
   static constexpr std::array<const char*, 6> units = {" kB", " MB", " GB", " TB", " PB", " EB"};
   std::size_t unit = 0;
   for (bytes /= 1000; bytes >= 999.5 && unit + 1 < units.size(); ++unit) bytes /= 1000;
-  return Formatted(bytes < 9.995 ? "%.2f%s" : bytes < 99.95 ? "%.1f%s" : "%.0f%s", bytes,
-                   units.at(unit));
+  return Formatted(bytes < 9.995   ? "%.2f%s"
+                   : bytes < 99.95 ? "%.1f%s"
+                                   : "%.0f%s",
+                   bytes, units.at(unit));
 }
 
 ConsoleUi::ConsoleUi(const Terminal& terminal, ConsoleOptions options)
     : terminal_(terminal), options_(options) {}
 
-ConsoleUi::~ConsoleUi() { ClearProgressLine(); }
+ConsoleUi::~ConsoleUi() {
+  ClearProgressLine();
+}
 
 void ConsoleUi::Message(std::string_view text, Icon icon) {
   ClearProgressLine();
@@ -68,7 +73,7 @@ Answer ConsoleUi::Question(std::string_view text, Buttons buttons, Icon /*icon*/
   bool yes = options_.yes;
   if (options_.yes) {
     if (!options_.quiet) std::cerr << text << " Yes (--yes)" << std::endl;
-  } else if (terminal_.CanAsk()) {
+  } else if (Terminal::CanAsk()) {
     yes = AnswerFromTerminal(text);
   } else {
     std::cerr << text << " No (nobody is at the terminal; --yes answers Yes)" << std::endl;
@@ -97,11 +102,13 @@ std::optional<std::filesystem::path> ConsoleUi::OpenFile(
   return std::nullopt;
 }
 
-std::optional<std::filesystem::path> ConsoleUi::PickFolder() { return std::nullopt; }
+std::optional<std::filesystem::path> ConsoleUi::PickFolder() {
+  return std::nullopt;
+}
 
 std::optional<std::string> ConsoleUi::MaskedInputBox(std::string_view prompt) {
   ClearProgressLine();
-  if (!terminal_.CanAsk()) return std::nullopt;
+  if (!Terminal::CanAsk()) return std::nullopt;
   std::cerr << prompt << " " << std::flush;
   return terminal_.ReadLine(false);
 }
@@ -109,7 +116,7 @@ std::optional<std::string> ConsoleUi::MaskedInputBox(std::string_view prompt) {
 void ConsoleUi::ShowProgressForm(std::string_view /*caption*/) {}
 
 void ConsoleUi::SetProgress(const Progress& progress) {
-  if (options_.quiet || !terminal_.ShowsErrors()) return;
+  if (options_.quiet || !Terminal::ShowsErrors()) return;
   const Clock::time_point now = Clock::now();
   if (!started_) started_ = now;
   if (progress.bytesTotal == 0 || now - drawn_ < drawInterval) return;
@@ -120,7 +127,9 @@ void ConsoleUi::SetProgress(const Progress& progress) {
   std::cerr << "\r" << ProgressLine(progress, seconds) << "\033[K" << std::flush;
 }
 
-bool ConsoleUi::GoOn() { return terminal_.StopSignal() == 0; }
+bool ConsoleUi::GoOn() {
+  return terminal_.StopSignal() == 0;
+}
 
 // The program ends when the job returns.
 void ConsoleUi::EndProgram() {}

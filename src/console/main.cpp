@@ -1,5 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <cstdint>
+#include <cstdio>
+#include <exception>
 #include <filesystem>
 #include <functional>
 #include <iostream>
@@ -42,7 +44,9 @@ struct Arguments {
 };
 
 /// The name that the user typed, whatever the folder the program was started in.
-fs::path FullPathOf(const std::string& typed) { return fs::absolute(PathFromText(typed)); }
+fs::path FullPathOf(const std::string& typed) {
+  return fs::absolute(PathFromText(typed));
+}
 
 /// Puts what --size and --count say where the form would hold it. Throws FileError when the file
 /// cannot be looked at.
@@ -101,9 +105,10 @@ void AddSplit(CLI::App& app, Arguments& arguments) {
   const auto parseSize = [&arguments](const std::string& text) {
     const std::optional<std::uint64_t> bytes = ParseByteCount(text);
     if (!bytes)
-      throw CLI::ValidationError(
-          "--size", "\"" + text + "\" is not a size; give whole bytes or a unit, as in 1450000, "
-                    "1.44MB or 64KiB");
+      throw CLI::ValidationError("--size",
+                                 "\"" + text +
+                                     "\" is not a size; give whole bytes or a unit, as in 1450000, "
+                                     "1.44MB or 64KiB");
     arguments.size = *bytes;
   };
   CLI::Option* const size =
@@ -115,24 +120,22 @@ void AddSplit(CLI::App& app, Arguments& arguments) {
       ->type_name("N")
       ->check(CLI::PositiveNumber)
       ->excludes(size);
-  command.add_option("-o,--output", arguments.output,
-                     "The folder for the pieces [the folder of FILE]")
+  command
+      .add_option("-o,--output", arguments.output, "The folder for the pieces [the folder of FILE]")
       ->type_name("DIR");
   AddCommonOptions(command, arguments);
   command.callback([&arguments] { arguments.job = Split; });
 }
 
 void AddJoin(CLI::App& app, Arguments& arguments) {
-  CLI::App& command = *app.add_subcommand(
-      "join", "Join the pieces of a split; prints the path of the joined file");
+  CLI::App& command =
+      *app.add_subcommand("join", "Join the pieces of a split; prints the path of the joined file");
   command.add_option("PIECE", arguments.file, "Any one of the pieces")->required();
   AddCommonOptions(command, arguments);
   command.callback([&arguments] { arguments.job = Join; });
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int Program(int argc, char** argv) {
   Arguments arguments;
   CLI::App app("Splits a big file into numbered .sly pieces and joins them again.", "sly");
   app.set_version_flag("--version", "sly " SLYVER_VERSION);
@@ -146,4 +149,15 @@ int main(int argc, char** argv) {
     return app.exit(error) == 0 ? 0 : statusWrongUsage;
   }
   return Run(arguments);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return Program(argc, argv);
+  } catch (const std::exception& error) {
+    (void)std::fprintf(stderr, "%s\n", error.what());
+    return statusFailed;
+  }
 }

@@ -86,8 +86,7 @@ enum class Ending { Failed, Declined, Joined };
 
 /// The join up to its final message.
 Ending Join(const std::filesystem::path& folder, const std::string& origName,
-            const std::filesystem::path& target, Ui& ui,
-            std::optional<ScratchFolder>& scratch) {
+            const std::filesystem::path& target, Ui& ui, std::optional<ScratchFolder>& scratch) {
   const bool replace = NameIsTaken(target);
   if (replace && !AskYesNo(ui, origName + " Already Exists. Do You Want To Replace It?"))
     return Ending::Declined;
@@ -120,15 +119,15 @@ void End(Ui& ui) {
 
 std::int16_t JoinFolder(const Output& joined, bool overwrite, Ui& ui, const Watch& watch) {
   if (!overwrite && NameIsTaken(joined.target)) {
-    ui.Message("'" + PathText(joined.target) + "' already exists, action canceled",
-               Icon::Critical);
+    ui.Message("'" + PathText(joined.target) + "' already exists, action canceled", Icon::Critical);
     return 0;
   }
   return ShowingErrors(ui, [&]() -> std::int16_t {
     if (joined.rangeCount > std::size_t{std::numeric_limits<std::int16_t>::max()})
       throw OverflowError();
-    WriteOutputs(1, [&](std::size_t) { return joined; }, joined.length,
-                 overwrite ? Existing::Replace : Existing::Keep, watch);
+    WriteOutputs(
+        1, [&](std::size_t) { return joined; }, joined.length,
+        overwrite ? Existing::Replace : Existing::Keep, watch);
     return static_cast<std::int16_t>(joined.rangeCount);
   });
 }
@@ -136,8 +135,7 @@ std::int16_t JoinFolder(const Output& joined, bool overwrite, Ui& ui, const Watc
 std::optional<std::filesystem::path> JoinPieces(const std::filesystem::path& FullPath, Ui& ui) {
   const std::string PieceName = PathText(FullPath.filename());
   const std::optional<std::string> OrigName = OrigNameOf(PieceName);
-  const std::filesystem::path target =
-      FullPath.parent_path() / PathFromText(OrigName.value_or(""));
+  const std::filesystem::path target = FullPath.parent_path() / PathFromText(OrigName.value_or(""));
   std::optional<ScratchFolder> scratch;
   Ending ending = Ending::Failed;
   if (OrigName) {

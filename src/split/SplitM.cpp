@@ -25,7 +25,9 @@ std::int16_t CountPieces(std::uint64_t length, std::uint64_t size) {
 }
 
 std::string ZeroPerDigit(std::int16_t count) {
-  return std::string(std::to_string(count).size(), '0');
+  std::string mask = std::to_string(count);
+  std::fill(mask.begin(), mask.end(), '0');
+  return mask;
 }
 
 std::string Filled(int number, const std::string& mask) {
@@ -69,7 +71,7 @@ void WritePieces(const Cut& cut, const std::function<std::filesystem::path(int n
                  const Watch& watch) {
   const auto output = [&](std::size_t index) {
     const int number = index + 1 == cut.written ? 1 : static_cast<int>(index) + 2;
-    const ByteRange range = cut.range(number);
+    ByteRange range = cut.range(number);
     return Output{nameOf(number), range.length, 1, [range](std::size_t) { return range; }};
   };
   std::uint64_t total = 0;
@@ -93,9 +95,9 @@ SplitResult SplitFile(const std::filesystem::path& source, std::uint64_t pieceSi
 
     const std::string name = PathText(source.filename());
     const auto nameOf = [&](int number) {
-      return options.outputFolder /
-             PathFromText(options.forRecovery ? name + "." + Filled(number, mask)
-                                              : PieceNameOf(name, number));
+      return options.outputFolder / PathFromText(options.forRecovery
+                                                     ? name + "." + Filled(number, mask)
+                                                     : PieceNameOf(name, number));
     };
     const double step = (options.forRecovery ? 30.0 : 100.0) / count;
     const Watch watch = StepProgress(ui, options.forRecovery ? "PB1" : "pb", 0,
@@ -120,19 +122,18 @@ ChunkResult ChunkToTemp(const std::filesystem::path& source, std::uint64_t chunk
 
     const std::uint64_t tailSize = options.SmallTailChunks ? directoryLength : chunkSize;
     const std::uint64_t tailLength = length - chunkSize;
-    const Cut cut{static_cast<std::size_t>(1 + tailLength / tailSize +
-                                           (tailLength % tailSize > 0 ? 1 : 0)),
-                  [&](int number) {
-                    if (number == 1) return ByteRange{source, 0, chunkSize};
-                    const std::uint64_t offset =
-                        chunkSize + tailSize * (static_cast<std::uint64_t>(number) - 2);
-                    return ByteRange{source, offset, std::min(tailSize, length - offset)};
-                  }};
+    const Cut cut{
+        static_cast<std::size_t>(1 + tailLength / tailSize + (tailLength % tailSize > 0 ? 1 : 0)),
+        [&](int number) {
+          if (number == 1) return ByteRange{source, 0, chunkSize};
+          const std::uint64_t offset =
+              chunkSize + tailSize * (static_cast<std::uint64_t>(number) - 2);
+          return ByteRange{source, offset, std::min(tailSize, length - offset)};
+        }};
     const double step = 30.0 / count;
-    WritePieces(cut,
-                [&](int number) { return options.folder / ("1." + Filled(number, mask) + ".ini"); },
-                StepProgress(ui, "PB1", 0,
-                             [step](double value, std::size_t) { return value + step; }));
+    WritePieces(
+        cut, [&](int number) { return options.folder / ("1." + Filled(number, mask) + ".ini"); },
+        StepProgress(ui, "PB1", 0, [step](double value, std::size_t) { return value + step; }));
     return {count, mask};
   });
 }

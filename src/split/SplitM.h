@@ -15,7 +15,7 @@ inline constexpr std::uint64_t directoryLength = 2500;
 /// What SplitFile is to cut; the split itself leaves all switches off.
 struct SplitOptions {
   std::filesystem::path outputFolder;  ///< Its last level is made if need be.
-  bool TwoPieceMode = false;     ///< Piece 2 is SecondPieceSize long, and the last.
+  bool TwoPieceMode = false;           ///< Piece 2 is SecondPieceSize long, and the last.
   bool SkipThenRange = false;    ///< Skips one piece size, writes SecondPieceSize bytes, stops.
   bool SkipThenTrailer = false;  ///< As SkipThenRange, with 2500 bytes.
   std::uint64_t SecondPieceSize = 0;  ///< In bytes.

@@ -97,7 +97,7 @@ class Copy {
       std::vector<char> buffer(bufferSize);
       while (std::optional<Slice> slice = Next()) {
         CopySlice(*slice, buffer);
-        Finish(std::move(*slice));
+        Finish(*slice);
       }
     } catch (...) {
       Stop(std::current_exception());
@@ -115,9 +115,8 @@ class Copy {
 
   void CopySlice(const Slice& slice, std::vector<char>& buffer) {
     for (std::uint64_t done = 0; done < slice.length && !stop_;) {
-      const std::span part(
-          buffer.data(),
-          static_cast<std::size_t>(std::min<std::uint64_t>(buffer.size(), slice.length - done)));
+      const std::span part(buffer.data(), static_cast<std::size_t>(std::min<std::uint64_t>(
+                                              buffer.size(), slice.length - done)));
       slice.source->Read(slice.sourceOffset + done, part);
       slice.pending->file.Write(slice.targetOffset + done, part);
       done += part.size();
@@ -126,7 +125,7 @@ class Copy {
   }
 
   /// Gives the file its name when the slice was its last.
-  void Finish(Slice slice) {
+  void Finish(const Slice& slice) {
     if (stop_) return;
     slice.source->ThrowIfChanged();
     if (slice.pending->bytesLeft.fetch_sub(slice.length) == slice.length) Complete(slice.pending);
@@ -235,7 +234,9 @@ void Concatenate(std::span<const ByteRange> ranges, const std::filesystem::path&
   WriteOutputs(1, output, length, existing, watch);
 }
 
-std::uint64_t FileLength(const std::filesystem::path& path) { return SourceFile(path).Length(); }
+std::uint64_t FileLength(const std::filesystem::path& path) {
+  return SourceFile(path).Length();
+}
 
 std::string ReadSmallFile(const std::filesystem::path& path) {
   const SourceFile file(path);

@@ -59,7 +59,9 @@ fs::path WithSeparator(fs::path path) {
   return path;
 }
 
-ScratchFolder::ScratchFolder(fs::path path) : path_(std::move(path)) { MakeFreshFolder(path_); }
+ScratchFolder::ScratchFolder(fs::path path) : path_(std::move(path)) {
+  MakeFreshFolder(path_);
+}
 
 ScratchFolder::~ScratchFolder() {
   try {
