@@ -93,9 +93,9 @@ SplitResult SplitFile(const std::filesystem::path& source, std::uint64_t pieceSi
 
     const std::string name = PathText(source.filename());
     const auto nameOf = [&](int number) {
-      return options.outputFolder /
-             PathFromText(options.forRecovery ? name + "." + Filled(number, mask)
-                                              : PieceNameOf(name, number));
+      return options.outputFolder / PathFromText(options.forRecovery
+                                                     ? name + "." + Filled(number, mask)
+                                                     : PieceNameOf(name, number));
     };
     const double step = (options.forRecovery ? 30.0 : 100.0) / count;
     const Watch watch = StepProgress(ui, options.forRecovery ? "PB1" : "pb", 0,
@@ -120,19 +120,19 @@ ChunkResult ChunkToTemp(const std::filesystem::path& source, std::uint64_t chunk
 
     const std::uint64_t tailSize = options.SmallTailChunks ? directoryLength : chunkSize;
     const std::uint64_t tailLength = length - chunkSize;
-    const Cut cut{static_cast<std::size_t>(1 + tailLength / tailSize +
-                                           (tailLength % tailSize > 0 ? 1 : 0)),
-                  [&](int number) {
-                    if (number == 1) return ByteRange{source, 0, chunkSize};
-                    const std::uint64_t offset =
-                        chunkSize + tailSize * (static_cast<std::uint64_t>(number) - 2);
-                    return ByteRange{source, offset, std::min(tailSize, length - offset)};
-                  }};
+    const std::uint64_t tailChunks = tailLength / tailSize + (tailLength % tailSize > 0 ? 1 : 0);
+    const Cut cut{
+        static_cast<std::size_t>(std::min(1 + tailChunks, static_cast<std::uint64_t>(count))),
+        [&](int number) {
+          if (number == 1) return ByteRange{source, 0, chunkSize};
+          const std::uint64_t offset =
+              chunkSize + tailSize * (static_cast<std::uint64_t>(number) - 2);
+          return ByteRange{source, offset, std::min(tailSize, length - offset)};
+        }};
     const double step = 30.0 / count;
-    WritePieces(cut,
-                [&](int number) { return options.folder / ("1." + Filled(number, mask) + ".ini"); },
-                StepProgress(ui, "PB1", 0,
-                             [step](double value, std::size_t) { return value + step; }));
+    WritePieces(
+        cut, [&](int number) { return options.folder / ("1." + Filled(number, mask) + ".ini"); },
+        StepProgress(ui, "PB1", 0, [step](double value, std::size_t) { return value + step; }));
     return {count, mask};
   });
 }

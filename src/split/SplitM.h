@@ -15,7 +15,7 @@ inline constexpr std::uint64_t directoryLength = 2500;
 /// What SplitFile is to cut; the split itself leaves all switches off.
 struct SplitOptions {
   std::filesystem::path outputFolder;  ///< Its last level is made if need be.
-  bool TwoPieceMode = false;     ///< Piece 2 is SecondPieceSize long, and the last.
+  bool TwoPieceMode = false;           ///< Piece 2 is SecondPieceSize long, and the last.
   bool SkipThenRange = false;    ///< Skips one piece size, writes SecondPieceSize bytes, stops.
   bool SkipThenTrailer = false;  ///< As SkipThenRange, with 2500 bytes.
   std::uint64_t SecondPieceSize = 0;  ///< In bytes.
@@ -54,7 +54,8 @@ struct ChunkResult {
 
 /// Cuts `source` into chunk files of at most `chunkSize` bytes (1 or more) named "1." + number +
 /// ".ini", the number filled with zeros to the length of NumberMask. With SmallTailChunks the bytes
-/// may come to an end before the chunks do; then no file is written for the rest of them.
+/// may come to an end before the chunks do, and then no file is written for the rest of them; or
+/// the chunks before the bytes, and then the rest of the bytes is left out.
 ///
 /// A source not longer than a chunk is refused with a message; failures are shown and throw as
 /// SplitFile's do.
