@@ -53,7 +53,12 @@ Terminal::Terminal() : state_(std::make_unique<State>()) {
   // shell does for a job in the background, stays ignored.
   sigset_t stopping = {};
   (void)sigemptyset(&stopping);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) (void)sigaddset(&stopping, signal);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    struct sigaction callers = {};
+    (void)sigaction(signal, nullptr, &callers);
+    // A blocked signal is kept even if it is to be ignored, so that one must not be blocked.
+    if (callers.sa_handler != SIG_IGN) (void)sigaddset(&stopping, signal);
+  }
   if (sigprocmask(SIG_BLOCK, &stopping, &state_->before) != 0) Fail("signals");
   state_->signals = signalfd(-1, &stopping, SFD_NONBLOCK | SFD_CLOEXEC);
   if (state_->signals < 0) Fail("signals");
