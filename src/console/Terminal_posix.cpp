@@ -53,7 +53,7 @@ struct Terminal::State {
 
 Terminal::Terminal() : state_(std::make_unique<State>()) {
   // A signal that is blocked waits to be asked about. One that the caller has had ignored, as a
-  // shell does for a job in the background, stays ignored.
+  // shell does for a job in the background, must not be blocked: it would be kept all the same.
   (void)sigemptyset(&state_->stopping);
   for (const int signal : stopSignals) {
     struct sigaction before = {};

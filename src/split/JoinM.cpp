@@ -28,6 +28,12 @@ struct Piece {
   std::string path;
 };
 
+/// Whether a file below `folder` lies in what an interrupted join has left, and so is no piece.
+bool LiesInScratch(const std::filesystem::path& file, const std::filesystem::path& folder) {
+  const std::filesystem::path below = file.lexically_relative(folder).parent_path();
+  return std::find(below.begin(), below.end(), scratchName) != below.end();
+}
+
 /// All pieces of `origName` in `folder` and below, by number, and of each number those in the
 /// folder itself first.
 std::vector<Piece> FindPieces(const std::filesystem::path& folder, std::string_view origName,
@@ -35,8 +41,7 @@ std::vector<Piece> FindPieces(const std::filesystem::path& folder, std::string_v
   std::vector<Piece> pieces;
   (void)FindFilesAPI(folder, "*.sly", ui, [&](const std::filesystem::path& path) {
     const int number = PieceNumberOf(PathText(path.filename()), origName);
-    // Copies that an interrupted join has left are not pieces.
-    if (number == 0 || path.parent_path().filename() == scratchName) return;
+    if (number == 0 || LiesInScratch(path, folder)) return;
     pieces.push_back({number, path.parent_path() != folder, 0, PathText(path)});
   });
   std::sort(pieces.begin(), pieces.end(), [](const Piece& a, const Piece& b) {

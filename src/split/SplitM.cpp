@@ -122,8 +122,9 @@ ChunkResult ChunkToTemp(const std::filesystem::path& source, std::uint64_t chunk
 
     const std::uint64_t tailSize = options.SmallTailChunks ? directoryLength : chunkSize;
     const std::uint64_t tailLength = length - chunkSize;
+    const std::uint64_t tailChunks = tailLength / tailSize + (tailLength % tailSize > 0 ? 1 : 0);
     const Cut cut{
-        static_cast<std::size_t>(1 + tailLength / tailSize + (tailLength % tailSize > 0 ? 1 : 0)),
+        static_cast<std::size_t>(std::min(1 + tailChunks, static_cast<std::uint64_t>(count))),
         [&](int number) {
           if (number == 1) return ByteRange{source, 0, chunkSize};
           const std::uint64_t offset =

@@ -54,7 +54,8 @@ struct ChunkResult {
 
 /// Cuts `source` into chunk files of at most `chunkSize` bytes (1 or more) named "1." + number +
 /// ".ini", the number filled with zeros to the length of NumberMask. With SmallTailChunks the bytes
-/// may come to an end before the chunks do; then no file is written for the rest of them.
+/// may come to an end before the chunks do, and then no file is written for the rest of them; or
+/// the chunks before the bytes, and then the rest of the bytes is left out.
 ///
 /// A source not longer than a chunk is refused with a message; failures are shown and throw as
 /// SplitFile's do.
