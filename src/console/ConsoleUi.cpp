@@ -107,10 +107,18 @@ std::optional<std::filesystem::path> ConsoleUi::PickFolder() {
 }
 
 std::optional<std::string> ConsoleUi::MaskedInputBox(std::string_view prompt) {
+  if (password_) return password_;
   ClearProgressLine();
   if (!Terminal::CanAsk()) return std::nullopt;
   std::cerr << prompt << " " << std::flush;
   return terminal_.ReadLine(false);
+}
+
+std::optional<std::string> ConsoleUi::AskLine(std::string_view prompt) {
+  ClearProgressLine();
+  if (!Terminal::CanAsk()) return std::nullopt;
+  std::cerr << prompt << " " << std::flush;
+  return terminal_.ReadLine(true);
 }
 
 void ConsoleUi::ShowProgressForm(std::string_view /*caption*/) {}

@@ -5,7 +5,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <exception>
-#include <map>
+#include <limits>
 #include <memory>
 #include <mutex>
 #include <numeric>
@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "system/FileError.h"
+#include "system/PathText.h"
 #include "system/SourceFile.h"
 
 namespace slyver {
@@ -249,6 +250,24 @@ void WriteSmallFile(const std::filesystem::path& path, std::string_view bytes) {
   TargetFile file(path, bytes.size(), Existing::Replace);
   file.Write(0, bytes);
   file.Commit();
+}
+
+std::filesystem::path FirstFreePath(const std::filesystem::path& folder, const MarkedName& nameOf) {
+  std::filesystem::path path = folder / PathFromText(nameOf(""));
+  for (int n = 1; NameIsTaken(path); ++n) {
+    if (n > std::numeric_limits<std::int16_t>::max()) throw OverflowError();
+    path = folder / PathFromText(nameOf("[" + std::to_string(n) + "] "));
+  }
+  return path;
+}
+
+std::filesystem::path MoveToFirstFreePath(const std::filesystem::path& from,
+                                          const std::filesystem::path& folder,
+                                          const MarkedName& nameOf) {
+  std::filesystem::path path;
+  do path = FirstFreePath(folder, nameOf);
+  while (!MoveToFreeName(from, path));  // Another program may take the name first.
+  return path;
 }
 
 bool NameIsTaken(const std::filesystem::path& path) {

@@ -70,4 +70,16 @@ void WriteSmallFile(const std::filesystem::path& path, std::string_view bytes);
 /// Whether something bears the name `path`, be it a link that leads nowhere.
 bool NameIsTaken(const std::filesystem::path& path);
 
+/// A name made with a mark: "" for the first try, then "[1] ", "[2] " and so on.
+using MarkedName = std::function<std::string(const std::string& mark)>;
+
+/// The first of the names that is free in `folder`. Throws OverflowError past "[32767] ".
+std::filesystem::path FirstFreePath(const std::filesystem::path& folder, const MarkedName& nameOf);
+
+/// Moves the file `from` to the first of the names that is free in `folder`, on the same file
+/// system, and returns its new path. Throws FileError, and OverflowError as FirstFreePath does.
+std::filesystem::path MoveToFirstFreePath(const std::filesystem::path& from,
+                                          const std::filesystem::path& folder,
+                                          const MarkedName& nameOf);
+
 }  // namespace slyver

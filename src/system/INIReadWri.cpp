@@ -148,6 +148,11 @@ std::string ReadIniValue(const std::filesystem::path& file, std::string_view sec
   } catch (const FileError&) {
     text.clear();
   }
+  return ReadIniValueIn(text, section, key, defaultValue);
+}
+
+std::string ReadIniValueIn(std::string_view text, std::string_view section, std::string_view key,
+                           std::string_view defaultValue) {
   return IniValueIn(text, section, key, defaultValue).substr(0, readLimit);
 }
 

@@ -160,4 +160,10 @@ void TargetFile::Commit() {
   state_->named = true;
 }
 
+bool MoveToFreeName(const std::filesystem::path& from, const std::filesystem::path& to) {
+  if (RenameToFreeName(from, to)) return true;
+  if (errno != EEXIST) Fail(to);
+  return false;
+}
+
 }  // namespace slyver

@@ -71,4 +71,14 @@ ScratchFolder::~ScratchFolder() {
   }
 }
 
+ScratchFile::ScratchFile(fs::path path) : path_(std::move(path)) {
+  std::error_code ignored;
+  fs::remove(path_, ignored);
+}
+
+ScratchFile::~ScratchFile() {
+  std::error_code ignored;
+  fs::remove(path_, ignored);
+}
+
 }  // namespace slyver
