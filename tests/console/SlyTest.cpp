@@ -147,17 +147,21 @@ TEST_F(Sly, NamesTheFileAndTheCauseOfAFailure) {
   ExpectRefused("ulimit -f 20; $SLY join c.1.sly",
                 path("c") + ": File too large\nUnable To Join File.\n");
   EXPECT_FALSE(fs::exists(folder / "c"));
-  EXPECT_EQ(Run("$SLY join c.1.sly >/dev/full").err,
-            "File Joined.\nstandard output: cannot be written\n");
+  ExpectRefused("$SLY join c.1.sly >/dev/full",
+                "File Joined.\nstandard output: cannot be written\n");
 }
 
 TEST_F(Sly, RemovesAScratchFolderThatIsReadOnly) {
-  const Outcome outcome =
-      Run("printf x >a.1.sly; mkdir -p temprrr/sub; touch temprrr/sub/x; "
-          "chmod -R 500 temprrr; " +
-          Unprivileged("$SLY join a.1.sly -q"));
+  const Outcome outcome = Run(R"(
+    printf x >a.1.sly
+    mkdir -p temprrr/sub
+    mkdir -m 500 user
+    ln -s ../../user temprrr/sub/link
+    chmod -R 500 temprrr
+    )" + Unprivileged("$SLY join a.1.sly -q"));
   EXPECT_EQ(outcome.status, 0) << outcome.err;
-  EXPECT_EQ(Names(), (std::set<std::string>{"a", "a.1.sly"}));
+  EXPECT_EQ(Names(), (std::set<std::string>{"a", "a.1.sly", "user"}));
+  EXPECT_EQ(Run("stat -c %a user").out, "500\n") << "what a link leads to keeps its rights";
 }
 
 TEST_F(Sly, CtrlCStopsABigSplitAndLeavesNothing) {

@@ -66,7 +66,7 @@ TEST_F(SplitM, CutsIntoNumberedPieces) {
 }
 
 TEST_F(SplitM, GivesFullPiecesWhenTheSizeDividesTheLength) {
-  const std::string bytes = MakeSource(9 * 1024 * 1024);
+  const std::string bytes = MakeSource(std::size_t{9} * 1024 * 1024);
   options.NumberMask = "000";
   const SplitResult result = SplitFile(source, std::uint64_t{9} * 512 * 1024, options, ui);
   EXPECT_EQ(result.pieces, 2);

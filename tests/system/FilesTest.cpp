@@ -15,6 +15,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr std::uint64_t mebibyte = std::uint64_t{1024} * 1024;
+
 bool GoOn(const CopyProgress& /*progress*/) {
   return true;
 }
@@ -57,12 +59,12 @@ class Files : public TempFolderTest {
 };
 
 TEST_F(Files, ConcatenatesRangesOfSeveralFilesAcrossSlices) {
-  const std::string big = SomeBytes(9 * 1024 * 1024 + 3);
+  const std::string big = SomeBytes(9 * mebibyte + 3);
   WriteFile(folder / "big", big);
   const std::array ranges = {ByteRange{folder / "big", 1, big.size() - 1},
                              ByteRange{source, 7, 0},
                              ByteRange{source, 997, 3},
-                             ByteRange{folder / "big", 4 * 1024 * 1024 - 1, 5 * 1024 * 1024},
+                             ByteRange{folder / "big", 4 * mebibyte - 1, 5 * mebibyte},
                              ByteRange{source, 1000, 0},
                              ByteRange{source, 0, 1000}};
   CopyProgress last;
@@ -72,7 +74,7 @@ TEST_F(Files, ConcatenatesRangesOfSeveralFilesAcrossSlices) {
     return true;
   });
   const std::string expected =
-      big.substr(1) + bytes.substr(997) + big.substr(4 * 1024 * 1024 - 1, 5 * 1024 * 1024) + bytes;
+      big.substr(1) + bytes.substr(997) + big.substr(4 * mebibyte - 1, 5 * mebibyte) + bytes;
   EXPECT_TRUE(ReadFile(target) == expected);
   EXPECT_EQ(last.rangesStarted, 6U);
   EXPECT_EQ(last.bytesDone, expected.size());
@@ -81,7 +83,7 @@ TEST_F(Files, ConcatenatesRangesOfSeveralFilesAcrossSlices) {
 }
 
 TEST_F(Files, ReadsBeyondFourGibibytes) {
-  constexpr std::uint64_t far = std::uint64_t{5} * 1024 * 1024 * 1024;
+  constexpr std::uint64_t far = 5000 * mebibyte;
   fs::resize_file(source, far);
   std::ofstream(source, std::ios::binary | std::ios::app) << "far";
   EXPECT_EQ(FileLength(source), far + 3);
