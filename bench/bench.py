@@ -111,6 +111,16 @@ def main():
     pieces = folder / "pieces"
     pieces.mkdir()
     sh(f"{sly} split --quiet {big} --output {pieces}")
+    half, directory, tiny = (folder / name for name in ("half.bin", "directory", "tiny.bin"))
+    make_file(half, GIB // 2)
+    make_file(directory, 2500)
+    make_file(tiny, 1000)
+    (folder / "password").write_text("secret\n")
+    password = f"--quiet --password-file {folder}/password"
+    sh(f"cd {folder} && {sly} hide {password} half.bin small.bin && "
+       f"{sly} hide {password} tiny.bin small.bin")
+    carrier, light = folder / "Hidden\\ File\\ half.bin", folder / "Hidden\\ File\\ tiny.bin"
+
     # The joined file goes beside the pieces, so every run joins from links in its own folder.
     links = f"ln -s {pieces}/*.sly ."
 
@@ -129,6 +139,22 @@ def main():
             "cp (the whole file)": f"{links} && cp {big} big.bin",
         }, ("cat", 0.85)),
         Work("split 256 MiB", {"sly": f"{sly} split --quiet {small} --output ."}),
+        Work("hide 256 MiB in 512 MiB", {
+            "sly": f"ln -s {half} main.bin && {sly} hide {password} main.bin {small}",
+            "cat": f"cat {half} {small} {directory} >carrier",
+        }, ("cat", 0.90)),
+        Work("hide another 256 MiB in that", {
+            "sly": f"ln -s {carrier} main.bin && {sly} hide --yes {password} main.bin {small}",
+            "cat": f"cat {carrier} {small} {directory} >carrier",
+        }, ("cat", 0.90)),
+        Work("recover 256 MiB from 768 MiB", {
+            "sly": f"ln -s {carrier} carrier && {sly} recover {password} carrier",
+            "tail, head": f"tail -c +{GIB // 2 + 1} {carrier} | head -c {GIB // 4} >recovered",
+        }, ("tail, head", 0.90)),
+        Work("recover 256 MiB from 256 MiB", {
+            "sly": f"ln -s {light} carrier && {sly} recover {password} carrier",
+        }),
+        Work("list a carrier of 768 MiB", {"sly": f"{sly} list {password} {carrier}"}),
     ]
     results = {}
     for work in works:
@@ -137,6 +163,8 @@ def main():
         report(work, medians, memory)
     growth = results[works[0].name] / results["split 256 MiB"]
     print(f"\nGrowth of split: 4 times the bytes take {growth:.2f} times as long (bar: 4.40).")
+    weight = results["recover 256 MiB from 768 MiB"] / results["recover 256 MiB from 256 MiB"]
+    print(f"Recovering the same file from a carrier 3 times as big takes {weight:.2f} times as long.")
     shutil.rmtree(folder)
 
 

@@ -223,7 +223,7 @@ HideJob::Ini HideJob::CheckIni() {
 }
 
 std::optional<fs::path> HideJob::DoAll() {
-  const std::optional<fs::path> carrier = ShowingErrors(ui_, [&]() -> std::optional<fs::path> {
+  std::optional<fs::path> carrier = ShowingErrors(ui_, [&]() -> std::optional<fs::path> {
     RequireLength(form_.Text1, mainLength_);
     RequireLength(form_.Text2, hiddenLength_);
     const fs::path directory = InWork("8.ini");

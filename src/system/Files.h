@@ -39,7 +39,7 @@ struct CopyProgress {
 /// Returns false to stop the copy; what it throws stops the copy too and reaches the caller.
 using Watch = std::function<bool(const CopyProgress&)>;
 
-/// Writes `count` files. `output` gives file number 0 to count - 1 and is called once for each;
+/// Writes `count` files. `output` gives file number 0 to count - 1, the same whenever it is asked;
 /// `bytesTotal` is the sum of their lengths.
 ///
 /// Each file gets its name when it is complete, and the last one only after all the others have
