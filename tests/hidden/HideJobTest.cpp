@@ -162,12 +162,12 @@ TEST_F(Hide, ChecksTheFormInItsOrder) {
     EXPECT_EQ(after.Text3, c.keepsPasswords ? c.form.Text3 : "");
     EXPECT_EQ(after.Text4, c.keepsPasswords ? c.form.Text4 : "");
   }
-  for (const std::string ending :
-       {".txt", ".ini", ".inf", ".doc", ".log", ".html", ".htm", ".php", ".rtf", ".dot", "atxt"}) {
-    const HideForm after = hide({path + "/m" + ending, hidden, "x", "y"},
+  for (const std::string name : {"m.txt", "m.ini", "m.inf", "m.doc", "m.log", "m.html", "m.htm",
+                                 "m.php", "m.rtf", "m.dot", "txt"}) {
+    const HideForm after = hide({folder / name, hidden, "x", "y"},
                                 "Select Some Other File Format In Which You Want To Hide File. "
                                 "Unable To Hide File In " +
-                                    ending.substr(ending.size() - 3) + " Format.",
+                                    name.substr(name.size() - 3) + " Format.",
                                 Icon::Information);
     EXPECT_TRUE(after.Text1.empty() && after.Text2.empty() && after.Text3.empty() &&
                 after.Text4.empty());
