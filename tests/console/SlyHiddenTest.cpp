@@ -169,9 +169,9 @@ TEST_F(SlyHidden, AsksWhichFileOnATerminal) {
 }
 
 TEST_F(SlyHidden, CtrlCLeavesNothing) {
-  fs::resize_file(folder / "a.bin", std::uint64_t{20} * 1000 * 1000 * 1000);
+  fs::resize_file(folder / "a.bin", 2000000000);
   OnTerminal terminal(folder, "exec $SLY hide $P m.png a.bin");
-  terminal.WaitFor(" of 20.0 GB");
+  terminal.WaitFor(" of 2.00 GB");
   terminal.Type("\x03");
   EXPECT_EQ(terminal.Finish(), 130);
   EXPECT_EQ(Names(), before);
