@@ -14,6 +14,12 @@ namespace slyver {
 /// selection form, it asks for the end of the program. Throws Cancelled.
 std::optional<std::filesystem::path> JoinFile(Ui& ui);
 
+/// The join of a program started with the piece `FilePath`: asks whether the pieces are together and
+/// for the one to start from, in a dialog that opens in the folder of `FilePath`, then joins.
+/// Returns what JoinPieces() does. Always asks for the end of the program. Throws Cancelled.
+std::optional<std::filesystem::path> JoinFromCommandLine(const std::filesystem::path& FilePath,
+                                                         Ui& ui);
+
 /// Joins the split that the piece `FullPath` belongs to, into the folder of that piece, under the
 /// piece's name without ".number.sly".
 ///

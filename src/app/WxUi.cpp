@@ -1,0 +1,113 @@
+#include "app/WxUi.h"
+
+#include <wx/app.h>
+#include <wx/dirdlg.h>
+#include <wx/evtloop.h>
+#include <wx/filedlg.h>
+#include <wx/msgdlg.h>
+
+#include <string>
+
+#include "system/InputBoxM.h"
+#include "system/WxText.h"
+
+namespace slyver {
+
+namespace {
+
+/// The form that a dialog belongs to: the active one, else any that is shown. The start-up form
+/// is never shown; without a form the dialog stands alone.
+wxWindow* DialogParent() {
+  wxWindow* parent = nullptr;
+  for (wxWindow* const window : wxTopLevelWindows) {
+    auto* const form = dynamic_cast<wxTopLevelWindow*>(window);
+    if (form == nullptr || !form->IsShown() || form->IsBeingDeleted()) continue;
+    if (parent == nullptr || form->IsActive()) parent = form;
+  }
+  return parent;
+}
+
+long StyleOf(Icon icon) {
+  switch (icon) {
+    case Icon::Information:
+      return wxICON_INFORMATION;
+    case Icon::Critical:
+      return wxICON_ERROR;
+    case Icon::None:
+      break;
+  }
+  return wxICON_NONE;
+}
+
+int ShowMessage(std::string_view text, long style) {
+  wxString shown = ToWx(text);
+  shown.Replace("\r\n", "\n");
+  wxMessageDialog dialog(DialogParent(), shown, "Slyver", style);
+  return dialog.ShowModal();
+}
+
+/// The toolkit's form of a filter. Its patterns tell capitals from small letters on some systems,
+/// so each is given in both.
+wxString WildcardOf(std::string_view filter) {
+  const wxString given = ToWx(filter);
+  if (given.empty()) return wxFileSelectorDefaultWildcardStr;
+  wxString pattern = given.AfterFirst('|').BeforeFirst(';');
+  if (const wxString lower = pattern.Lower(); lower != pattern)
+    pattern += ";" + lower + ";" + pattern.Upper();
+  return given.BeforeFirst('|') + "|" + pattern;
+}
+
+}  // namespace
+
+void WxUi::Message(std::string_view text, Icon icon) {
+  (void)ShowMessage(text, wxOK | StyleOf(icon));
+}
+
+Answer WxUi::Question(std::string_view text, Buttons buttons, Icon icon) {
+  if (buttons == Buttons::OkCancel)
+    return ShowMessage(text, wxOK | wxCANCEL | StyleOf(icon)) == wxID_OK ? Answer::Ok
+                                                                         : Answer::Cancel;
+  return ShowMessage(text, wxYES_NO | StyleOf(icon)) == wxID_YES ? Answer::Yes : Answer::No;
+}
+
+std::optional<std::filesystem::path> WxUi::OpenFile(std::string_view title,
+                                                    std::string_view filter,
+                                                    const std::filesystem::path& initialFolder) {
+  wxFileDialog dialog(DialogParent(), ToWx(title), PathToWx(initialFolder), "",
+                      WildcardOf(filter), wxFD_OPEN | wxFD_FILE_MUST_EXIST);
+  if (dialog.ShowModal() != wxID_OK) return std::nullopt;
+  return std::filesystem::path(dialog.GetPath().fn_str().data());
+}
+
+std::optional<std::filesystem::path> WxUi::PickFolder() {
+  wxDirDialog dialog(DialogParent(), "Output Directory", "");
+  if (dialog.ShowModal() != wxID_OK) return std::nullopt;
+  return std::filesystem::path(dialog.GetPath().fn_str().data());
+}
+
+std::optional<std::string> WxUi::MaskedInputBox(std::string_view prompt) {
+  return MaskedInput(DialogParent(), prompt);
+}
+
+void WxUi::ShowProgressForm(std::string_view caption) { desktop_->ShowJoin(std::string(caption)); }
+
+void WxUi::SetProgress(const Progress& progress) { desktop_->ShowProgress(progress); }
+
+bool WxUi::GoOn() {
+  // Jobs ask far more often than a window needs to be drawn.
+  constexpr std::chrono::milliseconds yieldInterval{15};
+  const auto now = std::chrono::steady_clock::now();
+  wxEventLoopBase* const loop = wxEventLoopBase::GetActive();
+  if (now - lastYield_ >= yieldInterval && loop != nullptr && !loop->IsYielding()) {
+    loop->YieldFor(wxEVT_CATEGORY_ALL);
+    lastYield_ = std::chrono::steady_clock::now();
+  }
+  return !desktop_->StopAsked();
+}
+
+void WxUi::EndProgram() {
+  // The main loop ends when the handler that asked for it has returned.
+  wxTheApp->CallAfter([] { wxTheApp->ExitMainLoop(); });
+}
+
+}  // namespace slyver
