@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "chrome/WindowSystem.h"
 #include "system/ProgressText.h"
 
 namespace slyver {
@@ -17,9 +18,16 @@ double BarPosition(const Progress& progress, double before) {
   return std::clamp(position, before, 100.0);
 }
 
+void Change_pb_Color(wxGauge& bar, const wxColour& colour) { SetTroughColour(bar, colour); }
+
+void Change_pb_ForeColor(wxGauge& bar, const wxColour& colour) { SetFillingColour(bar, colour); }
+
 ProgressView::ProgressView(wxGauge* bar, std::function<void(const std::string&)> setLine)
     : bar_(bar), setLine_(std::move(setLine)) {
   bar_->SetRange(range);
+  Change_pb_Color(*bar_, wxColour(214, 220, 222));
+  Change_pb_ForeColor(*bar_, wxColour(42, 157, 143));
+  bar_->SetMinSize({-1, bar_->GetCharHeight() / 2});
 }
 
 void ProgressView::Show(const Progress& progress) {

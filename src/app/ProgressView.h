@@ -15,6 +15,10 @@ namespace slyver {
 /// gigabytes before it. It goes back only when a job starts at 0.
 double BarPosition(const Progress& progress, double before);
 
+/// The colour of a progress bar's trough, and of its filling.
+void Change_pb_Color(wxGauge& bar, const wxColour& colour);
+void Change_pb_ForeColor(wxGauge& bar, const wxColour& colour);
+
 /// A form's progress bar, with a line of text that tells the bytes, the rate and the time left.
 class ProgressView {
  public:

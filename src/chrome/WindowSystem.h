@@ -1,6 +1,7 @@
 #pragma once
 
 #include <wx/frame.h>
+#include <wx/gauge.h>
 #include <wx/menu.h>
 #include <wx/textctrl.h>
 
@@ -37,6 +38,13 @@ void SetAccessibleRole(wxWindow& control, Role role);
 
 /// Shows `character` for each one typed into a masked text box.
 void SetMaskCharacter(wxTextCtrl& box, wxChar character);
+
+/// The colour of a progress bar's trough, and of its filling.
+void SetTroughColour(wxGauge& bar, const wxColour& colour);
+void SetFillingColour(wxGauge& bar, const wxColour& colour);
+
+/// Shows the read-only text of `box` without a frame, on the background that it stands on.
+void ShowAsPlainText(wxTextCtrl& box);
 
 /// Watches a pop-up menu, while it is open, for what its menu bar acts on.
 class PopupWatch {

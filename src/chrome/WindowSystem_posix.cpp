@@ -1,8 +1,10 @@
 #include <gtk/gtk.h>
 
+#include <string>
 #include <utility>
 
 #include "chrome/WindowSystem.h"
+#include "system/WxText.h"
 
 namespace slyver {
 
@@ -62,6 +64,21 @@ void SetFunctions(GtkWidget* widget, gpointer functions) {
                            static_cast<GdkWMFunction>(GPOINTER_TO_INT(functions)));
 }
 
+void AddStyle(const wxWindow& control, const std::string& style) {
+  GtkCssProvider* const provider = gtk_css_provider_new();
+  (void)gtk_css_provider_load_from_data(provider, style.c_str(), -1, nullptr);
+  gtk_style_context_add_provider(gtk_widget_get_style_context(control.GetHandle()),
+                                 GTK_STYLE_PROVIDER(provider),
+                                 GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
+  g_object_unref(provider);
+}
+
+std::string Painted(const wxColour& colour) {
+  const std::string name = FromWx(colour.GetAsString(wxC2S_HTML_SYNTAX));
+  return "{ background: " + name + "; border-color: " + name +
+         "; border-radius: 2px; min-height: 0.5em; }";
+}
+
 gboolean OnMenuKey(GtkWidget* /*menu*/, GdkEventKey* event, gpointer handlers) {
   const int direction = event->keyval == GDK_KEY_Left    ? -1
                         : event->keyval == GDK_KEY_Right ? 1
@@ -113,6 +130,18 @@ void SetAccessibleRole(wxWindow& control, Role role) {
 
 void SetMaskCharacter(wxTextCtrl& box, wxChar character) {
   gtk_entry_set_invisible_char(GTK_ENTRY(box.GetHandle()), static_cast<gunichar>(character));
+}
+
+void SetTroughColour(wxGauge& bar, const wxColour& colour) {
+  AddStyle(bar, "trough " + Painted(colour));
+}
+
+void SetFillingColour(wxGauge& bar, const wxColour& colour) {
+  AddStyle(bar, "progress " + Painted(colour));
+}
+
+void ShowAsPlainText(wxTextCtrl& box) {
+  AddStyle(box, "entry { background: none; border: none; box-shadow: none; padding: 0; caret-color: transparent; }");
 }
 
 PopupWatch::PopupWatch(wxMenu& menu, bool selectFirst, Handlers handlers)

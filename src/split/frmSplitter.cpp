@@ -24,12 +24,6 @@ bool IsEnter(int key) { return key == WXK_RETURN || key == WXK_NUMPAD_ENTER; }
 
 }  // namespace
 
-void Change_pb_Color(wxGauge& bar, const wxColour& colour) { bar.SetBackgroundColour(colour); }
-
-void Change_pb_ForeColor(wxGauge& bar, const wxColour& colour) {
-  bar.SetForegroundColour(colour);
-}
-
 frmSplitter::frmSplitter(Desktop& desktop)
     : ModernForm(desktop, "frmSplitter", "Slyver", Resizing::Free), tmr_(this) {
   MakeControls();

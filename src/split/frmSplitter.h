@@ -16,10 +16,6 @@
 
 namespace slyver {
 
-/// Sends the progress bar the colour of its trough, and of its filling.
-void Change_pb_Color(wxGauge& bar, const wxColour& colour);
-void Change_pb_ForeColor(wxGauge& bar, const wxColour& colour);
-
 /// The split form: which file, where to, and the piece size, in bytes or as a number of pieces.
 class frmSplitter final : public ModernForm {
  public:
