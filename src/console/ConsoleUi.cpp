@@ -16,7 +16,9 @@ constexpr std::chrono::milliseconds drawInterval{100};
 ConsoleUi::ConsoleUi(const Terminal& terminal, ConsoleOptions options)
     : terminal_(terminal), options_(options) {}
 
-ConsoleUi::~ConsoleUi() { ClearProgressLine(); }
+ConsoleUi::~ConsoleUi() {
+  ClearProgressLine();
+}
 
 void ConsoleUi::Message(std::string_view text, Icon icon) {
   ClearProgressLine();
@@ -31,7 +33,7 @@ Answer ConsoleUi::Question(std::string_view text, Buttons buttons, Icon /*icon*/
   bool yes = options_.yes;
   if (options_.yes) {
     if (!options_.quiet) std::cerr << text << " Yes (--yes)" << std::endl;
-  } else if (terminal_.CanAsk()) {
+  } else if (Terminal::CanAsk()) {
     yes = AnswerFromTerminal(text);
   } else {
     std::cerr << text << " No (nobody is at the terminal; --yes answers Yes)" << std::endl;
@@ -60,19 +62,29 @@ std::optional<std::filesystem::path> ConsoleUi::OpenFile(
   return std::nullopt;
 }
 
-std::optional<std::filesystem::path> ConsoleUi::PickFolder() { return std::nullopt; }
+std::optional<std::filesystem::path> ConsoleUi::PickFolder() {
+  return std::nullopt;
+}
 
 std::optional<std::string> ConsoleUi::MaskedInputBox(std::string_view prompt) {
+  if (password_) return password_;
   ClearProgressLine();
-  if (!terminal_.CanAsk()) return std::nullopt;
+  if (!Terminal::CanAsk()) return std::nullopt;
   std::cerr << prompt << " " << std::flush;
   return terminal_.ReadLine(false);
+}
+
+std::optional<std::string> ConsoleUi::AskLine(std::string_view prompt) {
+  ClearProgressLine();
+  if (!Terminal::CanAsk()) return std::nullopt;
+  std::cerr << prompt << " " << std::flush;
+  return terminal_.ReadLine(true);
 }
 
 void ConsoleUi::ShowProgressForm(std::string_view /*caption*/) {}
 
 void ConsoleUi::SetProgress(const Progress& progress) {
-  if (options_.quiet || !terminal_.ShowsErrors()) return;
+  if (options_.quiet || !Terminal::ShowsErrors()) return;
   const Clock::time_point now = Clock::now();
   if (!started_) started_ = now;
   if (progress.bytesTotal == 0 || now - drawn_ < drawInterval) return;
@@ -83,7 +95,9 @@ void ConsoleUi::SetProgress(const Progress& progress) {
   std::cerr << "\r" << ProgressLine(progress, seconds) << "\033[K" << std::flush;
 }
 
-bool ConsoleUi::GoOn() { return terminal_.StopSignal() == 0; }
+bool ConsoleUi::GoOn() {
+  return terminal_.StopSignal() == 0;
+}
 
 // The program ends when the job returns.
 void ConsoleUi::EndProgram() {}

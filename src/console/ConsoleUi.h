@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "console/Terminal.h"
 #include "system/Ui.h"
@@ -35,6 +36,15 @@ class ConsoleUi final : public Ui {
   bool GoOn() override;
   void EndProgram() override;
 
+  /// Answers every masked input box with `password` from now on.
+  void UsePassword(std::string password) { password_ = std::move(password); }
+
+  /// Reads a line from standard input, be it a terminal or not. Nothing at its end.
+  std::optional<std::string> ReadInputLine() { return terminal_.ReadLine(true); }
+
+  /// Asks for a line of text on the terminal. Nothing when nobody is there.
+  std::optional<std::string> AskLine(std::string_view prompt);
+
   /// Says what the quiet mode has held back: in a failed job those messages are the reason.
   void JobFailed();
 
@@ -44,6 +54,7 @@ class ConsoleUi final : public Ui {
 
   const Terminal& terminal_;
   const ConsoleOptions options_;
+  std::optional<std::string> password_;
   std::string heldBack_;
   std::optional<std::chrono::steady_clock::time_point> started_;
   std::chrono::steady_clock::time_point drawn_;

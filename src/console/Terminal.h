@@ -17,10 +17,10 @@ class Terminal {
   Terminal& operator=(const Terminal&) = delete;
 
   /// Whether someone can be asked: both standard input and standard error are a terminal.
-  bool CanAsk() const;
+  static bool CanAsk();
 
   /// Whether standard error is a terminal, on which a line can be drawn anew.
-  bool ShowsErrors() const;
+  static bool ShowsErrors();
 
   /// Reads a line from standard input, without its line end; with `echo` false it is not shown
   /// while it is typed. Nothing at the end of the input. Throws Cancelled when a signal asks to

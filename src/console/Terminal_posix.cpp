@@ -16,6 +16,8 @@ namespace slyver {
 
 namespace {
 
+constexpr std::array<int, 3> stopSignals = {SIGINT, SIGTERM, SIGHUP};
+
 [[noreturn]] void Fail(const char* what) {
   throw std::system_error(errno, std::generic_category(), what);
 }
@@ -45,17 +47,21 @@ class EchoOff {
 
 struct Terminal::State {
   sigset_t before = {};
+  sigset_t stopping = {};
   int signals = -1;
 };
 
 Terminal::Terminal() : state_(std::make_unique<State>()) {
-  // A signal that is blocked waits to be asked about; one that the caller has had ignored, as a
-  // shell does for a job in the background, stays ignored.
-  sigset_t stopping = {};
-  (void)sigemptyset(&stopping);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) (void)sigaddset(&stopping, signal);
-  if (sigprocmask(SIG_BLOCK, &stopping, &state_->before) != 0) Fail("signals");
-  state_->signals = signalfd(-1, &stopping, SFD_NONBLOCK | SFD_CLOEXEC);
+  // A signal that is blocked waits to be asked about. One that the caller has had ignored, as a
+  // shell does for a job in the background, must not be blocked: it would be kept all the same.
+  (void)sigemptyset(&state_->stopping);
+  for (const int signal : stopSignals) {
+    struct sigaction before = {};
+    if (sigaction(signal, nullptr, &before) == 0 && before.sa_handler != SIG_IGN)
+      (void)sigaddset(&state_->stopping, signal);
+  }
+  if (sigprocmask(SIG_BLOCK, &state_->stopping, &state_->before) != 0) Fail("signals");
+  state_->signals = signalfd(-1, &state_->stopping, SFD_NONBLOCK | SFD_CLOEXEC);
   if (state_->signals < 0) Fail("signals");
   // A file that grows past its size limit shall give an error with a name, not a silent end.
   (void)std::signal(SIGXFSZ, SIG_IGN);
@@ -66,12 +72,17 @@ Terminal::~Terminal() {
   (void)sigprocmask(SIG_SETMASK, &state_->before, nullptr);
 }
 
-bool Terminal::CanAsk() const { return isatty(STDIN_FILENO) == 1 && ShowsErrors(); }
+bool Terminal::CanAsk() {
+  return isatty(STDIN_FILENO) == 1 && ShowsErrors();
+}
 
-bool Terminal::ShowsErrors() const { return isatty(STDERR_FILENO) == 1; }
+bool Terminal::ShowsErrors() {
+  return isatty(STDERR_FILENO) == 1;
+}
 
 std::optional<std::string> Terminal::ReadLine(bool echo) const {
-  const std::optional<EchoOff> silence = echo ? std::nullopt : std::optional<EchoOff>(std::in_place);
+  const std::optional<EchoOff> silence =
+      echo ? std::nullopt : std::optional<EchoOff>(std::in_place);
   std::string line;
   while (true) {
     std::array<pollfd, 2> waiting = {pollfd{state_->signals, POLLIN, 0},
@@ -93,8 +104,9 @@ int Terminal::StopSignal() const {
   // Only looked at, never taken: a signal that has come stays for every later question.
   sigset_t pending = {};
   (void)sigpending(&pending);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP})
-    if (sigismember(&pending, signal) == 1) return signal;
+  for (const int signal : stopSignals)
+    if (sigismember(&state_->stopping, signal) == 1 && sigismember(&pending, signal) == 1)
+      return signal;
   return 0;
 }
 

@@ -1,75 +1,25 @@
 #include <CLI/CLI.hpp>
 #include <cstdint>
-#include <filesystem>
+#include <cstdio>
+#include <exception>
 #include <functional>
 #include <iostream>
 #include <optional>
 #include <string>
 
 #include "console/ByteCount.h"
+#include "console/Commands.h"
 #include "console/ConsoleUi.h"
 #include "console/Terminal.h"
-#include "split/JoinM.h"
-#include "split/PieceName.h"
-#include "split/SizeArithmetic.h"
-#include "split/SlyIt.h"
 #include "system/FileError.h"
-#include "system/PathText.h"
 
 namespace {
 
 using namespace slyver;
-namespace fs = std::filesystem;
 
 constexpr int statusFailed = 1;
 constexpr int statusWrongUsage = 2;
 constexpr int statusSignalBase = 128;
-
-struct Arguments;
-
-/// A job: returns whether it was done. Throws Cancelled.
-using Job = bool (*)(const Arguments&, Ui&);
-
-/// What the command line holds.
-struct Arguments {
-  Job job = nullptr;
-  ConsoleOptions console;
-  bool verbose = false;
-  std::string file;
-  std::string output;
-  std::uint64_t size = 0;
-  std::uint64_t count = 0;
-};
-
-/// The name that the user typed, whatever the folder the program was started in.
-fs::path FullPathOf(const std::string& typed) { return fs::absolute(PathFromText(typed)); }
-
-/// Puts what --size and --count say where the form would hold it. Throws FileError when the file
-/// cannot be looked at.
-void TakeSize(SplitForm& form, const Arguments& arguments) {
-  form.Option2 = arguments.size > 0 || arguments.count > 0;
-  if (arguments.size > 0) form.Text3 = std::to_string(arguments.size);
-  if (arguments.count == 0) return;
-  form.Nofile = std::to_string(arguments.count);
-  form.Text3 = SizeFromCount(form.Nofile, "", FileLength(form.Text1)).other.value_or("");
-}
-
-bool Split(const Arguments& arguments, Ui& ui) {
-  SplitForm form;
-  form.Text1 = FullPathOf(arguments.file);
-  form.Text2 = arguments.output.empty() ? form.Text1.parent_path() : FullPathOf(arguments.output);
-  TakeSize(form, arguments);
-  const int pieces = SlyIt(form, ui);
-  for (int i = 1; arguments.verbose && i <= pieces; ++i)
-    std::cout << PathText(form.Text2) << PieceNameOf(PathText(form.Text1.filename()), i) << '\n';
-  return pieces > 0;
-}
-
-bool Join(const Arguments& arguments, Ui& ui) {
-  const std::optional<fs::path> joined = JoinPieces(FullPathOf(arguments.file), ui);
-  if (joined) std::cout << PathText(*joined) << '\n';
-  return joined.has_value();
-}
 
 /// Runs the job; returns the program's exit status.
 int Run(const Arguments& arguments) {
@@ -101,9 +51,10 @@ void AddSplit(CLI::App& app, Arguments& arguments) {
   const auto parseSize = [&arguments](const std::string& text) {
     const std::optional<std::uint64_t> bytes = ParseByteCount(text);
     if (!bytes)
-      throw CLI::ValidationError(
-          "--size", "\"" + text + "\" is not a size; give whole bytes or a unit, as in 1450000, "
-                    "1.44MB or 64KiB");
+      throw CLI::ValidationError("--size",
+                                 "\"" + text +
+                                     "\" is not a size; give whole bytes or a unit, as in 1450000, "
+                                     "1.44MB or 64KiB");
     arguments.size = *bytes;
   };
   CLI::Option* const size =
@@ -115,35 +66,95 @@ void AddSplit(CLI::App& app, Arguments& arguments) {
       ->type_name("N")
       ->check(CLI::PositiveNumber)
       ->excludes(size);
-  command.add_option("-o,--output", arguments.output,
-                     "The folder for the pieces [the folder of FILE]")
+  command
+      .add_option("-o,--output", arguments.output, "The folder for the pieces [the folder of FILE]")
       ->type_name("DIR");
   AddCommonOptions(command, arguments);
   command.callback([&arguments] { arguments.job = Split; });
 }
 
 void AddJoin(CLI::App& app, Arguments& arguments) {
-  CLI::App& command = *app.add_subcommand(
-      "join", "Join the pieces of a split; prints the path of the joined file");
+  CLI::App& command =
+      *app.add_subcommand("join", "Join the pieces of a split; prints the path of the joined file");
   command.add_option("PIECE", arguments.file, "Any one of the pieces")->required();
   AddCommonOptions(command, arguments);
   command.callback([&arguments] { arguments.job = Join; });
 }
 
-}  // namespace
+void AddPasswordFile(CLI::App& command, Arguments& arguments) {
+  command
+      .add_option("--password-file", arguments.passwordFile,
+                  "Take the password from the first line of this file; \"-\" is standard input. "
+                  "Without it the password is asked for on the terminal")
+      ->type_name("PATH");
+}
 
-int main(int argc, char** argv) {
+void AddHide(CLI::App& app, Arguments& arguments) {
+  CLI::App& command = *app.add_subcommand(
+      "hide", "Hide a file in a copy of another, under a password; prints the copy's path");
+  command
+      .add_option("MAIN", arguments.file, "The file to hide in; it may carry hidden files already")
+      ->required();
+  command.add_option("FILE", arguments.hidden, "The file to hide")->required();
+  command.footer(
+      "The hidden file's contents are not encrypted: anyone can read them in the new file. "
+      "The password only guards the list of names and lengths.");
+  AddPasswordFile(command, arguments);
+  AddCommonOptions(command, arguments);
+  command.callback([&arguments] { arguments.job = Hide; });
+}
+
+void AddList(CLI::App& app, Arguments& arguments) {
+  CLI::App& command = *app.add_subcommand(
+      "list", "List the hidden files: serial number, size in bytes and name, separated by tabs");
+  command.add_option("CARRIER", arguments.file, "The file that carries hidden files")->required();
+  AddPasswordFile(command, arguments);
+  AddCommonOptions(command, arguments);
+  command.callback([&arguments] { arguments.job = List; });
+}
+
+void AddRecover(CLI::App& app, Arguments& arguments) {
+  CLI::App& command = *app.add_subcommand(
+      "recover", "Write a hidden file, or the main file, beside the carrier; prints its path");
+  command.add_option("CARRIER", arguments.file, "The file that carries hidden files")->required();
+  CLI::Option* const number = command.add_option(
+      "-f,--file", arguments.number, "The serial number of the hidden file, as list prints it");
+  number->type_name("NUMBER");
+  command.add_flag("-m,--main", arguments.main, "Recover the main file")->excludes(number);
+  AddPasswordFile(command, arguments);
+  AddCommonOptions(command, arguments);
+  command.callback([&arguments] { arguments.job = Recover; });
+}
+
+int Program(int argc, char** argv) {
   Arguments arguments;
-  CLI::App app("Splits a big file into numbered .sly pieces and joins them again.", "sly");
+  CLI::App app(
+      "Splits big files into numbered .sly pieces, joins them, hides files in others and "
+      "recovers them.",
+      "sly");
   app.set_version_flag("--version", "sly " SLYVER_VERSION);
   app.require_subcommand(1);
   app.footer("Exit status: 0 done, 1 refused or failed, 2 wrong usage, 130 stopped by Ctrl-C.");
   AddSplit(app, arguments);
   AddJoin(app, arguments);
+  AddHide(app, arguments);
+  AddList(app, arguments);
+  AddRecover(app, arguments);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : statusWrongUsage;
   }
   return Run(arguments);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return Program(argc, argv);
+  } catch (const std::exception& error) {
+    (void)std::fprintf(stderr, "%s\n", error.what());
+    return statusFailed;
+  }
 }

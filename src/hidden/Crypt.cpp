@@ -52,7 +52,7 @@ std::string EncryptText(std::string_view text, std::string_view password) {
   KeyStream key(password);
   std::string result;
   for (const char c : text) {
-    const unsigned code = static_cast<std::uint8_t>(c) ^ unsigned{key.Next()};
+    const unsigned code = static_cast<std::uint8_t>(c) ^ unsigned { key.Next() };
     result += digits[code / 16];
     result += digits[code % 16];
   }

@@ -16,7 +16,9 @@ namespace {
 
 constexpr std::uint64_t entriesBetweenEvents = 256;
 
-char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+char Lower(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
 
 bool Matches(std::string_view name, std::string_view pattern) {
   const std::string_view ending = pattern.substr(1);
@@ -64,6 +66,8 @@ std::string StripBackslash(std::string_view path) {
   return std::string(path);
 }
 
-bool DirExists(std::string_view path) { return FolderExists(PathFromText(StripBackslash(path))); }
+bool DirExists(std::string_view path) {
+  return FolderExists(PathFromText(StripBackslash(path)));
+}
 
 }  // namespace slyver

@@ -29,6 +29,12 @@ struct Piece {
   std::string path;
 };
 
+/// Whether a file below `folder` lies in what an interrupted join has left, and so is no piece.
+bool LiesInScratch(const std::filesystem::path& file, const std::filesystem::path& folder) {
+  const std::filesystem::path below = file.lexically_relative(folder).parent_path();
+  return std::find(below.begin(), below.end(), scratchName) != below.end();
+}
+
 /// All pieces of `origName` in `folder` and below, by number, and of each number those in the
 /// folder itself first.
 std::vector<Piece> FindPieces(const std::filesystem::path& folder, std::string_view origName,
@@ -36,8 +42,7 @@ std::vector<Piece> FindPieces(const std::filesystem::path& folder, std::string_v
   std::vector<Piece> pieces;
   (void)FindFilesAPI(folder, "*.sly", ui, [&](const std::filesystem::path& path) {
     const int number = PieceNumberOf(PathText(path.filename()), origName);
-    // Copies that an interrupted join has left are not pieces.
-    if (number == 0 || path.parent_path().filename() == scratchName) return;
+    if (number == 0 || LiesInScratch(path, folder)) return;
     pieces.push_back({number, path.parent_path() != folder, 0, PathText(path)});
   });
   std::sort(pieces.begin(), pieces.end(), [](const Piece& a, const Piece& b) {
@@ -87,8 +92,7 @@ enum class Ending { Failed, Declined, Joined };
 
 /// The join up to its final message.
 Ending Join(const std::filesystem::path& folder, const std::string& origName,
-            const std::filesystem::path& target, Ui& ui,
-            std::optional<ScratchFolder>& scratch) {
+            const std::filesystem::path& target, Ui& ui, std::optional<ScratchFolder>& scratch) {
   const bool replace = NameIsTaken(target);
   if (replace && !AskYesNo(ui, origName + " Already Exists. Do You Want To Replace It?"))
     return Ending::Declined;
@@ -131,15 +135,15 @@ bool ExitWithoutFile(Ui& ui) {
 
 std::int16_t JoinFolder(const Output& joined, bool overwrite, Ui& ui, const Watch& watch) {
   if (!overwrite && NameIsTaken(joined.target)) {
-    ui.Message("'" + PathText(joined.target) + "' already exists, action canceled",
-               Icon::Critical);
+    ui.Message("'" + PathText(joined.target) + "' already exists, action canceled", Icon::Critical);
     return 0;
   }
   return ShowingErrors(ui, [&]() -> std::int16_t {
     if (joined.rangeCount > std::size_t{std::numeric_limits<std::int16_t>::max()})
       throw OverflowError();
-    WriteOutputs(1, [&](std::size_t) { return joined; }, joined.length,
-                 overwrite ? Existing::Replace : Existing::Keep, watch);
+    WriteOutputs(
+        1, [&](std::size_t) { return joined; }, joined.length,
+        overwrite ? Existing::Replace : Existing::Keep, watch);
     return static_cast<std::int16_t>(joined.rangeCount);
   });
 }
@@ -147,8 +151,7 @@ std::int16_t JoinFolder(const Output& joined, bool overwrite, Ui& ui, const Watc
 std::optional<std::filesystem::path> JoinPieces(const std::filesystem::path& FullPath, Ui& ui) {
   const std::string PieceName = PathText(FullPath.filename());
   const std::optional<std::string> OrigName = OrigNameOf(PieceName);
-  const std::filesystem::path target =
-      FullPath.parent_path() / PathFromText(OrigName.value_or(""));
+  const std::filesystem::path target = FullPath.parent_path() / PathFromText(OrigName.value_or(""));
   std::optional<ScratchFolder> scratch;
   Ending ending = Ending::Failed;
   if (OrigName) {

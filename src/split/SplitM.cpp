@@ -16,16 +16,24 @@ namespace slyver {
 
 namespace {
 
-/// How many pieces of `size` bytes `length` bytes make. Throws OverflowError past 32767.
-std::int16_t CountPieces(std::uint64_t length, std::uint64_t size) {
+/// How many pieces of `size` bytes `length` bytes make.
+std::uint64_t CountPieces(std::uint64_t length, std::uint64_t size) {
   if (size == 0) throw std::invalid_argument("The piece size must be at least 1 byte.");
-  const std::uint64_t count = length / size + (length % size > 0 ? 1 : 0);
-  if (count > std::uint64_t{std::numeric_limits<std::int16_t>::max()}) throw OverflowError();
-  return static_cast<std::int16_t>(count);
+  return length / size + (length % size > 0 ? 1 : 0);
 }
 
-std::string ZeroPerDigit(std::int16_t count) {
-  return std::string(std::to_string(count).size(), '0');
+/// A number of pieces as the 16-bit count that it is told by. Throws OverflowError past 32767,
+/// unless only one of them is written.
+std::int16_t Count16(std::uint64_t count, bool onlyOne) {
+  constexpr std::uint64_t most = std::numeric_limits<std::int16_t>::max();
+  if (count > most && !onlyOne) throw OverflowError();
+  return static_cast<std::int16_t>(std::min(count, most));
+}
+
+std::string ZeroPerDigit(std::uint64_t count) {
+  std::string mask = std::to_string(count);
+  std::fill(mask.begin(), mask.end(), '0');
+  return mask;
 }
 
 std::string Filled(int number, const std::string& mask) {
@@ -39,14 +47,16 @@ void MakeLastLevel(const std::filesystem::path& folder) {
   if (error) throw FileError(folder, error);
 }
 
-/// One cut of a file: how many pieces are written, and which bytes piece `number` (1-based) holds.
+/// One cut of a file: how many pieces are written, which bytes piece `number` holds, and the number
+/// of the first piece.
 struct Cut {
   std::size_t written = 0;
   std::function<ByteRange(int number)> range;
+  int first = 1;
 };
 
 Cut CutOf(const std::filesystem::path& source, std::uint64_t length, std::uint64_t size,
-          std::int16_t count, const SplitOptions& options) {
+          std::uint64_t count, const SplitOptions& options) {
   const auto rangeAt = [source, length](std::uint64_t offset, std::uint64_t wanted) {
     return ByteRange{source, offset, std::min(wanted, length - offset)};
   };
@@ -57,23 +67,36 @@ Cut CutOf(const std::filesystem::path& source, std::uint64_t length, std::uint64
   if (options.TwoPieceMode) {
     const std::uint64_t second =
         count == 2 && length % size > 0 ? length % size : options.SecondPieceSize;
-    return {2, [=](int number) { return number == 1 ? rangeAt(0, size) : rangeAt(size, second); }};
+    const auto range = [=](int number) {
+      return number == 1 ? rangeAt(0, size) : rangeAt(size, second);
+    };
+    return {2, range};
   }
-  return {static_cast<std::size_t>(count), [=](int number) {
-            return rangeAt(size * (static_cast<std::uint64_t>(number) - 1), size);
-          }};
+  const auto range = [=](int number) {
+    return rangeAt(size * (static_cast<std::uint64_t>(number) - 1), size);
+  };
+  return {static_cast<std::size_t>(count), range};
 }
 
-/// Writes the pieces of a cut, piece 1 last.
+/// Takes the bar from `value` to `end` in `count` steps, one for each piece begun; a bar that
+/// stands higher already stays.
+Watch StepsTo(double end, std::uint64_t count, Ui& ui, std::string_view bar, double value) {
+  const double step = end / static_cast<double>(count);
+  return StepProgress(ui, bar, value, [end, step](double now, std::size_t) {
+    return std::max(now, std::min(now + step, end));
+  });
+}
+
+/// Writes the pieces of a cut, the first one last.
 void WritePieces(const Cut& cut, const std::function<std::filesystem::path(int number)>& nameOf,
                  const Watch& watch) {
   const auto output = [&](std::size_t index) {
-    const int number = index + 1 == cut.written ? 1 : static_cast<int>(index) + 2;
-    const ByteRange range = cut.range(number);
+    const int number = cut.first + (index + 1 == cut.written ? 0 : static_cast<int>(index) + 1);
+    ByteRange range = cut.range(number);
     return Output{nameOf(number), range.length, 1, [range](std::size_t) { return range; }};
   };
   std::uint64_t total = 0;
-  for (std::size_t i = 0; i < cut.written; ++i) total += cut.range(static_cast<int>(i) + 1).length;
+  for (int i = 0; i < static_cast<int>(cut.written); ++i) total += cut.range(cut.first + i).length;
   WriteOutputs(cut.written, output, total, Existing::Replace, watch);
 }
 
@@ -87,21 +110,21 @@ SplitResult SplitFile(const std::filesystem::path& source, std::uint64_t pieceSi
       ui.Message("Chunk Size Bigger Than File Size.", Icon::Information);
       return {0, options.NumberMask};
     }
-    const std::int16_t count = CountPieces(length, pieceSize);
+    const std::uint64_t count = CountPieces(length, pieceSize);
+    const std::int16_t pieces = Count16(count, options.SkipThenRange || options.SkipThenTrailer);
     const std::string mask = options.NumberMask + ZeroPerDigit(count);
     MakeLastLevel(options.outputFolder);
 
-    const std::string name = PathText(source.filename());
+    const std::string name = options.title.empty() ? PathText(source.filename()) : options.title;
     const auto nameOf = [&](int number) {
-      return options.outputFolder /
-             PathFromText(options.forRecovery ? name + "." + Filled(number, mask)
-                                              : PieceNameOf(name, number));
+      return options.outputFolder / PathFromText(options.forRecovery
+                                                     ? name + "." + Filled(number, mask)
+                                                     : PieceNameOf(name, number));
     };
-    const double step = (options.forRecovery ? 30.0 : 100.0) / count;
-    const Watch watch = StepProgress(ui, options.forRecovery ? "PB1" : "pb", 0,
-                                     [step](double value, std::size_t) { return value + step; });
-    WritePieces(CutOf(source, length, pieceSize, count, options), nameOf, watch);
-    return {count, mask};
+    WritePieces(CutOf(source, length, pieceSize, count, options), nameOf,
+                options.forRecovery ? StepsTo(30, count, ui, "PB1", options.barValue)
+                                    : StepsTo(100, count, ui, "pb", options.barValue));
+    return {pieces, mask};
   });
 }
 
@@ -114,26 +137,25 @@ ChunkResult ChunkToTemp(const std::filesystem::path& source, std::uint64_t chunk
                  Icon::None);
       return {};
     }
-    const std::int16_t count = CountPieces(length, chunkSize);
+    const std::uint64_t count = CountPieces(length, chunkSize);
+    const std::int16_t chunks = Count16(count, options.only > 0);
     const std::string mask = ZeroPerDigit(count);
     MakeLastLevel(options.folder);
 
     const std::uint64_t tailSize = options.SmallTailChunks ? directoryLength : chunkSize;
     const std::uint64_t tailLength = length - chunkSize;
-    const Cut cut{static_cast<std::size_t>(1 + tailLength / tailSize +
-                                           (tailLength % tailSize > 0 ? 1 : 0)),
-                  [&](int number) {
-                    if (number == 1) return ByteRange{source, 0, chunkSize};
-                    const std::uint64_t offset =
-                        chunkSize + tailSize * (static_cast<std::uint64_t>(number) - 2);
-                    return ByteRange{source, offset, std::min(tailSize, length - offset)};
-                  }};
-    const double step = 30.0 / count;
-    WritePieces(cut,
-                [&](int number) { return options.folder / ("1." + Filled(number, mask) + ".ini"); },
-                StepProgress(ui, "PB1", 0,
-                             [step](double value, std::size_t) { return value + step; }));
-    return {count, mask};
+    const auto range = [&](int number) {
+      if (number == 1) return ByteRange{source, 0, chunkSize};
+      const std::uint64_t offset = chunkSize + tailSize * (static_cast<std::uint64_t>(number) - 2);
+      return ByteRange{source, offset, std::min(tailSize, length - offset)};
+    };
+    const std::uint64_t written = std::min(1 + CountPieces(tailLength, tailSize), count);
+    const Cut cut = options.only > 0 ? Cut{1, range, options.only}
+                                     : Cut{static_cast<std::size_t>(written), range};
+    WritePieces(
+        cut, [&](int number) { return options.folder / ("1." + Filled(number, mask) + ".ini"); },
+        StepsTo(30, count, ui, "PB1", options.barValue));
+    return {chunks, mask};
   });
 }
 

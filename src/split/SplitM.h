@@ -15,19 +15,23 @@ inline constexpr std::uint64_t directoryLength = 2500;
 /// What SplitFile is to cut; the split itself leaves all switches off.
 struct SplitOptions {
   std::filesystem::path outputFolder;  ///< Its last level is made if need be.
+  std::string title;             ///< What the pieces are named after, where not after the source.
   bool TwoPieceMode = false;     ///< Piece 2 is SecondPieceSize long, and the last.
   bool SkipThenRange = false;    ///< Skips one piece size, writes SecondPieceSize bytes, stops.
   bool SkipThenTrailer = false;  ///< As SkipThenRange, with 2500 bytes.
   std::uint64_t SecondPieceSize = 0;  ///< In bytes.
   std::string NumberMask;             ///< The zeros that an earlier call returned.
+  double barValue = 0;                ///< Where the progress bar stands, 0 to 100.
   /// Pieces of a recovery are named name + "." + number, filled with zeros to the length of
   /// NumberMask; those of a split are named by PieceNameOf().
   bool forRecovery = false;
 };
 
 struct SplitResult {
-  std::int16_t pieces = 0;  ///< The number of pieces, 2 to 32767; 0 when refused or failed.
-  std::string NumberMask;   ///< options.NumberMask and one more "0" for each digit of the number.
+  /// The number of pieces that the size makes, 2 to 32767; 0 when refused or failed. Where a switch
+  /// skips to one piece, a larger number counts as 32767.
+  std::int16_t pieces = 0;
+  std::string NumberMask;  ///< options.NumberMask and one more "0" for each digit of the number.
 };
 
 /// Cuts `source` into pieces of `pieceSize` bytes (1 or more), the last one holding the rest: piece
@@ -45,16 +49,21 @@ SplitResult SplitFile(const std::filesystem::path& source, std::uint64_t pieceSi
 struct ChunkOptions {
   std::filesystem::path folder;  ///< Where the chunks go; its last level is made if need be.
   bool SmallTailChunks = false;  ///< Every chunk from chunk 2 on is 2500 bytes long.
+  int only = 0;                  ///< The one chunk to write, 1 or 2; 0 writes them all.
+  double barValue = 0;           ///< Where the progress bar stands, 0 to 100.
 };
 
 struct ChunkResult {
-  std::int16_t chunks = 0;  ///< length / chunkSize, rounded up; 0 when refused or failed.
-  std::string NumberMask;   ///< One "0" for each digit of that number.
+  /// length / chunkSize, rounded up; 0 when refused or failed. Where only one chunk was asked for, a
+  /// larger number counts as 32767.
+  std::int16_t chunks = 0;
+  std::string NumberMask;  ///< One "0" for each digit of length / chunkSize, rounded up.
 };
 
 /// Cuts `source` into chunk files of at most `chunkSize` bytes (1 or more) named "1." + number +
 /// ".ini", the number filled with zeros to the length of NumberMask. With SmallTailChunks the bytes
-/// may come to an end before the chunks do; then no file is written for the rest of them.
+/// may come to an end before the chunks do, and then no file is written for the rest of them; or
+/// the chunks before the bytes, and then the rest of the bytes is left out.
 ///
 /// A source not longer than a chunk is refused with a message; failures are shown and throw as
 /// SplitFile's do.

@@ -5,7 +5,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <exception>
-#include <map>
+#include <limits>
 #include <memory>
 #include <mutex>
 #include <numeric>
@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "system/FileError.h"
+#include "system/PathText.h"
 #include "system/SourceFile.h"
 
 namespace slyver {
@@ -97,7 +98,7 @@ class Copy {
       std::vector<char> buffer(bufferSize);
       while (std::optional<Slice> slice = Next()) {
         CopySlice(*slice, buffer);
-        Finish(std::move(*slice));
+        Finish(*slice);
       }
     } catch (...) {
       Stop(std::current_exception());
@@ -115,9 +116,8 @@ class Copy {
 
   void CopySlice(const Slice& slice, std::vector<char>& buffer) {
     for (std::uint64_t done = 0; done < slice.length && !stop_;) {
-      const std::span part(
-          buffer.data(),
-          static_cast<std::size_t>(std::min<std::uint64_t>(buffer.size(), slice.length - done)));
+      const std::span part(buffer.data(), static_cast<std::size_t>(std::min<std::uint64_t>(
+                                              buffer.size(), slice.length - done)));
       slice.source->Read(slice.sourceOffset + done, part);
       slice.pending->file.Write(slice.targetOffset + done, part);
       done += part.size();
@@ -126,7 +126,7 @@ class Copy {
   }
 
   /// Gives the file its name when the slice was its last.
-  void Finish(Slice slice) {
+  void Finish(const Slice& slice) {
     if (stop_) return;
     slice.source->ThrowIfChanged();
     if (slice.pending->bytesLeft.fetch_sub(slice.length) == slice.length) Complete(slice.pending);
@@ -235,7 +235,9 @@ void Concatenate(std::span<const ByteRange> ranges, const std::filesystem::path&
   WriteOutputs(1, output, length, existing, watch);
 }
 
-std::uint64_t FileLength(const std::filesystem::path& path) { return SourceFile(path).Length(); }
+std::uint64_t FileLength(const std::filesystem::path& path) {
+  return SourceFile(path).Length();
+}
 
 std::string ReadSmallFile(const std::filesystem::path& path) {
   const SourceFile file(path);
@@ -248,6 +250,24 @@ void WriteSmallFile(const std::filesystem::path& path, std::string_view bytes) {
   TargetFile file(path, bytes.size(), Existing::Replace);
   file.Write(0, bytes);
   file.Commit();
+}
+
+std::filesystem::path FirstFreePath(const std::filesystem::path& folder, const MarkedName& nameOf) {
+  std::filesystem::path path = folder / PathFromText(nameOf(""));
+  for (int n = 1; NameIsTaken(path); ++n) {
+    if (n > std::numeric_limits<std::int16_t>::max()) throw OverflowError();
+    path = folder / PathFromText(nameOf("[" + std::to_string(n) + "] "));
+  }
+  return path;
+}
+
+std::filesystem::path MoveToFirstFreePath(const std::filesystem::path& from,
+                                          const std::filesystem::path& folder,
+                                          const MarkedName& nameOf) {
+  std::filesystem::path path;
+  do path = FirstFreePath(folder, nameOf);
+  while (!MoveToFreeName(from, path));  // Another program may take the name first.
+  return path;
 }
 
 bool NameIsTaken(const std::filesystem::path& path) {

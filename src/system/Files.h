@@ -39,7 +39,7 @@ struct CopyProgress {
 /// Returns false to stop the copy; what it throws stops the copy too and reaches the caller.
 using Watch = std::function<bool(const CopyProgress&)>;
 
-/// Writes `count` files. `output` gives file number 0 to count - 1 and is called once for each;
+/// Writes `count` files. `output` gives file number 0 to count - 1, the same whenever it is asked;
 /// `bytesTotal` is the sum of their lengths.
 ///
 /// Each file gets its name when it is complete, and the last one only after all the others have
@@ -69,5 +69,17 @@ void WriteSmallFile(const std::filesystem::path& path, std::string_view bytes);
 
 /// Whether something bears the name `path`, be it a link that leads nowhere.
 bool NameIsTaken(const std::filesystem::path& path);
+
+/// A name made with a mark: "" for the first try, then "[1] ", "[2] " and so on.
+using MarkedName = std::function<std::string(const std::string& mark)>;
+
+/// The first of the names that is free in `folder`. Throws OverflowError past "[32767] ".
+std::filesystem::path FirstFreePath(const std::filesystem::path& folder, const MarkedName& nameOf);
+
+/// Moves the file `from` to the first of the names that is free in `folder`, on the same file
+/// system, and returns its new path. Throws FileError, and OverflowError as FirstFreePath does.
+std::filesystem::path MoveToFirstFreePath(const std::filesystem::path& from,
+                                          const std::filesystem::path& folder,
+                                          const MarkedName& nameOf);
 
 }  // namespace slyver

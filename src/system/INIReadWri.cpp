@@ -23,14 +23,18 @@ std::string_view Trimmed(std::string_view text) {
   return first == std::string_view::npos ? std::string_view{} : TrimmedRight(text.substr(first));
 }
 
-char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+char Lower(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
 
 bool SameName(std::string_view a, std::string_view b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end(),
                     [](char x, char y) { return Lower(x) == Lower(y); });
 }
 
-std::string_view UpToZero(std::string_view text) { return text.substr(0, text.find('\0')); }
+std::string_view UpToZero(std::string_view text) {
+  return text.substr(0, text.find('\0'));
+}
 
 /// The text of the first line, its line end included.
 std::string_view FirstLine(std::string_view text) {
@@ -105,8 +109,7 @@ std::string WithIniValue(std::string_view text, std::string_view section, std::s
   key = Trimmed(key);
   const Place place = Find(text, section, key);
   const std::string line = std::string(key) + "=" + std::string(UpToZero(value)) + "\r\n";
-  if (!place.sectionFound)
-    return WithLineEnd(text) + "[" + std::string(section) + "]\r\n" + line;
+  if (!place.sectionFound) return WithLineEnd(text) + "[" + std::string(section) + "]\r\n" + line;
   if (!place.line)
     return WithLineEnd(text.substr(0, place.sectionEnd)) + line +
            std::string(text.substr(place.sectionEnd));
@@ -145,6 +148,11 @@ std::string ReadIniValue(const std::filesystem::path& file, std::string_view sec
   } catch (const FileError&) {
     text.clear();
   }
+  return ReadIniValueIn(text, section, key, defaultValue);
+}
+
+std::string ReadIniValueIn(std::string_view text, std::string_view section, std::string_view key,
+                           std::string_view defaultValue) {
   return IniValueIn(text, section, key, defaultValue).substr(0, readLimit);
 }
 

@@ -27,6 +27,10 @@ bool WriteIniValue(const std::filesystem::path& file, std::string_view section,
 std::string ReadIniValue(const std::filesystem::path& file, std::string_view section,
                          std::string_view key, std::string_view defaultValue);
 
+/// Reads a value of the ini text `text` as ReadIniValue does.
+std::string ReadIniValueIn(std::string_view text, std::string_view section, std::string_view key,
+                           std::string_view defaultValue);
+
 /// The value in the ini text `text`, whole. Returns `defaultValue` when it is missing.
 std::string IniValueIn(std::string_view text, std::string_view section, std::string_view key,
                        std::string_view defaultValue);

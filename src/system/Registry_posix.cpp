@@ -12,7 +12,9 @@ namespace slyver {
 
 namespace {
 
-std::filesystem::path RegistryFile() { return ConfigurationFolder() / "registry.ini"; }
+std::filesystem::path RegistryFile() {
+  return ConfigurationFolder() / "registry.ini";
+}
 
 std::string SectionOf(RegRoot root, std::string_view keyPath) {
   const char* name = "HKEY_LOCAL_MACHINE";

@@ -39,7 +39,9 @@ SourceFile::SourceFile(const std::filesystem::path& path) : state_(std::make_uni
 
 SourceFile::~SourceFile() = default;
 
-const std::filesystem::path& SourceFile::Path() const { return state_->path; }
+const std::filesystem::path& SourceFile::Path() const {
+  return state_->path;
+}
 
 std::uint64_t SourceFile::Length() const {
   return static_cast<std::uint64_t>(state_->opened.st_size);

@@ -44,4 +44,8 @@ class TargetFile {
   std::unique_ptr<State> state_;
 };
 
+/// Gives the file `from` the name `to` in the same file system. False when `to` is taken; then
+/// nothing has changed. Throws FileError.
+bool MoveToFreeName(const std::filesystem::path& from, const std::filesystem::path& to);
+
 }  // namespace slyver

@@ -42,6 +42,8 @@ bool Lock(int descriptor) {
 void RemoveLeftover(const std::filesystem::path& temporary, const std::filesystem::path& target) {
   const int descriptor = open(temporary.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
   if (descriptor < 0 && errno == ENOENT) return;
+  // A link, a socket, a file that may not be read: none of them is a copy at work.
+  if (descriptor < 0 && errno != ELOOP && errno != ENXIO && errno != EACCES) Fail(temporary);
   const bool free = descriptor < 0 || Lock(descriptor);
   const bool stale = free && (descriptor < 0 || NameStillBelongs(temporary, descriptor));
   const bool removed = !stale || unlink(temporary.c_str()) == 0 || errno == ENOENT;
@@ -124,6 +126,9 @@ TargetFile::TargetFile(std::filesystem::path target, std::uint64_t length, Exist
       throw FileError(state_->target, "Not a regular file");
     if (existing == Existing::Keep)
       throw FileError(state_->target, std::make_error_code(std::errc::file_exists));
+  } else if (errno != ENOENT) {
+    // A name that is too long, say, is better known now than after the long work.
+    Fail(state_->target);
   }
   state_->descriptor = CreateTemporary(state_->temporary, state_->target);
   Reserve(state_->descriptor, length, state_->target);
@@ -158,6 +163,12 @@ void TargetFile::Commit() {
                            : RenameToFreeName(state.temporary, state.target);
   if (!renamed) Fail(state.target);
   state_->named = true;
+}
+
+bool MoveToFreeName(const std::filesystem::path& from, const std::filesystem::path& to) {
+  if (RenameToFreeName(from, to)) return true;
+  if (errno != EEXIST) Fail(to);
+  return false;
 }
 
 }  // namespace slyver

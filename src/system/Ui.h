@@ -15,9 +15,9 @@ enum class Answer { Yes, No, Ok, Cancel };
 
 /// The state of a progress bar.
 struct Progress {
-  std::string_view bar;          ///< The bar's name: "pb" of the split form, "PB1" of the join form.
-  double value = 0;              ///< 0 to 100, in the steps that the job is described in.
-  std::uint64_t bytesDone = 0;   ///< What lies between the steps; both are 0 where no
+  std::string_view bar;         ///< The bar's name: "pb" of the split form, "PB1" of the join form.
+  double value = 0;             ///< 0 to 100, in the steps that the job is described in.
+  std::uint64_t bytesDone = 0;  ///< What lies between the steps; both are 0 where no
   std::uint64_t bytesTotal = 0;  ///< bytes are being copied.
 };
 

@@ -59,7 +59,9 @@ fs::path WithSeparator(fs::path path) {
   return path;
 }
 
-ScratchFolder::ScratchFolder(fs::path path) : path_(std::move(path)) { MakeFreshFolder(path_); }
+ScratchFolder::ScratchFolder(fs::path path) : path_(std::move(path)) {
+  MakeFreshFolder(path_);
+}
 
 ScratchFolder::~ScratchFolder() {
   try {
@@ -67,6 +69,16 @@ ScratchFolder::~ScratchFolder() {
   } catch (const FileError&) {
     return;
   }
+}
+
+ScratchFile::ScratchFile(fs::path path) : path_(std::move(path)) {
+  std::error_code ignored;
+  fs::remove(path_, ignored);
+}
+
+ScratchFile::~ScratchFile() {
+  std::error_code ignored;
+  fs::remove(path_, ignored);
 }
 
 }  // namespace slyver

@@ -39,6 +39,21 @@ class ScratchFolder {
   std::filesystem::path path_;
 };
 
+/// A file that a job writes outside its scratch folder: one of that name is removed at the start
+/// and at the end of the object's life; a failure to remove it goes unnoticed.
+class ScratchFile {
+ public:
+  explicit ScratchFile(std::filesystem::path path);
+  ~ScratchFile();
+  ScratchFile(const ScratchFile&) = delete;
+  ScratchFile& operator=(const ScratchFile&) = delete;
+
+  const std::filesystem::path& Path() const { return path_; }
+
+ private:
+  std::filesystem::path path_;
+};
+
 /// The folder for temporary files that only this user may enter. On Linux "slyver" in
 /// $XDG_RUNTIME_DIR, else "slyver-" and the user's number in the folder for temporary files. It is
 /// made if need be. Throws FileError when it cannot be made, is no folder of the user's own, or is

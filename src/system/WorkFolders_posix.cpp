@@ -30,7 +30,7 @@ std::filesystem::path PathFromEnvironment(const char* name) {
 
 std::filesystem::path PrivateFolder() {
   const std::filesystem::path runtime = PathFromEnvironment("XDG_RUNTIME_DIR");
-  const std::filesystem::path folder =
+  std::filesystem::path folder =
       runtime.empty() ? std::filesystem::path("/tmp/slyver-" + std::to_string(getuid()))
                       : runtime / "slyver";
   if (mkdir(folder.c_str(), S_IRWXU) != 0 && errno != EEXIST) Fail(folder);
@@ -44,7 +44,7 @@ std::filesystem::path PrivateFolder() {
 }
 
 std::filesystem::path HomeFolder() {
-  const std::filesystem::path home = PathFromEnvironment("HOME");
+  std::filesystem::path home = PathFromEnvironment("HOME");
   if (!home.empty()) return home;
   // The entry is copied at once; only another look-up in another thread could change it.
   const passwd* const user = getpwuid(getuid());  // NOLINT(concurrency-mt-unsafe)

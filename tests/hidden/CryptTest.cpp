@@ -27,10 +27,10 @@ TEST(Crypt, DeciphersEveryTextUnderEveryPasswordByte) {
 }
 
 TEST(Crypt, ReadsDamagedTextAsFarAsItIsHexadecimal) {
-  EXPECT_EQ(DecryptText("7", "A"), "1");        // 7 xor 54
-  EXPECT_EQ(DecryptText("4G", "A"), "2");       // only the 4 counts
-  EXPECT_EQ(DecryptText("G4zz", "A"), "65");    // both pairs count as 0
-  EXPECT_EQ(DecryptText("7f", "A"), "\x49");    // lower case is hexadecimal too
+  EXPECT_EQ(DecryptText("7", "A"), "1");      // 7 xor 54
+  EXPECT_EQ(DecryptText("4G", "A"), "2");     // only the 4 counts
+  EXPECT_EQ(DecryptText("G4zz", "A"), "65");  // both pairs count as 0
+  EXPECT_EQ(DecryptText("7f", "A"), "\x49");  // lower case is hexadecimal too
 }
 
 TEST(Crypt, RefusesAnEmptyPassword) {

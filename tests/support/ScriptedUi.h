@@ -30,8 +30,7 @@ class ScriptedUi final : public Ui {
   void ExpectOpenFile(const std::string& title, const std::string& filter,
                       const std::filesystem::path& initialFolder,
                       std::optional<std::filesystem::path> chosen) {
-    script_.push_back(
-        {OpenFileCall(title, filter, initialFolder), {}, std::move(chosen), {}});
+    script_.push_back({OpenFileCall(title, filter, initialFolder), {}, std::move(chosen), {}});
   }
   void ExpectPickFolder(std::optional<std::filesystem::path> chosen) {
     script_.push_back({"folder picker", {}, std::move(chosen), {}});

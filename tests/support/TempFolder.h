@@ -1,6 +1,9 @@
 #pragma once
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -11,6 +14,7 @@
 #include <string_view>
 #include <vector>
 
+#include "system/FileError.h"
 #include "system/PathText.h"
 
 namespace slyver {
@@ -58,6 +62,32 @@ inline std::string ReadFile(const std::filesystem::path& path) {
   EXPECT_TRUE(file.is_open()) << path;
   return {std::istreambuf_iterator<char>(file), {}};
 }
+
+/// What the FileError says that `work` throws.
+template <typename Work>
+std::string ErrorOf(const Work& work) {
+  try {
+    work();
+  } catch (const FileError& error) {
+    return error.what();
+  }
+  return "no error";
+}
+
+/// Holds the lock of a file, as another program does that is writing it.
+class LockedFile {
+ public:
+  explicit LockedFile(const std::filesystem::path& path)
+      : descriptor_(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)) {
+    EXPECT_EQ(flock(descriptor_, LOCK_EX | LOCK_NB), 0);
+  }
+  ~LockedFile() { close(descriptor_); }
+  LockedFile(const LockedFile&) = delete;
+  LockedFile& operator=(const LockedFile&) = delete;
+
+ private:
+  int descriptor_;
+};
 
 /// `length` bytes without a period that a piece size could hide, the same on every call.
 inline std::string SomeBytes(std::size_t length) {

@@ -1,0 +1,42 @@
+# Sourced by run, test and bench/run: installs the Debian packages that are missing.
+
+build_packages=(g++ cmake ninja-build libcli11-dev)
+test_packages=(libgtest-dev clang-format clang-tidy)
+bench_packages=(hyperfine time)
+
+# need PACKAGE... makes sure that the packages are installed; does nothing when they are.
+need() {
+  if ! command -v dpkg-query >/dev/null; then
+    echo "This system has no Debian packages; make sure that you have what these hold: $*" >&2
+    return 0
+  fi
+  local package missing=()
+  for package in "$@"; do
+    [[ $(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null) == installed ]] ||
+      missing+=("$package")
+  done
+  ((${#missing[@]})) || return 0
+
+  local as_root=()
+  if ((EUID != 0)); then
+    if ! command -v sudo >/dev/null; then
+      echo "These packages are missing; please have them installed: ${missing[*]}" >&2
+      return 1
+    fi
+    as_root=(sudo)
+  fi
+  echo "Installing ${missing[*]}" >&2
+  # The lists of packages may be older than the packages, or not there at all.
+  "${as_root[@]}" apt-get update -qq >&2 || true
+  "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+    apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null || {
+    echo "These packages could not be installed: ${missing[*]}" >&2
+    return 1
+  }
+}
+
+# build PRESET FOLDER configures the tree once and builds what has changed, saying so on stderr.
+build() {
+  [[ -e $top/$2/build.ninja ]] || (cd "$top" && cmake --preset "$1" >&2)
+  (cd "$top" && cmake --build --preset "$1") | sed '/no work to do/d' >&2
+}

@@ -1,0 +1,7 @@
+#include "system/Attributes.h"
+
+namespace slyver {
+
+void ClearAttributes(const std::filesystem::path& /*path*/) {}
+
+}  // namespace slyver

@@ -1,0 +1,71 @@
+#include "split/FindFiles.h"
+
+#include <gtest/gtest.h>
+
+#include "support/ScriptedUi.h"
+#include "support/TempFolder.h"
+#include "system/FileError.h"
+
+namespace slyver {
+namespace {
+
+namespace fs = std::filesystem;
+
+class FindFiles : public TempFolderTest {
+ protected:
+  std::vector<std::string> Search() {
+    std::vector<std::string> found;
+    counts = FindFilesAPI(folder, "*.sly", ui, [&](const fs::path& path) {
+      found.push_back(path.lexically_relative(folder).string());
+    });
+    return found;
+  }
+
+  ScriptedUi ui;
+  FindCounts counts;
+};
+
+TEST_F(FindFiles, SearchesTheFolderBeforeItsSubfolders) {
+  fs::create_directories(folder / "sub" / "deep");
+  fs::create_directory(folder / "folder.sly");
+  for (const char* name : {"sub/deep/3.sly", "sub/2.SLY", "1.sly", "1.sly.txt", "sly"})
+    WriteFile(folder / name, "x");
+  EXPECT_EQ(Search(), (std::vector<std::string>{"1.sly", "sub/2.SLY", "sub/deep/3.sly"}));
+  EXPECT_EQ(counts.files, 3U);
+  EXPECT_EQ(counts.folders, 3U);
+}
+
+TEST_F(FindFiles, TakesLinksToFilesAndFollowsNoneToFolders) {
+  WriteFile(folder / "file", "x");
+  fs::create_symlink("file", folder / "link.sly");
+  fs::create_symlink("nowhere", folder / "broken.sly");
+  fs::create_directory_symlink(".", folder / "circle");
+  EXPECT_EQ(Search(), std::vector<std::string>{"link.sly"});
+  EXPECT_EQ(counts.folders, 0U);
+}
+
+TEST_F(FindFiles, FailsWithoutTheFolderAndStopsWhenAsked) {
+  WriteFile(folder / "1.sly", "x");
+  ui.StopAtBytes(0);
+  EXPECT_THROW(Search(), Cancelled);
+  fs::remove_all(folder);
+  EXPECT_EQ(ErrorOf([&] { (void)Search(); }), folder.string() + ": No such file or directory");
+}
+
+TEST_F(FindFiles, TrimsNamesOfFolders) {
+  EXPECT_EQ(StripNulls(std::string("ab\0cd\0", 6)), "ab");
+  EXPECT_EQ(StripNulls("ab"), "ab");
+  for (const char* path : {"/a b", "/a b/", "  /a b/ ", "/a b  "})
+    EXPECT_EQ(StripBackslash(path), "/a b");
+  EXPECT_EQ(StripBackslash("/a//"), "/a/");
+  EXPECT_EQ(StripBackslash("   "), "");
+
+  WriteFile(folder / "file", "x");
+  EXPECT_TRUE(DirExists(folder.string()));
+  EXPECT_TRUE(DirExists(" " + folder.string() + "/ "));
+  EXPECT_FALSE(DirExists((folder / "file").string()));
+  EXPECT_FALSE(DirExists(""));
+}
+
+}  // namespace
+}  // namespace slyver
