@@ -10,6 +10,7 @@ add_library(slyver_forms STATIC
   src/app/Desktop.cpp
   src/app/HelpPage_${platform}.cpp
   src/app/Instance_${platform}.cpp
+  src/app/MaskedBox.cpp
   src/app/ModernForm.cpp
   src/app/ProgressView.cpp
   src/app/StatusLine.cpp
@@ -18,12 +19,18 @@ add_library(slyver_forms STATIC
   src/app/frmInit.cpp
   src/app/frmMainMenu.cpp
   src/app/frmSplitJoin.cpp
+  src/app/FileDrop.cpp
   src/chrome/MenuFrame.cpp
   src/chrome/ResizeEdge.cpp
   src/chrome/TitleBar.cpp
   src/chrome/WinXPApe.cpp
   src/chrome/WindowSystem_${platform}.cpp
   src/chrome/modWinXP.cpp
+  src/hidden/ListViewIcon.cpp
+  src/hidden/ListViewIcon_${platform}.cpp
+  src/hidden/frmHideFile.cpp
+  src/hidden/frmHideRec.cpp
+  src/hidden/frmShowList.cpp
   src/split/frmJoin.cpp
   src/split/frmSplitter.cpp
   src/system/InputBoxM.cpp)

@@ -10,6 +10,8 @@
 #include "app/frmFirst.h"
 #include "app/frmInit.h"
 #include "app/frmSplitJoin.h"
+#include "hidden/frmHideFile.h"
+#include "hidden/frmHideRec.h"
 #include "split/frmJoin.h"
 #include "split/frmSplitter.h"
 #include "system/FileError.h"
@@ -85,11 +87,26 @@ void Desktop::ShowJoin(const std::string& caption) {
   join_->Show();
 }
 
-void Desktop::ShowHideFile(ModernForm* /*instead*/) {}
+void Desktop::UnloadJoin() {
+  if (join_) join_->Unload();
+}
 
-void Desktop::ShowHideRec() {}
+void Desktop::ShowHideFile(ModernForm* instead) {
+  if (!hideFile_) hideFile_ = new frmHideFile(*this);
+  hideFile_->Show();
+  hideFile_->Raise();
+  if (instead != nullptr) instead->Unload();
+}
 
-std::filesystem::path Desktop::HideRecFolder() const { return {}; }
+void Desktop::ShowHideRec() {
+  if (!hideRec_) hideRec_ = new frmHideRec(*this);
+  hideRec_->Show();
+  hideRec_->Raise();
+}
+
+std::filesystem::path Desktop::HideRecFolder() const {
+  return hideRec_ ? hideRec_->Folder() : std::filesystem::path{};
+}
 
 void Desktop::FormClosed(ModernForm& form) {
   form.Unload();
@@ -100,18 +117,29 @@ void Desktop::FormClosed(ModernForm& form) {
 
 void Desktop::RunJob(const std::function<void()>& job) {
   if (jobRuns_) return;
-  stopAsked_ = false;
-  SetBusy(true);
+  RunStep([&] {
+    job();
+    return false;
+  });
+}
+
+void Desktop::RunStep(const std::function<bool()>& step) {
+  // Events that come while a step runs may ask for the next one.
+  if (stepRuns_) return;
+  if (!jobRuns_) {
+    stopAsked_ = false;
+    SetBusy(true);
+  }
+  stepRuns_ = true;
+  bool more = false;
   try {
-    (void)ShowingErrors(ui_, [&] {
-      job();
-      return true;
-    });
+    more = ShowingErrors(ui_, step);
   } catch (const Cancelled&) {
     DeleteFilePathValue();
     ui_.EndProgram();
   }
-  SetBusy(false);
+  stepRuns_ = false;
+  if (!more) SetBusy(false);
 }
 
 void Desktop::ShowProgress(const Progress& progress) {

@@ -16,6 +16,8 @@ namespace slyver {
 
 class ModernForm;
 class frmFirst;
+class frmHideFile;
+class frmHideRec;
 class frmInit;
 class frmJoin;
 class frmSplitJoin;
@@ -55,9 +57,10 @@ class Desktop {
   void ShowInit();
   void UnloadInit();
   void ShowJoin(const std::string& caption);  ///< The progress form, under this caption.
+  void UnloadJoin();
 
-  // The hide and the recover form open here. `instead` is the form that they take the place of,
-  // which is unloaded once they are shown; none stays beneath.
+  /// Shows the hide form. `instead` is the form that it takes the place of, which is unloaded, or
+  /// nullptr where a form stays beneath.
   void ShowHideFile(ModernForm* instead);
   void ShowHideRec();
   /// The folder that the recover form has worked in, ending in a separator; empty if in none.
@@ -69,6 +72,9 @@ class Desktop {
   /// Runs a job of a form. Meanwhile the forms take no input but their title bars and buttons to
   /// cancel. A job that the user has stopped ends the program.
   void RunJob(const std::function<void()>& job);
+  /// As RunJob, one step of a job of several: until a step returns false, the job counts as
+  /// running.
+  void RunStep(const std::function<bool()>& step);
   bool JobRuns() const { return jobRuns_; }
   /// Asks the job to stop and clean up.
   void AskToStop() { stopAsked_ = true; }
@@ -88,7 +94,10 @@ class Desktop {
   wxWeakRef<frmSplitJoin> splitJoin_;
   wxWeakRef<frmInit> init_;
   wxWeakRef<frmJoin> join_;
+  wxWeakRef<frmHideFile> hideFile_;
+  wxWeakRef<frmHideRec> hideRec_;
   bool jobRuns_ = false;
+  bool stepRuns_ = false;
   bool stopAsked_ = false;
 };
 

@@ -3,17 +3,33 @@
 #include <wx/sizer.h>
 #include <wx/stattext.h>
 
+#include "app/StatusLine.h"
+#include "system/WxText.h"
+
 namespace slyver {
 
 frmInit::frmInit(Desktop& desktop)
-    : ModernForm(desktop, "frmInit", "Wait.......", Resizing::Fixed) {
+    : ModernForm(desktop, "frmInit", "Wait.......", Resizing::Fixed),
+      bar_(new wxGauge(ClientArea(), wxID_ANY, ProgressView::range)),
+      line_(NewStatusLine(ClientArea(), "StatusLine")),
+      view_(bar_, [this](const std::string& text) { line_->ChangeValue(ToWx(text)); }) {
   auto* const Label1 =
       new wxStaticText(ClientArea(), wxID_ANY,
                        "Please Wait While Slyver Prepares To Initialize HideFile............");
   Label1->SetName("Label1");
+  NameControl(*bar_, "Bar", "Progress");
   auto* const column = new wxBoxSizer(wxVERTICAL);
-  column->Add(Label1, wxSizerFlags().Border(wxALL, Gap()));
+  column->Add(Label1, wxSizerFlags().Border(wxTOP | wxBOTTOM, Gap()));
+  column->Add(bar_, wxSizerFlags().Expand().Border(wxBOTTOM, Gap()));
+  column->Add(line_, wxSizerFlags().Expand());
+  SetStatusLine(line_);
   FitAndCentre(column);
+  line_->SetFocus();
+}
+
+void frmInit::ShowProgress(const Progress& progress) {
+  // The small files are cut and written faster than one can see.
+  if (progress.bytesTotal > 0) view_.Show(progress);
 }
 
 }  // namespace slyver

@@ -2,8 +2,10 @@
 
 #include <wx/sizer.h>
 
+#include "app/FileDrop.h"
 #include "app/frmFirst.h"
 #include "split/JoinM.h"
+#include "split/PieceName.h"
 #include "system/PathText.h"
 #include "system/Registry.h"
 #include "system/WorkFolders.h"
@@ -40,6 +42,8 @@ frmSplitJoin::frmSplitJoin(Desktop& desktop)
   column->Add(Label1_, wxSizerFlags().Border(wxBOTTOM, 2 * Gap()));
   column->Add(grid, wxSizerFlags().Expand());
   column->Add(Command3_, wxSizerFlags().Right().Border(wxTOP, 2 * Gap()));
+  AcceptDroppedFile(*ClientArea(),
+                    [this](const std::filesystem::path& dropped) { FileDropped(dropped); });
   FitAndCentre(column);
   Command1_->SetDefault();
   Command1_->SetFocus();
@@ -61,13 +65,29 @@ void frmSplitJoin::Command1_Click() {
     }
     return;
   }
-  FullPath = *chosen;
+  SplitFileChosen(*chosen);
+}
+
+void frmSplitJoin::SplitFileChosen(const std::filesystem::path& chosen) {
+  FullPath = chosen;
   Folder = WithSeparator(FullPath.parent_path());
   App().First().ReadyToSplit();
 }
 
 void frmSplitJoin::Command2_Click() {
   App().RunJob([this] { (void)JoinFile(Talk()); });
+}
+
+// A piece is joined, any other file opens the split form.
+void frmSplitJoin::FileDropped(const std::filesystem::path& path) {
+  if (App().JobRuns()) return;
+  if (FolderExists(path)) {
+    Talk().Message("Unable To Sly Folder.", Icon::Information);
+  } else if (OrigNameOf(PathText(path.filename()))) {
+    App().RunJob([this, &path] { (void)JoinFile(Talk(), path); });
+  } else {
+    SplitFileChosen(path);
+  }
 }
 
 void frmSplitJoin::Command3_Click() {
@@ -77,8 +97,12 @@ void frmSplitJoin::Command3_Click() {
     Talk().EndProgram();
 }
 
-void frmSplitJoin::Command4_Click() { App().ShowHideFile(nullptr); }
+void frmSplitJoin::Command4_Click() {
+  App().ShowHideFile(nullptr);
+}
 
-void frmSplitJoin::Command5_Click() { App().ShowHideRec(); }
+void frmSplitJoin::Command5_Click() {
+  App().ShowHideRec();
+}
 
 }  // namespace slyver

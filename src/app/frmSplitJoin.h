@@ -24,6 +24,8 @@ class frmSplitJoin final : public ModernForm {
   void Command3_Click();
   void Command4_Click();
   void Command5_Click();
+  void SplitFileChosen(const std::filesystem::path& chosen);
+  void FileDropped(const std::filesystem::path& path);
 
   wxStaticText* Label1_;
   wxButton* Command1_;

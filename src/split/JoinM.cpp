@@ -167,13 +167,13 @@ std::optional<std::filesystem::path> JoinPieces(const std::filesystem::path& Ful
   return ending == Ending::Joined ? std::optional(target) : std::nullopt;
 }
 
-std::optional<std::filesystem::path> JoinFile(Ui& ui) {
+std::optional<std::filesystem::path> JoinFile(Ui& ui, const std::filesystem::path& dropped) {
   if (!PiecesAreTogether(ui) && AskYesNo(ui, "Do You Want To Exit?")) {
     End(ui);
     return std::nullopt;
   }
   const std::optional<std::filesystem::path> FullPath =
-      ui.OpenFile("Select File To Join.", pieceFilter, HomeFolder());
+      dropped.empty() ? ui.OpenFile("Select File To Join.", pieceFilter, HomeFolder()) : dropped;
   if (FullPath) return JoinPieces(*FullPath, ui);
   if (ExitWithoutFile(ui)) End(ui);
   return std::nullopt;

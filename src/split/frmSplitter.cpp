@@ -5,6 +5,7 @@
 #include <exception>
 #include <string>
 
+#include "app/FileDrop.h"
 #include "app/StatusLine.h"
 #include "app/frmFirst.h"
 #include "app/frmSplitJoin.h"
@@ -12,6 +13,7 @@
 #include "split/SlyIt.h"
 #include "system/Files.h"
 #include "system/Registry.h"
+#include "system/WorkFolders.h"
 #include "system/WxText.h"
 
 namespace slyver {
@@ -155,6 +157,12 @@ void frmSplitter::Wire() {
       else
         event.Skip();
     });
+  AcceptDroppedFile(*Text1_, [this](const std::filesystem::path& dropped) {
+    Text1_->SetValue(PathToWx(dropped));
+  });
+  AcceptDroppedFile(*Text2_, [this](const std::filesystem::path& dropped) {
+    Text2_->SetValue(PathToWx(FolderExists(dropped) ? dropped : dropped.parent_path()));
+  });
   Bind(wxEVT_TIMER, [this](wxTimerEvent&) { tmr_Timer(); });
 }
 
