@@ -50,7 +50,9 @@ void Desktop::Start(const std::string& commandLine) {
   first_->Form_Load(commandLine);
 }
 
-frmSplitJoin* Desktop::SplitJoin() const { return splitJoin_.get(); }
+frmSplitJoin* Desktop::SplitJoin() const {
+  return splitJoin_.get();
+}
 
 void Desktop::LoadSplitJoin() {
   if (!splitJoin_) splitJoin_ = new frmSplitJoin(*this);
@@ -68,7 +70,9 @@ void Desktop::HandOverToSplitter() {
   splitJoin_->Unload();
 }
 
-void Desktop::ShowSplitter() { (new frmSplitter(*this))->Show(); }
+void Desktop::ShowSplitter() {
+  (new frmSplitter(*this))->Show();
+}
 
 void Desktop::ShowInit() {
   if (!init_) init_ = new frmInit(*this);
@@ -89,7 +93,9 @@ void Desktop::ShowHideFile(ModernForm* /*instead*/) {}
 
 void Desktop::ShowHideRec() {}
 
-std::filesystem::path Desktop::HideRecFolder() const { return {}; }
+std::filesystem::path Desktop::HideRecFolder() const {
+  return {};
+}
 
 void Desktop::FormClosed(ModernForm& form) {
   form.Unload();

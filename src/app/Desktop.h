@@ -24,7 +24,7 @@ class frmSplitJoin;
 struct Surroundings {
   std::function<bool()> anotherInstanceRuns;
   std::function<MemoryStatus()> memoryStatus;
-  std::filesystem::path helpPage;  ///< Empty when there is no help.
+  std::filesystem::path helpPage;                          ///< Empty when there is no help.
   std::function<void(const std::filesystem::path&)> open;  ///< Opens a file in its viewer.
 };
 

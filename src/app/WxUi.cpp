@@ -6,6 +6,9 @@
 #include <wx/filedlg.h>
 #include <wx/msgdlg.h>
 
+// Needs the toolkit's msgdlg.h before it.
+#include <wx/generic/msgdlgg.h>
+
 #include <string>
 
 #include "system/InputBoxM.h"
@@ -15,14 +18,16 @@ namespace slyver {
 
 namespace {
 
-/// The form that a dialog belongs to: the active one, else any that is shown. The start-up form
-/// is never shown; without a form the dialog stands alone.
-wxWindow* DialogParent() {
+/// The form that a dialog belongs to, above which the window system keeps it: of a job the form
+/// that was shown last, which need not be active yet; else the active one. The start-up form is
+/// never shown; without a form the dialog stands alone.
+wxWindow* DialogParent(bool jobRuns) {
   wxWindow* parent = nullptr;
   for (wxWindow* const window : wxTopLevelWindows) {
     auto* const form = dynamic_cast<wxTopLevelWindow*>(window);
     if (form == nullptr || !form->IsShown() || form->IsBeingDeleted()) continue;
-    if (parent == nullptr || form->IsActive()) parent = form;
+    parent = form;
+    if (!jobRuns && form->IsActive()) break;
   }
   return parent;
 }
@@ -39,10 +44,10 @@ long StyleOf(Icon icon) {
   return wxICON_NONE;
 }
 
-int ShowMessage(std::string_view text, long style) {
+int ShowMessage(wxWindow* parent, std::string_view text, long style) {
   wxString shown = ToWx(text);
   shown.Replace("\r\n", "\n");
-  wxMessageDialog dialog(DialogParent(), shown, "Slyver", style);
+  wxGenericMessageDialog dialog(parent, shown, "Slyver", style);
   return dialog.ShowModal();
 }
 
@@ -60,38 +65,45 @@ wxString WildcardOf(std::string_view filter) {
 }  // namespace
 
 void WxUi::Message(std::string_view text, Icon icon) {
-  (void)ShowMessage(text, wxOK | StyleOf(icon));
+  (void)ShowMessage(DialogParent(desktop_->JobRuns()), text, wxOK | StyleOf(icon));
 }
 
 Answer WxUi::Question(std::string_view text, Buttons buttons, Icon icon) {
   if (buttons == Buttons::OkCancel)
-    return ShowMessage(text, wxOK | wxCANCEL | StyleOf(icon)) == wxID_OK ? Answer::Ok
-                                                                         : Answer::Cancel;
-  return ShowMessage(text, wxYES_NO | StyleOf(icon)) == wxID_YES ? Answer::Yes : Answer::No;
+    return ShowMessage(DialogParent(desktop_->JobRuns()), text, wxOK | wxCANCEL | StyleOf(icon)) ==
+                   wxID_OK
+               ? Answer::Ok
+               : Answer::Cancel;
+  return ShowMessage(DialogParent(desktop_->JobRuns()), text, wxYES_NO | StyleOf(icon)) == wxID_YES
+             ? Answer::Yes
+             : Answer::No;
 }
 
-std::optional<std::filesystem::path> WxUi::OpenFile(std::string_view title,
-                                                    std::string_view filter,
+std::optional<std::filesystem::path> WxUi::OpenFile(std::string_view title, std::string_view filter,
                                                     const std::filesystem::path& initialFolder) {
-  wxFileDialog dialog(DialogParent(), ToWx(title), PathToWx(initialFolder), "",
+  wxFileDialog dialog(DialogParent(desktop_->JobRuns()), ToWx(title), PathToWx(initialFolder), "",
                       WildcardOf(filter), wxFD_OPEN | wxFD_FILE_MUST_EXIST);
   if (dialog.ShowModal() != wxID_OK) return std::nullopt;
   return std::filesystem::path(dialog.GetPath().fn_str().data());
 }
 
 std::optional<std::filesystem::path> WxUi::PickFolder() {
-  wxDirDialog dialog(DialogParent(), "Output Directory", "");
+  wxDirDialog dialog(DialogParent(desktop_->JobRuns()), "Output Directory", "");
   if (dialog.ShowModal() != wxID_OK) return std::nullopt;
   return std::filesystem::path(dialog.GetPath().fn_str().data());
 }
 
 std::optional<std::string> WxUi::MaskedInputBox(std::string_view prompt) {
-  return MaskedInput(DialogParent(), prompt);
+  return MaskedInput(DialogParent(desktop_->JobRuns()), prompt);
 }
 
-void WxUi::ShowProgressForm(std::string_view caption) { desktop_->ShowJoin(std::string(caption)); }
+void WxUi::ShowProgressForm(std::string_view caption) {
+  desktop_->ShowJoin(std::string(caption));
+}
 
-void WxUi::SetProgress(const Progress& progress) { desktop_->ShowProgress(progress); }
+void WxUi::SetProgress(const Progress& progress) {
+  desktop_->ShowProgress(progress);
+}
 
 bool WxUi::GoOn() {
   // Jobs ask far more often than a window needs to be drawn.

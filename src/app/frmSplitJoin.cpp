@@ -77,8 +77,12 @@ void frmSplitJoin::Command3_Click() {
     Talk().EndProgram();
 }
 
-void frmSplitJoin::Command4_Click() { App().ShowHideFile(nullptr); }
+void frmSplitJoin::Command4_Click() {
+  App().ShowHideFile(nullptr);
+}
 
-void frmSplitJoin::Command5_Click() { App().ShowHideRec(); }
+void frmSplitJoin::Command5_Click() {
+  App().ShowHideRec();
+}
 
 }  // namespace slyver
