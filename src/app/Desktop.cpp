@@ -83,10 +83,11 @@ void Desktop::UnloadInit() {
   if (init_) init_->Unload();
 }
 
-void Desktop::ShowJoin(const std::string& caption) {
+frmJoin& Desktop::ShowJoin(const std::string& caption) {
   if (!join_) join_ = new frmJoin(*this);
   join_->SetCaption(ToWx(caption));
   join_->Show();
+  return *join_;
 }
 
 void Desktop::ShowHideFile(ModernForm* /*instead*/) {}

@@ -11,12 +11,25 @@
 
 #include <string>
 
+#include "chrome/WindowSystem.h"
+#include "split/frmJoin.h"
 #include "system/InputBoxM.h"
 #include "system/WxText.h"
 
 namespace slyver {
 
 namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// Jobs ask to go on far more often than a window needs to be drawn.
+constexpr std::chrono::milliseconds yieldInterval{15};
+constexpr std::chrono::milliseconds longestWaitForForm{1000};
+
+void RunEvents() {
+  wxEventLoopBase* const loop = wxEventLoopBase::GetActive();
+  if (loop != nullptr && !loop->IsYielding()) loop->YieldFor(wxEVT_CATEGORY_ALL);
+}
 
 /// The form that a dialog belongs to, above which the window system keeps it: of a job the form
 /// that was shown last, which need not be active yet; else the active one. The start-up form is
@@ -98,7 +111,11 @@ std::optional<std::string> WxUi::MaskedInputBox(std::string_view prompt) {
 }
 
 void WxUi::ShowProgressForm(std::string_view caption) {
-  desktop_->ShowJoin(std::string(caption));
+  const frmJoin& form = desktop_->ShowJoin(std::string(caption));
+  // The toolkit shows a form only when the window manager has answered. A message that came before
+  // would lie below it.
+  const auto deadline = Clock::now() + longestWaitForForm;
+  while (!IsOnScreen(form) && Clock::now() < deadline) RunEvents();
 }
 
 void WxUi::SetProgress(const Progress& progress) {
@@ -106,13 +123,9 @@ void WxUi::SetProgress(const Progress& progress) {
 }
 
 bool WxUi::GoOn() {
-  // Jobs ask far more often than a window needs to be drawn.
-  constexpr std::chrono::milliseconds yieldInterval{15};
-  const auto now = std::chrono::steady_clock::now();
-  wxEventLoopBase* const loop = wxEventLoopBase::GetActive();
-  if (now - lastYield_ >= yieldInterval && loop != nullptr && !loop->IsYielding()) {
-    loop->YieldFor(wxEVT_CATEGORY_ALL);
-    lastYield_ = std::chrono::steady_clock::now();
+  if (Clock::now() - lastYield_ >= yieldInterval) {
+    RunEvents();
+    lastYield_ = Clock::now();
   }
   return !desktop_->StopAsked();
 }

@@ -20,6 +20,9 @@ enum class Role { TitleBar, Button, MenuBar, Separator };
 /// maximized beside all else that can be done with a window.
 void AllowResizing(wxFrame& frame, bool allowed);
 
+/// Whether the window system has been given `frame` to show, which the toolkit may put off.
+bool IsOnScreen(const wxFrame& frame);
+
 /// Lets the window system move `frame` with the pointer, whose left button is down, until the
 /// button is let go.
 void BeginMove(wxFrame& frame);

@@ -113,6 +113,8 @@ void AllowResizing(wxFrame& frame, bool allowed) {
   if (gtk_widget_get_mapped(widget)) SetFunctions(widget, GINT_TO_POINTER(functions));
 }
 
+bool IsOnScreen(const wxFrame& frame) { return gtk_widget_get_mapped(frame.GetHandle()) != 0; }
+
 void BeginMove(wxFrame& frame) {
   Move(frame, leftButton);
 }
