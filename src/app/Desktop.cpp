@@ -52,7 +52,9 @@ void Desktop::Start(const std::string& commandLine) {
   first_->Form_Load(commandLine);
 }
 
-frmSplitJoin* Desktop::SplitJoin() const { return splitJoin_.get(); }
+frmSplitJoin* Desktop::SplitJoin() const {
+  return splitJoin_.get();
+}
 
 void Desktop::LoadSplitJoin() {
   if (!splitJoin_) splitJoin_ = new frmSplitJoin(*this);
@@ -70,7 +72,9 @@ void Desktop::HandOverToSplitter() {
   splitJoin_->Unload();
 }
 
-void Desktop::ShowSplitter() { (new frmSplitter(*this))->Show(); }
+void Desktop::ShowSplitter() {
+  (new frmSplitter(*this))->Show();
+}
 
 void Desktop::ShowInit() {
   if (!init_) init_ = new frmInit(*this);
@@ -81,10 +85,11 @@ void Desktop::UnloadInit() {
   if (init_) init_->Unload();
 }
 
-void Desktop::ShowJoin(const std::string& caption) {
+frmJoin& Desktop::ShowJoin(const std::string& caption) {
   if (!join_) join_ = new frmJoin(*this);
   join_->SetCaption(ToWx(caption));
   join_->Show();
+  return *join_;
 }
 
 void Desktop::UnloadJoin() {

@@ -26,7 +26,7 @@ class frmSplitJoin;
 struct Surroundings {
   std::function<bool()> anotherInstanceRuns;
   std::function<MemoryStatus()> memoryStatus;
-  std::filesystem::path helpPage;  ///< Empty when there is no help.
+  std::filesystem::path helpPage;                          ///< Empty when there is no help.
   std::function<void(const std::filesystem::path&)> open;  ///< Opens a file in its viewer.
 };
 
@@ -56,7 +56,7 @@ class Desktop {
   void ShowSplitter();
   void ShowInit();
   void UnloadInit();
-  void ShowJoin(const std::string& caption);  ///< The progress form, under this caption.
+  frmJoin& ShowJoin(const std::string& caption);  ///< The progress form, under this caption.
   void UnloadJoin();
 
   /// Shows the hide form. `instead` is the form that it takes the place of, which is unloaded, or

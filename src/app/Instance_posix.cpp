@@ -39,6 +39,8 @@ Instance::~Instance() {
   if (state_->file >= 0) (void)close(state_->file);
 }
 
-bool Instance::AnotherRuns() const { return state_->anotherRuns; }
+bool Instance::AnotherRuns() const {
+  return state_->anotherRuns;
+}
 
 }  // namespace slyver

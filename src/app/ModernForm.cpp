@@ -19,14 +19,13 @@ void Press(wxWindow& button) {
 
 ModernForm::ModernForm(Desktop& desktop, const wxString& name, const wxString& caption,
                        Resizing resizing)
-    : wxFrame(nullptr, wxID_ANY, caption, wxDefaultPosition, wxDefaultSize, WinXPApe::frameStyle,
-              name),
+    : wxFrame(nullptr, wxID_ANY, caption, wxDefaultPosition, wxDefaultSize,
+              resizing == Resizing::Free ? WinXPApe::resizableStyle : WinXPApe::fixedStyle, name),
       desktop_(desktop) {
   // Bound before the chrome, which so sees the keys first.
   Bind(wxEVT_CHAR_HOOK, &ModernForm::Key, this);
   frmMainMenu& menus = desktop_.MainMenu();
-  chrome_.XP_FormLoad(*this, resizing == Resizing::Free,
-                      {{"&RAM Warning", menus.hel.get()}, {"&Help", menus.he.get()}});
+  chrome_.XP_FormLoad(*this, {{"&RAM Warning", menus.hel.get()}, {"&Help", menus.he.get()}});
   chrome_.RefreshIcon(desktop_.Icon());
   if (desktop_.JobRuns()) SetBusy(true);
   Bind(wxEVT_CLOSE_WINDOW, [this](wxCloseEvent& event) {
@@ -73,7 +72,9 @@ void ModernForm::FitAndCentre(wxSizer* content) {
   CentreOnScreen();
 }
 
-int ModernForm::Gap() const { return GetCharHeight() / 2; }
+int ModernForm::Gap() const {
+  return GetCharHeight() / 2;
+}
 
 void ModernForm::Key(wxKeyEvent& event) {
   if (event.GetKeyCode() != WXK_ESCAPE || event.HasAnyModifiers()) {

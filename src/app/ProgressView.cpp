@@ -11,16 +11,19 @@ namespace slyver {
 
 double BarPosition(const Progress& progress, double before) {
   if (progress.value <= 0 && progress.bytesDone == 0) return 0;
-  const double position = progress.bytesTotal > 0
-                              ? 100 * static_cast<double>(progress.bytesDone) /
-                                    static_cast<double>(progress.bytesTotal)
-                              : progress.value;
+  const double position = progress.bytesTotal > 0 ? 100 * static_cast<double>(progress.bytesDone) /
+                                                        static_cast<double>(progress.bytesTotal)
+                                                  : progress.value;
   return std::clamp(position, before, 100.0);
 }
 
-void Change_pb_Color(wxGauge& bar, const wxColour& colour) { SetTroughColour(bar, colour); }
+void Change_pb_Color(wxGauge& bar, const wxColour& colour) {
+  SetTroughColour(bar, colour);
+}
 
-void Change_pb_ForeColor(wxGauge& bar, const wxColour& colour) { SetFillingColour(bar, colour); }
+void Change_pb_ForeColor(wxGauge& bar, const wxColour& colour) {
+  SetFillingColour(bar, colour);
+}
 
 ProgressView::ProgressView(wxGauge* bar, std::function<void(const std::string&)> setLine)
     : bar_(bar), setLine_(std::move(setLine)) {

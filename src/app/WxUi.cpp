@@ -6,8 +6,13 @@
 #include <wx/filedlg.h>
 #include <wx/msgdlg.h>
 
+// Needs the toolkit's msgdlg.h before it.
+#include <wx/generic/msgdlgg.h>
+
 #include <string>
 
+#include "chrome/WindowSystem.h"
+#include "split/frmJoin.h"
 #include "system/InputBoxM.h"
 #include "system/WxText.h"
 
@@ -15,14 +20,27 @@ namespace slyver {
 
 namespace {
 
-/// The form that a dialog belongs to: the active one, else any that is shown. The start-up form
-/// is never shown; without a form the dialog stands alone.
-wxWindow* DialogParent() {
+using Clock = std::chrono::steady_clock;
+
+/// Jobs ask to go on far more often than a window needs to be drawn.
+constexpr std::chrono::milliseconds yieldInterval{15};
+constexpr std::chrono::milliseconds longestWaitForForm{1000};
+
+void RunEvents() {
+  wxEventLoopBase* const loop = wxEventLoopBase::GetActive();
+  if (loop != nullptr && !loop->IsYielding()) loop->YieldFor(wxEVT_CATEGORY_ALL);
+}
+
+/// The form that a dialog belongs to, above which the window system keeps it: of a job the form
+/// that was shown last, which need not be active yet; else the active one. The start-up form is
+/// never shown; without a form the dialog stands alone.
+wxWindow* DialogParent(bool jobRuns) {
   wxWindow* parent = nullptr;
   for (wxWindow* const window : wxTopLevelWindows) {
     auto* const form = dynamic_cast<wxTopLevelWindow*>(window);
     if (form == nullptr || !form->IsShown() || form->IsBeingDeleted()) continue;
-    if (parent == nullptr || form->IsActive()) parent = form;
+    parent = form;
+    if (!jobRuns && form->IsActive()) break;
   }
   return parent;
 }
@@ -39,10 +57,10 @@ long StyleOf(Icon icon) {
   return wxICON_NONE;
 }
 
-int ShowMessage(std::string_view text, long style) {
+int ShowMessage(wxWindow* parent, std::string_view text, long style) {
   wxString shown = ToWx(text);
   shown.Replace("\r\n", "\n");
-  wxMessageDialog dialog(DialogParent(), shown, "Slyver", style);
+  wxGenericMessageDialog dialog(parent, shown, "Slyver", style);
   return dialog.ShowModal();
 }
 
@@ -60,47 +78,54 @@ wxString WildcardOf(std::string_view filter) {
 }  // namespace
 
 void WxUi::Message(std::string_view text, Icon icon) {
-  (void)ShowMessage(text, wxOK | StyleOf(icon));
+  (void)ShowMessage(DialogParent(desktop_->JobRuns()), text, wxOK | StyleOf(icon));
 }
 
 Answer WxUi::Question(std::string_view text, Buttons buttons, Icon icon) {
   if (buttons == Buttons::OkCancel)
-    return ShowMessage(text, wxOK | wxCANCEL | StyleOf(icon)) == wxID_OK ? Answer::Ok
-                                                                         : Answer::Cancel;
-  return ShowMessage(text, wxYES_NO | StyleOf(icon)) == wxID_YES ? Answer::Yes : Answer::No;
+    return ShowMessage(DialogParent(desktop_->JobRuns()), text, wxOK | wxCANCEL | StyleOf(icon)) ==
+                   wxID_OK
+               ? Answer::Ok
+               : Answer::Cancel;
+  return ShowMessage(DialogParent(desktop_->JobRuns()), text, wxYES_NO | StyleOf(icon)) == wxID_YES
+             ? Answer::Yes
+             : Answer::No;
 }
 
-std::optional<std::filesystem::path> WxUi::OpenFile(std::string_view title,
-                                                    std::string_view filter,
+std::optional<std::filesystem::path> WxUi::OpenFile(std::string_view title, std::string_view filter,
                                                     const std::filesystem::path& initialFolder) {
-  wxFileDialog dialog(DialogParent(), ToWx(title), PathToWx(initialFolder), "",
+  wxFileDialog dialog(DialogParent(desktop_->JobRuns()), ToWx(title), PathToWx(initialFolder), "",
                       WildcardOf(filter), wxFD_OPEN | wxFD_FILE_MUST_EXIST);
   if (dialog.ShowModal() != wxID_OK) return std::nullopt;
   return std::filesystem::path(dialog.GetPath().fn_str().data());
 }
 
 std::optional<std::filesystem::path> WxUi::PickFolder() {
-  wxDirDialog dialog(DialogParent(), "Output Directory", "");
+  wxDirDialog dialog(DialogParent(desktop_->JobRuns()), "Output Directory", "");
   if (dialog.ShowModal() != wxID_OK) return std::nullopt;
   return std::filesystem::path(dialog.GetPath().fn_str().data());
 }
 
 std::optional<std::string> WxUi::MaskedInputBox(std::string_view prompt) {
-  return MaskedInput(DialogParent(), prompt);
+  return MaskedInput(DialogParent(desktop_->JobRuns()), prompt);
 }
 
-void WxUi::ShowProgressForm(std::string_view caption) { desktop_->ShowJoin(std::string(caption)); }
+void WxUi::ShowProgressForm(std::string_view caption) {
+  const frmJoin& form = desktop_->ShowJoin(std::string(caption));
+  // The toolkit shows a form only when the window manager has answered. A message that came before
+  // would lie below it.
+  const auto deadline = Clock::now() + longestWaitForForm;
+  while (!IsOnScreen(form) && Clock::now() < deadline) RunEvents();
+}
 
-void WxUi::SetProgress(const Progress& progress) { desktop_->ShowProgress(progress); }
+void WxUi::SetProgress(const Progress& progress) {
+  desktop_->ShowProgress(progress);
+}
 
 bool WxUi::GoOn() {
-  // Jobs ask far more often than a window needs to be drawn.
-  constexpr std::chrono::milliseconds yieldInterval{15};
-  const auto now = std::chrono::steady_clock::now();
-  wxEventLoopBase* const loop = wxEventLoopBase::GetActive();
-  if (now - lastYield_ >= yieldInterval && loop != nullptr && !loop->IsYielding()) {
-    loop->YieldFor(wxEVT_CATEGORY_ALL);
-    lastYield_ = std::chrono::steady_clock::now();
+  if (Clock::now() - lastYield_ >= yieldInterval) {
+    RunEvents();
+    lastYield_ = Clock::now();
   }
   return !desktop_->StopAsked();
 }

@@ -15,8 +15,8 @@ class frmMainMenu {
  public:
   explicit frmMainMenu(Desktop& desktop);
 
-  std::unique_ptr<wxMenu> hel;  ///< "RAM Warning"
-  std::unique_ptr<wxMenu> he;   ///< "Help"
+  std::unique_ptr<wxMenu> hel;       ///< "RAM Warning"
+  std::unique_ptr<wxMenu> he;        ///< "Help"
   std::array<wxMenuItem*, 2> Sly{};  ///< Don't show, show the RAM warning.
   std::array<wxMenuItem*, 2> ab{};   ///< About, Contents.
 

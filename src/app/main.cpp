@@ -31,9 +31,10 @@ class Program {
     return {.anotherInstanceRuns = [this] { return instance_.AnotherRuns(); },
             .memoryStatus = GlobalMemoryStatus,
             .helpPage = HelpPage(program.parent_path()),
-            .open = [](const std::filesystem::path& file) {
-              (void)wxLaunchDefaultApplication(PathToWx(file));
-            }};
+            .open =
+                [](const std::filesystem::path& file) {
+                  (void)wxLaunchDefaultApplication(PathToWx(file));
+                }};
   }
 
   Instance instance_;

@@ -23,8 +23,7 @@ MenuFrame::MenuFrame(wxWindow* parent, const wxString& name) {
   Bind(wxEVT_LEAVE_WINDOW, [this](wxMouseEvent&) {
     if (!keys_) Select(none);
   });
-  Bind(wxEVT_LEFT_DOWN,
-       [this](wxMouseEvent& event) { Open(MenuAt(event.GetPosition()), false); });
+  Bind(wxEVT_LEFT_DOWN, [this](wxMouseEvent& event) { Open(MenuAt(event.GetPosition()), false); });
 }
 
 void MenuFrame::SetMenus(std::vector<BarMenu> menus) {

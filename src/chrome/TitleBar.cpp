@@ -172,8 +172,7 @@ void TitleBar::Paint() {
   dc.SetFont(GetFont());
   dc.SetTextForeground(active_ ? colours_.caption : colours_.captionInactive);
   const int left = iconArea.GetRight() + iconArea.x + 1;
-  const wxString text =
-      FittingText(dc, caption_, minimize_->GetPosition().x - left - iconArea.x);
+  const wxString text = FittingText(dc, caption_, minimize_->GetPosition().x - left - iconArea.x);
   dc.DrawText(text, left, (GetClientSize().y - dc.GetTextExtent(text).y) / 2);
 }
 

@@ -10,15 +10,15 @@
 
 namespace slyver {
 
-void WinXPApe::XP_FormLoad(wxFrame& form, bool resizeCapable, std::vector<BarMenu> menus) {
+void WinXPApe::XP_FormLoad(wxFrame& form, std::vector<BarMenu> menus) {
   form_ = &form;
   // The controls come first in the order of the windows, so that the keyboard starts with them.
-  clientArea_ = new wxPanel(form_, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxTAB_TRAVERSAL,
-                            "ClientArea");
-  titleBar_ = new TitleBar(form_, colours_,
-                           {[this] { form_->Iconize(); }, [this] { ToggleMaximized(); },
-                            [this] { form_->Close(); },
-                            [this](const wxPoint& position) { ShowSystemMenu(position); }});
+  clientArea_ =
+      new wxPanel(form_, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxTAB_TRAVERSAL, "ClientArea");
+  titleBar_ = new TitleBar(
+      form_, colours_,
+      {[this] { form_->Iconize(); }, [this] { ToggleMaximized(); }, [this] { form_->Close(); },
+       [this](const wxPoint& position) { ShowSystemMenu(position); }});
   picMnuFrame_ = new MenuFrame(form_, "picMnuFrame");
   pEdgesL_ = new ResizeEdge(form_, Edge::Left, "pEdgesL");
   pEdgesR_ = new ResizeEdge(form_, Edge::Right, "pEdgesR");
@@ -39,9 +39,8 @@ void WinXPApe::XP_FormLoad(wxFrame& form, bool resizeCapable, std::vector<BarMen
 
   RefreshCaption();
   UpdateMenuBar(std::move(menus));
-  ResizeCapable(resizeCapable);
+  ResizeCapable(form_->HasFlag(wxRESIZE_BORDER));
   ColourEdges();
-  DrawsItsOwnFrame(*form_, resizeCapable);
 
   form_->Bind(wxEVT_ACTIVATE, [this](wxActivateEvent& event) {
     active_ = event.GetActive();
@@ -58,13 +57,13 @@ void WinXPApe::XP_FormLoad(wxFrame& form, bool resizeCapable, std::vector<BarMen
 
 void WinXPApe::ResizeCapable(bool allowed) {
   resizeCapable_ = allowed;
-  long style = form_->GetWindowStyle() & ~(wxRESIZE_BORDER | wxMAXIMIZE_BOX);
-  if (allowed) style |= wxRESIZE_BORDER | wxMAXIMIZE_BOX;
-  form_->SetWindowStyle(style);
+  AllowResizing(*form_, allowed);
   RefreshTitleBar();
 }
 
-void WinXPApe::RefreshCaption() { titleBar_->SetCaption(form_->GetTitle()); }
+void WinXPApe::RefreshCaption() {
+  titleBar_->SetCaption(form_->GetTitle());
+}
 
 void WinXPApe::RefreshIcon(const wxBitmapBundle& icon) {
   wxIconBundle icons;
@@ -84,7 +83,9 @@ void WinXPApe::RefreshTitleBar() {
   ResizeControl();
 }
 
-void WinXPApe::ResizeControl() { form_->Layout(); }
+void WinXPApe::ResizeControl() {
+  form_->Layout();
+}
 
 void WinXPApe::UpdateMenuBar(std::vector<BarMenu> menus) {
   picMnuFrame_->Show(!menus.empty());

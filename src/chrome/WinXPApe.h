@@ -19,12 +19,14 @@ namespace slyver {
 class WinXPApe {
  public:
   /// The style of a frame that is to get this chrome.
-  static constexpr long frameStyle = wxBORDER_NONE | wxMINIMIZE_BOX | wxCLOSE_BOX |
+  static constexpr long fixedStyle = wxBORDER_NONE | wxMINIMIZE_BOX | wxCLOSE_BOX |
                                      wxSYSTEM_MENU | wxTAB_TRAVERSAL | wxCLIP_CHILDREN;
+  /// The style of one that may also be resized and maximized.
+  static constexpr long resizableStyle = fixedStyle | wxRESIZE_BORDER | wxMAXIMIZE_BOX;
 
-  /// Builds the chrome in `form`, which must have been made with frameStyle and live as long as
-  /// this object is used. The caption and the icon are the frame's own.
-  void XP_FormLoad(wxFrame& form, bool resizeCapable, std::vector<BarMenu> menus);
+  /// Builds the chrome in `form`, which must have been made with one of the two styles and live as
+  /// long as this object is used. The caption is the frame's own.
+  void XP_FormLoad(wxFrame& form, std::vector<BarMenu> menus);
 
   /// The area for the form's controls.
   wxPanel* ClientArea() const { return clientArea_; }

@@ -16,9 +16,12 @@ enum class Edge { Left, Right, Bottom, BottomLeft, BottomRight };
 /// What a control that draws itself is to a screen reader.
 enum class Role { TitleBar, Button, MenuBar, Separator };
 
-/// Tells the window system that `frame` draws its own frame, and what may be done with it. To be
-/// called before it is first shown.
-void DrawsItsOwnFrame(wxFrame& frame, bool resizable);
+/// Tells the window system whether `frame`, which draws its own border, may be resized and
+/// maximized beside all else that can be done with a window.
+void AllowResizing(wxFrame& frame, bool allowed);
+
+/// Whether the window system has been given `frame` to show, which the toolkit may put off.
+bool IsOnScreen(const wxFrame& frame);
 
 /// Lets the window system move `frame` with the pointer, whose left button is down, until the
 /// button is let go.

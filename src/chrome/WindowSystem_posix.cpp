@@ -10,7 +10,9 @@ namespace slyver {
 
 namespace {
 
-GtkWindow* WindowOf(const wxFrame& frame) { return GTK_WINDOW(frame.GetHandle()); }
+GtkWindow* WindowOf(const wxFrame& frame) {
+  return GTK_WINDOW(frame.GetHandle());
+}
 
 GdkWindowEdge EdgeOf(Edge edge) {
   switch (edge) {
@@ -80,9 +82,7 @@ std::string Painted(const wxColour& colour) {
 }
 
 gboolean OnMenuKey(GtkWidget* /*menu*/, GdkEventKey* event, gpointer handlers) {
-  const int direction = event->keyval == GDK_KEY_Left    ? -1
-                        : event->keyval == GDK_KEY_Right ? 1
-                                                         : 0;
+  const int direction = event->keyval == GDK_KEY_Left ? -1 : event->keyval == GDK_KEY_Right ? 1 : 0;
   if (direction == 0) return FALSE;
   static_cast<PopupWatch::Handlers*>(handlers)->sideways(direction);
   return TRUE;
@@ -100,20 +100,33 @@ void OnMenuShown(GtkWidget* menu, gpointer /*handlers*/) {
 
 }  // namespace
 
-void DrawsItsOwnFrame(wxFrame& frame, bool resizable) {
+void AllowResizing(wxFrame& frame, bool allowed) {
+  gtk_window_set_resizable(WindowOf(frame), allowed);
   int functions = GDK_FUNC_MOVE | GDK_FUNC_MINIMIZE | GDK_FUNC_CLOSE;
-  if (resizable) functions |= GDK_FUNC_RESIZE | GDK_FUNC_MAXIMIZE;
-  // The toolkit sets its own idea of them when the window is realized; this comes after it.
-  g_signal_connect_after(frame.GetHandle(), "realize", G_CALLBACK(SetFunctions),
-                         GINT_TO_POINTER(functions));
-  if (gtk_widget_get_realized(frame.GetHandle()))
-    SetFunctions(frame.GetHandle(), GINT_TO_POINTER(functions));
+  if (allowed) functions |= GDK_FUNC_RESIZE | GDK_FUNC_MAXIMIZE;
+  GtkWidget* const widget = frame.GetHandle();
+  // The toolkit leaves resizing out of what may be done with a window that has no border of the
+  // system's, and says so until the window is shown.
+  g_signal_handlers_disconnect_matched(widget, G_SIGNAL_MATCH_FUNC, 0, 0, nullptr,
+                                       reinterpret_cast<gpointer>(SetFunctions), nullptr);
+  g_signal_connect(widget, "map", G_CALLBACK(SetFunctions), GINT_TO_POINTER(functions));
+  if (gtk_widget_get_mapped(widget)) SetFunctions(widget, GINT_TO_POINTER(functions));
 }
 
-void BeginMove(wxFrame& frame) { Move(frame, leftButton); }
-void BeginMoveByKeyboard(wxFrame& frame) { Move(frame, noButton); }
-void BeginResize(wxFrame& frame, Edge edge) { Resize(frame, EdgeOf(edge), leftButton); }
-void BeginResizeByKeyboard(wxFrame& frame) { Resize(frame, EdgeOf(Edge::BottomRight), noButton); }
+bool IsOnScreen(const wxFrame& frame) { return gtk_widget_get_mapped(frame.GetHandle()) != 0; }
+
+void BeginMove(wxFrame& frame) {
+  Move(frame, leftButton);
+}
+void BeginMoveByKeyboard(wxFrame& frame) {
+  Move(frame, noButton);
+}
+void BeginResize(wxFrame& frame, Edge edge) {
+  Resize(frame, EdgeOf(edge), leftButton);
+}
+void BeginResizeByKeyboard(wxFrame& frame) {
+  Resize(frame, EdgeOf(Edge::BottomRight), noButton);
+}
 
 void SetAccessibleName(wxWindow& control, const wxString& name) {
   atk_object_set_name(gtk_widget_get_accessible(control.GetHandle()), name.utf8_str());
@@ -141,7 +154,9 @@ void SetFillingColour(wxGauge& bar, const wxColour& colour) {
 }
 
 void ShowAsPlainText(wxTextCtrl& box) {
-  AddStyle(box, "entry { background: none; border: none; box-shadow: none; padding: 0; caret-color: transparent; }");
+  AddStyle(box,
+           "entry { background: none; border: none; box-shadow: none; padding: 0; caret-color: "
+           "transparent; }");
 }
 
 PopupWatch::PopupWatch(wxMenu& menu, bool selectFirst, Handlers handlers)
@@ -151,8 +166,12 @@ PopupWatch::PopupWatch(wxMenu& menu, bool selectFirst, Handlers handlers)
   if (selectFirst) g_signal_connect(menu_.m_menu, "map", G_CALLBACK(OnMenuShown), &handlers_);
 }
 
-PopupWatch::~PopupWatch() { g_signal_handlers_disconnect_by_data(menu_.m_menu, &handlers_); }
+PopupWatch::~PopupWatch() {
+  g_signal_handlers_disconnect_by_data(menu_.m_menu, &handlers_);
+}
 
-void PopupWatch::Close() { gtk_menu_popdown(GTK_MENU(menu_.m_menu)); }
+void PopupWatch::Close() {
+  gtk_menu_popdown(GTK_MENU(menu_.m_menu));
+}
 
 }  // namespace slyver

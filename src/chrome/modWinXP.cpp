@@ -18,9 +18,15 @@ ChromeColours DefaultChromeColours() {
           .closePressed = wxColour(146, 36, 26)};
 }
 
-int TitleBarHeight(const wxWindow& window) { return window.GetCharHeight() * 2; }
-int CaptionButtonWidth(const wxWindow& window) { return window.GetCharHeight() * 5 / 2; }
-int EdgeWidth(const wxWindow& window) { return std::max(3, window.GetCharHeight() / 4); }
+int TitleBarHeight(const wxWindow& window) {
+  return window.GetCharHeight() * 2;
+}
+int CaptionButtonWidth(const wxWindow& window) {
+  return window.GetCharHeight() * 5 / 2;
+}
+int EdgeWidth(const wxWindow& window) {
+  return std::max(3, window.GetCharHeight() / 4);
+}
 wxSize MenuTitlePadding(const wxWindow& window) {
   return {window.GetCharHeight() * 2 / 3, window.GetCharHeight() / 4};
 }

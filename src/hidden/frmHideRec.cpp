@@ -126,7 +126,7 @@ void frmHideRec::Start(RecoverJob::Next (RecoverJob::*procedure)()) {
 
 void frmHideRec::DorestOfStuff(int k) {
   Run([this, k] {
-    App().ShowJoin("Recovering Files");
+    (void)App().ShowJoin("Recovering Files");
     return job_->DorestOfStuff(k);
   });
 }
