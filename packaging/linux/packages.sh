@@ -1,7 +1,7 @@
 # Sourced by run, test and bench/run: installs the Debian packages that are missing.
 
 build_packages=(g++ cmake ninja-build libcli11-dev)
-test_packages=(libgtest-dev clang-format clang-tidy)
+test_packages=(libgtest-dev clang clang-format clang-tidy libclang-rt-dev)
 bench_packages=(hyperfine time)
 
 # need PACKAGE... makes sure that the packages are installed; does nothing when they are.

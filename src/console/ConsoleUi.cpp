@@ -44,8 +44,7 @@ Answer ConsoleUi::Question(std::string_view text, Buttons buttons, Icon /*icon*/
 
 bool ConsoleUi::AnswerFromTerminal(std::string_view text) {
   while (true) {
-    std::cerr << text << " [y/n] " << std::flush;
-    const std::optional<std::string> line = terminal_.ReadLine(true);
+    const std::optional<std::string> line = terminal_.ReadLine(true, std::string(text) + " [y/n] ");
     if (!line) {
       std::cerr << std::endl;
       return false;
@@ -70,15 +69,13 @@ std::optional<std::string> ConsoleUi::MaskedInputBox(std::string_view prompt) {
   if (password_) return password_;
   ClearProgressLine();
   if (!Terminal::CanAsk()) return std::nullopt;
-  std::cerr << prompt << " " << std::flush;
-  return terminal_.ReadLine(false);
+  return terminal_.ReadLine(false, std::string(prompt) + " ");
 }
 
 std::optional<std::string> ConsoleUi::AskLine(std::string_view prompt) {
   ClearProgressLine();
   if (!Terminal::CanAsk()) return std::nullopt;
-  std::cerr << prompt << " " << std::flush;
-  return terminal_.ReadLine(true);
+  return terminal_.ReadLine(true, std::string(prompt) + " ");
 }
 
 void ConsoleUi::ShowProgressForm(std::string_view /*caption*/) {}

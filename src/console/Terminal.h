@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace slyver {
 
@@ -22,10 +23,10 @@ class Terminal {
   /// Whether standard error is a terminal, on which a line can be drawn anew.
   static bool ShowsErrors();
 
-  /// Reads a line from standard input, without its line end; with `echo` false it is not shown
-  /// while it is typed. Nothing at the end of the input. Throws Cancelled when a signal asks to
-  /// stop, and std::system_error when it cannot be read.
-  std::optional<std::string> ReadLine(bool echo) const;
+  /// Shows `prompt` on standard error and reads a line from standard input, without its line end;
+  /// with `echo` false nothing typed is shown from the prompt on. Nothing at the end of the input.
+  /// Throws Cancelled when a signal asks to stop, and std::system_error when it cannot be read.
+  std::optional<std::string> ReadLine(bool echo, std::string_view prompt = {}) const;
 
   /// The number of the signal that has asked the program to stop, 0 when none has.
   int StopSignal() const;

@@ -8,6 +8,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <iostream>
 #include <system_error>
 
 #include "system/FileError.h"
@@ -80,9 +81,10 @@ bool Terminal::ShowsErrors() {
   return isatty(STDERR_FILENO) == 1;
 }
 
-std::optional<std::string> Terminal::ReadLine(bool echo) const {
+std::optional<std::string> Terminal::ReadLine(bool echo, std::string_view prompt) const {
   const std::optional<EchoOff> silence =
       echo ? std::nullopt : std::optional<EchoOff>(std::in_place);
+  std::cerr << prompt << std::flush;
   std::string line;
   while (true) {
     std::array<pollfd, 2> waiting = {pollfd{state_->signals, POLLIN, 0},

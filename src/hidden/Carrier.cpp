@@ -126,8 +126,11 @@ std::optional<std::vector<HiddenFile>> LayOut(std::string_view mainLength,
 }
 
 bool IsBareFileName(std::string_view name) {
+  // The codes from \x81 on are those that the code page leaves to control characters; a terminal
+  // may obey them.
+  static constexpr std::string_view refused = "/\\\x7F\x81\x8D\x8F\x90\x9D";
   const bool badCharacter = std::any_of(name.begin(), name.end(), [](char c) {
-    return (c >= '\0' && c < ' ') || c == '\x7F' || c == '/' || c == '\\';
+    return (c >= '\0' && c < ' ') || refused.find(c) != std::string_view::npos;
   });
   const bool drive = name.size() >= 2 && name[1] == ':';
   return !name.empty() && !badCharacter && !drive && name != "." && name != ".." &&

@@ -54,8 +54,8 @@ struct ChunkOptions {
 };
 
 struct ChunkResult {
-  /// length / chunkSize, rounded up; 0 when refused or failed. Where only one chunk was asked for, a
-  /// larger number counts as 32767.
+  /// length / chunkSize, rounded up; 0 when refused or failed. Where only one chunk was asked for,
+  /// a larger number counts as 32767.
   std::int16_t chunks = 0;
   std::string NumberMask;  ///< One "0" for each digit of length / chunkSize, rounded up.
 };

@@ -21,12 +21,6 @@ class Sly : public SlyProgramTest {
            "fi; \"$@\" " +
            command;
   }
-  void ExpectRefused(const std::string& command, const std::string& reason) const {
-    const Outcome outcome = Run(command);
-    EXPECT_EQ(outcome.status, 1) << command;
-    EXPECT_EQ(outcome.out, "") << command;
-    EXPECT_EQ(outcome.err, reason) << command;
-  }
 };
 
 TEST_F(Sly, CutsAsSplitDoesAndJoinsAsCatDoes) {

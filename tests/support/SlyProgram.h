@@ -45,6 +45,14 @@ class SlyProgramTest : public TempFolderTest {
     const int status = StatusOf(std::system(command.c_str()));
     return {status, ReadFile(out), ReadFile(err)};
   }
+
+  /// The command must fail with status 1, saying `reason` on standard error and nothing else.
+  void ExpectRefused(const std::string& command, const std::string& reason) const {
+    const Outcome outcome = Run(command);
+    EXPECT_EQ(outcome.status, 1) << command;
+    EXPECT_EQ(outcome.out, "") << command;
+    EXPECT_EQ(outcome.err, reason) << command;
+  }
 };
 
 /// A script that runs on a terminal of its own, with someone typing.

@@ -1,0 +1,81 @@
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "fuzz/Require.h"
+#include "hidden/Carrier.h"
+#include "hidden/Crypt.h"
+#include "system/INIReadWri.h"
+#include "system/PathText.h"
+#include "system/Text8.h"
+
+using namespace slyver;
+
+namespace {
+
+constexpr std::string_view password = "Ab";
+constexpr std::uint64_t directoryBytes = 2500;
+
+/// Whoever takes `files` for true stays within the carrier and within one folder.
+void RequireSafe(const std::vector<HiddenFile>& files, std::uint64_t mainLength,
+                 std::uint64_t carrierLength) {
+  std::uint64_t end = mainLength;
+  for (const HiddenFile& file : files) {
+    Require(file.offset == end);
+    Require(file.length >= 1);
+    Require(file.length <= carrierLength - end);
+    end += file.length;
+
+    const auto path = PathFromText(file.name);
+    Require(!file.name.empty() && path == path.filename());
+    Require(file.name != "." && file.name != "..");
+    Require(file.name.find_first_of(std::string_view("/\\\0\n\r\t\x1B\x7F", 8)) ==
+            std::string::npos);
+    Require(ToText8(file.name).has_value());
+  }
+  Require(end <= carrierLength - directoryBytes);
+}
+
+}  // namespace
+
+/// The input is a carrier's length, eight bytes from the lowest on, and the text of its directory.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  if (size < 8) return 0;
+  std::uint64_t carrierLength = 0;
+  for (std::size_t i = 8; i-- > 0;) carrierLength = carrierLength << 8U | data[i];
+  std::string text(data + 8, data + size);
+  text.resize(directoryBytes, '\0');
+  const ValueReader directory = DirectoryText(text);
+
+  Require(CountRecords(directory) <= static_cast<int>(directoryBytes));
+  (void)IsPasswordOf(directory, password);
+  const std::string mainLength = ReadMainLength(directory, password);
+  const std::vector<Record> records = ReadRecords(directory, password);
+  for (const Record& record : records) Require(record.name.size() <= 25);
+
+  const auto main = MainLengthIn(mainLength, carrierLength);
+  const auto files = LayOut(mainLength, records, carrierLength);
+  Require(main.has_value() || !files.has_value());
+  if (!files) return 0;
+  Require(files->size() == records.size());
+  RequireSafe(*files, *main, carrierLength);
+
+  // What could be laid out is found again when it is written anew.
+  std::string again;
+  for (std::size_t i = 0; i < records.size(); ++i) {
+    const std::string section = RecordSection(static_cast<int>(i));
+    again = WithIniValue(again, section, nameKey, EncryptText(records[i].name, password));
+    again = WithIniValue(again, section, lengthKey, EncryptText(records[i].length, password));
+  }
+  const std::vector<Record> found = ReadRecords(DirectoryText(Padded(again)), password);
+  Require(found.size() == records.size());
+  for (std::size_t i = 0; i < records.size(); ++i) {
+    const bool nameFits = records[i].name.size() <= maxNameLength;
+    const bool lengthFits = records[i].length.size() <= maxNameLength;
+    Require(!nameFits || found[i].name == records[i].name);
+    Require(!lengthFits || found[i].length == records[i].length);
+  }
+  return 0;
+}
