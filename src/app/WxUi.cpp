@@ -54,7 +54,7 @@ long StyleOf(Icon icon) {
     case Icon::None:
       break;
   }
-  return wxICON_NONE;
+  return 0;  // The toolkit takes its own flag for "none" for a mistake and shows an error's icon.
 }
 
 int ShowMessage(wxWindow* parent, std::string_view text, long style) {

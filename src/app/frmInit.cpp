@@ -4,6 +4,7 @@
 #include <wx/stattext.h>
 
 #include "app/StatusLine.h"
+#include "split/SplitM.h"
 #include "system/WxText.h"
 
 namespace slyver {
@@ -28,8 +29,8 @@ frmInit::frmInit(Desktop& desktop)
 }
 
 void frmInit::ShowProgress(const Progress& progress) {
-  // The small files are cut and written faster than one can see.
-  if (progress.bytesTotal > 0) view_.Show(progress);
+  // Of all that is copied only the carrier is worth showing.
+  if (progress.bytesTotal > directoryLength) view_.Show(progress);
 }
 
 }  // namespace slyver
