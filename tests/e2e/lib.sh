@@ -65,7 +65,7 @@ is_gone() { ! window "$1" "$2" >/dev/null; }
 await() { until_true "the $1 '$2'" is_active "$1" "$2"; }
 await_end() {
   until_true "the end of the program" is_ended
-  wait "$slyver" || fail "the program ended with status $?"
+  wait "$slyver" || fail "the program ended with status $?: $(cat "$home/slyver.log")"
   slyver=
 }
 is_ended() { ! kill -0 "$slyver" 2>/dev/null; }
