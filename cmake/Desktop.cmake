@@ -10,6 +10,7 @@ add_library(slyver_forms STATIC
   src/app/Desktop.cpp
   src/app/HelpPage_${platform}.cpp
   src/app/Instance_${platform}.cpp
+  src/app/MessageBox.cpp
   src/app/ModernForm.cpp
   src/app/ProgressView.cpp
   src/app/StatusLine.cpp
