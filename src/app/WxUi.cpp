@@ -4,13 +4,10 @@
 #include <wx/dirdlg.h>
 #include <wx/evtloop.h>
 #include <wx/filedlg.h>
-#include <wx/msgdlg.h>
-
-// Needs the toolkit's msgdlg.h before it.
-#include <wx/generic/msgdlgg.h>
 
 #include <string>
 
+#include "app/MessageBox.h"
 #include "chrome/WindowSystem.h"
 #include "split/frmJoin.h"
 #include "system/InputBoxM.h"
@@ -45,25 +42,6 @@ wxWindow* DialogParent(bool jobRuns) {
   return parent;
 }
 
-long StyleOf(Icon icon) {
-  switch (icon) {
-    case Icon::Information:
-      return wxICON_INFORMATION;
-    case Icon::Critical:
-      return wxICON_ERROR;
-    case Icon::None:
-      break;
-  }
-  return 0;  // The toolkit takes its own flag for "none" for a mistake and shows an error's icon.
-}
-
-int ShowMessage(wxWindow* parent, std::string_view text, long style) {
-  wxString shown = ToWx(text);
-  shown.Replace("\r\n", "\n");
-  wxGenericMessageDialog dialog(parent, shown, "Slyver", style);
-  return dialog.ShowModal();
-}
-
 /// The toolkit's form of a filter. Its patterns tell capitals from small letters on some systems,
 /// so each is given in both.
 wxString WildcardOf(std::string_view filter) {
@@ -78,18 +56,15 @@ wxString WildcardOf(std::string_view filter) {
 }  // namespace
 
 void WxUi::Message(std::string_view text, Icon icon) {
-  (void)ShowMessage(DialogParent(desktop_->JobRuns()), text, wxOK | StyleOf(icon));
+  (void)MessageBox(DialogParent(desktop_->JobRuns()), text, icon, wxOK).ShowModal();
 }
 
 Answer WxUi::Question(std::string_view text, Buttons buttons, Icon icon) {
-  if (buttons == Buttons::OkCancel)
-    return ShowMessage(DialogParent(desktop_->JobRuns()), text, wxOK | wxCANCEL | StyleOf(icon)) ==
-                   wxID_OK
-               ? Answer::Ok
-               : Answer::Cancel;
-  return ShowMessage(DialogParent(desktop_->JobRuns()), text, wxYES_NO | StyleOf(icon)) == wxID_YES
-             ? Answer::Yes
-             : Answer::No;
+  const bool yesNo = buttons == Buttons::YesNo;
+  MessageBox box(DialogParent(desktop_->JobRuns()), text, icon, yesNo ? wxYES_NO : wxOK | wxCANCEL);
+  const bool agreed = box.ShowModal() == box.GetAffirmativeId();
+  if (yesNo) return agreed ? Answer::Yes : Answer::No;
+  return agreed ? Answer::Ok : Answer::Cancel;
 }
 
 std::optional<std::filesystem::path> WxUi::OpenFile(std::string_view title, std::string_view filter,

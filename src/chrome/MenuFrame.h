@@ -47,9 +47,9 @@ class MenuFrame final : public wxWindow {
   void Paint();
 
   std::vector<BarMenu> menus_;
-  int hot_ = none;       ///< Under the pointer, or reached by the keyboard.
-  int open_ = none;      ///< Whose menu is open.
-  bool keys_ = false;    ///< The arrow keys move along the bar.
+  int hot_ = none;     ///< Under the pointer, or reached by the keyboard.
+  int open_ = none;    ///< Whose menu is open.
+  bool keys_ = false;  ///< The arrow keys move along the bar.
 };
 
 }  // namespace slyver

@@ -19,8 +19,8 @@ namespace slyver {
 class WinXPApe {
  public:
   /// The style of a frame that is to get this chrome.
-  static constexpr long fixedStyle = wxBORDER_NONE | wxMINIMIZE_BOX | wxCLOSE_BOX |
-                                     wxSYSTEM_MENU | wxTAB_TRAVERSAL | wxCLIP_CHILDREN;
+  static constexpr long fixedStyle = wxBORDER_NONE | wxMINIMIZE_BOX | wxCLOSE_BOX | wxSYSTEM_MENU |
+                                     wxTAB_TRAVERSAL | wxCLIP_CHILDREN;
   /// The style of one that may also be resized and maximized.
   static constexpr long resizableStyle = fixedStyle | wxRESIZE_BORDER | wxMAXIMIZE_BOX;
 
@@ -35,7 +35,7 @@ class WinXPApe {
   bool ResizeCapable() const { return resizeCapable_; }
   void ResizeCapable(bool allowed);
 
-  void RefreshCaption();   ///< After a change of the frame's title.
+  void RefreshCaption();  ///< After a change of the frame's title.
   void RefreshIcon(const wxBitmapBundle& icon);
   void RefreshTitleBar();  ///< After a change of the frame's state.
   void ResizeControl();    ///< Lays the parts of the chrome out anew.

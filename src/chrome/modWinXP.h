@@ -8,11 +8,11 @@
 namespace slyver {
 
 struct ChromeColours {
-  wxColour title;            ///< The title bar and the frame of the active window.
-  wxColour titleInactive;    ///< The same of any other window.
-  wxColour caption;          ///< Text and signs on the title bar.
+  wxColour title;          ///< The title bar and the frame of the active window.
+  wxColour titleInactive;  ///< The same of any other window.
+  wxColour caption;        ///< Text and signs on the title bar.
   wxColour captionInactive;
-  wxColour hover;            ///< A caption button under the pointer, and pressed.
+  wxColour hover;  ///< A caption button under the pointer, and pressed.
   wxColour pressed;
   wxColour closeHover;
   wxColour closePressed;

@@ -22,7 +22,9 @@ namespace {
 
 constexpr int housekeepingInterval = 1;  // Milliseconds.
 
-bool IsEnter(int key) { return key == WXK_RETURN || key == WXK_NUMPAD_ENTER; }
+bool IsEnter(int key) {
+  return key == WXK_RETURN || key == WXK_NUMPAD_ENTER;
+}
 
 }  // namespace
 
@@ -41,8 +43,8 @@ void frmSplitter::MakeControls() {
     return new wxStaticText(parent, wxID_ANY, text, wxDefaultPosition, wxDefaultSize, 0, name);
   };
   const auto box = [](wxWindow* parent, const wxString& name, const wxString& forScreenReaders) {
-    auto* const made = new wxTextCtrl(parent, wxID_ANY, "", wxDefaultPosition, wxDefaultSize,
-                                      wxTE_PROCESS_ENTER);
+    auto* const made =
+        new wxTextCtrl(parent, wxID_ANY, "", wxDefaultPosition, wxDefaultSize, wxTE_PROCESS_ENTER);
     NameControl(*made, name, forScreenReaders);
     return made;
   };
@@ -52,8 +54,8 @@ void frmSplitter::MakeControls() {
     return made;
   };
   const auto option = [this](const wxString& caption, const wxString& name, long style) {
-    auto* const made = new wxRadioButton(Frame1_, wxID_ANY, caption, wxDefaultPosition,
-                                         wxDefaultSize, style);
+    auto* const made =
+        new wxRadioButton(Frame1_, wxID_ANY, caption, wxDefaultPosition, wxDefaultSize, style);
     NameControl(*made, name, caption);
     return made;
   };
@@ -209,16 +211,14 @@ void frmSplitter::Nofile_Change() {
   if (!NofileTyping_) return;
   const FieldChange change =
       SizeFromCount(FromWx(Nofile_->GetValue()), FromWx(Text3_->GetValue()), SourceLength());
-  if (change.askForWholeNumber)
-    Talk().Message("Please Enter Whole Numbers.", Icon::Information);
+  if (change.askForWholeNumber) Talk().Message("Please Enter Whole Numbers.", Icon::Information);
   if (change.other) Text3_->SetValue(ToWx(*change.other));
 }
 
 void frmSplitter::Text3_Change() {
   if (NofileTyping_) return;
   const FieldChange change = CountFromSize(FromWx(Text3_->GetValue()), SourceLength());
-  if (change.askForWholeNumber)
-    Talk().Message("Please Enter Whole Numbers.", Icon::Information);
+  if (change.askForWholeNumber) Talk().Message("Please Enter Whole Numbers.", Icon::Information);
   if (change.other) Nofile_->SetValue(ToWx(*change.other));
   if (change.clearTyped) Text3_->ChangeValue("");
 }
@@ -240,8 +240,8 @@ void frmSplitter::FilterKey(wxKeyEvent& event) {
     return;
   }
   // Keys that type nothing, as the arrows, Tab and those together with Ctrl, are left alone.
-  const bool types = event.GetUnicodeKey() >= WXK_SPACE && key != WXK_DELETE &&
-                     !event.HasModifiers();
+  const bool types =
+      event.GetUnicodeKey() >= WXK_SPACE && key != WXK_DELETE && !event.HasModifiers();
   if (!types || (key >= '0' && key <= '9')) event.Skip();
 }
 
@@ -283,9 +283,13 @@ void frmSplitter::Command3_Click() {
   Talk().EndProgram();
 }
 
-void frmSplitter::Command4_Click() { App().ShowHideFile(this); }
+void frmSplitter::Command4_Click() {
+  App().ShowHideFile(this);
+}
 
-void frmSplitter::Command5_Click() { App().ShowHideRec(); }
+void frmSplitter::Command5_Click() {
+  App().ShowHideRec();
+}
 
 void frmSplitter::Command6_Click() {
   if (const auto chosen = Talk().OpenFile("Select File Which You Want To Sly.", "", {}))

@@ -32,8 +32,10 @@ std::string ReadableBytes(double bytes) {
   static constexpr std::array<const char*, 6> units = {" kB", " MB", " GB", " TB", " PB", " EB"};
   std::size_t unit = 0;
   for (bytes /= 1000; bytes >= 999.5 && unit + 1 < units.size(); ++unit) bytes /= 1000;
-  return Formatted(bytes < 9.995 ? "%.2f%s" : bytes < 99.95 ? "%.1f%s" : "%.0f%s", bytes,
-                   units.at(unit));
+  return Formatted(bytes < 9.995   ? "%.2f%s"
+                   : bytes < 99.95 ? "%.1f%s"
+                                   : "%.0f%s",
+                   bytes, units.at(unit));
 }
 
 std::string ProgressLine(const Progress& progress, double seconds) {

@@ -24,7 +24,9 @@ inline std::string FromWx(const wxString& text) {
   return {bytes.data(), bytes.length()};
 }
 
-inline wxString PathToWx(const std::filesystem::path& path) { return ToWx(PathText(path)); }
+inline wxString PathToWx(const std::filesystem::path& path) {
+  return ToWx(PathText(path));
+}
 
 inline std::filesystem::path PathFromWx(const wxString& text) {
   return PathFromText(FromWx(text));

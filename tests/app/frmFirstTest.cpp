@@ -85,10 +85,8 @@ TEST_F(frmFirstTest, MemoryFiguresDecideWhichWarningComes) {
       {67'108'864, 14'000'000, nullptr},  // 64.3: not below 64, and 20% free.
       {67'108'864, 10'000'000, lowFree},  // 14%.
       {66'000'000, 19'900'000, nullptr},  // 30%.
-      {66'000'000, 19'700'000, lowTotal},
-      {8'000'000'000, 1'199'000'000, lowFree},
-      {8'000'000'000, 1'201'000'000, nullptr},
-      {0, 0, nullptr}};  // A system that does not tell.
+      {66'000'000, 19'700'000, lowTotal},      {8'000'000'000, 1'199'000'000, lowFree},
+      {8'000'000'000, 1'201'000'000, nullptr}, {0, 0, nullptr}};  // A system that does not tell.
   for (const Case& figures : cases) {
     SCOPED_TRACE(figures.available);
     memory = {.totalPhysical = figures.total, .availablePhysical = figures.available};

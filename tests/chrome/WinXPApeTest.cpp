@@ -57,8 +57,7 @@ TEST_F(ChromeTest, FormsAreCentredAndEdgesSurroundThem) {
       [] { return ControlOf<wxWindow>("frmSplitJoin", "pEdgesB").GetSize().x > 100; }));
   EXPECT_EQ(ControlOf<wxWindow>("frmSplitJoin", "pEdgesL").GetPosition().x, 0);
   EXPECT_EQ(ControlOf<wxWindow>("frmSplitJoin", "pEdgesR").GetRect().GetRight(), form.width - 1);
-  EXPECT_EQ(ControlOf<wxWindow>("frmSplitJoin", "pEdgesB").GetRect().GetBottom(),
-            form.height - 1);
+  EXPECT_EQ(ControlOf<wxWindow>("frmSplitJoin", "pEdgesB").GetRect().GetBottom(), form.height - 1);
 }
 
 }  // namespace

@@ -10,13 +10,10 @@ export HOME=$home XDG_CONFIG_HOME=$home/config XDG_RUNTIME_DIR=$home/run
 export NO_AT_BRIDGE=1 GDK_BACKEND=x11 LANG=C.UTF-8 GTK_THEME=Adwaita
 mkdir -p "$home/run" "$home/work"
 chmod 700 "$home/run"
-slyver=
 openbox --sm-disable >"$home/openbox.log" 2>&1 &
-manager=$!
 
 finish() {
-  [ -n "$slyver" ] && kill "$slyver" 2>/dev/null
-  kill "$manager" 2>/dev/null
+  kill $(jobs -p) 2>/dev/null
   wait 2>/dev/null
   rm -rf "$home"
 }
@@ -28,6 +25,8 @@ fail() {
   for id in $(xdotool search --onlyvisible --name . 2>/dev/null); do
     echo "  $id $(xdotool getwindowname "$id")" >&2
   done
+  echo "the program's own messages:" >&2
+  cat "$home/slyver.log" >&2
   [ -n "${SLYVER_E2E_SHOT:-}" ] && import -window root "$SLYVER_E2E_SHOT"
   exit 1
 }
@@ -66,7 +65,6 @@ await() { until_true "the $1 '$2'" is_active "$1" "$2"; }
 await_end() {
   until_true "the end of the program" is_ended
   wait "$slyver" || fail "the program ended with status $?: $(cat "$home/slyver.log")"
-  slyver=
 }
 is_ended() { ! kill -0 "$slyver" 2>/dev/null; }
 

@@ -33,8 +33,7 @@ inline bool RunEventsUntil(const std::function<bool()>& done) {
 /// The form of this name that is loaded, or nullptr.
 inline wxTopLevelWindow* FindForm(const wxString& name) {
   for (wxWindow* const window : wxTopLevelWindows)
-    if (window->GetName() == name && !window->IsBeingDeleted() &&
-        !wxPendingDelete.Member(window))
+    if (window->GetName() == name && !window->IsBeingDeleted() && !wxPendingDelete.Member(window))
       return dynamic_cast<wxTopLevelWindow*>(window);
   return nullptr;
 }
@@ -44,15 +43,16 @@ inline bool IsShown(const wxString& form) {
   return found != nullptr && found->IsShown();
 }
 
-inline bool IsLoaded(const wxString& form) { return FindForm(form) != nullptr; }
+inline bool IsLoaded(const wxString& form) {
+  return FindForm(form) != nullptr;
+}
 
 /// The control `name` of the form `form`. Throws when there is none.
 template <typename Control>
 Control& ControlOf(const wxString& form, const wxString& name) {
   wxTopLevelWindow* const found = FindForm(form);
-  auto* const control = found == nullptr
-                            ? nullptr
-                            : dynamic_cast<Control*>(wxWindow::FindWindowByName(name, found));
+  auto* const control =
+      found == nullptr ? nullptr : dynamic_cast<Control*>(wxWindow::FindWindowByName(name, found));
   if (control == nullptr) throw std::runtime_error(FromWx("no control " + name + " in " + form));
   return *control;
 }
@@ -95,7 +95,9 @@ inline void RubOut(const wxString& form, const wxString& name) {
   }
 }
 
-inline std::string RamValue() { return GetRegString(RegRoot::LocalMachine, slyverKey, "RAM"); }
+inline std::string RamValue() {
+  return GetRegString(RegRoot::LocalMachine, slyverKey, "RAM");
+}
 
 /// The real forms with a scripted user and a computer that is as the test makes it.
 class DesktopTest : public TempFolderTest {
@@ -114,12 +116,11 @@ class DesktopTest : public TempFolderTest {
   /// A program that is not yet started; one that is there goes.
   void MakeDesktop() {
     desktop = std::make_unique<Desktop>(
-        ui, Surroundings{.anotherInstanceRuns = [this] { return anotherRuns; },
-                         .memoryStatus = [this] { return memory; },
-                         .helpPage = folder / "index.html",
-                         .open = [this](const std::filesystem::path& file) {
-                           opened.push_back(file);
-                         }});
+        ui, Surroundings{
+                .anotherInstanceRuns = [this] { return anotherRuns; },
+                .memoryStatus = [this] { return memory; },
+                .helpPage = folder / "index.html",
+                .open = [this](const std::filesystem::path& file) { opened.push_back(file); }});
   }
 
   /// Starts the program with a path that the user has typed.
