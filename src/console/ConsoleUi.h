@@ -61,7 +61,4 @@ class ConsoleUi final : public Ui {
   bool lineShown_ = false;
 };
 
-/// A byte count for people: three digits at least and a unit of 1000 ("999 bytes", "1.45 MB").
-std::string ReadableBytes(double bytes);
-
 }  // namespace slyver

@@ -197,6 +197,7 @@ bool HideJob::StageHideFiles(const ValueReader* old) {
 }
 
 HideJob::Ini HideJob::CheckIni() {
+  if (!ui_.GoOn()) throw Cancelled{};
   const fs::path directory = InWork("3.ini");
   try {
     if (NameIsTaken(added_->Path())) {

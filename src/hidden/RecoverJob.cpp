@@ -65,6 +65,10 @@ RecoverJob::Next RecoverJob::Guarded(const Procedure& procedure) {
 
 /// What both procedures begin with. Nothing when they can go on.
 std::optional<RecoverJob::Next> RecoverJob::Preamble() {
+  if (form_.Text1.empty()) {
+    ui_.Message("Main File Is Missing. Select The File Again.", Icon::Information);
+    return Next::Form;
+  }
   length_ = FileLength(form_.Text1);
   if (bigFiles_ == BigFiles::Ask && length_ > quiteBig &&
       !AskYesNo(ui_,

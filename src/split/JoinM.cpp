@@ -18,6 +18,7 @@ namespace slyver {
 namespace {
 
 constexpr std::string_view scratchName = "temprrr";
+constexpr std::string_view pieceFilter = "Sly File (*.Sly)|*.Sly;|";
 
 /// A piece that was found. The path is kept as text: a path object takes several times the memory,
 /// and there may be 32767.
@@ -120,6 +121,16 @@ void End(Ui& ui) {
   ui.EndProgram();
 }
 
+bool PiecesAreTogether(Ui& ui) {
+  return AskYesNo(ui,
+                  "Please Make Sure All The Sly Files Are In The Same Folder. Are They In The Same "
+                  "Folder?");
+}
+
+bool ExitWithoutFile(Ui& ui) {
+  return AskYesNo(ui, "No File Selected. Do You Want To Exit?");
+}
+
 }  // namespace
 
 std::int16_t JoinFolder(const Output& joined, bool overwrite, Ui& ui, const Watch& watch) {
@@ -156,19 +167,34 @@ std::optional<std::filesystem::path> JoinPieces(const std::filesystem::path& Ful
   return ending == Ending::Joined ? std::optional(target) : std::nullopt;
 }
 
-std::optional<std::filesystem::path> JoinFile(Ui& ui) {
-  if (!AskYesNo(ui,
-                "Please Make Sure All The Sly Files Are In The Same Folder. Are They In The Same "
-                "Folder?") &&
-      AskYesNo(ui, "Do You Want To Exit?")) {
+std::optional<std::filesystem::path> JoinFile(Ui& ui, const std::filesystem::path& dropped) {
+  if (!PiecesAreTogether(ui) && AskYesNo(ui, "Do You Want To Exit?")) {
     End(ui);
     return std::nullopt;
   }
   const std::optional<std::filesystem::path> FullPath =
-      ui.OpenFile("Select File To Join.", "Sly File (*.Sly)|*.Sly;|", HomeFolder());
+      dropped.empty() ? ui.OpenFile("Select File To Join.", pieceFilter, HomeFolder()) : dropped;
   if (FullPath) return JoinPieces(*FullPath, ui);
-  if (AskYesNo(ui, "No File Selected. Do You Want To Exit?")) End(ui);
+  if (ExitWithoutFile(ui)) End(ui);
   return std::nullopt;
+}
+
+std::optional<std::filesystem::path> JoinFromCommandLine(const std::filesystem::path& FilePath,
+                                                         Ui& ui) {
+  if (!PiecesAreTogether(ui)) {
+    End(ui);
+    return std::nullopt;
+  }
+  const std::filesystem::path folder = WithSeparator(FilePath.parent_path());
+  std::optional<std::filesystem::path> FullPath;
+  do {
+    FullPath = ui.OpenFile("Please Select Any Other File To Join.", pieceFilter, folder);
+    if (!FullPath && ExitWithoutFile(ui)) {
+      End(ui);
+      return std::nullopt;
+    }
+  } while (!FullPath);
+  return JoinPieces(*FullPath, ui);
 }
 
 }  // namespace slyver

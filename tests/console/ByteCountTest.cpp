@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "console/ConsoleUi.h"
+#include "system/ProgressText.h"
 
 namespace slyver {
 namespace {

@@ -1,0 +1,159 @@
+#include "app/Desktop.h"
+
+#include <wx/window.h>
+
+#include <utility>
+#include <vector>
+
+#include "app/AppIcon.h"
+#include "app/ModernForm.h"
+#include "app/frmFirst.h"
+#include "app/frmInit.h"
+#include "app/frmSplitJoin.h"
+#include "hidden/frmHideFile.h"
+#include "hidden/frmHideRec.h"
+#include "split/frmJoin.h"
+#include "split/frmSplitter.h"
+#include "system/FileError.h"
+#include "system/Registry.h"
+#include "system/WxText.h"
+
+namespace slyver {
+
+namespace {
+
+/// All forms that are loaded and not on their way out.
+std::vector<ModernForm*> Forms() {
+  std::vector<ModernForm*> forms;
+  for (wxWindow* const window : wxTopLevelWindows)
+    if (auto* const form = dynamic_cast<ModernForm*>(window);
+        form != nullptr && !form->IsBeingDeleted() && !form->Unloaded())
+      forms.push_back(form);
+  return forms;
+}
+
+}  // namespace
+
+Desktop::Desktop(Ui& ui, Surroundings surroundings)
+    : ui_(ui), surroundings_(std::move(surroundings)), icon_(AppIcon()) {}
+
+Desktop::~Desktop() {
+  for (ModernForm* const form : Forms()) form->Unload();
+  if (first_) first_->Destroy();
+}
+
+frmMainMenu& Desktop::MainMenu() {
+  if (!mainMenu_) mainMenu_ = std::make_unique<frmMainMenu>(*this);
+  return *mainMenu_;
+}
+
+void Desktop::Start(const std::string& commandLine) {
+  first_ = new frmFirst(*this);
+  first_->Form_Load(commandLine);
+}
+
+frmSplitJoin* Desktop::SplitJoin() const {
+  return splitJoin_.get();
+}
+
+void Desktop::LoadSplitJoin() {
+  if (!splitJoin_) splitJoin_ = new frmSplitJoin(*this);
+}
+
+void Desktop::ShowSplitJoin() {
+  LoadSplitJoin();
+  splitJoin_->Show();
+}
+
+void Desktop::HandOverToSplitter() {
+  // The split form reads from the selection form what the user has chosen there.
+  splitJoin_->Hide();
+  ShowSplitter();
+  splitJoin_->Unload();
+}
+
+void Desktop::ShowSplitter() {
+  (new frmSplitter(*this))->Show();
+}
+
+void Desktop::ShowInit() {
+  if (!init_) init_ = new frmInit(*this);
+  init_->Show();
+}
+
+void Desktop::UnloadInit() {
+  if (init_) init_->Unload();
+}
+
+frmJoin& Desktop::ShowJoin(const std::string& caption) {
+  if (!join_) join_ = new frmJoin(*this);
+  join_->SetCaption(ToWx(caption));
+  join_->Show();
+  return *join_;
+}
+
+void Desktop::UnloadJoin() {
+  if (join_) join_->Unload();
+}
+
+void Desktop::ShowHideFile(ModernForm* instead) {
+  if (!hideFile_) hideFile_ = new frmHideFile(*this);
+  hideFile_->Show();
+  hideFile_->Raise();
+  if (instead != nullptr) instead->Unload();
+}
+
+void Desktop::ShowHideRec() {
+  if (!hideRec_) hideRec_ = new frmHideRec(*this);
+  hideRec_->Show();
+  hideRec_->Raise();
+}
+
+std::filesystem::path Desktop::HideRecFolder() const {
+  return hideRec_ ? hideRec_->Folder() : std::filesystem::path{};
+}
+
+void Desktop::FormClosed(ModernForm& form) {
+  form.Unload();
+  for (const ModernForm* const other : Forms())
+    if (other->IsShown()) return;
+  first_->Unload();
+}
+
+void Desktop::RunJob(const std::function<void()>& job) {
+  if (jobRuns_) return;
+  RunStep([&] {
+    job();
+    return false;
+  });
+}
+
+void Desktop::RunStep(const std::function<bool()>& step) {
+  // Events that come while a step runs may ask for the next one.
+  if (stepRuns_) return;
+  if (!jobRuns_) {
+    stopAsked_ = false;
+    SetBusy(true);
+  }
+  stepRuns_ = true;
+  bool more = false;
+  try {
+    more = ShowingErrors(ui_, step);
+  } catch (const Cancelled&) {
+    DeleteFilePathValue();
+    ui_.EndProgram();
+  }
+  stepRuns_ = false;
+  if (!more) SetBusy(false);
+}
+
+void Desktop::ShowProgress(const Progress& progress) {
+  for (ModernForm* const form : Forms()) form->ShowProgress(progress);
+}
+
+void Desktop::SetBusy(bool busy) {
+  jobRuns_ = busy;
+  for (ModernForm* const form : Forms()) form->SetBusy(busy);
+}
+
+}  // namespace slyver

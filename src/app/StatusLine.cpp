@@ -1,0 +1,17 @@
+#include "app/StatusLine.h"
+
+#include "app/ModernForm.h"
+#include "chrome/WindowSystem.h"
+
+namespace slyver {
+
+wxTextCtrl* NewStatusLine(wxWindow* parent, const wxString& name) {
+  auto* const line = new wxTextCtrl(parent, wxID_ANY, "", wxDefaultPosition, wxDefaultSize,
+                                    wxTE_READONLY | wxBORDER_NONE | wxTE_NO_VSCROLL);
+  ShowAsPlainText(*line);
+  line->DisableFocusFromKeyboard();
+  NameControl(*line, name, "Progress");
+  return line;
+}
+
+}  // namespace slyver

@@ -1,0 +1,80 @@
+#include <wx/app.h>
+#include <wx/filename.h>
+#include <wx/stdpaths.h>
+#include <wx/utils.h>
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "app/Desktop.h"
+#include "app/HelpPage.h"
+#include "app/Instance.h"
+#include "app/WxUi.h"
+#include "system/Memory.h"
+#include "system/WxText.h"
+
+namespace {
+
+using namespace slyver;
+
+/// What lives as long as the program: the desktop and the user interface know each other.
+class Program {
+ public:
+  Program() : desktop_(ui_, TheSystem()) { ui_.Serve(desktop_); }
+
+  void Start(const std::string& commandLine) { desktop_.Start(commandLine); }
+
+ private:
+  Surroundings TheSystem() const {
+    const std::filesystem::path program = PathFromWx(wxStandardPaths::Get().GetExecutablePath());
+    return {.anotherInstanceRuns = [this] { return instance_.AnotherRuns(); },
+            .memoryStatus = GlobalMemoryStatus,
+            .helpPage = HelpPage(program.parent_path()),
+            .open =
+                [](const std::filesystem::path& file) {
+                  (void)wxLaunchDefaultApplication(PathToWx(file));
+                }};
+  }
+
+  Instance instance_;
+  WxUi ui_;
+  Desktop desktop_;
+};
+
+class SlyverApp final : public wxApp {
+ public:
+  bool OnInit() override {
+    SetAppName("slyver");
+    SetAppDisplayName("Slyver");
+    // The program ends when it is asked to, not with its last window: between two forms there is
+    // none.
+    SetExitOnFrameDelete(false);
+    program_ = std::make_unique<Program>();
+    // The start-up asks questions and may run a job, for which the main loop must run.
+    CallAfter([this] { program_->Start(CommandLine()); });
+    return true;
+  }
+
+  int OnExit() override {
+    program_.reset();
+    return wxApp::OnExit();
+  }
+
+ private:
+  /// All arguments as one text.
+  std::string CommandLine() const {
+    std::string line;
+    for (int i = 1; i < argc; ++i) {
+      if (i > 1) line += ' ';
+      line += FromWx(argv[i]);
+    }
+    return line;
+  }
+
+  std::unique_ptr<Program> program_;
+};
+
+}  // namespace
+
+wxIMPLEMENT_APP(SlyverApp);

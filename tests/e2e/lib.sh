@@ -1,0 +1,114 @@
+# Helpers for tests that use the program as a user does: with keys and a mouse on a real screen,
+# under a real window manager. They wait for what should happen, never for a time.
+
+set -u
+program=$1
+patience=${SLYVER_E2E_PATIENCE:-30}  # Seconds after which something that did not happen is a failure.
+
+home=$(mktemp -d "${TMPDIR:-/tmp}/slyver-e2e-XXXXXX")
+export HOME=$home XDG_CONFIG_HOME=$home/config XDG_RUNTIME_DIR=$home/run
+export NO_AT_BRIDGE=1 GDK_BACKEND=x11 LANG=C.UTF-8 GTK_THEME=Adwaita
+mkdir -p "$home/run" "$home/work"
+chmod 700 "$home/run"
+openbox --sm-disable >"$home/openbox.log" 2>&1 &
+
+finish() {
+  kill $(jobs -p) 2>/dev/null
+  wait 2>/dev/null
+  rm -rf "$home"
+}
+trap finish EXIT
+
+fail() {
+  echo "FAILED: $*" >&2
+  echo "windows:" >&2
+  for id in $(xdotool search --onlyvisible --name . 2>/dev/null); do
+    echo "  $id $(xdotool getwindowname "$id")" >&2
+  done
+  echo "the program's own messages:" >&2
+  cat "$home/slyver.log" >&2
+  [ -n "${SLYVER_E2E_SHOT:-}" ] && import -window root "$SLYVER_E2E_SHOT"
+  exit 1
+}
+
+# until_true WHAT COMMAND...: waits until the command succeeds.
+until_true() {
+  local what=$1 deadline=$((SECONDS + patience))
+  shift
+  until "$@"; do
+    [ $SECONDS -lt $deadline ] || fail "waited in vain for $what"
+    sleep 0.02
+  done
+}
+
+# Prints the id of the visible window with this title: of a dialog or, for "form", of a form.
+window() {
+  local id type
+  for id in $(xdotool search --onlyvisible --name "^$2\$" 2>/dev/null); do
+    type=$(xprop -id "$id" _NET_WM_WINDOW_TYPE 2>/dev/null)
+    case $1:$type in
+      dialog:*_DIALOG*) echo "$id" && return 0 ;;
+      form:*_NORMAL*) echo "$id" && return 0 ;;
+    esac
+  done
+  return 1
+}
+
+is_active() {
+  local id
+  id=$(window "$1" "$2") && [ "$(xdotool getactivewindow 2>/dev/null)" = "$id" ]
+}
+is_gone() { ! window "$1" "$2" >/dev/null; }
+
+# await form|dialog TITLE: waits until the window is there and has the keyboard.
+await() { until_true "the $1 '$2'" is_active "$1" "$2"; }
+await_end() {
+  until_true "the end of the program" is_ended
+  wait "$slyver" || fail "the program ended with status $?: $(cat "$home/slyver.log")"
+}
+is_ended() { ! kill -0 "$slyver" 2>/dev/null; }
+
+start() {
+  "$program" "$@" 2>"$home/slyver.log" &
+  slyver=$!
+}
+
+key() { xdotool key --clearmodifiers "$@"; }
+
+# Answers the message or question that comes with its first button: OK, or Yes.
+confirm() {
+  await dialog Slyver
+  local id
+  id=$(window dialog Slyver)
+  key Return
+  until_true "the end of a message" window_is_gone "$id"
+}
+window_is_gone() { ! xdotool search --onlyvisible --name . 2>/dev/null | grep -qx "$1"; }
+
+# choose TITLE PATH: types a path into a file dialog.
+choose() {
+  await dialog "$1"
+  xdotool type --delay 5 "$2"
+  key Return
+  # The first Enter may only take a proposed ending over.
+  local deadline=$((SECONDS + 3))
+  until is_gone dialog "$1"; do
+    if [ $SECONDS -ge $deadline ]; then
+      key Return
+      deadline=$((SECONDS + 3))
+    fi
+    sleep 0.05
+  done
+}
+
+# Sets X, Y, WIDTH and HEIGHT to the form's place.
+measure() { eval "$(xdotool getwindowgeometry --shell "$(window form "$1")")"; }
+
+# point TITLE X Y: moves the mouse to a place in a form; from its right or lower side if negative.
+point() {
+  measure "$1"
+  local x=$2 y=$3
+  [ "$x" -lt 0 ] && x=$((WIDTH + x))
+  [ "$y" -lt 0 ] && y=$((HEIGHT + y))
+  xdotool mousemove --sync $((X + x)) $((Y + y))
+}

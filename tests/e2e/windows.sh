@@ -1,0 +1,117 @@
+#!/bin/bash
+# The window chrome under a window manager: by mouse and by keyboard.
+# usage: windows.sh PROGRAM, on a display of its own
+. "$(dirname "$0")/lib.sh"
+
+setting() { grep -q "^RAM=\"$1\"" "$XDG_CONFIG_HOME/slyver/registry.ini" 2>/dev/null; }
+state_has() { xprop -id "$form" _NET_WM_STATE | grep -q "$1"; }
+state_lacks() { ! state_has "$1"; }
+x_is() { measure Slyver && [ "$X" = "$1" ]; }
+width_is() { measure Slyver && [ "$WIDTH" = "$1" ]; }
+
+touch "$home/work/file"
+start "$home/work/file"
+await form Slyver
+form=$(window form Slyver)
+
+# Moved by the title bar.
+measure Slyver
+x0=$X
+point Slyver 200 12
+xdotool mousedown 1
+for step in 10 20 30 40 50 60; do xdotool mousemove --sync $((X + 200 + step)) $((Y + 12)); done
+moved() { measure Slyver && [ "$X" -gt "$x0" ]; }
+until_true "the window to move" moved
+xdotool mouseup 1
+
+# Made wider by its right edge.
+measure Slyver
+width=$WIDTH
+point Slyver -2 150
+xdotool mousedown 1
+for step in 10 20 30 40 50 60; do xdotool mousemove --sync $((X + width - 2 + step)) $((Y + 150)); done
+wider() { measure Slyver && [ "$WIDTH" -gt "$width" ]; }
+until_true "the window to grow" wider
+xdotool mouseup 1
+
+# Maximized by a double-click, restored by its button.
+point Slyver 200 12
+xdotool click --repeat 2 --delay 50 1
+until_true "the maximized window" state_has MAXIMIZED_HORZ
+maximized_drawn() { measure Slyver && [ "$X" = 0 ] && [ "$WIDTH" -gt 1000 ]; }
+until_true "the large window" maximized_drawn
+point Slyver -64 12
+xdotool click 1
+until_true "the restored window" state_lacks MAXIMIZED_HORZ
+
+# Minimized by its button, and back.
+measure Slyver
+point Slyver -108 12
+xdotool click 1
+until_true "the minimized window" state_has HIDDEN
+xdotool windowactivate "$form"
+await form Slyver
+
+# Menus by keyboard: by letter, then by the arrows from the other one.
+key alt+r
+is_open() { [ -n "$(xdotool search --onlyvisible --class slyver 2>/dev/null | while read -r id; do
+  xprop -id "$id" _NET_WM_WINDOW_TYPE 2>/dev/null | grep -o POPUP_MENU; done)" ]; }
+is_closed() { ! is_open; }
+until_true "the menu" is_open
+key Return
+until_true "the setting" setting 0
+until_true "the end of the menu" is_closed
+key F10 Right Down
+until_true "the Help menu" is_open
+key Right
+key Down Return
+until_true "the setting" setting ""
+until_true "the end of the menu" is_closed
+key alt+h
+until_true "the Help menu" is_open
+key Escape
+until_true "the end of the menu" is_closed
+
+# Moved by keyboard through the window's own menu, which a right click opens, and closed by it.
+measure Slyver
+x0=$X
+point Slyver 200 12
+xdotool click 3
+until_true "the window's menu" is_open
+key m
+until_true "the end of the menu" is_closed
+moves_by_key() { key Right && measure Slyver && [ "$X" -gt "$x0" ]; }
+until_true "the window to move by keys" moves_by_key
+key Return
+point Slyver 200 12
+xdotool click 3
+until_true "the window's menu" is_open
+key c
+await_end
+
+# Esc leaves the selection form.
+start
+await form Selection
+key Escape
+await_end
+
+# A second instance asks.
+start
+await form Selection
+first=$slyver
+start
+await dialog Slyver
+key Escape
+await_end
+kill -0 "$first" || fail "the first instance has ended too"
+slyver=$first
+point Selection -20 12
+xdotool click 1
+await_end
+
+# A folder is refused.
+start "$home/work"
+confirm
+await_end
+
+echo "windows: passed"
