@@ -25,7 +25,7 @@ take() {
     for id in $(xdotool search --onlyvisible --name "^$2\$" 2>/dev/null || true); do
       type=$(xprop -id "$id" _NET_WM_WINDOW_TYPE)
       case $1:$type in
-        frm*_NORMAL* | Message*_DIALOG* | Question*_DIALOG*) break 2 ;;
+        frm*_NORMAL* | Message*_DIALOG* | Question*_DIALOG* | InputBox*_DIALOG*) break 2 ;;
       esac
     done
     sleep 0.05
@@ -46,5 +46,9 @@ take frmSplitJoin Selection
 take frmSplitter Slyver
 take frmJoin "Joining Files"
 take frmInit "Wait......."
+take frmHideFile "Hide File"
+take frmHideRec Recover
+take frmShowList "Select File To Recover :"
+take InputBox Slyver
 take Message Slyver
 take Question Slyver

@@ -1,6 +1,8 @@
 # Sourced by run, test and bench/run: installs the Debian packages that are missing.
 
 build_packages=(g++ cmake ninja-build libcli11-dev)
+desktop_packages=(libwxgtk3.2-dev libgtk-3-dev pkg-config adwaita-icon-theme)
+screen_packages=(xvfb xauth openbox xdotool x11-utils imagemagick)
 test_packages=(libgtest-dev clang clang-format clang-tidy libclang-rt-dev)
 bench_packages=(hyperfine time)
 
@@ -35,8 +37,14 @@ need() {
   }
 }
 
-# build PRESET FOLDER configures the tree once and builds what has changed, saying so on stderr.
+# build PRESET FOLDER [DESKTOP] configures the tree once and builds what has changed, saying so on
+# stderr. DESKTOP is ON or OFF: whether the desktop program is built too; a tree that once was
+# configured with it keeps it.
 build() {
-  [[ -e $top/$2/build.ninja ]] || (cd "$top" && cmake --preset "$1" >&2)
+  local desktop=SLYVER_DESKTOP:BOOL=${3:-OFF}
+  if [[ ! -e $top/$2/build.ninja ]] ||
+    { [[ $desktop == *ON ]] && ! grep -q "^$desktop" "$top/$2/CMakeCache.txt"; }; then
+    (cd "$top" && cmake --preset "$1" "-D$desktop" >&2)
+  fi
   (cd "$top" && cmake --build --preset "$1") | sed '/no work to do/d' >&2
 }

@@ -1,4 +1,6 @@
 #include <wx/app.h>
+#include <wx/textctrl.h>
+#include <wx/textdlg.h>
 
 #include <memory>
 #include <string>
@@ -7,6 +9,8 @@
 #include "app/ModernForm.h"
 #include "app/WxUi.h"
 #include "app/frmFirst.h"
+#include "hidden/frmHideRec.h"
+#include "hidden/frmShowList.h"
 #include "system/Memory.h"
 #include "system/WxText.h"
 
@@ -56,8 +60,45 @@ class Gallery final : public wxApp {
       desktop_->ShowInit();
       return;
     }
+    if (form == "frmHideFile") {
+      desktop_->ShowHideFile(nullptr);
+      Fill(form, "Text1", "/home/ann/Pictures/garden.png");
+      Fill(form, "Text2", "/home/ann/a recipe that nobody else has.txt");
+      Fill(form, "Text3", "password");
+      Fill(form, "Text4", "password");
+      return;
+    }
+    if (form == "frmHideRec" || form == "frmShowList") {
+      desktop_->ShowHideRec();
+      Fill("frmHideRec", "Text1", "/home/ann/Pictures/Hidden File garden.png");
+      Fill("frmHideRec", "Text2", "password");
+      if (form == "frmHideRec") return;
+      auto* const recover = dynamic_cast<frmHideRec*>(wxWindow::FindWindowByName("frmHideRec"));
+      recover->Hide();
+      (new frmShowList(
+           *desktop_, *recover,
+           {{"recipe.txt", 0, 777}, {"letters.zip", 0, 1'450'000}, {"photo.jpg", 0, 58'231}}))
+          ->Show();
+      return;
+    }
+    if (form == "InputBox") {
+      wxTextEntryDialog* box = nullptr;
+      CallAfter([&box] {
+        for (wxWindow* const window : wxTopLevelWindows)
+          if (auto* const found = dynamic_cast<wxTextEntryDialog*>(window)) box = found;
+        if (box != nullptr) box->SetValue("password");
+      });
+      (void)ui_.MaskedInputBox("Enter Password Of The Last File.");
+      return;
+    }
     desktop_->ShowJoin("Joining Files");
     desktop_->ShowProgress({"PB1", 15, 1'600'000'000, 4'294'967'296});
+  }
+
+  static void Fill(const std::string& form, const std::string& name, const std::string& text) {
+    wxWindow* const shown = wxWindow::FindWindowByName(ToWx(form));
+    auto* const box = dynamic_cast<wxTextCtrl*>(wxWindow::FindWindowByName(ToWx(name), shown));
+    if (box != nullptr) box->SetValue(ToWx(text));
   }
 
   WxUi ui_;
