@@ -30,12 +30,12 @@ take() {
     done
     sleep 0.05
   done
-  # The form is drawn when it looks the same twice.
+  # The form is drawn when it looks the same twice and is not of one colour.
   for _ in $(seq 50); do
     sleep 0.2
     import -window "$id" "$folder/$1.png"
     now=$(identify -format '%#' "$folder/$1.png")
-    [ "$now" = "$before" ] && break
+    [ "$now" = "$before" ] && [ "$(identify -format '%k' "$folder/$1.png")" -gt 1 ] && break
     before=$now
   done
   kill "$shown"

@@ -45,12 +45,10 @@ void RequireLength(const fs::path& path, std::uint64_t length) {
 }  // namespace
 
 std::string NameNote(const fs::path& hidden) {
-  const std::string name = PathText(hidden.filename());
-  if (!ToText8(name))
-    return "The Name Has Characters That Will Come Back As \"_\" When The File Is Recovered.";
+  if (!ToText8(PathText(hidden.filename())))
+    return "The Name Has Characters That Will Come Back As \"_\".";
   if (StoredName(hidden).size() > maxNameLength)
-    return "The Name Is Longer Than 24 Characters. It Will Come Back Shortened When The File Is "
-           "Recovered.";
+    return "The Name Is Longer Than 24 Characters And Will Come Back Shortened.";
   return {};
 }
 

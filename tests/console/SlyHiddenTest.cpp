@@ -112,9 +112,8 @@ TEST_F(SlyHidden, AddsWhenToldTo) {
 TEST_F(SlyHidden, WarnsOfANameThatWillNotComeBackWhole) {
   const std::string name(25, 'a');
   WriteFile(folder / name, "x");
-  const std::string warning = name +
-                              ": The Name Is Longer Than 24 Characters. It Will Come Back "
-                              "Shortened When The File Is Recovered.\n";
+  const std::string warning =
+      name + ": The Name Is Longer Than 24 Characters And Will Come Back Shortened.\n";
   EXPECT_EQ(Run("$SLY hide $P m.png " + name).err, warning + "File Hidden.\n");
   EXPECT_EQ(Run("$SLY hide -q $P m.png " + name).err, warning) << "a warning is no success";
 }

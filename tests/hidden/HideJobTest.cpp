@@ -262,7 +262,7 @@ TEST_F(Hide, StoresNamesAndPasswordsInTheCodePage) {
     form.Text2 = folder / name;
     WriteFile(form.Text2, "x");
     EXPECT_EQ(NameNote(form.Text2),
-              "The Name Has Characters That Will Come Back As \"_\" When The File Is Recovered.");
+              "The Name Has Characters That Will Come Back As \"_\".");
     ExpectHidden();
     carrier = RunSteps();
     ASSERT_TRUE(carrier.has_value());
@@ -276,8 +276,7 @@ TEST_F(Hide, SaysThatANameWillBeShortened) {
   for (int i = 0; i < 24; ++i) accents += "\u00E9";
   EXPECT_EQ(NameNote(folder / accents), "") << "characters count, not bytes";
   EXPECT_EQ(NameNote(folder / std::string(25, 'a')),
-            "The Name Is Longer Than 24 Characters. It Will Come Back Shortened When The File Is "
-            "Recovered.");
+            "The Name Is Longer Than 24 Characters And Will Come Back Shortened.");
 }
 
 TEST_F(Hide, AFileThatChangesMeanwhileIsNotHidden) {
