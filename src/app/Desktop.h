@@ -54,7 +54,7 @@ class Desktop {
   void ShowSplitter();
   void ShowInit();
   void UnloadInit();
-  frmJoin& ShowJoin(const std::string& caption);  ///< The progress form, under this caption.
+  void ShowJoin(const std::string& caption);  ///< The progress form, under this caption.
 
   // The hide and the recover form open here. `instead` is the form that they take the place of,
   // which is unloaded once they are shown; none stays beneath.
