@@ -30,12 +30,12 @@ take() {
     done
     sleep 0.05
   done
-  # The form is drawn when it looks the same twice and is not of one colour.
+  # The form is drawn when it has more than a background and looks the same twice.
   for _ in $(seq 50); do
     sleep 0.2
     import -window "$id" "$folder/$1.png"
     now=$(identify -format '%#' "$folder/$1.png")
-    [ "$now" = "$before" ] && [ "$(identify -format '%k' "$folder/$1.png")" -gt 1 ] && break
+    [ "$now" = "$before" ] && [ "$(identify -format %k "$folder/$1.png")" -gt 8 ] && break
     before=$now
   done
   kill "$shown"

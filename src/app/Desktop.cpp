@@ -85,11 +85,10 @@ void Desktop::UnloadInit() {
   if (init_) init_->Unload();
 }
 
-frmJoin& Desktop::ShowJoin(const std::string& caption) {
+void Desktop::ShowJoin(const std::string& caption) {
   if (!join_) join_ = new frmJoin(*this);
   join_->SetCaption(ToWx(caption));
   join_->Show();
-  return *join_;
 }
 
 void Desktop::UnloadJoin() {

@@ -56,7 +56,7 @@ class Desktop {
   void ShowSplitter();
   void ShowInit();
   void UnloadInit();
-  frmJoin& ShowJoin(const std::string& caption);  ///< The progress form, under this caption.
+  void ShowJoin(const std::string& caption);  ///< The progress form, under this caption.
   void UnloadJoin();
 
   /// Shows the hide form. `instead` is the form that it takes the place of, which is unloaded, or

@@ -9,7 +9,6 @@
 
 #include "app/MessageBox.h"
 #include "chrome/WindowSystem.h"
-#include "split/frmJoin.h"
 #include "system/InputBoxM.h"
 #include "system/WxText.h"
 
@@ -32,13 +31,17 @@ void RunEvents() {
 /// that was shown last, which need not be active yet; else the active one. The start-up form is
 /// never shown; without a form the dialog stands alone.
 wxWindow* DialogParent(bool jobRuns) {
-  wxWindow* parent = nullptr;
+  wxTopLevelWindow* parent = nullptr;
   for (wxWindow* const window : wxTopLevelWindows) {
     auto* const form = dynamic_cast<wxTopLevelWindow*>(window);
     if (form == nullptr || !form->IsShown() || form->IsBeingDeleted()) continue;
     parent = form;
     if (!jobRuns && form->IsActive()) break;
   }
+  // The toolkit shows a form only when the window manager has answered. A dialog that came before
+  // would lie below it.
+  const auto deadline = Clock::now() + longestWaitForForm;
+  while (parent != nullptr && !IsOnScreen(*parent) && Clock::now() < deadline) RunEvents();
   return parent;
 }
 
@@ -86,11 +89,7 @@ std::optional<std::string> WxUi::MaskedInputBox(std::string_view prompt) {
 }
 
 void WxUi::ShowProgressForm(std::string_view caption) {
-  const frmJoin& form = desktop_->ShowJoin(std::string(caption));
-  // The toolkit shows a form only when the window manager has answered. A message that came before
-  // would lie below it.
-  const auto deadline = Clock::now() + longestWaitForForm;
-  while (!IsOnScreen(form) && Clock::now() < deadline) RunEvents();
+  desktop_->ShowJoin(std::string(caption));
 }
 
 void WxUi::SetProgress(const Progress& progress) {

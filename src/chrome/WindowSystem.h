@@ -20,8 +20,8 @@ enum class Role { TitleBar, Button, MenuBar, Separator };
 /// maximized beside all else that can be done with a window.
 void AllowResizing(wxFrame& frame, bool allowed);
 
-/// Whether the window system has been given `frame` to show, which the toolkit may put off.
-bool IsOnScreen(const wxFrame& frame);
+/// Whether the window system has been given `window` to show, which the toolkit may put off.
+bool IsOnScreen(const wxTopLevelWindow& window);
 
 /// Lets the window system move `frame` with the pointer, whose left button is down, until the
 /// button is let go.

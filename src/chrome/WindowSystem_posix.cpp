@@ -113,7 +113,9 @@ void AllowResizing(wxFrame& frame, bool allowed) {
   if (gtk_widget_get_mapped(widget)) SetFunctions(widget, GINT_TO_POINTER(functions));
 }
 
-bool IsOnScreen(const wxFrame& frame) { return gtk_widget_get_mapped(frame.GetHandle()) != 0; }
+bool IsOnScreen(const wxTopLevelWindow& window) {
+  return gtk_widget_get_mapped(window.GetHandle()) != 0;
+}
 
 void BeginMove(wxFrame& frame) {
   Move(frame, leftButton);

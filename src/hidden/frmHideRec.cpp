@@ -126,7 +126,7 @@ void frmHideRec::Start(RecoverJob::Next (RecoverJob::*procedure)()) {
 
 void frmHideRec::DorestOfStuff(int k) {
   Run([this, k] {
-    (void)App().ShowJoin("Recovering Files");
+    App().ShowJoin("Recovering Files");
     return job_->DorestOfStuff(k);
   });
 }

@@ -10,13 +10,13 @@
 namespace slyver {
 
 /// "Join File": asks whether the pieces are together and for one of them, then joins. A piece that
-/// the user has given already, as by dropping it on a form, is not asked for: `dropped`, else empty.
-/// Returns the path of the joined file, or nothing when none was made. Unless the user goes back to the
-/// selection form, it asks for the end of the program. Throws Cancelled.
+/// the user has given already, as by dropping it on a form, is not asked for: `dropped`, else
+/// empty. Returns the path of the joined file, or nothing when none was made. Unless the user goes
+/// back to the selection form, it asks for the end of the program. Throws Cancelled.
 std::optional<std::filesystem::path> JoinFile(Ui& ui, const std::filesystem::path& dropped = {});
 
-/// The join of a program started with the piece `FilePath`: asks whether the pieces are together and
-/// for the one to start from, in a dialog that opens in the folder of `FilePath`, then joins.
+/// The join of a program started with the piece `FilePath`: asks whether the pieces are together
+/// and for the one to start from, in a dialog that opens in the folder of `FilePath`, then joins.
 /// Returns what JoinPieces() does. Always asks for the end of the program. Throws Cancelled.
 std::optional<std::filesystem::path> JoinFromCommandLine(const std::filesystem::path& FilePath,
                                                          Ui& ui);

@@ -261,8 +261,7 @@ TEST_F(Hide, StoresNamesAndPasswordsInTheCodePage) {
   for (const char* name : {"\u0416.bin", "\xFF.bin"}) {
     form.Text2 = folder / name;
     WriteFile(form.Text2, "x");
-    EXPECT_EQ(NameNote(form.Text2),
-              "The Name Has Characters That Will Come Back As \"_\".");
+    EXPECT_EQ(NameNote(form.Text2), "The Name Has Characters That Will Come Back As \"_\".");
     ExpectHidden();
     carrier = RunSteps();
     ASSERT_TRUE(carrier.has_value());
