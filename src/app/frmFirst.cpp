@@ -5,6 +5,8 @@
 #include <vector>
 
 #include "app/frmSplitJoin.h"
+#include "system/FileError.h"
+#include "system/FolderLock.h"
 #include "system/PathText.h"
 #include "system/Registry.h"
 #include "system/WorkFolders.h"
@@ -152,6 +154,17 @@ void frmFirst::Unload() {
   Form_Unload();
 }
 
+/// Removes what a job has left in the private folder, unless another instance is at work there.
+void frmFirst::RemoveWorkFolders(const std::filesystem::path& privateFolder, Ui& ui) {
+  try {
+    const FolderLock lock(privateFolder, ui, std::chrono::seconds(0));
+    RemoveIfThere(ui, privateFolder / "tempHHH");
+    RemoveIfThere(ui, privateFolder / "tempPPP");
+  } catch (const FileError&) {
+    return;
+  }
+}
+
 void frmFirst::Form_QueryUnload() {
   (void)DeleteRegValue(RegRoot::ClassesRoot, "StrTempSly", "filepath");
 }
@@ -160,9 +173,7 @@ void frmFirst::Form_Unload() {
   DeleteFilePathValue();
   Ui& ui = desktop_.Talk();
   (void)ShowingErrors(ui, [&] {
-    const std::filesystem::path work = PrivateFolder();
-    RemoveIfThere(ui, work / "tempHHH");
-    RemoveIfThere(ui, work / "tempPPP");
+    RemoveWorkFolders(PrivateFolder(), ui);
     return true;
   });
   // Without a folder the name would mean one in whatever folder the program was started in.

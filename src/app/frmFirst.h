@@ -36,6 +36,7 @@ class frmFirst final : public wxFrame {
   bool GoesOnAfterWarning(const std::string& warning);
   void OpenCommandLine(const std::string& commandLine);
   void Timer1_Timer();
+  static void RemoveWorkFolders(const std::filesystem::path& privateFolder, Ui& ui);
   void Form_QueryUnload();
   void Form_Unload();
 

@@ -199,7 +199,7 @@ HideJob::Ini HideJob::CheckIni() {
   const fs::path directory = InWork("3.ini");
   try {
     if (NameIsTaken(added_->Path())) {
-      WriteSmallFile(directory, ReadSmallFile(added_->Path()));
+      WriteSmallFile(directory, ReadSmallFile(added_->Path()), Existing::ReplaceScratch);
       fs::remove(added_->Path());
     }
   } catch (const std::exception&) {
@@ -226,7 +226,8 @@ std::optional<fs::path> HideJob::DoAll() {
     RequireLength(form_.Text1, mainLength_);
     RequireLength(form_.Text2, hiddenLength_);
     const fs::path directory = InWork("8.ini");
-    WriteSmallFile(InWork("3.ini"), Padded(ReadSmallFile(InWork("3.ini"))));
+    WriteSmallFile(InWork("3.ini"), Padded(ReadSmallFile(InWork("3.ini"))),
+                   Existing::ReplaceScratch);
     fs::remove(InWork("4.ini"));
     fs::rename(InWork("3.ini"), directory);
     const std::array<ByteRange, 3> parts = {ByteRange{form_.Text1, 0, mainBytes_},

@@ -18,7 +18,7 @@ class IconList {
   explicit IconList(const wxWindow& window);
 
   wxImageList& Images() { return images_; }
-  bool Has(const wxString& key) const { return indices_.count(key) > 0; }
+  bool Has(const wxString& key) const { return indices_.contains(key); }
   void Add(const wxString& key, const wxBitmap& icon);
 
   /// The place of the icon of `key` in Images(), from 0; `key` must be there.

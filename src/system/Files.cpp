@@ -246,8 +246,8 @@ std::string ReadSmallFile(const std::filesystem::path& path) {
   return bytes;
 }
 
-void WriteSmallFile(const std::filesystem::path& path, std::string_view bytes) {
-  TargetFile file(path, bytes.size(), Existing::Replace);
+void WriteSmallFile(const std::filesystem::path& path, std::string_view bytes, Existing existing) {
+  TargetFile file(path, bytes.size(), existing);
   file.Write(0, bytes);
   file.Commit();
 }

@@ -65,7 +65,8 @@ std::string ReadSmallFile(const std::filesystem::path& path);
 
 /// Writes `bytes` as the file `path`, replacing a file of that name only when all are written.
 /// Throws FileError.
-void WriteSmallFile(const std::filesystem::path& path, std::string_view bytes);
+void WriteSmallFile(const std::filesystem::path& path, std::string_view bytes,
+                    Existing existing = Existing::Replace);
 
 /// Whether something bears the name `path`, be it a link that leads nowhere.
 bool NameIsTaken(const std::filesystem::path& path);

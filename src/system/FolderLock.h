@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <memory>
 
@@ -12,9 +13,10 @@ namespace slyver {
 class FolderLock {
  public:
   /// Waits for the lock of the folder, which must exist. Throws FileError when another program has
-  /// held it for half a minute, and Cancelled when the user stops the waiting. A file system
-  /// without locks grants it.
-  FolderLock(const std::filesystem::path& folder, Ui& ui);
+  /// held it for as long as `patience`, and Cancelled when the user stops the waiting. A file
+  /// system without locks grants it.
+  FolderLock(const std::filesystem::path& folder, Ui& ui,
+             std::chrono::seconds patience = std::chrono::seconds(30));
   ~FolderLock();
   FolderLock(const FolderLock&) = delete;
   FolderLock& operator=(const FolderLock&) = delete;

@@ -131,7 +131,7 @@ bool WriteIniValue(const std::filesystem::path& file, std::string_view section,
                    std::string_view key, std::string_view value) {
   try {
     const std::string text = NameIsTaken(file) ? ReadSmallFile(file) : std::string{};
-    WriteSmallFile(file, WithIniValue(text, section, key, value));
+    WriteSmallFile(file, WithIniValue(text, section, key, value), Existing::ReplaceScratch);
   } catch (const FileError&) {
     return true;  // As with the profile call, whose result nobody looks at.
   } catch (const std::exception&) {

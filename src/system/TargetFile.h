@@ -7,8 +7,10 @@
 
 namespace slyver {
 
-/// What becomes of a file that already has the target's name.
-enum class Existing { Keep, Replace };
+/// What becomes of a file that already has the target's name. Where it is replaced, it goes only
+/// when the new bytes are on the disk; a scratch file, whose loss would do no harm, is not waited
+/// for.
+enum class Existing { Keep, Replace, ReplaceScratch };
 
 /// The name, in the target's folder, under which a target is written until it is complete. It
 /// depends on the target's name alone, so that a later run finds and removes what a killed one has
@@ -35,8 +37,7 @@ class TargetFile {
   /// once. Throws FileError.
   void Write(std::uint64_t offset, std::span<const char> bytes);
 
-  /// Gives the file its name. A file that is replaced is gone only after the new bytes are on the
-  /// disk. Throws FileError; then the target's name is as it was before.
+  /// Gives the file its name. Throws FileError; then the target's name is as it was before.
   void Commit();
 
  private:

@@ -158,9 +158,9 @@ void TargetFile::Commit() {
   // report and keeps the lock.
   const int duplicate = fcntl(state.descriptor, F_DUPFD_CLOEXEC, 0);
   if (duplicate < 0 || close(duplicate) != 0) Fail(state.target);
-  const bool renamed = state.existing == Existing::Replace
-                           ? rename(state.temporary.c_str(), state.target.c_str()) == 0
-                           : RenameToFreeName(state.temporary, state.target);
+  const bool renamed = state.existing == Existing::Keep
+                           ? RenameToFreeName(state.temporary, state.target)
+                           : rename(state.temporary.c_str(), state.target.c_str()) == 0;
   if (!renamed) Fail(state.target);
   state_->named = true;
 }
