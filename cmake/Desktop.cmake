@@ -10,7 +10,7 @@ add_library(slyver_forms STATIC
   src/app/Desktop.cpp
   src/app/HelpPage_${platform}.cpp
   src/app/Instance_${platform}.cpp
-  src/app/MaskedBox.cpp
+  src/app/Controls.cpp
   src/app/MessageBox.cpp
   src/app/ModernForm.cpp
   src/app/ProgressView.cpp

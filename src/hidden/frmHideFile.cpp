@@ -2,8 +2,8 @@
 
 #include <wx/sizer.h>
 
+#include "app/Controls.h"
 #include "app/FileDrop.h"
-#include "app/MaskedBox.h"
 #include "app/StatusLine.h"
 #include "system/WorkFolders.h"
 #include "system/WxText.h"
@@ -28,31 +28,18 @@ frmHideFile::frmHideFile(Desktop& desktop)
 // In the order in which Tab visits them.
 void frmHideFile::MakeControls() {
   wxPanel* const area = ClientArea();
-  const auto label = [area](const wxString& text, const wxString& name) {
-    return new wxStaticText(area, wxID_ANY, text, wxDefaultPosition, wxDefaultSize, 0, name);
-  };
-  const auto box = [area](const wxString& name, const wxString& forScreenReaders) {
-    auto* const made = new wxTextCtrl(area, wxID_ANY, "");
-    NameControl(*made, name, forScreenReaders);
-    return made;
-  };
-  const auto button = [area](const wxString& caption, const wxString& name) {
-    auto* const made = new wxButton(area, wxID_ANY, caption);
-    NameControl(*made, name, caption);
-    return made;
-  };
-  Label1_ = label("Main File :", "Label1");
-  Text1_ = box("Text1", "Main File :");
-  Command1_ = button("Browse", "Command1");
-  Label4_ = label("File To Hide :", "Label4");
-  Text2_ = box("Text2", "File To Hide :");
-  Label2_ = label("Enter Password :", "Label2");
+  Label1_ = NewLabel(area, "Main File :", "Label1");
+  Text1_ = NewTextBox(area, "Text1", "Main File :");
+  Command1_ = NewButton(area, "Browse", "Command1");
+  Label4_ = NewLabel(area, "File To Hide :", "Label4");
+  Text2_ = NewTextBox(area, "Text2", "File To Hide :");
+  Label2_ = NewLabel(area, "Enter Password :", "Label2");
   Text3_ = NewMaskedBox(area, "Text3", "Enter Password :");
-  Label3_ = label("Re-Enter Password :", "Label3");
+  Label3_ = NewLabel(area, "Re-Enter Password :", "Label3");
   Text4_ = NewMaskedBox(area, "Text4", "Re-Enter Password :");
   note_ = NewStatusLine(area, "Note");
-  Command2_ = button("Hide", "Command2");
-  Command3_ = button("Cancel", "Command3");
+  Command2_ = NewButton(area, "Hide", "Command2");
+  Command3_ = NewButton(area, "Cancel", "Command3");
 }
 
 void frmHideFile::LayOut() {

@@ -2,8 +2,8 @@
 
 #include <wx/sizer.h>
 
+#include "app/Controls.h"
 #include "app/FileDrop.h"
-#include "app/MaskedBox.h"
 #include "app/frmFirst.h"
 #include "hidden/frmShowList.h"
 #include "system/WorkFolders.h"
@@ -22,25 +22,16 @@ frmHideRec::frmHideRec(Desktop& desktop)
 // In the order in which Tab visits them.
 void frmHideRec::MakeControls() {
   wxPanel* const area = ClientArea();
-  const auto label = [area](const wxString& text, const wxString& name) {
-    return new wxStaticText(area, wxID_ANY, text, wxDefaultPosition, wxDefaultSize, 0, name);
-  };
-  const auto button = [area](const wxString& caption, const wxString& name) {
-    auto* const made = new wxButton(area, wxID_ANY, caption);
-    NameControl(*made, name, caption);
-    return made;
-  };
-  Label1_ = label("Main File Name :", "Label1");
-  Text1_ = new wxTextCtrl(area, wxID_ANY, "");
-  NameControl(*Text1_, "Text1", "Main File Name :");
-  Command3_ = button("Browse", "Command3");
-  Label2_ = label("Enter Password :", "Label2");
+  Label1_ = NewLabel(area, "Main File Name :", "Label1");
+  Text1_ = NewTextBox(area, "Text1", "Main File Name :");
+  Command3_ = NewButton(area, "Browse", "Command3");
+  Label2_ = NewLabel(area, "Enter Password :", "Label2");
   Text2_ = NewMaskedBox(area, "Text2", "Enter Password :");
-  Command1_ = button("Rec Hidden", "Command1");
+  Command1_ = NewButton(area, "Rec Hidden", "Command1");
   Command1_->SetToolTip("Click To Recover One Of The Hidden Files.");
-  Command4_ = button("Rec Main", "Command4");
+  Command4_ = NewButton(area, "Rec Main", "Command4");
   Command4_->SetToolTip("Click To Recover The Main File.");
-  Command2_ = button("Cancel", "Command2");
+  Command2_ = NewButton(area, "Cancel", "Command2");
 }
 
 void frmHideRec::LayOut() {

@@ -5,6 +5,7 @@
 #include <exception>
 #include <string>
 
+#include "app/Controls.h"
 #include "app/FileDrop.h"
 #include "app/StatusLine.h"
 #include "app/frmFirst.h"
@@ -39,48 +40,34 @@ frmSplitter::frmSplitter(Desktop& desktop)
 // In the order in which Tab visits them.
 void frmSplitter::MakeControls() {
   wxPanel* const area = ClientArea();
-  const auto label = [](wxWindow* parent, const wxString& text, const wxString& name) {
-    return new wxStaticText(parent, wxID_ANY, text, wxDefaultPosition, wxDefaultSize, 0, name);
-  };
-  const auto box = [](wxWindow* parent, const wxString& name, const wxString& forScreenReaders) {
-    auto* const made =
-        new wxTextCtrl(parent, wxID_ANY, "", wxDefaultPosition, wxDefaultSize, wxTE_PROCESS_ENTER);
-    NameControl(*made, name, forScreenReaders);
-    return made;
-  };
-  const auto button = [area](const wxString& caption, const wxString& name) {
-    auto* const made = new wxButton(area, wxID_ANY, caption);
-    NameControl(*made, name, caption);
-    return made;
-  };
   const auto option = [this](const wxString& caption, const wxString& name, long style) {
     auto* const made =
         new wxRadioButton(Frame1_, wxID_ANY, caption, wxDefaultPosition, wxDefaultSize, style);
     NameControl(*made, name, caption);
     return made;
   };
-  Label1_ = label(area, "File To Split:", "Label1");
-  Text1_ = box(area, "Text1", "File To Split:");
-  Command6_ = button("Browse", "Command6");
-  Label2_ = label(area, "Output Directory:", "Label2");
-  Text2_ = box(area, "Text2", "Output Directory:");
-  Command2_ = button("Change Dir", "Command2");
+  Label1_ = NewLabel(area, "File To Split:", "Label1");
+  Text1_ = NewTextBox(area, "Text1", "File To Split:", wxTE_PROCESS_ENTER);
+  Command6_ = NewButton(area, "Browse", "Command6");
+  Label2_ = NewLabel(area, "Output Directory:", "Label2");
+  Text2_ = NewTextBox(area, "Text2", "Output Directory:", wxTE_PROCESS_ENTER);
+  Command2_ = NewButton(area, "Change Dir", "Command2");
   Frame1_ = new wxStaticBox(area, wxID_ANY, "File Settings :");
   Frame1_->SetName("Frame1");
   Option1_ = option("Predefined File Size : ", "Option1", wxRB_GROUP);
-  Label3_ = label(Frame1_, "1.38 MB Or 1450000 Bytes", "Label3");
+  Label3_ = NewLabel(Frame1_, "1.38 MB Or 1450000 Bytes", "Label3");
   Option2_ = option("Specified File Size :", "Option2", 0);
-  Text3_ = box(Frame1_, "Text3", "Specified File Size : In Bytes.");
-  Label6_ = label(Frame1_, " In Bytes.", "Label6");
-  Label5_ = label(Frame1_, "Or Number Of Files :", "Label5");
-  Nofile_ = box(Frame1_, "Nofile", "Or Number Of Files :");
+  Text3_ = NewTextBox(Frame1_, "Text3", "Specified File Size : In Bytes.", wxTE_PROCESS_ENTER);
+  Label6_ = NewLabel(Frame1_, " In Bytes.", "Label6");
+  Label5_ = NewLabel(Frame1_, "Or Number Of Files :", "Label5");
+  Nofile_ = NewTextBox(Frame1_, "Nofile", "Or Number Of Files :", wxTE_PROCESS_ENTER);
   pb_ = new wxGauge(area, wxID_ANY, ProgressView::range);
   NameControl(*pb_, "pb", "Progress");
   Text4_ = NewStatusLine(area, "Text4");
-  Command1_ = button("Sly It", "Command1");
-  Command3_ = button("Cancel", "Command3");
-  Command4_ = button("Hide File", "Command4");
-  Command5_ = button("Recover File", "Command5");
+  Command1_ = NewButton(area, "Sly It", "Command1");
+  Command3_ = NewButton(area, "Cancel", "Command3");
+  Command4_ = NewButton(area, "Hide File", "Command4");
+  Command5_ = NewButton(area, "Recover File", "Command5");
   view_ = std::make_unique<ProgressView>(
       pb_, [this](const std::string& text) { Text4_->ChangeValue(ToWx(text)); });
 }

@@ -4,19 +4,18 @@
 #include <wx/textdlg.h>
 
 #include "chrome/WindowSystem.h"
+#include "hidden/Carrier.h"
 #include "system/WxText.h"
 
 namespace slyver {
 
 namespace {
 
-constexpr unsigned long longestPassword = 24;
-
 class MaskedInputBox final : public wxPasswordEntryDialog {
  public:
   MaskedInputBox(wxWindow* parent, const wxString& prompt)
       : wxPasswordEntryDialog(parent, prompt, "Slyver") {
-    SetMaxLength(longestPassword);
+    SetMaxLength(maxNameLength);
     SetMaskCharacter(*m_textctrl, '*');
     SetAccessibleName(*m_textctrl, prompt);
   }

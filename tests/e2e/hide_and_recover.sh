@@ -4,7 +4,7 @@
 . "$(dirname "$0")/lib.sh"
 sly=$2
 
-cd "$home/work" || exit 1
+cd "$home/files" || exit 1
 head -c 5003 /dev/urandom >picture.png
 head -c 777 /dev/urandom >first.zip
 printf 'the second one' >"second file.txt"
@@ -26,8 +26,8 @@ opens() {
 # The first file, by keyboard.
 opens 2 "Hide File"
 key space       # Browse
-choose "Select File In Which You Want To Hide File." "$home/work/picture.png"
-choose "Select File You Want To Hide." "$home/work/first.zip"
+choose "Select File In Which You Want To Hide File." "$home/files/picture.png"
+choose "Select File You Want To Hide." "$home/files/first.zip"
 await form "Hide File"
 xdotool type geheim
 key Tab
@@ -42,8 +42,8 @@ mv "Hidden File picture.png" carrier.png
 opens 2 "Hide File"
 point "Hide File" -50 75
 xdotool click 1 # Browse
-choose "Select File In Which You Want To Hide File." "$home/work/carrier.png"
-choose "Select File You Want To Hide." "$home/work/second file.txt"
+choose "Select File In Which You Want To Hide File." "$home/files/carrier.png"
+choose "Select File You Want To Hide." "$home/files/second file.txt"
 await form "Hide File"
 xdotool type x
 key Tab
@@ -62,7 +62,7 @@ mv "Hidden File carrier.png" carrier.png
 # The second file is chosen in the list.
 opens 3 Recover
 key space       # Browse
-choose "Select File From Which You Want To Recover File" "$home/work/carrier.png"
+choose "Select File From Which You Want To Recover File" "$home/files/carrier.png"
 await form Recover
 xdotool type geheim
 key Return
@@ -76,7 +76,7 @@ cmp "Original second file.txt" "second file.txt" || fail "the second file is not
 # The main file, by mouse.
 opens 3 Recover
 key space
-choose "Select File From Which You Want To Recover File" "$home/work/carrier.png"
+choose "Select File From Which You Want To Recover File" "$home/files/carrier.png"
 await form Recover
 xdotool type geheim
 point Recover -130 -30

@@ -8,7 +8,7 @@ patience=${SLYVER_E2E_PATIENCE:-30}  # Seconds after which something that did no
 home=$(mktemp -d "${TMPDIR:-/tmp}/slyver-e2e-XXXXXX")
 export HOME=$home XDG_CONFIG_HOME=$home/config XDG_RUNTIME_DIR=$home/run
 export NO_AT_BRIDGE=1 GDK_BACKEND=x11 LANG=C.UTF-8 GTK_THEME=Adwaita
-mkdir -p "$home/run" "$home/work"
+mkdir -p "$home/run" "$home/files"
 chmod 700 "$home/run"
 openbox --sm-disable >"$home/openbox.log" 2>&1 &
 

@@ -3,7 +3,7 @@
 # usage: split_and_join.sh PROGRAM, on a display of its own
 . "$(dirname "$0")/lib.sh"
 
-file="$home/work/some file.bin"
+file="$home/files/some file.bin"
 head -c 1000 /dev/urandom >"$file"
 
 # By keyboard alone: from the selection form to three pieces.
@@ -26,7 +26,7 @@ done
 cat "$file".?.sly | cmp - "$file" || fail "the pieces are not the file"
 
 # By mouse: "Join File".
-mv "$file" "$home/work/original"
+mv "$file" "$home/files/original"
 start
 await form Selection
 measure Selection
@@ -36,7 +36,7 @@ confirm         # Are they in the same folder?
 choose "Select File To Join." "$file.2.sly"
 confirm         # File Joined.
 await_end
-cmp "$file" "$home/work/original" || fail "the joined file is not the original"
+cmp "$file" "$home/files/original" || fail "the joined file is not the original"
 
 # From the command line, over a file that is there.
 head -c 10 /dev/zero >"$file"
@@ -46,20 +46,20 @@ choose "Please Select Any Other File To Join." "$file.1.sly"
 confirm         # Replace it?
 confirm         # File Joined.
 await_end
-cmp "$file" "$home/work/original" || fail "the file joined from the command line is not the original"
-[ ! -e "$home/work/temprrr" ] || fail "the work folder is still there"
+cmp "$file" "$home/files/original" || fail "the file joined from the command line is not the original"
+[ ! -e "$home/files/temprrr" ] || fail "the work folder is still there"
 
 # A long job is stopped by closing its window, and leaves nothing.
-truncate -s 20G "$home/work/big"
+truncate -s 20G "$home/files/big"
 mkdir "$home/out"
-start "$home/work/big"
+start "$home/files/big"
 await form Slyver
 key Return
-has_begun() { [ -n "$(ls -A "$home/work" | grep -v -e '^big$' -e '^some file' -e '^original$')" ]; }
+has_begun() { [ -n "$(ls -A "$home/files" | grep -v -e '^big$' -e '^some file' -e '^original$')" ]; }
 until_true "the first piece" has_begun
 point Slyver -20 12
 xdotool click 1
 await_end
-[ "$(ls -A "$home/work" | wc -l)" = 6 ] || fail "the stopped job has left: $(ls -A "$home/work")"
+[ "$(ls -A "$home/files" | wc -l)" = 6 ] || fail "the stopped job has left: $(ls -A "$home/files")"
 
 echo "split and join: passed"

@@ -9,8 +9,8 @@ state_lacks() { ! state_has "$1"; }
 x_is() { measure Slyver && [ "$X" = "$1" ]; }
 width_is() { measure Slyver && [ "$WIDTH" = "$1" ]; }
 
-touch "$home/work/file"
-start "$home/work/file"
+touch "$home/files/file"
+start "$home/files/file"
 await form Slyver
 form=$(window form Slyver)
 
@@ -110,7 +110,7 @@ xdotool click 1
 await_end
 
 # A folder is refused.
-start "$home/work"
+start "$home/files"
 confirm
 await_end
 

@@ -1,0 +1,32 @@
+#include "app/Controls.h"
+
+#include "app/ModernForm.h"
+#include "chrome/WindowSystem.h"
+#include "hidden/Carrier.h"
+
+namespace slyver {
+
+wxStaticText* NewLabel(wxWindow* parent, const wxString& text, const wxString& name) {
+  return new wxStaticText(parent, wxID_ANY, text, wxDefaultPosition, wxDefaultSize, 0, name);
+}
+
+wxTextCtrl* NewTextBox(wxWindow* parent, const wxString& name, const wxString& label, long style) {
+  auto* const box = new wxTextCtrl(parent, wxID_ANY, "", wxDefaultPosition, wxDefaultSize, style);
+  NameControl(*box, name, label);
+  return box;
+}
+
+wxTextCtrl* NewMaskedBox(wxWindow* parent, const wxString& name, const wxString& label) {
+  wxTextCtrl* const box = NewTextBox(parent, name, label, wxTE_PASSWORD | wxTE_PROCESS_ENTER);
+  box->SetMaxLength(maxNameLength);
+  SetMaskCharacter(*box, '*');
+  return box;
+}
+
+wxButton* NewButton(wxWindow* parent, const wxString& caption, const wxString& name) {
+  auto* const button = new wxButton(parent, wxID_ANY, caption);
+  NameControl(*button, name, caption);
+  return button;
+}
+
+}  // namespace slyver
