@@ -36,7 +36,7 @@ class frmFirst final : public wxFrame {
   bool GoesOnAfterWarning(const std::string& warning);
   void OpenCommandLine(const std::string& commandLine);
   void Timer1_Timer();
-  void Form_QueryUnload();
+  static void Form_QueryUnload();
   void Form_Unload();
 
   Desktop& desktop_;

@@ -44,11 +44,13 @@ void frmSplitter::MakeControls() {
     auto* const made =
         new wxTextCtrl(parent, wxID_ANY, "", wxDefaultPosition, wxDefaultSize, wxTE_PROCESS_ENTER);
     NameControl(*made, name, forScreenReaders);
+    MakeRoomForFont(*made);
     return made;
   };
   const auto button = [area](const wxString& caption, const wxString& name) {
     auto* const made = new wxButton(area, wxID_ANY, caption);
     NameControl(*made, name, caption);
+    MakeRoomForFont(*made);
     return made;
   };
   const auto option = [this](const wxString& caption, const wxString& name, long style) {
@@ -95,7 +97,7 @@ void frmSplitter::LayOut() {
   paths->Add(Label2_, middle);
   paths->Add(Text2_, wide);
   paths->Add(Command2_, wxSizerFlags().Expand());
-  Text1_->SetMinSize(ConvertDialogToPixels(wxSize(170, -1)));
+  Text1_->SetMinSize({ConvertDialogToPixels(wxSize(170, -1)).x, Text1_->GetMinHeight()});
 
   auto* const settings = new wxFlexGridSizer(3, Gap(), Gap());
   settings->Add(Option1_, middle);

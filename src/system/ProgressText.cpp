@@ -1,6 +1,7 @@
 #include "system/ProgressText.h"
 
 #include <array>
+#include <cmath>
 #include <cstdio>
 
 namespace slyver {
@@ -15,7 +16,7 @@ std::string Formatted(const char* format, double number, const char* unit) {
 
 /// Hours, minutes and seconds as "1:02:03", or "2:03" below an hour.
 std::string ReadableSeconds(double seconds) {
-  const auto total = static_cast<unsigned long>(seconds + 0.5);
+  const auto total = static_cast<unsigned long>(std::lround(seconds));
   std::array<char, 32> text = {};
   const unsigned long hours = total / 3600;
   (void)(hours > 0 ? std::snprintf(text.data(), text.size(), "%lu:%02lu:%02lu", hours,
