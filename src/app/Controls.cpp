@@ -13,6 +13,7 @@ wxStaticText* NewLabel(wxWindow* parent, const wxString& text, const wxString& n
 wxTextCtrl* NewTextBox(wxWindow* parent, const wxString& name, const wxString& label, long style) {
   auto* const box = new wxTextCtrl(parent, wxID_ANY, "", wxDefaultPosition, wxDefaultSize, style);
   NameControl(*box, name, label);
+  MakeRoomForFont(*box);
   return box;
 }
 
@@ -26,6 +27,7 @@ wxTextCtrl* NewMaskedBox(wxWindow* parent, const wxString& name, const wxString&
 wxButton* NewButton(wxWindow* parent, const wxString& caption, const wxString& name) {
   auto* const button = new wxButton(parent, wxID_ANY, caption);
   NameControl(*button, name, caption);
+  MakeRoomForFont(*button);
   return button;
 }
 

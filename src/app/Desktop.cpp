@@ -22,12 +22,12 @@ namespace slyver {
 
 namespace {
 
-/// All forms that are loaded and not on their way out.
-std::vector<ModernForm*> Forms() {
+/// All forms of `desktop` that are loaded and not on their way out.
+std::vector<ModernForm*> Forms(const Desktop& desktop) {
   std::vector<ModernForm*> forms;
   for (wxWindow* const window : wxTopLevelWindows)
     if (auto* const form = dynamic_cast<ModernForm*>(window);
-        form != nullptr && !form->IsBeingDeleted() && !form->Unloaded())
+        form != nullptr && form->BelongsTo(desktop) && !form->Unloaded())
       forms.push_back(form);
   return forms;
 }
@@ -38,7 +38,7 @@ Desktop::Desktop(Ui& ui, Surroundings surroundings)
     : ui_(ui), surroundings_(std::move(surroundings)), icon_(AppIcon()) {}
 
 Desktop::~Desktop() {
-  for (ModernForm* const form : Forms()) form->Unload();
+  for (ModernForm* const form : Forms(*this)) form->Unload();
   if (first_) first_->Destroy();
 }
 
@@ -108,13 +108,14 @@ void Desktop::ShowHideRec() {
   hideRec_->Raise();
 }
 
+// NOLINTNEXTLINE(readability-convert-member-functions-to-static): tells of a form of this desktop.
 std::filesystem::path Desktop::HideRecFolder() const {
   return hideRec_ ? hideRec_->Folder() : std::filesystem::path{};
 }
 
 void Desktop::FormClosed(ModernForm& form) {
   form.Unload();
-  for (const ModernForm* const other : Forms())
+  for (const ModernForm* const other : Forms(*this))
     if (other->IsShown()) return;
   first_->Unload();
 }
@@ -147,12 +148,12 @@ void Desktop::RunStep(const std::function<bool()>& step) {
 }
 
 void Desktop::ShowProgress(const Progress& progress) {
-  for (ModernForm* const form : Forms()) form->ShowProgress(progress);
+  for (ModernForm* const form : Forms(*this)) form->ShowProgress(progress);
 }
 
 void Desktop::SetBusy(bool busy) {
   jobRuns_ = busy;
-  for (ModernForm* const form : Forms()) form->SetBusy(busy);
+  for (ModernForm* const form : Forms(*this)) form->SetBusy(busy);
 }
 
 }  // namespace slyver

@@ -5,6 +5,7 @@
 #include <wx/sizer.h>
 #include <wx/statbmp.h>
 
+#include "app/ModernForm.h"
 #include "chrome/WindowSystem.h"
 #include "system/WxText.h"
 
@@ -32,6 +33,8 @@ MessageBox::MessageBox(wxWindow* parent, std::string_view text, Icon icon, long 
   column->Add(row, wxSizerFlags(1).Expand().Border(wxALL, gap));
   column->Add(CreateStdDialogButtonSizer(buttons),
               wxSizerFlags().Expand().Border(wxLEFT | wxRIGHT | wxBOTTOM, gap));
+  for (const int id : {wxID_YES, wxID_NO, wxID_OK, wxID_CANCEL})
+    if (wxWindow* const button = FindWindow(id)) MakeRoomForFont(*button);
   SetSizerAndFit(column);
   CentreOnParent();
 

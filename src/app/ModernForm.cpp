@@ -3,6 +3,8 @@
 #include <wx/button.h>
 #include <wx/sizer.h>
 
+#include <algorithm>
+
 #include "chrome/WindowSystem.h"
 
 namespace slyver {
@@ -85,6 +87,11 @@ void ModernForm::Key(wxKeyEvent& event) {
     Press(*escapeButton_);
   else if (desktop_.JobRuns())
     desktop_.AskToStop();
+}
+
+void MakeRoomForFont(wxWindow& control) {
+  const int height = control.GetCharHeight() * 8 / 5;
+  control.SetMinSize({control.GetMinWidth(), std::max(control.GetBestSize().y, height)});
 }
 
 void NameControl(wxWindow& control, const wxString& name, const wxString& forScreenReaders) {

@@ -20,6 +20,7 @@ class ModernForm : public wxFrame {
   /// Unloads the form at once, asking nothing. The object lives on until the program is idle.
   void Unload();
   bool Unloaded() const { return unloaded_; }
+  bool BelongsTo(const Desktop& desktop) const { return &desktop_ == &desktop; }
 
   void SetCaption(const wxString& caption);
 
@@ -59,6 +60,10 @@ class ModernForm : public wxFrame {
   wxWindowID focusBefore_ = wxID_NONE;
   bool unloaded_ = false;
 };
+
+/// Makes a text box or a button at least as high as its font asks for: what the toolkit takes for
+/// the best height is too low for large fonts.
+void MakeRoomForFont(wxWindow& control);
 
 /// Gives `control` its name for tests and its name for screen readers.
 void NameControl(wxWindow& control, const wxString& name, const wxString& forScreenReaders);

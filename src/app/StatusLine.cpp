@@ -1,5 +1,7 @@
 #include "app/StatusLine.h"
 
+#include <algorithm>
+
 #include "app/ModernForm.h"
 #include "chrome/WindowSystem.h"
 
@@ -9,6 +11,7 @@ wxTextCtrl* NewStatusLine(wxWindow* parent, const wxString& name) {
   auto* const line = new wxTextCtrl(parent, wxID_ANY, "", wxDefaultPosition, wxDefaultSize,
                                     wxTE_READONLY | wxBORDER_NONE | wxTE_NO_VSCROLL);
   ShowAsPlainText(*line);
+  line->SetMinSize({-1, std::max(line->GetBestSize().y, line->GetCharHeight() * 5 / 4)});
   line->DisableFocusFromKeyboard();
   NameControl(*line, name, "Progress");
   return line;

@@ -37,7 +37,7 @@ class frmFirst final : public wxFrame {
   void OpenCommandLine(const std::string& commandLine);
   void Timer1_Timer();
   static void RemoveWorkFolders(const std::filesystem::path& privateFolder, Ui& ui);
-  void Form_QueryUnload();
+  static void Form_QueryUnload();
   void Form_Unload();
 
   Desktop& desktop_;

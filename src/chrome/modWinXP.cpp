@@ -49,9 +49,9 @@ void DrawCaptionSign(wxGraphicsContext& context, CaptionSign sign, const wxSize&
                      const wxColour& colour) {
   // Half a pixel puts the lines into the middle of the pixels, where they are sharp.
   const int side = std::max(8, size.y / 3);
-  const wxPoint corner((size.x - side) / 2, (size.y - side) / 2);
-  const double left = corner.x + 0.5;
-  const double top = corner.y + 0.5;
+  const wxSize margin = (size - wxSize(side, side)) / 2;
+  const double left = margin.x + 0.5;
+  const double top = margin.y + 0.5;
   const int pen = std::max(1, side / 9);
   context.SetPen(context.CreatePen(wxGraphicsPenInfo(colour).Width(pen)));
   context.SetBrush(*wxTRANSPARENT_BRUSH);

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 
+#include "app/Controls.h"
 #include "hidden/frmHideRec.h"
 #include "system/WxText.h"
 
@@ -31,11 +32,9 @@ frmShowList::frmShowList(Desktop& desktop, frmHideRec& recover,
       ImageList_(*this),
       LV1_(new wxListView(ClientArea(), wxID_ANY, wxDefaultPosition, wxDefaultSize,
                           wxLC_REPORT | wxLC_SINGLE_SEL | wxBORDER_THEME)),
-      Command1_(new wxButton(ClientArea(), wxID_ANY, "Recover")),
-      Command2_(new wxButton(ClientArea(), wxID_ANY, "Cancel")) {
+      Command1_(NewButton(ClientArea(), "Recover", "Command1")),
+      Command2_(NewButton(ClientArea(), "Cancel", "Command2")) {
   NameControl(*LV1_, "LV1", "Select File To Recover :");
-  NameControl(*Command1_, "Command1", "Recover");
-  NameControl(*Command2_, "Command2", "Cancel");
   GetAllIcons(files);
   LayOut();
   Command1_->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { Command1_Click(); });

@@ -84,7 +84,7 @@ void frmSplitter::LayOut() {
   paths->Add(Label2_, middle);
   paths->Add(Text2_, wide);
   paths->Add(Command2_, wxSizerFlags().Expand());
-  Text1_->SetMinSize(ConvertDialogToPixels(wxSize(170, -1)));
+  Text1_->SetMinSize({ConvertDialogToPixels(wxSize(170, -1)).x, Text1_->GetMinHeight()});
 
   auto* const settings = new wxFlexGridSizer(3, Gap(), Gap());
   settings->Add(Option1_, middle);

@@ -20,7 +20,7 @@ class frmSplitJoinTest : public DesktopTest {
     WriteFile(folder / "index.html", "help");
     Start();
   }
-  void Choose(wxMenu& menu, const wxMenuItem& item) {
+  static void Choose(wxMenu& menu, const wxMenuItem& item) {
     // What the toolkit does when an item is clicked.
     if (item.IsCheckable()) menu.Check(item.GetId(), !item.IsChecked());
     menu.SendEvent(item.GetId(), item.IsCheckable() && item.IsChecked() ? 1 : 0);

@@ -21,7 +21,7 @@ class frmSplitterTest : public DesktopTest {
     WriteFile(file, bytes);
     Start(file);
   }
-  void ChooseOption(const char* name) {
+  static void ChooseOption(const char* name) {
     auto& option = ControlOf<wxRadioButton>(form, name);
     option.SetValue(true);
     wxCommandEvent event(wxEVT_RADIOBUTTON, option.GetId());
@@ -29,7 +29,7 @@ class frmSplitterTest : public DesktopTest {
     option.HandleWindowEvent(event);
   }
   /// Types a number of pieces into the empty field and returns the size that shows.
-  std::string SizeFor(const std::string& count) {
+  static std::string SizeFor(const std::string& count) {
     RubOut(form, "Nofile");
     Type(form, "Nofile", count);
     EXPECT_EQ(TextOf(form, "Nofile"), count);
