@@ -147,7 +147,7 @@ void Desktop::RunStep(const std::function<bool()>& step) {
   if (!more) SetBusy(false);
 }
 
-void Desktop::ShowProgress(const Progress& progress) {
+void Desktop::ShowProgress(const Progress& progress) const {
   for (ModernForm* const form : Forms(*this)) form->ShowProgress(progress);
 }
 
