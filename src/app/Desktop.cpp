@@ -121,7 +121,7 @@ void Desktop::RunJob(const std::function<void()>& job) {
   SetBusy(false);
 }
 
-void Desktop::ShowProgress(const Progress& progress) {
+void Desktop::ShowProgress(const Progress& progress) const {
   for (ModernForm* const form : Forms(*this)) form->ShowProgress(progress);
 }
 

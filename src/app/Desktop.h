@@ -75,7 +75,7 @@ class Desktop {
   bool StopAsked() const { return stopAsked_; }
 
   /// Sets the progress bar that it concerns.
-  void ShowProgress(const Progress& progress);
+  void ShowProgress(const Progress& progress) const;
 
  private:
   void SetBusy(bool busy);

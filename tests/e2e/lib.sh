@@ -110,5 +110,5 @@ point() {
   local x=$2 y=$3
   [ "$x" -lt 0 ] && x=$((WIDTH + x))
   [ "$y" -lt 0 ] && y=$((HEIGHT + y))
-  xdotool mousemove --sync $((X + x)) $((Y + y))
+  xdotool mousemove $((X + x)) $((Y + y))
 }
