@@ -112,3 +112,7 @@ point() {
   [ "$y" -lt 0 ] && y=$((HEIGHT + y))
   xdotool mousemove $((X + x)) $((Y + y))
 }
+
+# A window that is there before the window manager does not get the keyboard.
+manager_is_ready() { xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id'; }
+until_true "the window manager" manager_is_ready
