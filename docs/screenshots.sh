@@ -15,6 +15,7 @@ manager=$!
 shown=
 trap 'kill $manager $shown 2>/dev/null || true; rm -rf "$XDG_RUNTIME_DIR"' EXIT
 mkdir -p "$folder"
+until xprop -root _NET_SUPPORTING_WM_CHECK | grep -q 'window id'; do sleep 0.05; done
 
 # take FORM TITLE
 take() {

@@ -22,13 +22,20 @@ namespace slyver {
 
 namespace {
 
-/// All forms of `desktop` that are loaded and not on their way out.
-std::vector<ModernForm*> Forms(const Desktop& desktop) {
+/// All forms of `desktop` that there are, those among them that wait to be deleted.
+std::vector<ModernForm*> AllForms(const Desktop& desktop) {
   std::vector<ModernForm*> forms;
   for (wxWindow* const window : wxTopLevelWindows)
     if (auto* const form = dynamic_cast<ModernForm*>(window);
-        form != nullptr && form->BelongsTo(desktop) && !form->Unloaded())
+        form != nullptr && form->BelongsTo(desktop))
       forms.push_back(form);
+  return forms;
+}
+
+/// All forms of `desktop` that are loaded.
+std::vector<ModernForm*> Forms(const Desktop& desktop) {
+  std::vector<ModernForm*> forms = AllForms(desktop);
+  std::erase_if(forms, [](const ModernForm* form) { return form->Unloaded(); });
   return forms;
 }
 
@@ -38,8 +45,9 @@ Desktop::Desktop(Ui& ui, Surroundings surroundings)
     : ui_(ui), surroundings_(std::move(surroundings)), icon_(AppIcon()) {}
 
 Desktop::~Desktop() {
-  for (ModernForm* const form : Forms(*this)) form->Unload();
-  if (first_) first_->Destroy();
+  // At once, since their timers and events would still ask for this object.
+  for (ModernForm* const form : AllForms(*this)) delete form;
+  delete first_.get();
 }
 
 frmMainMenu& Desktop::MainMenu() {

@@ -110,5 +110,9 @@ point() {
   local x=$2 y=$3
   [ "$x" -lt 0 ] && x=$((WIDTH + x))
   [ "$y" -lt 0 ] && y=$((HEIGHT + y))
-  xdotool mousemove --sync $((X + x)) $((Y + y))
+  xdotool mousemove $((X + x)) $((Y + y))
 }
+
+# A window that is there before the window manager does not get the keyboard.
+manager_is_ready() { xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id'; }
+until_true "the window manager" manager_is_ready

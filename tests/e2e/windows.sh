@@ -19,7 +19,7 @@ measure Slyver
 x0=$X
 point Slyver 200 12
 xdotool mousedown 1
-for step in 10 20 30 40 50 60; do xdotool mousemove --sync $((X + 200 + step)) $((Y + 12)); done
+for step in 10 20 30 40 50 60; do xdotool mousemove $((X + 200 + step)) $((Y + 12)); done
 moved() { measure Slyver && [ "$X" -gt "$x0" ]; }
 until_true "the window to move" moved
 xdotool mouseup 1
@@ -29,7 +29,7 @@ measure Slyver
 width=$WIDTH
 point Slyver -2 150
 xdotool mousedown 1
-for step in 10 20 30 40 50 60; do xdotool mousemove --sync $((X + width - 2 + step)) $((Y + 150)); done
+for step in 10 20 30 40 50 60; do xdotool mousemove $((X + width - 2 + step)) $((Y + 150)); done
 wider() { measure Slyver && [ "$WIDTH" -gt "$width" ]; }
 until_true "the window to grow" wider
 xdotool mouseup 1
