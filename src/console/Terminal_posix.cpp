@@ -5,6 +5,7 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -110,6 +111,10 @@ int Terminal::StopSignal() const {
     if (sigismember(&state_->stopping, signal) == 1 && sigismember(&pending, signal) == 1)
       return signal;
   return 0;
+}
+
+std::vector<std::string> ArgumentsOf(int argc, char** argv) {
+  return {argv + std::min(argc, 1), argv + argc};
 }
 
 }  // namespace slyver

@@ -3,14 +3,16 @@
 #include <gtest/gtest.h>
 
 #include "support/TempFolder.h"
-#include "system/WorkFolders.h"
 
 namespace slyver {
 namespace {
 
 constexpr RegRoot machine = RegRoot::LocalMachine;
 
-class RegistryValues : public TempFolderTest {};
+class RegistryValues : public TempFolderTest {
+ protected:
+  std::filesystem::path Configuration() const { return folder.parent_path() / "config" / "slyver"; }
+};
 
 TEST_F(RegistryValues, KeepsValuesByRootKeyAndName) {
   EXPECT_EQ(GetRegString(machine, slyverKey, "RAM"), "");
@@ -39,7 +41,7 @@ TEST_F(RegistryValues, KeepsTextsAsTheyAre) {
 
 TEST_F(RegistryValues, DeletesValues) {
   DeleteFilePathValue();
-  EXPECT_FALSE(std::filesystem::exists(ConfigurationFolder())) << "nothing to delete, nothing made";
+  EXPECT_FALSE(std::filesystem::exists(Configuration())) << "nothing to delete, nothing made";
   SaveRegString(machine, R"(Software\Orm Valis\FC)", "filepath", "/a");
   SaveRegString(machine, R"(Software\Orm Valis\FC)", "other", "/b");
   DeleteFilePathValue();
@@ -50,7 +52,7 @@ TEST_F(RegistryValues, DeletesValues) {
 }
 
 TEST_F(RegistryValues, FailuresGoUnnoticed) {
-  WriteFile(ConfigurationFolder().parent_path(), "a file where the folder should be");
+  WriteFile(Configuration().parent_path(), "a file where the folder should be");
   SaveRegString(machine, slyverKey, "RAM", "0");
   EXPECT_EQ(GetRegString(machine, slyverKey, "RAM"), "");
   EXPECT_NE(DeleteRegValue(machine, slyverKey, "RAM"), 0);
