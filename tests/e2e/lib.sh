@@ -2,7 +2,7 @@
 # under a real window manager. They wait for what should happen, never for a time. With
 # SLYVER_E2E_WINE in the environment the program is the one for Windows, run by Wine.
 
-set -u
+set -u; [ -z "${SLYVER_E2E_TRACE:-}" ] || set -x
 program=$1
 patience=${SLYVER_E2E_PATIENCE:-30}  # Seconds after which something that did not happen is a failure.
 

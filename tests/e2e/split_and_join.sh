@@ -13,7 +13,7 @@ key Return
 choose "Select File To Sly" "$file"
 await form Slyver
 key shift+Tab   # From "Sly It" back to the options, of which the first is chosen.
-key Down Tab    # The second one, and on to the size.
+key Down space Tab # The second one, and on to the size.
 key Tab
 xdotool type "x3"
 key Return
