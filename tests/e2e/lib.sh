@@ -73,6 +73,15 @@ launch() { exec "$program" "$@"; }
 # Prints a path as the program has it, and the folder of its private work folders.
 native() { printf '%s' "$1"; }
 private_folder() { echo "$XDG_RUNTIME_DIR/slyver"; }
+ram_setting_is() { grep -q "^RAM=\"$1\"" "$XDG_CONFIG_HOME/slyver/registry.ini" 2>/dev/null; }
+# Whether one of the program's menus is open.
+menu_is_open() {
+  local id
+  for id in $(xdotool search --onlyvisible --class slyver 2>/dev/null); do
+    xprop -id "$id" _NET_WM_WINDOW_TYPE 2>/dev/null | grep -q POPUP_MENU && return 0
+  done
+  return 1
+}
 
 start() {
   launch "$@" >"$home/slyver.log" 2>&1 &
@@ -118,6 +127,10 @@ point() {
   [ "$y" -lt 0 ] && y=$((HEIGHT + y))
   xdotool mousemove $((X + x)) $((Y + y))
 }
+
+# point_at_caption_button TITLE N: moves the mouse to the Nth button from the right (from 1).
+caption_button_width=44
+point_at_caption_button() { point "$1" $((caption_button_width / 2 - $2 * caption_button_width)) 12; }
 
 [ -z "${SLYVER_E2E_WINE:-}" ] || . "$(dirname "$0")/wine_lib.sh"
 
