@@ -1,0 +1,1 @@
+/// Preloaded into the terminal program: makes one of its calls that touch files fail.
