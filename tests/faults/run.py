@@ -14,15 +14,19 @@ import time
 from suite import Setting
 
 # Each module has run(setting), which returns its cases.
-SUITES = []
+SUITES = ["failing_calls", "kills"]
+
+
+def _folder(text):
+    return pathlib.Path(text).resolve()
 
 
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--short", action="store_true", help="the part that takes five minutes")
     parser.add_argument("--seed", type=int, default=random.SystemRandom().randrange(10**6))
-    parser.add_argument("--built", type=pathlib.Path, required=True, help="the release build")
-    parser.add_argument("--checked", type=pathlib.Path, required=True, help="with sanitizers")
+    parser.add_argument("--built", type=_folder, required=True, help="the release build")
+    parser.add_argument("--checked", type=_folder, required=True, help="with sanitizers")
     parser.add_argument("suites", nargs="*", metavar="SUITE", choices=[*SUITES, []])
     arguments = parser.parse_args()
 
