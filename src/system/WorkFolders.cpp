@@ -72,8 +72,9 @@ ScratchFolder::~ScratchFolder() {
 }
 
 ScratchFile::ScratchFile(fs::path path) : path_(std::move(path)) {
-  std::error_code ignored;
-  fs::remove(path_, ignored);
+  std::error_code error;
+  fs::remove(path_, error);
+  if (error) throw FileError(path_, error);
 }
 
 ScratchFile::~ScratchFile() {
