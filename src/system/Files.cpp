@@ -271,8 +271,10 @@ std::filesystem::path MoveToFirstFreePath(const std::filesystem::path& from,
 }
 
 bool NameIsTaken(const std::filesystem::path& path) {
-  std::error_code ignored;
-  return std::filesystem::exists(std::filesystem::symlink_status(path, ignored));
+  std::error_code error;
+  const std::filesystem::file_status status = std::filesystem::symlink_status(path, error);
+  if (status.type() == std::filesystem::file_type::none) throw FileError(path, error);
+  return std::filesystem::exists(status);
 }
 
 }  // namespace slyver

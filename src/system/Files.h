@@ -68,13 +68,15 @@ std::string ReadSmallFile(const std::filesystem::path& path);
 void WriteSmallFile(const std::filesystem::path& path, std::string_view bytes,
                     Existing existing = Existing::Replace);
 
-/// Whether something bears the name `path`, be it a link that leads nowhere.
+/// Whether something bears the name `path`, be it a link that leads nowhere. Throws FileError when
+/// that cannot be told: what cannot be seen is not to be taken for free.
 bool NameIsTaken(const std::filesystem::path& path);
 
 /// A name made with a mark: "" for the first try, then "[1] ", "[2] " and so on.
 using MarkedName = std::function<std::string(const std::string& mark)>;
 
-/// The first of the names that is free in `folder`. Throws OverflowError past "[32767] ".
+/// The first of the names that is free in `folder`. Throws FileError when that cannot be told, and
+/// OverflowError past "[32767] ".
 std::filesystem::path FirstFreePath(const std::filesystem::path& folder, const MarkedName& nameOf);
 
 /// Moves the file `from` to the first of the names that is free in `folder`, on the same file

@@ -232,11 +232,15 @@ TEST_F(Files, KeepsAnOldTargetWhenCancelledOrWhenTheWatchThrows) {
   EXPECT_EQ(Names(), (std::set<std::string>{"source", "target"}));
 }
 
-TEST_F(Files, TakesALinkThatLeadsNowhereForATakenName) {
+TEST_F(Files, TakesNothingForAFreeNameThatItCannotSee) {
   fs::create_symlink(folder / "none", target);
   EXPECT_TRUE(NameIsTaken(target));
   EXPECT_FALSE(NameIsTaken(folder / "none"));
   EXPECT_FALSE(NameIsTaken(source / "below a file"));
+  const fs::path loop = folder / "loop";
+  fs::create_symlink(loop, loop);
+  EXPECT_EQ(ErrorOf([&] { (void)NameIsTaken(loop / "x"); }),
+            (loop / "x").string() + ": Too many levels of symbolic links");
 }
 
 }  // namespace
