@@ -186,6 +186,19 @@ TEST_F(Files, RefusesRangesBeyondTheSourcesEnd) {
   }
 }
 
+TEST_F(Files, StopsBothThreadsWhereASourceCannotBeOpened) {
+  const fs::path missing = folder / "missing";
+  const auto output = [&](std::size_t) {
+    return Output{target, 1000, 1, [&](std::size_t) { return ByteRange{missing, 0, 1000}; }};
+  };
+  // What one thread finds while the other one fails depends on the moment.
+  for (int i = 0; i < 300; ++i) {
+    EXPECT_EQ(ErrorOf([&] { WriteOutputs(1, output, mebibyte, Existing::Keep, GoOn); }),
+              missing.string() + ": No such file or directory");
+  }
+  EXPECT_EQ(Names(), std::set<std::string>{"source"});
+}
+
 TEST_F(Files, NoticesThatASourceChangesWhileItIsRead) {
   EXPECT_EQ(
       ErrorOf([&] { ConcatenateHalves([&] { std::ofstream(source, std::ios::app) << "more"; }); }),
