@@ -50,8 +50,10 @@ std::string FirstLine(const std::string& name, ConsoleUi& ui) {
     line = ui.ReadInputLine().value_or("");
   } else {
     std::ifstream file(PathFromText(name));
-    if (!file) throw FileError(PathFromText(name), std::error_code(errno, std::generic_category()));
-    std::getline(file, line);
+    if (file) std::getline(file, line);
+    // An empty file is a matter of the password, not of the file.
+    if (!file.is_open() || file.bad())
+      throw FileError(PathFromText(name), std::error_code(errno, std::generic_category()));
   }
   if (line.ends_with('\r')) line.pop_back();
   return line;
