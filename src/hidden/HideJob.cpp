@@ -185,32 +185,39 @@ bool HideJob::StageHideFiles(const ValueReader* old) {
   if (old == nullptr) {
     mainBytes_ = mainLength_;
     const Record main = {StoredName(form_.Text1), std::to_string(mainLength_)};
-    WriteFirstDirectory(InWork("3.ini"), main, hidden, password_);
+    WriteSmallFile(InWork("3.ini"), FirstDirectory(main, hidden, password_),
+                   Existing::ReplaceScratch);
   } else {
     mainBytes_ = mainLength_ - directoryLength;
-    WriteAddedDirectory(added_->Path(), *old, index_, hidden, password_);
+    WriteSmallFile(added_->Path(), AddedDirectory(*old, index_, hidden, password_),
+                   Existing::ReplaceScratch);
   }
-  if (!oldDirectory_.empty()) RemoveFile(oldDirectory_);
+  if (!oldDirectory_.empty()) TryToRemoveFile(oldDirectory_);
   return true;
+}
+
+/// Whether the directory that is to be carried has all its values.
+bool HideJob::DirectoryIsWritten() const {
+  const fs::path directory = InWork("3.ini");
+  if (NameIsTaken(added_->Path())) {
+    WriteSmallFile(directory, ReadSmallFile(added_->Path()), Existing::ReplaceScratch);
+    RemoveFile(added_->Path());
+  }
+  const ValueReader written = DirectoryFile(directory);
+  const std::string section = RecordSection(index_);
+  return !written(mainSection, nameKey).empty() && !written(mainSection, lengthKey).empty() &&
+         !written(mainSection, checkKey).empty() && !written(section, nameKey).empty() &&
+         !written(section, lengthKey).empty();
 }
 
 HideJob::Ini HideJob::CheckIni() {
   if (!ui_.GoOn()) throw Cancelled{};
-  const fs::path directory = InWork("3.ini");
+  bool complete = false;
   try {
-    if (NameIsTaken(added_->Path())) {
-      WriteSmallFile(directory, ReadSmallFile(added_->Path()), Existing::ReplaceScratch);
-      RemoveFile(added_->Path());
-    }
+    complete = DirectoryIsWritten();
   } catch (const std::exception&) {
-    // The values are not there then, and the next tick tries again.
+    complete = false;  // The next tick tries again.
   }
-  const ValueReader written = DirectoryFile(directory);
-  const std::string section = RecordSection(index_);
-  bool complete = !written(mainSection, nameKey).empty() &&
-                  !written(mainSection, lengthKey).empty() &&
-                  !written(mainSection, checkKey).empty() && !written(section, nameKey).empty() &&
-                  !written(section, lengthKey).empty();
   for (const std::string_view key : statusKeys) {
     if (complete) (void)WriteIniValue(InWork("4.ini"), statusSection, key, key);
     complete = complete && ReadIniValue(InWork("4.ini"), statusSection, key, "") == key;

@@ -149,13 +149,7 @@ class Copy {
     while (!stop_) {
       if (range_ && rangeDone_ < range_->length) return TakeSlice();
       if (pending_ && nextRange_ < pending_->output.rangeCount) {
-        range_ = pending_->output.range(nextRange_++);
-        rangeDone_ = 0;
-        source_ = OpenSource(range_->path);
-        if (range_->length > source_->Length() ||
-            range_->offset > source_->Length() - range_->length)
-          throw FileError(range_->path, "The file is too short");
-        ++rangesStarted_;
+        StartRange(pending_->output.range(nextRange_));
       } else {
         if (nextOutput_ == count_) return std::nullopt;
         pending_ = std::make_shared<Pending>(output_(nextOutput_), nextOutput_, existing_);
@@ -167,6 +161,19 @@ class Copy {
       }
     }
     return std::nullopt;
+  }
+
+  /// Changes nothing unless all goes well: while a failure is on its way to Stop(), the other thread
+  /// may come here and must not find a range without its source.
+  void StartRange(ByteRange range) {
+    std::shared_ptr<const SourceFile> source = OpenSource(range.path);
+    if (range.length > source->Length() || range.offset > source->Length() - range.length)
+      throw FileError(range.path, "The file is too short");
+    source_ = std::move(source);
+    range_ = std::move(range);
+    rangeDone_ = 0;
+    ++nextRange_;
+    ++rangesStarted_;
   }
 
   Slice TakeSlice() {
@@ -185,7 +192,7 @@ class Copy {
   }
 
   void RemoveWritten() const {
-    for (const std::size_t number : written_) RemoveFile(output_(number).target);
+    for (const std::size_t number : written_) TryToRemoveFile(output_(number).target);
   }
 
   const std::size_t count_;

@@ -54,7 +54,7 @@ ScratchFile::ScratchFile(fs::path path) : path_(std::move(path)) {
 }
 
 ScratchFile::~ScratchFile() {
-  RemoveFile(path_);
+  TryToRemoveFile(path_);
 }
 
 }  // namespace slyver

@@ -1,7 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <csignal>
+#include <cstdlib>
 #include <thread>
 
+#include "console/Terminal.h"
 #include "support/SlyProgram.h"
 
 namespace slyver {
@@ -184,6 +187,19 @@ TEST_F(Sly, IgnoresASignalThatItsCallerIgnores) {
     wait $sly)");
   EXPECT_EQ(outcome.status, 143) << outcome.err;
   EXPECT_EQ(Names(), std::set<std::string>{"big"});
+}
+
+TEST(Terminal, IgnoresASignalThatComesWhenTheWorkIsDone) {
+  const auto live = [](bool done) {
+    {
+      const Terminal terminal;
+      (void)std::raise(SIGTERM);
+      if (terminal.StopSignal() == SIGTERM && done) terminal.IgnoreStops();
+    }
+    std::_Exit(0);
+  };
+  EXPECT_EXIT(live(true), testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(live(false), testing::KilledBySignal(SIGTERM), "");
 }
 
 TEST_F(Sly, AsksOnATerminal) {
