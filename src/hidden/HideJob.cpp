@@ -174,6 +174,8 @@ bool HideJob::ChooseAddition(int records, const ValueReader& old) {
   if (!password || password->empty() || !IsPasswordOf(old, *password))
     return Over("Incorrect Password.", Icon::Critical);
   password_ = *password;
+  if (!PartsFillCarrier(old, password_, records, mainLength_))
+    throw FileError(form_.Text1, "The list of the files hidden in it is damaged");
   index_ = records;
   return StageHideFiles(&old);
 }
