@@ -7,11 +7,12 @@ configure_file(src/app/AppIcon.cpp.in AppIcon.cpp @ONLY)
 
 add_library(slyver_forms STATIC
   ${CMAKE_CURRENT_BINARY_DIR}/AppIcon.cpp
+  src/app/CommandLine_${platform}.cpp
   src/app/Desktop.cpp
   src/app/HelpPage_${platform}.cpp
   src/app/Instance_${platform}.cpp
   src/app/Controls.cpp
-  src/app/MessageBox.cpp
+  src/app/MessageBox_${platform}.cpp
   src/app/ModernForm.cpp
   src/app/ProgressView.cpp
   src/app/StatusLine.cpp
@@ -39,14 +40,27 @@ target_include_directories(slyver_forms SYSTEM PUBLIC ${wxWidgets_INCLUDE_DIRS})
 target_compile_definitions(slyver_forms PUBLIC ${wxWidgets_DEFINITIONS})
 target_compile_options(slyver_forms PUBLIC ${wxWidgets_CXX_FLAGS})
 target_link_libraries(slyver_forms PUBLIC slyver_engine ${wxWidgets_LIBRARIES})
-if(NOT WIN32)
+if(WIN32)
+  target_link_libraries(slyver_forms PUBLIC comctl32 uxtheme)
+else()
   find_package(PkgConfig REQUIRED)
   pkg_check_modules(GTK REQUIRED IMPORTED_TARGET gtk+-3.0)
   target_link_libraries(slyver_forms PRIVATE PkgConfig::GTK)
 endif()
 
-add_executable(slyver WIN32 src/app/main.cpp)
-target_link_libraries(slyver PRIVATE slyver_forms)
+# add_desktop_program(TARGET DESCRIPTION SOURCE...)
+function(add_desktop_program target description)
+  add_executable(${target} ${ARGN})
+  target_link_libraries(${target} PRIVATE slyver_forms)
+  if(WIN32)
+    # The toolkit's own resources, but for its manifest.
+    add_program_resources(${target} ${description}
+                          "#define wxUSE_NO_MANIFEST 1\n#include <wx/msw/wx.rc>")
+  endif()
+endfunction()
+
+add_desktop_program(slyver "Slyver" src/app/main.cpp)
+set_target_properties(slyver PROPERTIES WIN32_EXECUTABLE ON)
 
 # The help lies beside the program.
 file(GLOB help CONFIGURE_DEPENDS docs/help/*)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <wx/dialog.h>
+#include <wx/window.h>
 
 #include <string_view>
 
@@ -8,12 +8,9 @@
 
 namespace slyver {
 
-/// A message box with the title "Slyver". The system's own leaves the icon out on some desktops.
-class MessageBox final : public wxDialog {
- public:
-  /// `buttons` are those of the toolkit: wxOK, wxYES_NO or wxOK | wxCANCEL. Enter presses the first
-  /// of them, Esc the last. ShowModal() returns the id of the button.
-  MessageBox(wxWindow* parent, std::string_view text, Icon icon, long buttons);
-};
+/// Shows a message box with the title "Slyver" and waits for its end. `buttons` are those of the
+/// toolkit: wxOK, wxYES_NO or wxOK | wxCANCEL. Enter presses the first of them, Esc the last.
+/// Returns whether it was the first: OK or Yes.
+bool ShowMessageBox(wxWindow* parent, std::string_view text, Icon icon, long buttons);
 
 }  // namespace slyver

@@ -59,13 +59,13 @@ wxString WildcardOf(std::string_view filter) {
 }  // namespace
 
 void WxUi::Message(std::string_view text, Icon icon) {
-  (void)MessageBox(DialogParent(desktop_->JobRuns()), text, icon, wxOK).ShowModal();
+  (void)ShowMessageBox(DialogParent(desktop_->JobRuns()), text, icon, wxOK);
 }
 
 Answer WxUi::Question(std::string_view text, Buttons buttons, Icon icon) {
   const bool yesNo = buttons == Buttons::YesNo;
-  MessageBox box(DialogParent(desktop_->JobRuns()), text, icon, yesNo ? wxYES_NO : wxOK | wxCANCEL);
-  const bool agreed = box.ShowModal() == box.GetAffirmativeId();
+  const bool agreed = ShowMessageBox(DialogParent(desktop_->JobRuns()), text, icon,
+                                     yesNo ? wxYES_NO : wxOK | wxCANCEL);
   if (yesNo) return agreed ? Answer::Yes : Answer::No;
   return agreed ? Answer::Ok : Answer::Cancel;
 }

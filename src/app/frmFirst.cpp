@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "app/frmSplitJoin.h"
+#include "system/Disk.h"
 #include "system/FileError.h"
 #include "system/FolderLock.h"
 #include "system/PathText.h"
@@ -22,9 +23,9 @@ double Megabytes(std::uint64_t bytes) {
 
 /// The command line as a path: made absolute, unless it stands in quotation marks that the shell
 /// has left.
-std::string FullPathOf(const std::string& commandLine) {
+std::string PathIn(const std::string& commandLine) {
   if (commandLine.empty() || commandLine.starts_with('"')) return commandLine;
-  return PathText(std::filesystem::absolute(PathFromText(commandLine)));
+  return PathText(FullPathOf(PathFromText(commandLine)));
 }
 
 void RemoveIfThere(Ui& ui, const std::filesystem::path& folder) {
@@ -49,7 +50,7 @@ void frmFirst::Form_Load(const std::string& commandLine) {
     if (!StartOnce()) return;
     (void)StartCpuStats();
     if (!CheckRAM()) return;
-    OpenCommandLine(FullPathOf(commandLine));
+    OpenCommandLine(PathIn(commandLine));
   } catch (const std::exception& error) {
     desktop_.Talk().Message(error.what(), Icon::Critical);
     desktop_.Talk().EndProgram();

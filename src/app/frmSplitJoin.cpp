@@ -6,6 +6,7 @@
 #include "app/frmFirst.h"
 #include "split/JoinM.h"
 #include "split/PieceName.h"
+#include "system/Disk.h"
 #include "system/PathText.h"
 #include "system/Registry.h"
 #include "system/WorkFolders.h"

@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 
+#include "app/CommandLine.h"
 #include "app/Desktop.h"
 #include "app/HelpPage.h"
 #include "app/Instance.h"
@@ -52,7 +53,7 @@ class SlyverApp final : public wxApp {
     SetExitOnFrameDelete(false);
     program_ = std::make_unique<Program>();
     // The start-up asks questions and may run a job, for which the main loop must run.
-    CallAfter([this] { program_->Start(CommandLine()); });
+    CallAfter([this] { program_->Start(CommandLineText(*this)); });
     return true;
   }
 
@@ -62,16 +63,6 @@ class SlyverApp final : public wxApp {
   }
 
  private:
-  /// All arguments as one text.
-  std::string CommandLine() const {
-    std::string line;
-    for (int i = 1; i < argc; ++i) {
-      if (i > 1) line += ' ';
-      line += FromWx(argv[i]);
-    }
-    return line;
-  }
-
   std::unique_ptr<Program> program_;
 };
 

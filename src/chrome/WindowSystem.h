@@ -6,6 +6,7 @@
 #include <wx/textctrl.h>
 
 #include <functional>
+#include <memory>
 
 /// What the window chrome and the forms need of the window system beyond the toolkit.
 namespace slyver {
@@ -57,6 +58,7 @@ class PopupWatch {
     std::function<void(const wxPoint& screen)> pointer;  ///< The pointer moved.
   };
   /// `selectFirst`: the menu opens with its first item selected, as menus opened by keyboard do.
+  /// One watch at most may exist.
   PopupWatch(wxMenu& menu, bool selectFirst, Handlers handlers);
   ~PopupWatch();
   PopupWatch(const PopupWatch&) = delete;
@@ -66,8 +68,8 @@ class PopupWatch {
   void Close();
 
  private:
-  wxMenu& menu_;
-  Handlers handlers_;
+  struct State;
+  std::unique_ptr<State> state_;
 };
 
 }  // namespace slyver

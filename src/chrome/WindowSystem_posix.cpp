@@ -161,19 +161,25 @@ void ShowAsPlainText(wxTextCtrl& box) {
            "transparent; }");
 }
 
+struct PopupWatch::State {
+  GtkWidget* menu;
+  Handlers handlers;
+};
+
 PopupWatch::PopupWatch(wxMenu& menu, bool selectFirst, Handlers handlers)
-    : menu_(menu), handlers_(std::move(handlers)) {
-  g_signal_connect(menu_.m_menu, "key-press-event", G_CALLBACK(OnMenuKey), &handlers_);
-  g_signal_connect(menu_.m_menu, "motion-notify-event", G_CALLBACK(OnMenuPointer), &handlers_);
-  if (selectFirst) g_signal_connect(menu_.m_menu, "map", G_CALLBACK(OnMenuShown), &handlers_);
+    : state_(std::make_unique<State>(State{menu.m_menu, std::move(handlers)})) {
+  gpointer const data = &state_->handlers;
+  g_signal_connect(state_->menu, "key-press-event", G_CALLBACK(OnMenuKey), data);
+  g_signal_connect(state_->menu, "motion-notify-event", G_CALLBACK(OnMenuPointer), data);
+  if (selectFirst) g_signal_connect(state_->menu, "map", G_CALLBACK(OnMenuShown), data);
 }
 
 PopupWatch::~PopupWatch() {
-  g_signal_handlers_disconnect_by_data(menu_.m_menu, &handlers_);
+  g_signal_handlers_disconnect_by_data(state_->menu, &state_->handlers);
 }
 
 void PopupWatch::Close() {
-  gtk_menu_popdown(GTK_MENU(menu_.m_menu));
+  gtk_menu_popdown(GTK_MENU(state_->menu));
 }
 
 }  // namespace slyver

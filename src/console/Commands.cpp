@@ -1,10 +1,7 @@
 #include "console/Commands.h"
 
-#include <cerrno>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <system_error>
 #include <vector>
 
 #include "hidden/HideJob.h"
@@ -13,7 +10,7 @@
 #include "split/PieceName.h"
 #include "split/SizeArithmetic.h"
 #include "split/SlyIt.h"
-#include "system/FileError.h"
+#include "system/Disk.h"
 #include "system/PathText.h"
 
 namespace slyver {
@@ -22,9 +19,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// The full path of a name that the user typed.
-fs::path FullPathOf(const std::string& typed) {
-  return fs::absolute(PathFromText(typed));
+fs::path TypedPath(const std::string& typed) {
+  return FullPathOf(PathFromText(typed));
 }
 
 /// Prints the path of a file made; whether there is one.
@@ -45,14 +41,8 @@ void TakeSize(SplitForm& form, const Arguments& arguments) {
 
 /// The first line of a password file, without its line end.
 std::string FirstLine(const std::string& name, ConsoleUi& ui) {
-  std::string line;
-  if (name == "-") {
-    line = ui.ReadInputLine().value_or("");
-  } else {
-    std::ifstream file(PathFromText(name));
-    if (!file) throw FileError(PathFromText(name), std::error_code(errno, std::generic_category()));
-    std::getline(file, line);
-  }
+  std::string line =
+      name == "-" ? ui.ReadInputLine().value_or("") : ReadFirstLine(PathFromText(name));
   if (line.ends_with('\r')) line.pop_back();
   return line;
 }
@@ -107,8 +97,8 @@ std::optional<std::size_t> ChooseFile(const Arguments& arguments,
 
 bool Split(const Arguments& arguments, ConsoleUi& ui) {
   SplitForm form;
-  form.Text1 = FullPathOf(arguments.file);
-  form.Text2 = arguments.output.empty() ? form.Text1.parent_path() : FullPathOf(arguments.output);
+  form.Text1 = TypedPath(arguments.file);
+  form.Text2 = arguments.output.empty() ? form.Text1.parent_path() : TypedPath(arguments.output);
   TakeSize(form, arguments);
   const int pieces = SlyIt(form, ui);
   const std::string name = PathText(form.Text1.filename());
@@ -118,13 +108,13 @@ bool Split(const Arguments& arguments, ConsoleUi& ui) {
 }
 
 bool Join(const Arguments& arguments, ConsoleUi& ui) {
-  return Print(JoinPieces(FullPathOf(arguments.file), ui));
+  return Print(JoinPieces(TypedPath(arguments.file), ui));
 }
 
 bool Hide(const Arguments& arguments, ConsoleUi& ui) {
   HideForm form;
-  form.Text1 = FullPathOf(arguments.file);
-  form.Text2 = FullPathOf(arguments.hidden);
+  form.Text1 = TypedPath(arguments.file);
+  form.Text2 = TypedPath(arguments.hidden);
   const std::optional<std::string> password =
       Password(arguments, ui, "Re-Enter Password :", form.Text4);
   if (!password) return false;
@@ -141,7 +131,7 @@ bool Hide(const Arguments& arguments, ConsoleUi& ui) {
 bool List(const Arguments& arguments, ConsoleUi& ui) {
   const std::optional<std::string> password = Password(arguments, ui);
   if (!password) return false;
-  const auto files = ListHiddenFiles(FullPathOf(arguments.file), *password, ui);
+  const auto files = ListHiddenFiles(TypedPath(arguments.file), *password, ui);
   if (files) PrintList(*files, std::cout);
   return files.has_value();
 }
@@ -149,7 +139,7 @@ bool List(const Arguments& arguments, ConsoleUi& ui) {
 bool Recover(const Arguments& arguments, ConsoleUi& ui) {
   const std::optional<std::string> password = Password(arguments, ui);
   if (!password) return false;
-  const RecoverForm form{FullPathOf(arguments.file), *password};
+  const RecoverForm form{TypedPath(arguments.file), *password};
   RecoverJob job(form, ui, BigFiles::Take);
   if (arguments.main) {
     (void)job.RecMain();

@@ -8,6 +8,7 @@
 #include "split/JoinM.h"
 #include "split/SplitM.h"
 #include "system/Attributes.h"
+#include "system/Disk.h"
 #include "system/FileError.h"
 #include "system/INIReadWri.h"
 #include "system/PathText.h"
@@ -133,7 +134,7 @@ bool HideJob::PrepareHide() {
       return Over("An Error Has Occured. Please Try Again.", Icon::Critical);
     const fs::path privateFolder = PrivateFolder();
     lock_.emplace(privateFolder, ui_);
-    work_.emplace(privateFolder / "tempHHH");
+    work_.emplace(privateFolder / "tempHHH", Access::OwnerOnly);
     added_.emplace(privateFolder / "3.ini");
     if (mainLength_ <= directoryLength) return StageHideFiles(nullptr);
 
@@ -191,8 +192,7 @@ bool HideJob::StageHideFiles(const ValueReader* old) {
     mainBytes_ = mainLength_ - directoryLength;
     WriteAddedDirectory(added_->Path(), *old, index_, hidden, password_);
   }
-  std::error_code ignored;
-  if (!oldDirectory_.empty()) fs::remove(oldDirectory_, ignored);
+  if (!oldDirectory_.empty()) RemoveFile(oldDirectory_);
   return true;
 }
 
@@ -202,7 +202,7 @@ HideJob::Ini HideJob::CheckIni() {
   try {
     if (NameIsTaken(added_->Path())) {
       WriteSmallFile(directory, ReadSmallFile(added_->Path()), Existing::ReplaceScratch);
-      fs::remove(added_->Path());
+      RemoveFile(added_->Path());
     }
   } catch (const std::exception&) {
     // The values are not there then, and the next tick tries again.
@@ -230,8 +230,8 @@ std::optional<fs::path> HideJob::DoAll() {
     const fs::path directory = InWork("8.ini");
     WriteSmallFile(InWork("3.ini"), Padded(ReadSmallFile(InWork("3.ini"))),
                    Existing::ReplaceScratch);
-    fs::remove(InWork("4.ini"));
-    fs::rename(InWork("3.ini"), directory);
+    RemoveFile(InWork("4.ini"));
+    RenameFile(InWork("3.ini"), directory);
     const std::array<ByteRange, 3> parts = {ByteRange{form_.Text1, 0, mainBytes_},
                                             ByteRange{form_.Text2, 0, hiddenLength_},
                                             ByteRange{directory, 0, FileLength(directory)}};

@@ -5,6 +5,7 @@
 
 #include "hidden/Password.h"
 #include "split/SplitM.h"
+#include "system/Disk.h"
 #include "system/FileError.h"
 #include "system/Files.h"
 #include "system/PathText.h"
@@ -106,7 +107,7 @@ RecoverJob::Next RecoverJob::RecHidden() {
     SetProgress(40);
     numberMask_ = cut.NumberMask;
     const fs::path index = work_->Path() / "1.ini";
-    fs::rename(PieceOne(numberMask_), index);
+    RenameFile(PieceOne(numberMask_), index);
 
     const ValueReader directory = DirectoryFile(index);
     if (const auto refusal = RefusalOf(directory, password_))

@@ -4,9 +4,9 @@
 #include <system_error>
 #include <vector>
 
+#include "system/Disk.h"
 #include "system/FileError.h"
 #include "system/PathText.h"
-#include "system/WorkFolders.h"
 
 namespace slyver {
 
@@ -35,20 +35,15 @@ FindCounts FindFilesAPI(const fs::path& path, std::string_view pattern, Ui& ui,
   std::uint64_t entries = 0;
   std::vector<fs::path> folders = {path};
   for (std::size_t next = 0; next < folders.size(); ++next) {
-    std::error_code error;
-    fs::directory_iterator entry(folders[next], error);
-    if (error && next == 0) throw FileError(path, error);
-    for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+    const fs::path folder = folders[next];
+    const std::error_code error = ListFolder(folder, [&](const fs::path& entry, EntryKind kind) {
       if (entries++ % entriesBetweenEvents == 0 && !ui.GoOn()) throw Cancelled{};
-      std::error_code ignored;
-      if (entry->is_directory(ignored)) {
-        if (!entry->is_symlink(ignored)) folders.push_back(entry->path());
-      } else if (Matches(PathText(entry->path().filename()), pattern) &&
-                 entry->is_regular_file(ignored)) {
-        ++counts.files;
-        found(entry->path());
-      }
-    }
+      if (kind == EntryKind::Folder) folders.push_back(entry);
+      if (kind != EntryKind::File || !Matches(PathText(entry.filename()), pattern)) return;
+      ++counts.files;
+      found(entry);
+    });
+    if (error && next == 0) throw FileError(path, error);
   }
   counts.folders = folders.size() - 1;
   return counts;

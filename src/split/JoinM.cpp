@@ -7,6 +7,7 @@
 
 #include "split/FindFiles.h"
 #include "split/PieceName.h"
+#include "system/Disk.h"
 #include "system/FileError.h"
 #include "system/PathText.h"
 #include "system/Registry.h"

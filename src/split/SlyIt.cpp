@@ -3,7 +3,7 @@
 #include "split/PieceName.h"
 #include "split/SizeArithmetic.h"
 #include "split/SplitM.h"
-#include "system/Files.h"
+#include "system/Disk.h"
 #include "system/PathText.h"
 #include "system/Registry.h"
 #include "system/WorkFolders.h"

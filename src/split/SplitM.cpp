@@ -4,9 +4,9 @@
 #include <functional>
 #include <limits>
 #include <stdexcept>
-#include <system_error>
 
 #include "split/PieceName.h"
+#include "system/Disk.h"
 #include "system/FileError.h"
 #include "system/Files.h"
 #include "system/PathText.h"
@@ -39,12 +39,6 @@ std::string ZeroPerDigit(std::uint64_t count) {
 std::string Filled(int number, const std::string& mask) {
   const std::string digits = std::to_string(number);
   return mask.substr(std::min(digits.size(), mask.size())) + digits;
-}
-
-void MakeLastLevel(const std::filesystem::path& folder) {
-  std::error_code error;
-  std::filesystem::create_directory(folder, error);
-  if (error) throw FileError(folder, error);
 }
 
 /// One cut of a file: how many pieces are written, which bytes piece `number` holds, and the number
@@ -113,7 +107,7 @@ SplitResult SplitFile(const std::filesystem::path& source, std::uint64_t pieceSi
     const std::uint64_t count = CountPieces(length, pieceSize);
     const std::int16_t pieces = Count16(count, options.SkipThenRange || options.SkipThenTrailer);
     const std::string mask = options.NumberMask + ZeroPerDigit(count);
-    MakeLastLevel(options.outputFolder);
+    MakeFolder(options.outputFolder);
 
     const std::string name = options.title.empty() ? PathText(source.filename()) : options.title;
     const auto nameOf = [&](int number) {
@@ -140,7 +134,7 @@ ChunkResult ChunkToTemp(const std::filesystem::path& source, std::uint64_t chunk
     const std::uint64_t count = CountPieces(length, chunkSize);
     const std::int16_t chunks = Count16(count, options.only > 0);
     const std::string mask = ZeroPerDigit(count);
-    MakeLastLevel(options.folder);
+    MakeFolder(options.folder);
 
     const std::uint64_t tailSize = options.SmallTailChunks ? directoryLength : chunkSize;
     const std::uint64_t tailLength = length - chunkSize;

@@ -12,9 +12,9 @@
 #include "app/frmSplitJoin.h"
 #include "split/SizeArithmetic.h"
 #include "split/SlyIt.h"
+#include "system/Disk.h"
 #include "system/Files.h"
 #include "system/Registry.h"
-#include "system/WorkFolders.h"
 #include "system/WxText.h"
 
 namespace slyver {

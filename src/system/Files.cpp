@@ -13,6 +13,7 @@
 #include <thread>
 #include <vector>
 
+#include "system/Disk.h"
 #include "system/FileError.h"
 #include "system/PathText.h"
 #include "system/SourceFile.h"
@@ -184,10 +185,7 @@ class Copy {
   }
 
   void RemoveWritten() const {
-    for (const std::size_t number : written_) {
-      std::error_code ignored;
-      std::filesystem::remove(output_(number).target, ignored);
-    }
+    for (const std::size_t number : written_) RemoveFile(output_(number).target);
   }
 
   const std::size_t count_;
@@ -268,11 +266,6 @@ std::filesystem::path MoveToFirstFreePath(const std::filesystem::path& from,
   do path = FirstFreePath(folder, nameOf);
   while (!MoveToFreeName(from, path));  // Another program may take the name first.
   return path;
-}
-
-bool NameIsTaken(const std::filesystem::path& path) {
-  std::error_code ignored;
-  return std::filesystem::exists(std::filesystem::symlink_status(path, ignored));
 }
 
 }  // namespace slyver

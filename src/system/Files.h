@@ -68,9 +68,6 @@ std::string ReadSmallFile(const std::filesystem::path& path);
 void WriteSmallFile(const std::filesystem::path& path, std::string_view bytes,
                     Existing existing = Existing::Replace);
 
-/// Whether something bears the name `path`, be it a link that leads nowhere.
-bool NameIsTaken(const std::filesystem::path& path);
-
 /// A name made with a mark: "" for the first try, then "[1] ", "[2] " and so on.
 using MarkedName = std::function<std::string(const std::string& mark)>;
 

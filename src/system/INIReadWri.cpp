@@ -4,6 +4,7 @@
 #include <exception>
 #include <optional>
 
+#include "system/Disk.h"
 #include "system/FileError.h"
 #include "system/Files.h"
 

@@ -2,6 +2,7 @@
 #include <exception>
 #include <filesystem>
 
+#include "system/Disk.h"
 #include "system/FileError.h"
 #include "system/Files.h"
 #include "system/INIReadWri.h"

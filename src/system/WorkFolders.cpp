@@ -1,57 +1,35 @@
 #include "system/WorkFolders.h"
 
-#include <system_error>
 #include <utility>
 
 #include "system/FileError.h"
-#include "system/Files.h"
 
 namespace slyver {
 
 namespace fs = std::filesystem;
 
+void MakeFreshFolder(const fs::path& path, Access access) {
+  if (FolderExists(path)) RemoveFolder(path);
+  MakeFolder(path, access);
+}
+
 namespace {
 
-/// Lets the owner change the folder and all folders below it.
-void MakeWritable(const fs::path& folder) {
-  std::error_code ignored;
-  if (!fs::is_directory(fs::symlink_status(folder, ignored))) return;
-  fs::permissions(folder, fs::perms::owner_all, fs::perm_options::add, ignored);
-  for (auto entry = fs::directory_iterator(folder, ignored); entry != fs::directory_iterator();
-       entry.increment(ignored)) {
-    if (ignored) return;
-    MakeWritable(entry->path());
-  }
+void MakeFolders(const fs::path& path) {
+  if (path.empty() || FolderExists(path)) return;
+  if (path.has_relative_path()) MakeFolders(path.parent_path());
+  MakeFolder(path);
 }
 
 }  // namespace
 
-bool FolderExists(const fs::path& path) {
-  std::error_code ignored;
-  return fs::is_directory(path, ignored);
-}
-
-void RemoveFolder(const fs::path& path) {
-  std::error_code error;
-  fs::remove_all(path, error);
-  if (error) {
-    MakeWritable(path);
-    fs::remove_all(path, error);
-  }
-  if (error) throw FileError(path, error);
-}
-
-void MakeFreshFolder(const fs::path& path) {
-  if (FolderExists(path)) RemoveFolder(path);
-  std::error_code error;
-  fs::create_directory(path, error);
-  if (error) throw FileError(path, error);
-}
-
 bool MakeSureDirectoryPathExists(const fs::path& path) {
-  std::error_code error;
-  fs::create_directories(path.parent_path(), error);
-  return !error;
+  try {
+    MakeFolders(path.parent_path());
+    return true;
+  } catch (const FileError&) {
+    return false;
+  }
 }
 
 fs::path WithSeparator(fs::path path) {
@@ -59,8 +37,8 @@ fs::path WithSeparator(fs::path path) {
   return path;
 }
 
-ScratchFolder::ScratchFolder(fs::path path) : path_(std::move(path)) {
-  MakeFreshFolder(path_);
+ScratchFolder::ScratchFolder(fs::path path, Access access) : path_(std::move(path)) {
+  MakeFreshFolder(path_, access);
 }
 
 ScratchFolder::~ScratchFolder() {
@@ -72,13 +50,11 @@ ScratchFolder::~ScratchFolder() {
 }
 
 ScratchFile::ScratchFile(fs::path path) : path_(std::move(path)) {
-  std::error_code ignored;
-  fs::remove(path_, ignored);
+  RemoveFile(path_);
 }
 
 ScratchFile::~ScratchFile() {
-  std::error_code ignored;
-  fs::remove(path_, ignored);
+  RemoveFile(path_);
 }
 
 }  // namespace slyver

@@ -2,19 +2,13 @@
 
 #include <filesystem>
 
+#include "system/Disk.h"
+
 namespace slyver {
-
-/// Whether `path` is a folder, or a link to one. A path that cannot be looked at is none.
-bool FolderExists(const std::filesystem::path& path);
-
-/// Removes the folder `path` with all its contents, read-only ones included. Links are removed
-/// themselves and never followed. Throws FileError when something stays; a folder that is not there
-/// is no failure.
-void RemoveFolder(const std::filesystem::path& path);
 
 /// Makes an empty folder `path`; one of that name, or a link to one, is removed first as
 /// RemoveFolder does. Throws FileError, also when a file bears the name.
-void MakeFreshFolder(const std::filesystem::path& path);
+void MakeFreshFolder(const std::filesystem::path& path, Access access = Access::Inherited);
 
 /// Makes every folder of `path` that is followed by a separator, so the last one only when the path
 /// ends in one. Returns false when one could not be made.
@@ -28,7 +22,7 @@ std::filesystem::path WithSeparator(std::filesystem::path path);
 class ScratchFolder {
  public:
   /// Throws FileError when the folder cannot be made.
-  explicit ScratchFolder(std::filesystem::path path);
+  explicit ScratchFolder(std::filesystem::path path, Access access = Access::Inherited);
   ~ScratchFolder();
   ScratchFolder(const ScratchFolder&) = delete;
   ScratchFolder& operator=(const ScratchFolder&) = delete;

@@ -1,3 +1,4 @@
+#include "system/Disk.h"
 #include "system/Files.h"
 
 #include <gtest/gtest.h>

@@ -2,6 +2,7 @@
 
 #include <wx/artprov.h>
 #include <wx/button.h>
+#include <wx/dialog.h>
 #include <wx/sizer.h>
 #include <wx/statbmp.h>
 
@@ -10,6 +11,14 @@
 #include "system/WxText.h"
 
 namespace slyver {
+
+namespace {
+
+/// The desktop's own message box leaves the icon out on some systems.
+class MessageBox final : public wxDialog {
+ public:
+  MessageBox(wxWindow* parent, std::string_view text, Icon icon, long buttons);
+};
 
 MessageBox::MessageBox(wxWindow* parent, std::string_view text, Icon icon, long buttons)
     : wxDialog(parent, wxID_ANY, "Slyver") {
@@ -43,6 +52,13 @@ MessageBox::MessageBox(wxWindow* parent, std::string_view text, Icon icon, long 
   SetEscapeId(asks ? wxID_NO : (buttons & wxCANCEL) != 0 ? wxID_CANCEL : wxID_OK);
   FindWindow(GetAffirmativeId())->SetFocus();
   Bind(wxEVT_BUTTON, [this](wxCommandEvent& event) { EndModal(event.GetId()); });
+}
+
+}  // namespace
+
+bool ShowMessageBox(wxWindow* parent, std::string_view text, Icon icon, long buttons) {
+  MessageBox box(parent, text, icon, buttons);
+  return box.ShowModal() == box.GetAffirmativeId();
 }
 
 }  // namespace slyver

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <system_error>
+
+namespace slyver {
+
+/// All that the program does with names on the disk; what it does with the bytes of files is in
+/// SourceFile and TargetFile. Paths may be as long as the system can bear.
+
+/// Whether something bears the name `path`, be it a link that leads nowhere.
+bool NameIsTaken(const std::filesystem::path& path);
+
+/// Whether `path` is a folder, or a link to one. A path that cannot be looked at is none.
+bool FolderExists(const std::filesystem::path& path);
+
+/// Who may enter a new folder: those who may enter the folder that it lies in, or this user alone.
+enum class Access { Inherited, OwnerOnly };
+
+/// Makes the folder `path`; one that is there already stays as it is. Throws FileError.
+void MakeFolder(const std::filesystem::path& path, Access access = Access::Inherited);
+
+/// Removes the folder `path` with all its contents, read-only ones included. Links are removed
+/// themselves and never followed. Throws FileError when something stays; a folder that is not there
+/// is no failure.
+void RemoveFolder(const std::filesystem::path& path);
+
+/// Removes the file or link `path`. A failure goes unnoticed.
+void RemoveFile(const std::filesystem::path& path);
+
+/// Gives the file `from` the name `to` in the same file system; a file of that name is replaced.
+/// Throws FileError, naming `to`.
+void RenameFile(const std::filesystem::path& from, const std::filesystem::path& to);
+
+/// What is told of a name in a folder.
+enum class EntryKind {
+  File,    ///< A regular file, or a link to one.
+  Folder,  ///< A folder itself.
+  Other    ///< A link to a folder or to nothing, a device, a pipe.
+};
+using EntryVisitor = std::function<void(const std::filesystem::path& path, EntryKind kind)>;
+
+/// Calls `visit` for everything in the folder `folder`, in no fixed order; what it throws ends the
+/// listing and reaches the caller. Returns the error with which the listing ended, if any.
+std::error_code ListFolder(const std::filesystem::path& folder, const EntryVisitor& visit);
+
+/// The full path of a name that the user typed, which is relative to the current folder. Throws
+/// FileError when there is none.
+std::filesystem::path FullPathOf(const std::filesystem::path& typed);
+
+/// The first line of the file, pipe or device `path`, without its line feed. Throws FileError when
+/// it cannot be opened.
+std::string ReadFirstLine(const std::filesystem::path& path);
+
+}  // namespace slyver

@@ -1,0 +1,99 @@
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <fstream>
+
+#include "system/Disk.h"
+#include "system/FileError.h"
+
+namespace slyver {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::error_code LastError() {
+  return {errno, std::generic_category()};
+}
+
+/// Lets the owner change the folder and all folders below it.
+void MakeWritable(const fs::path& folder) {
+  std::error_code ignored;
+  if (!fs::is_directory(fs::symlink_status(folder, ignored))) return;
+  fs::permissions(folder, fs::perms::owner_all, fs::perm_options::add, ignored);
+  (void)ListFolder(folder, [](const fs::path& path, EntryKind kind) {
+    if (kind == EntryKind::Folder) MakeWritable(path);
+  });
+}
+
+EntryKind KindOf(const fs::directory_entry& entry) {
+  std::error_code ignored;
+  if (entry.is_regular_file(ignored)) return EntryKind::File;
+  const bool folder = entry.is_directory(ignored) && !entry.is_symlink(ignored);
+  return folder ? EntryKind::Folder : EntryKind::Other;
+}
+
+}  // namespace
+
+bool NameIsTaken(const fs::path& path) {
+  std::error_code ignored;
+  return fs::exists(fs::symlink_status(path, ignored));
+}
+
+bool FolderExists(const fs::path& path) {
+  std::error_code ignored;
+  return fs::is_directory(path, ignored);
+}
+
+void MakeFolder(const fs::path& path, Access access) {
+  const mode_t mode = access == Access::OwnerOnly ? S_IRWXU : mode_t{S_IRWXU | S_IRWXG | S_IRWXO};
+  if (mkdir(path.c_str(), mode) == 0) return;
+  const std::error_code error = LastError();
+  if (error != std::errc::file_exists || !FolderExists(path)) throw FileError(path, error);
+}
+
+void RemoveFolder(const fs::path& path) {
+  std::error_code error;
+  fs::remove_all(path, error);
+  if (error) {
+    MakeWritable(path);
+    fs::remove_all(path, error);
+  }
+  if (error) throw FileError(path, error);
+}
+
+void RemoveFile(const fs::path& path) {
+  std::error_code ignored;
+  fs::remove(path, ignored);
+}
+
+void RenameFile(const fs::path& from, const fs::path& to) {
+  std::error_code error;
+  fs::rename(from, to, error);
+  if (error) throw FileError(to, error);
+}
+
+std::error_code ListFolder(const fs::path& folder, const EntryVisitor& visit) {
+  std::error_code error;
+  fs::directory_iterator entry(folder, error);
+  for (; !error && entry != fs::directory_iterator(); entry.increment(error))
+    visit(entry->path(), KindOf(*entry));
+  return error;
+}
+
+fs::path FullPathOf(const fs::path& typed) {
+  std::error_code error;
+  fs::path path = fs::absolute(typed, error);
+  if (error) throw FileError(typed, error);
+  return path;
+}
+
+std::string ReadFirstLine(const fs::path& path) {
+  std::ifstream file(path);
+  if (!file) throw FileError(path, LastError());
+  std::string line;
+  std::getline(file, line);
+  return line;
+}
+
+}  // namespace slyver
