@@ -56,6 +56,9 @@ std::int16_t SlyIt(SplitForm& form, Ui& ui) {
   }
   SplitOptions options;
   options.outputFolder = form.Text2;
+  // Another split may have made its pieces there since the look.
+  if (form.Text2.lexically_normal() == WithSeparator(form.Text1.parent_path()).lexically_normal())
+    options.firstPiece = Existing::Keep;
   const std::int16_t pieces = SplitFile(form.Text1, *size, options, ui).pieces;
   if (pieces < 1) {
     if (AskYesNo(ui, "Unable To Sly File. Do You Want To Exit?")) End(ui);

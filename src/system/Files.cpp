@@ -16,7 +16,6 @@
 #include "system/Disk.h"
 #include "system/FileError.h"
 #include "system/PathText.h"
-#include "system/SourceFile.h"
 
 namespace slyver {
 
@@ -29,10 +28,10 @@ constexpr std::chrono::milliseconds watchInterval{50};
 
 /// A file on its way, shared by the threads that write slices of it.
 struct Pending {
-  Pending(Output what, std::size_t itsNumber, Existing existing)
+  Pending(Output what, std::size_t itsNumber)
       : output(std::move(what)),
         number(itsNumber),
-        file(output.target, output.length, existing),
+        file(output.target, output.length, output.existing),
         bytesLeft(output.length) {}
 
   Output output;
@@ -55,10 +54,11 @@ struct Slice {
 class Copy {
  public:
   Copy(std::size_t count, const std::function<Output(std::size_t)>& output,
-       std::uint64_t bytesTotal, Existing existing)
-      : count_(count), output_(output), bytesTotal_(bytesTotal), existing_(existing) {}
+       std::uint64_t bytesTotal)
+      : count_(count), output_(output), bytesTotal_(bytesTotal) {}
 
   void Run(const Watch& watch) {
+    if (count_ > 0) last_ = std::make_shared<Pending>(output_(count_ - 1), count_ - 1);
     {
       const unsigned threadCount = bytesTotal_ < worthASecondThread ? 1 : 2;
       running_ = threadCount;
@@ -134,13 +134,22 @@ class Copy {
   }
 
   void Complete(const std::shared_ptr<Pending>& pending) {
-    const bool isLast = pending->number + 1 == count_;
-    if (!isLast) pending->file.Commit();
+    if (pending == last_) return;
+    RemoveOldLast();
+    pending->file.Commit();
     const std::lock_guard lock(mutex_);
-    if (isLast)
-      last_ = pending;
-    else
-      written_.push_back(pending->number);
+    written_.push_back(pending->number);
+  }
+
+  /// Before any other file is replaced, an old one with the last one's name goes: beside new files
+  /// it would make what stands there look whole.
+  void RemoveOldLast() {
+    const std::lock_guard lock(mutex_);
+    const Output& last = last_->output;
+    if (last.existing == Existing::Keep || !NameIsTaken(last.target)) return;
+    RemoveFile(last.target);
+    if (NameIsTaken(last.target))
+      throw FileError(last.target, std::make_error_code(std::errc::operation_not_permitted));
   }
 
   /// The next slice, or none when all are handed out or the work is to stop.
@@ -152,13 +161,16 @@ class Copy {
         range_ = pending_->output.range(nextRange_++);
         rangeDone_ = 0;
         source_ = OpenSource(range_->path);
+        if (range_->state) source_->ThrowUnlessOpenedAs(*range_->state);
         if (range_->length > source_->Length() ||
             range_->offset > source_->Length() - range_->length)
           throw FileError(range_->path, "The file is too short");
         ++rangesStarted_;
       } else {
         if (nextOutput_ == count_) return std::nullopt;
-        pending_ = std::make_shared<Pending>(output_(nextOutput_), nextOutput_, existing_);
+        pending_ = nextOutput_ + 1 == count_
+                       ? last_
+                       : std::make_shared<Pending>(output_(nextOutput_), nextOutput_);
         ++nextOutput_;
         nextRange_ = 0;
         targetDone_ = 0;
@@ -191,7 +203,7 @@ class Copy {
   const std::size_t count_;
   const std::function<Output(std::size_t)>& output_;
   const std::uint64_t bytesTotal_;
-  const Existing existing_;
+  std::shared_ptr<Pending> last_;  ///< Begun before the threads are, and named after them.
 
   std::mutex nextMutex_;  ///< Guards what Next() keeps:
   std::size_t nextOutput_ = 0;
@@ -212,14 +224,13 @@ class Copy {
   std::exception_ptr failure_;
   bool cancelled_ = false;
   std::vector<std::size_t> written_;
-  std::shared_ptr<Pending> last_;
 };
 
 }  // namespace
 
 void WriteOutputs(std::size_t count, const std::function<Output(std::size_t)>& output,
-                  std::uint64_t bytesTotal, Existing existing, const Watch& watch) {
-  Copy(count, output, bytesTotal, existing).Run(watch);
+                  std::uint64_t bytesTotal, const Watch& watch) {
+  Copy(count, output, bytesTotal).Run(watch);
 }
 
 void Concatenate(std::span<const ByteRange> ranges, const std::filesystem::path& target,
@@ -228,13 +239,18 @@ void Concatenate(std::span<const ByteRange> ranges, const std::filesystem::path&
       std::accumulate(ranges.begin(), ranges.end(), std::uint64_t{0},
                       [](std::uint64_t sum, const ByteRange& r) { return sum + r.length; });
   const auto output = [&](std::size_t) {
-    return Output{target, length, ranges.size(), [&](std::size_t i) { return ranges[i]; }};
+    return Output{target, length, ranges.size(), [&](std::size_t i) { return ranges[i]; },
+                  existing};
   };
-  WriteOutputs(1, output, length, existing, watch);
+  WriteOutputs(1, output, length, watch);
+}
+
+FileState StateOf(const std::filesystem::path& path) {
+  return SourceFile(path).Opened();
 }
 
 std::uint64_t FileLength(const std::filesystem::path& path) {
-  return SourceFile(path).Length();
+  return StateOf(path).length;
 }
 
 std::string ReadSmallFile(const std::filesystem::path& path) {

@@ -15,12 +15,17 @@ namespace {
   throw FileError(path, std::error_code(errno, std::generic_category()));
 }
 
+FileState StateIn(const struct stat& found) {
+  return {static_cast<std::uint64_t>(found.st_size), found.st_dev, found.st_ino,
+          found.st_mtim.tv_sec, found.st_mtim.tv_nsec};
+}
+
 }  // namespace
 
 struct SourceFile::State {
   std::filesystem::path path;
   int descriptor = -1;
-  struct stat opened = {};
+  FileState opened;
 
   ~State() {
     if (descriptor >= 0) close(descriptor);
@@ -31,10 +36,12 @@ SourceFile::SourceFile(const std::filesystem::path& path) : state_(std::make_uni
   state_->path = path;
   // Without O_NONBLOCK the opening of a pipe would wait for a writer.
   state_->descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-  if (state_->descriptor < 0 || fstat(state_->descriptor, &state_->opened) != 0) Fail(path);
-  if (S_ISDIR(state_->opened.st_mode))
+  struct stat found = {};
+  if (state_->descriptor < 0 || fstat(state_->descriptor, &found) != 0) Fail(path);
+  if (S_ISDIR(found.st_mode))
     throw FileError(path, std::make_error_code(std::errc::is_a_directory));
-  if (!S_ISREG(state_->opened.st_mode)) throw FileError(path, "Not a regular file");
+  if (!S_ISREG(found.st_mode)) throw FileError(path, "Not a regular file");
+  state_->opened = StateIn(found);
 }
 
 SourceFile::~SourceFile() = default;
@@ -43,8 +50,8 @@ const std::filesystem::path& SourceFile::Path() const {
   return state_->path;
 }
 
-std::uint64_t SourceFile::Length() const {
-  return static_cast<std::uint64_t>(state_->opened.st_size);
+const FileState& SourceFile::Opened() const {
+  return state_->opened;
 }
 
 void SourceFile::Read(std::uint64_t offset, std::span<char> buffer) const {
@@ -62,10 +69,7 @@ void SourceFile::Read(std::uint64_t offset, std::span<char> buffer) const {
 void SourceFile::ThrowIfChanged() const {
   struct stat now = {};
   if (fstat(state_->descriptor, &now) != 0) Fail(state_->path);
-  const struct stat& then = state_->opened;
-  if (now.st_size != then.st_size || now.st_mtim.tv_sec != then.st_mtim.tv_sec ||
-      now.st_mtim.tv_nsec != then.st_mtim.tv_nsec)
-    throw FileError(state_->path, "The file was changed while it was being read");
+  if (StateIn(now) != state_->opened) throw FileError(state_->path, fileWasChanged);
 }
 
 }  // namespace slyver

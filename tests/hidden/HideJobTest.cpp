@@ -299,7 +299,8 @@ TEST_F(Hide, AFileThatChangesMeanwhileIsNotHidden) {
     ASSERT_TRUE(job.Check() && job.PrepareHide());
     ASSERT_EQ(job.CheckIni(), HideJob::Ini::Complete);
     const fs::path& changed = main ? form.Text1 : form.Text2;
-    WriteFile(changed, ReadFile(changed) + "x");
+    WriteFile(folder / "other", ReadFile(changed));
+    fs::rename(folder / "other", changed);  // The same length and bytes are not enough.
     ui.ExpectMessage(changed.string() + ": The file was changed while it was being hidden",
                      Icon::Critical);
     ExpectEnd("Unable To Hide File.", Icon::Critical);

@@ -51,7 +51,7 @@ class Files : public TempFolderTest {
         [&](std::size_t) {
           return Output{target, 2 * half, 2, range};
         },
-        2 * half, Existing::Keep, GoOn);
+        2 * half, GoOn);
   }
 
   const std::string bytes = SomeBytes(1000);
@@ -207,18 +207,18 @@ TEST_F(Files, GivesTheLastFileItsNameAfterAllOthersAndLeavesNothingHalfWritten) 
                     return ByteRange{source, 10 * i, 10};
                   }};
   };
-  WriteOutputs(4, output, 40, Existing::Keep, GoOn);
+  WriteOutputs(4, output, 40, GoOn);
   EXPECT_EQ(Names(), (std::set<std::string>{"0", "1", "2", "3", "source"}));
   EXPECT_EQ(ReadFile(folder / "2"), bytes.substr(20, 10));
 
   for (const char* name : {"0", "1", "2", "3"}) fs::remove(folder / name);
   fs::create_directory(folder / "2");
-  EXPECT_EQ(ErrorOf([&] { WriteOutputs(4, output, 40, Existing::Replace, GoOn); }),
+  EXPECT_EQ(ErrorOf([&] { WriteOutputs(4, output, 40, GoOn); }),
             (folder / "2").string() + ": Is a directory");
   EXPECT_EQ(Names(), (std::set<std::string>{"0", "1", "2", "source"})) << "complete files stay";
 
   for (const char* name : {"0", "1", "2"}) fs::remove(folder / name);
-  EXPECT_THROW(WriteOutputs(4, output, 40, Existing::Keep, StopNow), Cancelled);
+  EXPECT_THROW(WriteOutputs(4, output, 40, StopNow), Cancelled);
   EXPECT_EQ(Names(), std::set<std::string>{"source"});
 }
 
