@@ -90,12 +90,15 @@ def finish(process):
 
 
 def losses(race, outcomes, files, home):
-    allowed = (0, 1, 130) if race.stop else (0, 1)
+    # -2: the signal came before the job began, or after it had ended.
+    allowed = (0, 1, 130, -2) if race.stop else (0, 1)
     for outcome in outcomes:
         if outcome.status not in allowed:
             yield f"ended with {outcome.status}: {outcome.err[:500]}"
         if outcome.status == 1 and not outcome.err.strip():
             yield "status 1 without a message"
+    if not race.stop and all(outcome.status != 0 for outcome in outcomes):
+        yield f"neither has ended well: {[outcome.err[-200:] for outcome in outcomes]}"
     found = {
         os.path.relpath(os.path.join(folder, name), files): None
         for folder, folders, names in os.walk(files)
