@@ -105,6 +105,9 @@ Ending Join(const std::filesystem::path& folder, const std::string& origName,
   std::vector<Piece> pieces = FindPieces(folder, origName, ui);
   DropShadowed(pieces);
   if (!NumbersAreWhole(pieces, origName, ui)) return Ending::Failed;
+  // A link that leads nowhere, say, is a piece that cannot be read, and not the end of the pieces.
+  const auto next = folder / PathFromText(PieceNameOf(origName, pieces.back().number + 1));
+  if (NameIsTaken(next)) (void)StateOf(next);
   std::uint64_t total = 0;
   for (Piece& piece : pieces) {
     piece.state = StateOf(PathFromText(piece.path));
