@@ -26,12 +26,19 @@ constexpr std::uint64_t sliceLength = std::uint64_t{4} * 1024 * 1024;
 constexpr std::uint64_t worthASecondThread = std::uint64_t{1} * 1024 * 1024;
 constexpr std::chrono::milliseconds watchInterval{50};
 
+/// Whether a file may take less space than its length.
+bool HasHoles(const Output& output) {
+  for (std::size_t i = 0; i < output.rangeCount; ++i)
+    if (const auto state = output.range(i).state; state && state->sparse) return true;
+  return false;
+}
+
 /// A file on its way, shared by the threads that write slices of it.
 struct Pending {
   Pending(Output what, std::size_t itsNumber)
       : output(std::move(what)),
         number(itsNumber),
-        file(output.target, output.length, output.existing),
+        file(output.target, HasHoles(output) ? 0 : output.length, output.existing),
         bytesLeft(output.length) {}
 
   Output output;
@@ -117,13 +124,29 @@ class Copy {
 
   void CopySlice(const Slice& slice, std::vector<char>& buffer) {
     for (std::uint64_t done = 0; done < slice.length && !stop_;) {
+      const std::uint64_t data = SkipHole(slice, done);
+      bytesDone_ += data - done;
+      done = data;
       const std::span part(buffer.data(), static_cast<std::size_t>(std::min<std::uint64_t>(
                                               buffer.size(), slice.length - done)));
+      if (part.empty()) return;
       slice.source->Read(slice.sourceOffset + done, part);
       slice.pending->file.Write(slice.targetOffset + done, part);
       done += part.size();
       bytesDone_ += part.size();
     }
+  }
+
+  /// How much of the slice is done where the next bytes are that take space. What is skipped stays
+  /// a hole in the target too, whose last byte is written so that it gets its length.
+  static std::uint64_t SkipHole(const Slice& slice, std::uint64_t done) {
+    const std::uint64_t next =
+        slice.source->NextData(slice.sourceOffset + done, slice.sourceOffset + slice.length) -
+        slice.sourceOffset;
+    const std::uint64_t targetEnd = slice.pending->output.length;
+    if (next > done && slice.targetOffset + next == targetEnd)
+      slice.pending->file.Write(targetEnd - 1, std::string_view("\0", 1));
+    return next;
   }
 
   /// Gives the file its name when the slice was its last.

@@ -19,8 +19,10 @@ struct FileState {
   std::uint64_t number = 0;
   std::int64_t seconds = 0;  ///< When it was last written to, in the system's own time.
   std::int64_t nanoseconds = 0;
+  bool sparse = false;  ///< Whether some of it may take no space on the disk.
 
-  bool operator==(const FileState&) const = default;
+  /// Whether a file takes space may change by itself and does not count.
+  bool operator==(const FileState& other) const;
 };
 
 /// A regular file that is open for reading at any offset, from any thread.
@@ -44,6 +46,10 @@ class SourceFile {
   /// Fills all of `buffer` with the bytes from `offset` (bytes, from 0). Throws FileError when
   /// they cannot be read or the file ends before.
   void Read(std::uint64_t offset, std::span<char> buffer) const;
+
+  /// The first offset from `offset` on, and not beyond `end`, from which there may be bytes other
+  /// than zeros that take no space on the disk; `end` when there is none.
+  std::uint64_t NextData(std::uint64_t offset, std::uint64_t end) const;
 
   /// Throws FileError when the state in which the file was opened is another than `expected`.
   void ThrowUnlessOpenedAs(const FileState& expected) const;

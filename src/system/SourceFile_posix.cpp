@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 
 #include "system/FileError.h"
@@ -16,8 +17,14 @@ namespace {
 }
 
 FileState StateIn(const struct stat& found) {
-  return {static_cast<std::uint64_t>(found.st_size), found.st_dev, found.st_ino,
-          found.st_mtim.tv_sec, found.st_mtim.tv_nsec};
+  constexpr std::int64_t blockLength = 512;
+  const bool sparse = found.st_blocks < found.st_size / blockLength;
+  return {static_cast<std::uint64_t>(found.st_size),
+          found.st_dev,
+          found.st_ino,
+          found.st_mtim.tv_sec,
+          found.st_mtim.tv_nsec,
+          sparse};
 }
 
 }  // namespace
@@ -64,6 +71,14 @@ void SourceFile::Read(std::uint64_t offset, std::span<char> buffer) const {
     offset += static_cast<std::uint64_t>(count);
     buffer = buffer.subspan(static_cast<std::size_t>(count));
   }
+}
+
+std::uint64_t SourceFile::NextData(std::uint64_t offset, std::uint64_t end) const {
+  if (!state_->opened.sparse) return offset;
+  // The descriptor's own position, which this moves, is never read from.
+  const off_t data = lseek(state_->descriptor, static_cast<off_t>(offset), SEEK_DATA);
+  if (data < 0) return errno == ENXIO ? end : offset;
+  return std::min(static_cast<std::uint64_t>(data), end);
 }
 
 void SourceFile::ThrowIfChanged() const {
