@@ -112,4 +112,9 @@ int Terminal::StopSignal() const {
   return 0;
 }
 
+void Terminal::IgnoreStops() const {
+  for (const int signal : stopSignals)
+    if (sigismember(&state_->stopping, signal) == 1) (void)std::signal(signal, SIG_IGN);
+}
+
 }  // namespace slyver

@@ -189,32 +189,40 @@ bool HideJob::StageHideFiles(const ValueReader* old) {
   if (old == nullptr) {
     mainBytes_ = main_.length;
     const Record main = {StoredName(form_.Text1), std::to_string(main_.length)};
-    WriteFirstDirectory(InWork("3.ini"), main, hidden, password_);
+    WriteSmallFile(InWork("3.ini"), FirstDirectory(main, hidden, password_),
+                   Existing::ReplaceScratch);
   } else {
     mainBytes_ = main_.length - directoryLength;
-    WriteAddedDirectory(added_->Path(), *old, index_, hidden, password_);
+    WriteSmallFile(added_->Path(), AddedDirectory(*old, index_, hidden, password_),
+                   Existing::ReplaceScratch);
   }
-  if (!oldDirectory_.empty()) RemoveFile(oldDirectory_);
+  if (!oldDirectory_.empty()) (void)RemoveFile(oldDirectory_);
   return true;
+}
+
+/// Whether the directory that is to be carried has all its values.
+bool HideJob::DirectoryIsWritten() const {
+  const fs::path directory = InWork("3.ini");
+  if (NameIsTaken(added_->Path())) {
+    WriteSmallFile(directory, ReadSmallFile(added_->Path()), Existing::ReplaceScratch);
+    if (const std::error_code error = RemoveFile(added_->Path()))
+      throw FileError(added_->Path(), error);
+  }
+  const ValueReader written = DirectoryFile(directory);
+  const std::string section = RecordSection(index_);
+  return !written(mainSection, nameKey).empty() && !written(mainSection, lengthKey).empty() &&
+         !written(mainSection, checkKey).empty() && !written(section, nameKey).empty() &&
+         !written(section, lengthKey).empty();
 }
 
 HideJob::Ini HideJob::CheckIni() {
   if (!ui_.GoOn()) throw Cancelled{};
-  const fs::path directory = InWork("3.ini");
+  bool complete = false;
   try {
-    if (NameIsTaken(added_->Path())) {
-      WriteSmallFile(directory, ReadSmallFile(added_->Path()), Existing::ReplaceScratch);
-      RemoveFile(added_->Path());
-    }
+    complete = DirectoryIsWritten();
   } catch (const std::exception&) {
-    // The values are not there then, and the next tick tries again.
+    complete = false;  // The next tick tries again.
   }
-  const ValueReader written = DirectoryFile(directory);
-  const std::string section = RecordSection(index_);
-  bool complete = !written(mainSection, nameKey).empty() &&
-                  !written(mainSection, lengthKey).empty() &&
-                  !written(mainSection, checkKey).empty() && !written(section, nameKey).empty() &&
-                  !written(section, lengthKey).empty();
   for (const std::string_view key : statusKeys) {
     if (complete) (void)WriteIniValue(InWork("4.ini"), statusSection, key, key);
     complete = complete && ReadIniValue(InWork("4.ini"), statusSection, key, "") == key;
@@ -232,7 +240,7 @@ std::optional<fs::path> HideJob::DoAll() {
     const fs::path directory = InWork("8.ini");
     WriteSmallFile(InWork("3.ini"), Padded(ReadSmallFile(InWork("3.ini"))),
                    Existing::ReplaceScratch);
-    RemoveFile(InWork("4.ini"));
+    (void)RemoveFile(InWork("4.ini"));
     RenameFile(InWork("3.ini"), directory);
     const std::array<ByteRange, 3> parts = {ByteRange{form_.Text1, 0, mainBytes_, main_},
                                             ByteRange{form_.Text2, 0, hidden_.length, hidden_},

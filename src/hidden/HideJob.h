@@ -63,6 +63,7 @@ class HideJob {
   bool CheckLengths();
   bool ChooseAddition(int records, const ValueReader& old);
   bool StageHideFiles(const ValueReader* old);
+  bool DirectoryIsWritten() const;
   /// Removes the work folder, shows the message and asks for the end of the program; false.
   bool Over(std::string_view message, Icon icon);
   bool Unable();

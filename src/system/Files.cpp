@@ -169,10 +169,8 @@ class Copy {
   void RemoveOldLast() {
     const std::lock_guard lock(mutex_);
     const Output& last = last_->output;
-    if (last.existing == Existing::Keep || !NameIsTaken(last.target)) return;
-    RemoveFile(last.target);
-    if (NameIsTaken(last.target))
-      throw FileError(last.target, std::make_error_code(std::errc::operation_not_permitted));
+    if (last.existing == Existing::Keep) return;
+    if (const std::error_code error = RemoveFile(last.target)) throw FileError(last.target, error);
   }
 
   /// The next slice, or none when all are handed out or the work is to stop.
@@ -181,14 +179,7 @@ class Copy {
     while (!stop_) {
       if (range_ && rangeDone_ < range_->length) return TakeSlice();
       if (pending_ && nextRange_ < pending_->output.rangeCount) {
-        range_ = pending_->output.range(nextRange_++);
-        rangeDone_ = 0;
-        source_ = OpenSource(range_->path);
-        if (range_->state) source_->ThrowUnlessOpenedAs(*range_->state);
-        if (range_->length > source_->Length() ||
-            range_->offset > source_->Length() - range_->length)
-          throw FileError(range_->path, "The file is too short");
-        ++rangesStarted_;
+        StartRange(pending_->output.range(nextRange_));
       } else {
         if (nextOutput_ == count_) return std::nullopt;
         pending_ = nextOutput_ + 1 == count_
@@ -202,6 +193,20 @@ class Copy {
       }
     }
     return std::nullopt;
+  }
+
+  /// Changes nothing unless all goes well: while a failure is on its way to Stop(), the other
+  /// thread may come here and must not find a range without its source.
+  void StartRange(ByteRange range) {
+    std::shared_ptr<const SourceFile> source = OpenSource(range.path);
+    if (range.state) source->ThrowUnlessOpenedAs(*range.state);
+    if (range.length > source->Length() || range.offset > source->Length() - range.length)
+      throw FileError(range.path, "The file is too short");
+    source_ = std::move(source);
+    range_ = std::move(range);
+    rangeDone_ = 0;
+    ++nextRange_;
+    ++rangesStarted_;
   }
 
   Slice TakeSlice() {
@@ -220,7 +225,7 @@ class Copy {
   }
 
   void RemoveWritten() const {
-    for (const std::size_t number : written_) RemoveFile(output_(number).target);
+    for (const std::size_t number : written_) (void)RemoveFile(output_(number).target);
   }
 
   const std::size_t count_;

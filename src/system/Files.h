@@ -82,7 +82,8 @@ void WriteSmallFile(const std::filesystem::path& path, std::string_view bytes,
 /// A name made with a mark: "" for the first try, then "[1] ", "[2] " and so on.
 using MarkedName = std::function<std::string(const std::string& mark)>;
 
-/// The first of the names that is free in `folder`. Throws OverflowError past "[32767] ".
+/// The first of the names that is free in `folder`. Throws FileError when that cannot be told, and
+/// OverflowError past "[32767] ".
 std::filesystem::path FirstFreePath(const std::filesystem::path& folder, const MarkedName& nameOf);
 
 /// Moves the file `from` to the first of the names that is free in `folder`, on the same file

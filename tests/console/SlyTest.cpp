@@ -1,7 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <csignal>
+#include <cstdlib>
 #include <thread>
 
+#include "console/Terminal.h"
 #include "support/SlyProgram.h"
 
 namespace slyver {
@@ -160,9 +163,9 @@ TEST_F(Sly, RemovesAScratchFolderThatIsReadOnly) {
 
 TEST_F(Sly, CtrlCStopsABigSplitAndLeavesNothing) {
   WriteFile(folder / "big", "x");
-  fs::resize_file(folder / "big", std::uint64_t{20} * 1000 * 1000 * 1000);
+  fs::resize_file(folder / "big", std::uint64_t{47} * 1000 * 1000 * 1000);
   OnTerminal terminal(folder, "exec $SLY split big");
-  terminal.WaitFor(" of 20.0 GB");
+  terminal.WaitFor(" of 47.0 GB");
   for (int i = 0; i < 3000 && !fs::exists(folder / "big.9.sly"); ++i)
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
   terminal.Type("\x03");
@@ -173,7 +176,7 @@ TEST_F(Sly, CtrlCStopsABigSplitAndLeavesNothing) {
 
 TEST_F(Sly, IgnoresASignalThatItsCallerIgnores) {
   WriteFile(folder / "big", "x");
-  fs::resize_file(folder / "big", std::uint64_t{20} * 1000 * 1000 * 1000);
+  fs::resize_file(folder / "big", std::uint64_t{47} * 1000 * 1000 * 1000);
   const Outcome outcome = Run(R"(
     trap '' HUP
     $SLY split big & sly=$!
@@ -184,6 +187,19 @@ TEST_F(Sly, IgnoresASignalThatItsCallerIgnores) {
     wait $sly)");
   EXPECT_EQ(outcome.status, 143) << outcome.err;
   EXPECT_EQ(Names(), std::set<std::string>{"big"});
+}
+
+TEST(Terminal, IgnoresASignalThatComesWhenTheWorkIsDone) {
+  const auto live = [](bool done) {
+    {
+      const Terminal terminal;
+      (void)std::raise(SIGTERM);
+      if (terminal.StopSignal() == SIGTERM && done) terminal.IgnoreStops();
+    }
+    std::_Exit(0);
+  };
+  EXPECT_EXIT(live(true), testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(live(false), testing::KilledBySignal(SIGTERM), "");
 }
 
 TEST_F(Sly, AsksOnATerminal) {

@@ -23,9 +23,22 @@ def failing_with(code, stays=False):
     return Effect(name + (" from then on" if stays else ""), str(code), stays)
 
 
+INTERRUPT = Effect("SIGINT", "interrupt")
 KILL = Effect("SIGKILL", "kill")
 SHORT = Effect("half the bytes", "short")
 NOTHING = Effect("no bytes", "nothing")
+SLOW = Effect("slow", "slow")
+
+
+def environment(setting, home, effect, at=0):
+    """The variables for the preload library."""
+    variables = {
+        "LD_PRELOAD": str(setting.built / "libslyver_faults.so"),
+        "SLYVER_FAULT_ROOT": str(home),
+        "SLYVER_FAULT_AT": str(at),
+        "SLYVER_FAULT": effect.what,
+    }
+    return variables | ({"SLYVER_FAULT_STAYS": "1"} if effect.stays else {})
 
 
 def run(job, setting, home, at, effect):
@@ -33,14 +46,8 @@ def run(job, setting, home, at, effect):
     the path of the call that failed; None when the job makes fewer calls."""
     report = home.with_suffix(".report")
     report.unlink(missing_ok=True)
-    environment = {
-        "LD_PRELOAD": str(setting.built / "libslyver_faults.so"),
-        "SLYVER_FAULT_ROOT": str(home),
-        "SLYVER_FAULT_AT": str(at),
-        "SLYVER_FAULT": effect.what,
-        "SLYVER_FAULT_REPORT": str(report),
-    } | ({"SLYVER_FAULT_STAYS": "1"} if effect.stays else {})
-    outcome = jobs.run(job, setting.sly, home, environment)
+    variables = environment(setting, home, effect, at) | {"SLYVER_FAULT_REPORT": str(report)}
+    outcome = jobs.run(job, setting.sly, home, variables)
     if not report.exists():
         return outcome, None
     _, call, path = report.read_text().rstrip("\n").split(" ", 2)

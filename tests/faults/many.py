@@ -8,10 +8,11 @@ from jobs import Outcome, environment
 class Many:
     """Runs command lines, one after the other. A process that has died is followed by another."""
 
-    def __init__(self, setting, home):
+    def __init__(self, setting, home, options=""):
+        """`options` are for the sanitizers, in the form of ASAN_OPTIONS."""
         self._program = setting.checked / "sly_many"
         self._report = setting.folder / "sanitizer"
-        options = f"abort_on_error=1:log_path={self._report}"
+        options = f"abort_on_error=1:log_path={self._report}:{options}"
         sanitizers = {name: options for name in ("ASAN_OPTIONS", "UBSAN_OPTIONS")}
         self._environment = environment(home) | sanitizers
         self.process = None

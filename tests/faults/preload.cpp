@@ -5,11 +5,13 @@
 /// SLYVER_FAULT_ROOT    the folder; its absolute path
 /// SLYVER_FAULT_AT      the number of the call, from 1; 0 for none
 /// SLYVER_FAULT         what happens to it: an error number, "kill" (SIGKILL instead of the call),
-///                      "short" (half of the bytes are moved) or "nothing" (none are, as at the end
-///                      of a file); for the last two only calls that move bytes are counted
+///                      "interrupt" (SIGINT before it), "short" (half of the bytes are moved) or
+///                      "nothing" (none are, as at the end of a file); for the last two only calls
+///                      that move bytes are counted. "slow" makes all that move bytes take a
+///                      millisecond more and none fail.
 /// SLYVER_FAULT_STAYS   if set, only calls that need the disk to take something in are counted, and
 ///                      all of them fail from that number on, as on a disk that is full
-/// SLYVER_FAULT_REPORT  a file that is told of the call; with number 0, of every call counted
+/// SLYVER_FAULT_REPORT  a file that is told of the call; with number 0 and no effect, of all calls
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -81,16 +83,22 @@ bool Strikes(const char* call, Kind kind, const std::string& path) {
   const bool takesIn = kind == Kind::Write || kind == Kind::Change;
   const bool moves = kind == Kind::Read || kind == Kind::Write;
   if (settings.stays && !takesIn) return false;
-  if ((settings.effect == "short" || settings.effect == "nothing") && !moves) return false;
+  const bool movesOnly =
+      settings.effect == "short" || settings.effect == "nothing" || settings.effect == "slow";
+  if (movesOnly && !moves) return false;
   const int before = errno;
   const bool counted = path.starts_with(settings.root);
   const long number = counted ? ++count : 0;
   const bool strikes = counted && settings.at > 0 &&
                        (number == settings.at || (settings.stays && number > settings.at));
-  if (counted && (settings.at == 0 || number == settings.at)) Report(number, call, path);
+  const bool report = settings.at == 0 ? settings.effect.empty() : number == settings.at;
+  if (counted && report) Report(number, call, path);
   if (strikes && settings.effect == "kill") (void)syscall(SYS_kill, getpid(), SIGKILL);
-  errno = strikes ? settings.error : before;
-  return strikes;
+  if (strikes && settings.effect == "interrupt") (void)syscall(SYS_kill, getpid(), SIGINT);
+  if (counted && settings.effect == "slow") (void)usleep(1000);
+  const bool fails = strikes && settings.effect != "interrupt";
+  errno = fails ? settings.error : before;
+  return fails;
 }
 
 /// For calls that move `size` bytes: what is left of them. `failed` tells whether the call fails.

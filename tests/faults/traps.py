@@ -145,8 +145,7 @@ def places(job):
         yield Place("files/TempRRR", scratch_folder, True)
     if job.name.startswith("hide"):
         yield Place("run/slyver/tempHHH", scratch_folder, True)
-        used = job.name == "hide another"
-        yield Place("run/slyver/3.ini", everything - FOLDERS if used else everything, True)
+        yield Place("run/slyver/3.ini", everything - FOLDERS, True)
     for name in job.results:
         path = pathlib.PurePath(name)
         if not job.name.startswith("recover"):  # That is moved there when it is complete.
@@ -216,7 +215,7 @@ def lost(bench, job, place, kind, path):
     known = dataclasses.replace(job, results=results)
     spared = [str(pathlib.Path(name).relative_to(bench.home)) for name in snapshot(path)]
     if place.goes and done:
-        spared = [name for name in spared if place.path.endswith("3.ini") and kind in FOLDERS]
+        spared = []
     beside = [str(found.relative_to(bench.home)) for found in (bench.home / "outside").rglob("*")]
     spared += ["outside", *beside, "config/slyver", "config"]
     yield from jobs.leftovers(known, bench.home, spared)

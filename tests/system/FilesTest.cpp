@@ -221,6 +221,19 @@ TEST_F(Files, RefusesRangesBeyondTheSourcesEnd) {
   }
 }
 
+TEST_F(Files, StopsBothThreadsWhereASourceCannotBeOpened) {
+  const fs::path missing = folder / "missing";
+  const auto output = [&](std::size_t) {
+    return Output{target, 1000, 1, [&](std::size_t) { return ByteRange{missing, 0, 1000}; }};
+  };
+  // What one thread finds while the other one fails depends on the moment.
+  for (int i = 0; i < 300; ++i) {
+    EXPECT_EQ(ErrorOf([&] { WriteOutputs(1, output, mebibyte, GoOn); }),
+              missing.string() + ": No such file or directory");
+  }
+  EXPECT_EQ(Names(), std::set<std::string>{"source"});
+}
+
 TEST_F(Files, NoticesThatASourceChangesWhileItIsRead) {
   EXPECT_EQ(
       ErrorOf([&] { ConcatenateHalves([&] { std::ofstream(source, std::ios::app) << "more"; }); }),
@@ -267,11 +280,15 @@ TEST_F(Files, KeepsAnOldTargetWhenCancelledOrWhenTheWatchThrows) {
   EXPECT_EQ(Names(), (std::set<std::string>{"source", "target"}));
 }
 
-TEST_F(Files, TakesALinkThatLeadsNowhereForATakenName) {
+TEST_F(Files, TakesNothingForAFreeNameThatItCannotSee) {
   fs::create_symlink(folder / "none", target);
   EXPECT_TRUE(NameIsTaken(target));
   EXPECT_FALSE(NameIsTaken(folder / "none"));
   EXPECT_FALSE(NameIsTaken(source / "below a file"));
+  const fs::path loop = folder / "loop";
+  fs::create_symlink(loop, loop);
+  EXPECT_EQ(ErrorOf([&] { (void)NameIsTaken(loop / "x"); }),
+            (loop / "x").string() + ": Too many levels of symbolic links");
 }
 
 }  // namespace
