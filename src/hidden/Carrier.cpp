@@ -124,6 +124,14 @@ std::optional<std::vector<HiddenFile>> LayOut(std::string_view mainLength,
   return files;
 }
 
+bool PartsFillCarrier(const ValueReader& directory, std::string_view password, int records,
+                      std::uint64_t carrierLength) {
+  const auto files =
+      LayOut(ReadMainLength(directory, password), ReadRecords(directory, password), carrierLength);
+  return files && !files->empty() && files->size() == static_cast<std::size_t>(records) &&
+         files->back().offset + files->back().length == carrierLength - directoryLength;
+}
+
 bool IsBareFileName(std::string_view name) {
   // The codes from \x81 on are those that the code page leaves to control characters; a terminal
   // may obey them.

@@ -85,6 +85,12 @@ std::optional<std::vector<HiddenFile>> LayOut(std::string_view mainLength,
                                               const std::vector<Record>& records,
                                               std::uint64_t carrierLength);
 
+/// Whether the `records` hidden files of a directory and the main file can all be recovered and are
+/// all that a carrier of `carrierLength` bytes holds before its directory. Only then will a file
+/// that is put behind them be found again.
+bool PartsFillCarrier(const ValueReader& directory, std::string_view password, int records,
+                      std::uint64_t carrierLength);
+
 /// Whether a file of this name can be made in a folder and nowhere else, on every system: not
 /// empty, no separators, drive or control characters, neither "." nor "..", nor a device of
 /// Windows.

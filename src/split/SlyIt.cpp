@@ -59,6 +59,9 @@ std::int16_t SlyIt(SplitForm& form, Ui& ui) {
   }
   SplitOptions options;
   options.outputFolder = form.Text2;
+  // Another split may have made its pieces there since the look.
+  if (form.Text2.lexically_normal() == WithSeparator(form.Text1.parent_path()).lexically_normal())
+    options.firstPiece = Existing::Keep;
   std::int16_t pieces = 0;
   if (taken) pieces = SplitFile(form.Text1, *size, options, ui).pieces;
   if (pieces < 1) {

@@ -28,11 +28,8 @@ void MakeFolder(const std::filesystem::path& path, Access access = Access::Inher
 /// is no failure.
 void RemoveFolder(const std::filesystem::path& path);
 
-/// Removes the file or link `path`. Throws FileError; a name that is not there is no failure.
-void RemoveFile(const std::filesystem::path& path);
-
-/// The same, but a failure goes unnoticed.
-void TryToRemoveFile(const std::filesystem::path& path);
+/// Removes the file or link `path`. Returns why it could not; nothing of that name is no failure.
+std::error_code RemoveFile(const std::filesystem::path& path);
 
 /// Gives the file `from` the name `to` in the same file system; a file of that name is replaced.
 /// Throws FileError, naming `to`.

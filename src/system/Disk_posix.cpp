@@ -64,10 +64,10 @@ void RemoveFolder(const fs::path& path) {
   if (error) throw FileError(path, error);
 }
 
-void RemoveFile(const fs::path& path) {
+std::error_code RemoveFile(const fs::path& path) {
   std::error_code error;
   fs::remove(path, error);
-  if (error) throw FileError(path, error);
+  return error;
 }
 
 void RenameFile(const fs::path& from, const fs::path& to) {

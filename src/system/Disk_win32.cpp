@@ -173,8 +173,9 @@ void RemoveFolder(const fs::path& path) {
   if (!RemoveTree(name, isLink)) FailWithLastError(path);
 }
 
-void RemoveFile(const fs::path& path) {
-  if (!path.empty() && !RemoveName(LongPath(path), DeleteFileW)) FailWithLastError(path);
+std::error_code RemoveFile(const fs::path& path) {
+  if (path.empty() || RemoveName(LongPath(path), DeleteFileW)) return {};
+  return LastError();
 }
 
 void RenameFile(const fs::path& from, const fs::path& to) {

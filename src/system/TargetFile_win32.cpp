@@ -103,6 +103,8 @@ TargetFile::TargetFile(std::filesystem::path target, std::uint64_t length, Exist
   state_->target = std::move(target);
   state_->existing = existing;
   RequireUsableName(state_->target);
+  // What bears the name is looked at under the lock: another program may have given it just now.
+  state_->handle = CreateTemporary(TemporaryPath(state_->target), state_->target);
   const DWORD attributes = GetFileAttributesW(LongPath(state_->target).c_str());
   if (attributes != INVALID_FILE_ATTRIBUTES) {
     if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
@@ -114,7 +116,6 @@ TargetFile::TargetFile(std::filesystem::path target, std::uint64_t length, Exist
     // A name that is too long, say, is better known now than after the long work.
     FailWithLastError(state_->target);
   }
-  state_->handle = CreateTemporary(TemporaryPath(state_->target), state_->target);
   Reserve(state_->handle.Get(), length, state_->target);
 }
 

@@ -50,7 +50,7 @@ cmp "$file" "$home/files/original" || fail "the file joined from the command lin
 [ ! -e "$home/files/temprrr" ] || fail "the work folder is still there"
 
 # A long job is stopped by closing its window, and leaves nothing.
-truncate -s 20G "$home/files/big"
+truncate -s 43G "$home/files/big"
 mkdir "$home/out"
 start "$home/files/big"
 await form Slyver

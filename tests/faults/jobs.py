@@ -162,7 +162,7 @@ def restore(job, home):
     for path in sorted(home.rglob("*"), reverse=True):
         name = str(path.relative_to(home))
         if path.is_dir() and not path.is_symlink():
-            if name not in _folders(job):
+            if name not in folders(job):
                 path.rmdir()
         elif name not in job.sources:
             path.unlink()
@@ -253,7 +253,7 @@ def damage(job, home):
 def leftovers(job, home, spared=()):
     """The names of what lies there besides sources, results and settings. `spared` are paths whose
     removal was made to fail."""
-    expected = {*job.sources, *job.results, *job.replaced, *spared} | _folders(job)
+    expected = {*job.sources, *job.results, *job.replaced, *spared} | folders(job)
     expected |= {SETTINGS} if job.settings else set()
     return [
         f"left: {name}"
@@ -280,7 +280,7 @@ def losses(job, home, outcome, spared=()):
     return damage(job, home) + wrong_ending(job, home, outcome) + leftovers(job, home, spared)
 
 
-def _folders(job):
+def folders(job):
     """The folders that may stay: those of the job's files, and the private one."""
     files = [*job.sources, *job.results, "run/x", PRIVATE_FOLDER + "/x", SETTINGS]
     return {str(parent) for name in files for parent in pathlib.PurePath(name).parents}
