@@ -12,7 +12,7 @@ namespace {
 class HideOfOddName : public TempFolderTest {
  protected:
   HideForm FormFor(const char* name) const {
-    const HideForm form = {folder / "m.png", folder / name, "x", "x"};
+    HideForm form = {folder / "m.png", folder / name, "x", "x"};
     WriteFile(form.Text1, "main");
     WriteFile(form.Text2, "hidden");
     return form;
