@@ -73,7 +73,7 @@ inline void Click(const wxString& form, const wxString& name) {
 inline bool Press(wxWindow& control, int key) {
   wxKeyEvent event(wxEVT_CHAR);
   event.m_keyCode = key;
-  event.m_uniChar = key < WXK_START ? key : WXK_NONE;
+  event.m_uniChar = static_cast<wxChar>(key < WXK_START ? key : WXK_NONE);
   event.SetEventObject(&control);
   return !control.HandleWindowEvent(event);
 }
