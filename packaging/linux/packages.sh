@@ -3,7 +3,7 @@
 build_packages=(g++ cmake ninja-build libcli11-dev)
 desktop_packages=(libwxgtk3.2-dev libgtk-3-dev pkg-config adwaita-icon-theme)
 screen_packages=(xvfb xauth openbox xdotool x11-utils imagemagick)
-test_packages=(libgtest-dev clang clang-format clang-tidy libclang-rt-dev)
+test_packages=(python3 time libgtest-dev clang clang-format clang-tidy libclang-rt-dev)
 bench_packages=(hyperfine time)
 
 # need PACKAGE... makes sure that the packages are installed; does nothing when they are.

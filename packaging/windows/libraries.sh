@@ -7,7 +7,7 @@ windows_build_packages=(g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix cmak
 
 # Only the parts of wxWidgets that the program uses, with nothing from outside.
 wx_options=(--with-msw --disable-shared --disable-debug_flag --disable-sys-libs --disable-tests
-  --with-cxx=17 --enable-accessibility --with-nanosvg=builtin
+  --with-cxx=17 --enable-accessibility --with-nanosvg
   --without-libpng --without-libjpeg --without-libtiff --without-zlib --without-expat
   --without-regex --without-liblzma --without-opengl --without-winhttp
   --disable-xrc --disable-aui --disable-propgrid --disable-ribbon --disable-richtext

@@ -32,6 +32,11 @@ class Terminal {
   /// The number of the signal that has asked the program to stop, 0 when none has.
   int StopSignal() const;
 
+  /// Says that the work is done: a signal that asks to stop, be it one that has come already, comes
+  /// too late and is ignored. Without it such a signal takes its usual effect at the end of the
+  /// object's life, so that a shell sees that its command was interrupted.
+  void IgnoreStops() const;
+
  private:
   struct State;
   std::unique_ptr<State> state_;

@@ -113,6 +113,11 @@ int Terminal::StopSignal() const {
   return 0;
 }
 
+void Terminal::IgnoreStops() const {
+  for (const int signal : stopSignals)
+    if (sigismember(&state_->stopping, signal) == 1) (void)std::signal(signal, SIG_IGN);
+}
+
 std::vector<std::string> ArgumentsOf(int argc, char** argv) {
   return {argv + std::min(argc, 1), argv + argc};
 }

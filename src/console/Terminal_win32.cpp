@@ -171,6 +171,11 @@ int Terminal::StopSignal() const {
   return state_->stopping.signal;
 }
 
+void Terminal::IgnoreStops() const {
+  // What the handler has taken has had its effect; nothing waits for the object's end.
+  (void)SetConsoleCtrlHandler(nullptr, TRUE);
+}
+
 std::vector<std::string> ArgumentsOf(int /*argc*/, char** /*argv*/) {
   // Those that main() is given are in the code page, which has not every name's characters.
   int count = 0;

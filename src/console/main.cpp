@@ -29,7 +29,10 @@ int Run(const Arguments& arguments, const Terminal& terminal) {
   ConsoleUi ui(terminal, arguments.console);
   try {
     const bool done = ShowingErrors(ui, [&] { return arguments.job(arguments, ui); });
-    if (!done) ui.JobFailed();
+    if (done)
+      terminal.IgnoreStops();
+    else
+      ui.JobFailed();
     if (done && !std::cout.flush()) {
       ui.Message("standard output: cannot be written", Icon::Critical);
       return statusFailed;

@@ -9,6 +9,7 @@
 #include "hidden/Crypt.h"
 #include "split/SplitM.h"
 #include "system/FileError.h"
+#include "system/Files.h"
 #include "system/INIReadWri.h"
 #include "system/SourceFile.h"
 #include "system/Text8.h"
@@ -43,10 +44,10 @@ bool IsDeviceName(std::string_view name) {
          stem[3] >= '1' && stem[3] <= '9';
 }
 
-void WriteRecord(const std::filesystem::path& file, std::string_view section, const Record& record,
-                 std::string_view password) {
-  (void)WriteIniValue(file, section, nameKey, EncryptText(record.name, password));
-  (void)WriteIniValue(file, section, lengthKey, EncryptText(record.length, password));
+std::string WithRecord(std::string_view text, std::string_view section, const Record& record,
+                       std::string_view password) {
+  return WithIniValue(WithIniValue(text, section, nameKey, EncryptText(record.name, password)),
+                      section, lengthKey, EncryptText(record.length, password));
 }
 
 }  // namespace
@@ -55,10 +56,8 @@ std::string RecordSection(int index) {
   return std::to_string(index) + "dfg%";
 }
 
-ValueReader DirectoryFile(std::filesystem::path file) {
-  return [file = std::move(file)](std::string_view section, std::string_view key) {
-    return ReadIniValue(file, section, key, "");
-  };
+ValueReader DirectoryFile(const std::filesystem::path& file) {
+  return DirectoryText(ReadSmallFile(file));
 }
 
 ValueReader DirectoryText(std::string text) {
@@ -125,6 +124,14 @@ std::optional<std::vector<HiddenFile>> LayOut(std::string_view mainLength,
   return files;
 }
 
+bool PartsFillCarrier(const ValueReader& directory, std::string_view password, int records,
+                      std::uint64_t carrierLength) {
+  const auto files =
+      LayOut(ReadMainLength(directory, password), ReadRecords(directory, password), carrierLength);
+  return files && !files->empty() && files->size() == static_cast<std::size_t>(records) &&
+         files->back().offset + files->back().length == carrierLength - directoryLength;
+}
+
 bool IsBareFileName(std::string_view name) {
   // The codes from \x81 on are those that the code page leaves to control characters; a terminal
   // may obey them.
@@ -137,23 +144,22 @@ bool IsBareFileName(std::string_view name) {
          !IsDeviceName(name);
 }
 
-void WriteFirstDirectory(const std::filesystem::path& file, const Record& main,
-                         const Record& hidden, std::string_view password) {
-  WriteRecord(file, mainSection, main, password);
-  (void)WriteIniValue(file, mainSection, checkKey, EncryptText(password, password));
-  WriteRecord(file, RecordSection(0), hidden, password);
+std::string FirstDirectory(const Record& main, const Record& hidden, std::string_view password) {
+  const std::string text = WithIniValue(WithRecord({}, mainSection, main, password), mainSection,
+                                        checkKey, EncryptText(password, password));
+  return WithRecord(text, RecordSection(0), hidden, password);
 }
 
-void WriteAddedDirectory(const std::filesystem::path& file, const ValueReader& old, int index,
-                         const Record& hidden, std::string_view password) {
-  const auto copy = [&](const std::string& section, std::string_view key) {
-    (void)WriteIniValue(file, section, key, old(section, key));
+std::string AddedDirectory(const ValueReader& old, int index, const Record& hidden,
+                           std::string_view password) {
+  std::string text;
+  const auto copy = [&](std::string_view section, std::string_view key) {
+    text = WithIniValue(text, section, key, old(section, key));
   };
-  for (const std::string_view key : {nameKey, lengthKey, checkKey})
-    copy(std::string(mainSection), key);
+  for (const std::string_view key : {nameKey, lengthKey, checkKey}) copy(mainSection, key);
   for (int i = 0; i < index; ++i)
     for (const std::string_view key : {nameKey, lengthKey}) copy(RecordSection(i), key);
-  WriteRecord(file, RecordSection(index), hidden, password);
+  return WithRecord(text, RecordSection(index), hidden, password);
 }
 
 std::string Padded(std::string directory) {

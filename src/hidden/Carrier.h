@@ -36,8 +36,9 @@ std::string RecordSection(int index);
 /// Reads a value of a directory as ReadIniValue does: empty when it is missing.
 using ValueReader = std::function<std::string(std::string_view section, std::string_view key)>;
 
-/// Reads from the directory in the ini file `file`.
-ValueReader DirectoryFile(std::filesystem::path file);
+/// Reads from the directory in the ini file `file`, which is read here and now. Throws FileError
+/// when it cannot be: values that are merely missing would make it another directory.
+ValueReader DirectoryFile(const std::filesystem::path& file);
 
 /// Reads from the directory `text`.
 ValueReader DirectoryText(std::string text);
@@ -84,21 +85,25 @@ std::optional<std::vector<HiddenFile>> LayOut(std::string_view mainLength,
                                               const std::vector<Record>& records,
                                               std::uint64_t carrierLength);
 
+/// Whether the `records` hidden files of a directory and the main file can all be recovered and are
+/// all that a carrier of `carrierLength` bytes holds before its directory. Only then will a file
+/// that is put behind them be found again.
+bool PartsFillCarrier(const ValueReader& directory, std::string_view password, int records,
+                      std::uint64_t carrierLength);
+
 /// Whether a file of this name can be made in a folder and nowhere else, on every system: not
 /// empty, no separators, drive or control characters, neither "." nor "..", nor a device of
 /// Windows.
 bool IsBareFileName(std::string_view name);
 
-/// Writes the directory of a first hide into the ini file `file`: the main file, then record 0, all
-/// enciphered with `password`. Lengths are in bytes.
-void WriteFirstDirectory(const std::filesystem::path& file, const Record& main,
-                         const Record& hidden, std::string_view password);
+/// The text of the directory of a first hide: the main file, then record 0, all enciphered with
+/// `password`. Lengths are in bytes.
+std::string FirstDirectory(const Record& main, const Record& hidden, std::string_view password);
 
-/// Writes the directory of an addition into the ini file `file`: the values of the main file and
-/// of records 0 to index - 1 as they are read from `old`, then record `index`, enciphered with
-/// `password`.
-void WriteAddedDirectory(const std::filesystem::path& file, const ValueReader& old, int index,
-                         const Record& hidden, std::string_view password);
+/// The text of the directory of an addition: the values of the main file and of records 0 to
+/// index - 1 as they are read from `old`, then record `index`, enciphered with `password`.
+std::string AddedDirectory(const ValueReader& old, int index, const Record& hidden,
+                           std::string_view password);
 
 /// Fills a directory text to 2500 bytes with zero bytes. The first of them takes the place of the
 /// text's last byte, the line feed, which no reader misses. A text of 2500 bytes or more stays as

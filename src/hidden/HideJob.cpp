@@ -37,9 +37,10 @@ std::string NoDataText(const fs::path& path) {
   return "File " + PathText(path) + " Does Not Contain Any Data In It. Unable To Hide File.";
 }
 
-/// The directory tells of lengths that must still be true when the bytes are copied.
-void RequireLength(const fs::path& path, std::uint64_t length) {
-  if (FileLength(path) != length)
+/// The directory tells of lengths that must still be true when the bytes are copied, and an
+/// addition of the old directory.
+void RequireState(const fs::path& path, const FileState& state) {
+  if (StateOf(path) != state)
     throw FileError(path, "The file was changed while it was being hidden");
 }
 
@@ -98,13 +99,13 @@ bool HideJob::CheckPasswords() {
 }
 
 bool HideJob::CheckLengths() {
-  mainLength_ = FileLength(form_.Text1);
-  if (mainLength_ == 0) {
+  main_ = StateOf(form_.Text1);
+  if (main_.length == 0) {
     ui_.Message(NoDataText(form_.Text1), Icon::Information);
     return false;
   }
-  hiddenLength_ = FileLength(form_.Text2);
-  if (hiddenLength_ == 0) {
+  hidden_ = StateOf(form_.Text2);
+  if (hidden_.length == 0) {
     ui_.Message(NoDataText(form_.Text2), Icon::Information);
     return false;
   }
@@ -115,7 +116,7 @@ bool HideJob::CheckLengths() {
                 Icon::Information);
     return false;
   }
-  if (bigFiles_ == BigFiles::Ask && std::max(mainLength_, hiddenLength_) > quiteBig &&
+  if (bigFiles_ == BigFiles::Ask && std::max(main_.length, hidden_.length) > quiteBig &&
       !AskYesNo(
           ui_,
           "The File Size Is Quite Big. It Will Take Several Minutes To Hide This File. Please "
@@ -136,13 +137,14 @@ bool HideJob::PrepareHide() {
     lock_.emplace(privateFolder, ui_);
     work_.emplace(privateFolder / "tempHHH", Access::OwnerOnly);
     added_.emplace(privateFolder / "3.ini");
-    if (mainLength_ <= directoryLength) return StageHideFiles(nullptr);
+    if (main_.length <= directoryLength) return StageHideFiles(nullptr);
 
     ChunkOptions options;
     options.folder = work_->Path();
-    options.SmallTailChunks = mainLength_ < 2 * directoryLength;
+    options.SmallTailChunks = main_.length < 2 * directoryLength;
     options.only = 2;  // The first chunk is read where it lies.
-    const ChunkResult cut = ChunkToTemp(form_.Text1, mainLength_ - directoryLength, options, ui_);
+    options.state = main_;
+    const ChunkResult cut = ChunkToTemp(form_.Text1, main_.length - directoryLength, options, ui_);
     if (cut.chunks < 1) return Unable();
 
     oldDirectory_ = work_->Path() / ("1." + cut.NumberMask.substr(1) + "2.ini");
@@ -175,42 +177,52 @@ bool HideJob::ChooseAddition(int records, const ValueReader& old) {
   if (!password || password->empty() || !IsPasswordOf(old, *password))
     return Over("Incorrect Password.", Icon::Critical);
   password_ = *password;
+  if (!PartsFillCarrier(old, password_, records, main_.length))
+    throw FileError(form_.Text1, "The list of the files hidden in it is damaged");
   index_ = records;
   return StageHideFiles(&old);
 }
 
 /// Writes the new directory: of a first hide, or of an addition to `old`.
 bool HideJob::StageHideFiles(const ValueReader* old) {
-  const Record hidden = {StoredName(form_.Text2), std::to_string(hiddenLength_)};
+  const Record hidden = {StoredName(form_.Text2), std::to_string(hidden_.length)};
   if (old == nullptr) {
-    mainBytes_ = mainLength_;
-    const Record main = {StoredName(form_.Text1), std::to_string(mainLength_)};
-    WriteFirstDirectory(InWork("3.ini"), main, hidden, password_);
+    mainBytes_ = main_.length;
+    const Record main = {StoredName(form_.Text1), std::to_string(main_.length)};
+    WriteSmallFile(InWork("3.ini"), FirstDirectory(main, hidden, password_),
+                   Existing::ReplaceScratch);
   } else {
-    mainBytes_ = mainLength_ - directoryLength;
-    WriteAddedDirectory(added_->Path(), *old, index_, hidden, password_);
+    mainBytes_ = main_.length - directoryLength;
+    WriteSmallFile(added_->Path(), AddedDirectory(*old, index_, hidden, password_),
+                   Existing::ReplaceScratch);
   }
-  if (!oldDirectory_.empty()) RemoveFile(oldDirectory_);
+  if (!oldDirectory_.empty()) (void)RemoveFile(oldDirectory_);
   return true;
+}
+
+/// Whether the directory that is to be carried has all its values.
+bool HideJob::DirectoryIsWritten() const {
+  const fs::path directory = InWork("3.ini");
+  if (NameIsTaken(added_->Path())) {
+    WriteSmallFile(directory, ReadSmallFile(added_->Path()), Existing::ReplaceScratch);
+    if (const std::error_code error = RemoveFile(added_->Path()))
+      throw FileError(added_->Path(), error);
+  }
+  const ValueReader written = DirectoryFile(directory);
+  const std::string section = RecordSection(index_);
+  return !written(mainSection, nameKey).empty() && !written(mainSection, lengthKey).empty() &&
+         !written(mainSection, checkKey).empty() && !written(section, nameKey).empty() &&
+         !written(section, lengthKey).empty();
 }
 
 HideJob::Ini HideJob::CheckIni() {
   if (!ui_.GoOn()) throw Cancelled{};
-  const fs::path directory = InWork("3.ini");
+  bool complete = false;
   try {
-    if (NameIsTaken(added_->Path())) {
-      WriteSmallFile(directory, ReadSmallFile(added_->Path()), Existing::ReplaceScratch);
-      RemoveFile(added_->Path());
-    }
+    complete = DirectoryIsWritten();
   } catch (const std::exception&) {
-    // The values are not there then, and the next tick tries again.
+    complete = false;  // The next tick tries again.
   }
-  const ValueReader written = DirectoryFile(directory);
-  const std::string section = RecordSection(index_);
-  bool complete = !written(mainSection, nameKey).empty() &&
-                  !written(mainSection, lengthKey).empty() &&
-                  !written(mainSection, checkKey).empty() && !written(section, nameKey).empty() &&
-                  !written(section, lengthKey).empty();
   for (const std::string_view key : statusKeys) {
     if (complete) (void)WriteIniValue(InWork("4.ini"), statusSection, key, key);
     complete = complete && ReadIniValue(InWork("4.ini"), statusSection, key, "") == key;
@@ -223,17 +235,17 @@ HideJob::Ini HideJob::CheckIni() {
 
 std::optional<fs::path> HideJob::DoAll() {
   std::optional<fs::path> carrier = ShowingErrors(ui_, [&]() -> std::optional<fs::path> {
-    RequireLength(form_.Text1, mainLength_);
-    RequireLength(form_.Text2, hiddenLength_);
+    RequireState(form_.Text1, main_);
+    RequireState(form_.Text2, hidden_);
     const fs::path directory = InWork("8.ini");
     WriteSmallFile(InWork("3.ini"), Padded(ReadSmallFile(InWork("3.ini"))),
                    Existing::ReplaceScratch);
-    RemoveFile(InWork("4.ini"));
+    (void)RemoveFile(InWork("4.ini"));
     RenameFile(InWork("3.ini"), directory);
-    const std::array<ByteRange, 3> parts = {ByteRange{form_.Text1, 0, mainBytes_},
-                                            ByteRange{form_.Text2, 0, hiddenLength_},
+    const std::array<ByteRange, 3> parts = {ByteRange{form_.Text1, 0, mainBytes_, main_},
+                                            ByteRange{form_.Text2, 0, hidden_.length, hidden_},
                                             ByteRange{directory, 0, FileLength(directory)}};
-    const Output joined{OutputPath(), mainBytes_ + hiddenLength_ + parts[2].length, parts.size(),
+    const Output joined{OutputPath(), mainBytes_ + hidden_.length + parts[2].length, parts.size(),
                         [&](std::size_t i) { return parts.at(i); }};
     const auto stay = [](double value, std::size_t) { return value; };
     if (JoinFolder(joined, false, ui_, StepProgress(ui_, "PB1", 0, stay)) < 1) return std::nullopt;

@@ -63,6 +63,7 @@ class HideJob {
   bool CheckLengths();
   bool ChooseAddition(int records, const ValueReader& old);
   bool StageHideFiles(const ValueReader* old);
+  bool DirectoryIsWritten() const;
   /// Removes the work folder, shows the message and asks for the end of the program; false.
   bool Over(std::string_view message, Icon icon);
   bool Unable();
@@ -72,11 +73,11 @@ class HideJob {
   HideForm form_;
   Ui& ui_;
   const BigFiles bigFiles_;
-  std::uint64_t mainLength_ = 0;
+  FileState main_;  ///< Both files as they are checked; they must stay so.
+  FileState hidden_;
   std::uint64_t mainBytes_ = 0;  ///< What of the main file goes into the carrier.
-  std::uint64_t hiddenLength_ = 0;
-  std::string password_;  ///< 8-bit text.
-  int index_ = 0;         ///< The new record's.
+  std::string password_;         ///< 8-bit text.
+  int index_ = 0;                ///< The new record's.
   int ticks_ = 0;
   std::optional<FolderLock> lock_;
   std::optional<ScratchFolder> work_;

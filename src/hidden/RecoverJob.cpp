@@ -70,8 +70,8 @@ std::optional<RecoverJob::Next> RecoverJob::Preamble() {
     ui_.Message("Main File Is Missing. Select The File Again.", Icon::Information);
     return Next::Form;
   }
-  length_ = FileLength(form_.Text1);
-  if (bigFiles_ == BigFiles::Ask && length_ > quiteBig &&
+  carrier_ = StateOf(form_.Text1);
+  if (bigFiles_ == BigFiles::Ask && carrier_.length > quiteBig &&
       !AskYesNo(ui_,
                 "The File Size Is Quite Big. It Will Take Several Minutes To Recover From This "
                 "File. Please Exit Other Applications You Might Be Running. Do You Want To "
@@ -89,7 +89,7 @@ std::optional<RecoverJob::Next> RecoverJob::Preamble() {
   lock_.emplace(folder_, ui_);
   work_.emplace(folder_ / "TempRRR");
   ui_.ShowProgressForm("Recovering Files");
-  if (length_ <= directoryLength) return Unable();
+  if (carrier_.length <= directoryLength) return Unable();
   return std::nullopt;
 }
 
@@ -102,7 +102,8 @@ RecoverJob::Next RecoverJob::RecHidden() {
     options.SkipThenTrailer = true;
     options.forRecovery = true;
     options.title = pieceTitle;
-    const SplitResult cut = SplitFile(form_.Text1, length_ - directoryLength, options, ui_);
+    options.state = carrier_;
+    const SplitResult cut = SplitFile(form_.Text1, carrier_.length - directoryLength, options, ui_);
     if (cut.pieces < 1) return Unable();
     SetProgress(40);
     numberMask_ = cut.NumberMask;
@@ -112,7 +113,7 @@ RecoverJob::Next RecoverJob::RecHidden() {
     const ValueReader directory = DirectoryFile(index);
     if (const auto refusal = RefusalOf(directory, password_))
       return Over(refusal->text, refusal->icon);
-    std::optional<std::vector<HiddenFile>> files = FilesOf(directory, password_, length_);
+    std::optional<std::vector<HiddenFile>> files = FilesOf(directory, password_, carrier_.length);
     if (!files) return Unable();
     files_ = std::move(*files);
     return files_.size() > 1 ? Next::Choose : DorestOfStuff2();
@@ -126,7 +127,7 @@ RecoverJob::Next RecoverJob::DorestOfStuff2() {
 RecoverJob::Next RecoverJob::DorestOfStuff(int k) {
   return Guarded([&] {
     // The user may have taken long to choose.
-    if (FileLength(form_.Text1) != length_)
+    if (StateOf(form_.Text1) != carrier_)
       throw FileError(form_.Text1, "The file was changed while it was being recovered from");
     const HiddenFile& file = files_.at(static_cast<std::size_t>(k) - 1);
     for (const double value : {50, 60, 75}) SetProgress(value);
@@ -137,6 +138,7 @@ RecoverJob::Next RecoverJob::DorestOfStuff(int k) {
     options.SecondPieceSize = file.length;
     options.forRecovery = true;
     options.title = pieceTitle;
+    options.state = carrier_;
     options.NumberMask = numberMask_;
     options.barValue = 75;
     const SplitResult cut = SplitFile(form_.Text1, file.offset, options, ui_);
@@ -157,7 +159,9 @@ RecoverJob::Next RecoverJob::RecMain() {
     options.folder = work_->Path();
     options.SmallTailChunks = true;
     options.only = 2;
-    const ChunkResult index = ChunkToTemp(form_.Text1, length_ - directoryLength, options, ui_);
+    options.state = carrier_;
+    const ChunkResult index =
+        ChunkToTemp(form_.Text1, carrier_.length - directoryLength, options, ui_);
     if (index.chunks < 1) return Unable();
     SetProgress(60);
     const ValueReader directory =
@@ -165,7 +169,7 @@ RecoverJob::Next RecoverJob::RecMain() {
     if (const auto refusal = RefusalOf(directory, password_))
       return Over(refusal->text, refusal->icon);
     const std::optional<std::uint64_t> mainLength =
-        MainLengthIn(ReadMainLength(directory, password_), length_);
+        MainLengthIn(ReadMainLength(directory, password_), carrier_.length);
     if (!mainLength) return Unable();
     MakeFreshFolder(work_->Path());
     SetProgress(85);

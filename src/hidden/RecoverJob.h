@@ -65,8 +65,8 @@ class RecoverJob {
   Ui& ui_;
   const BigFiles bigFiles_;
   std::filesystem::path folder_;
-  std::uint64_t length_ = 0;  ///< The carrier's.
-  std::string password_;      ///< 8-bit text.
+  FileState carrier_;     ///< It must stay in this state.
+  std::string password_;  ///< 8-bit text.
   std::vector<HiddenFile> files_;
   std::string numberMask_;
   std::optional<FolderLock> lock_;

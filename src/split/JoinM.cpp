@@ -26,7 +26,7 @@ constexpr std::string_view pieceFilter = "Sly File (*.Sly)|*.Sly;|";
 struct Piece {
   int number = 0;
   bool inSubfolder = false;
-  std::uint64_t length = 0;
+  FileState state;
   std::string path;
 };
 
@@ -44,7 +44,7 @@ std::vector<Piece> FindPieces(const std::filesystem::path& folder, std::string_v
   (void)FindFilesAPI(folder, "*.sly", ui, [&](const std::filesystem::path& path) {
     const int number = PieceNumberOf(PathText(path.filename()), origName);
     if (number == 0 || LiesInScratch(path, folder)) return;
-    pieces.push_back({number, path.parent_path() != folder, 0, PathText(path)});
+    pieces.push_back({number, path.parent_path() != folder, {}, PathText(path)});
   });
   std::sort(pieces.begin(), pieces.end(), [](const Piece& a, const Piece& b) {
     return std::tie(a.number, a.inSubfolder) < std::tie(b.number, b.inSubfolder);
@@ -79,9 +79,10 @@ bool NumbersAreWhole(const std::vector<Piece>& pieces, const std::string& origNa
 /// Whether the sizes are those of one split: all alike but the last, which is not larger. If not,
 /// the user decides.
 bool SizesAreRight(const std::vector<Piece>& pieces, const std::string& origName, Ui& ui) {
-  const std::uint64_t common = pieces.front().length;
+  const std::uint64_t common = pieces.front().state.length;
   const auto odd = std::find_if(pieces.begin(), pieces.end(), [&](const Piece& piece) {
-    return &piece == &pieces.back() ? piece.length > common : piece.length != common;
+    const std::uint64_t length = piece.state.length;
+    return &piece == &pieces.back() ? length > common : length != common;
   });
   return odd == pieces.end() ||
          AskYesNo(ui, PieceNameOf(origName, odd->number) +
@@ -98,17 +99,28 @@ Ending Join(const std::filesystem::path& folder, const std::string& origName,
   if (replace && !AskYesNo(ui, origName + " Already Exists. Do You Want To Replace It?"))
     return Ending::Declined;
 
+  // Whoever splits a file into these pieces holds the name of piece 1; so does the join, lest
+  // pieces are replaced under its hands. It replaces none itself, so piece 1 may be read-only.
+  const TargetFile held(folder / PathFromText(PieceNameOf(origName, 1)), 0,
+                        Existing::ReplaceScratch);
   std::vector<Piece> pieces = FindPieces(folder, origName, ui);
   DropShadowed(pieces);
   if (!NumbersAreWhole(pieces, origName, ui)) return Ending::Failed;
+  // A link that leads nowhere, say, is a piece that cannot be read, and not the end of the pieces.
+  const auto next = folder / PathFromText(PieceNameOf(origName, pieces.back().number + 1));
+  if (NameIsTaken(next)) (void)StateOf(next);
   std::uint64_t total = 0;
-  for (Piece& piece : pieces) total += piece.length = FileLength(PathFromText(piece.path));
+  for (Piece& piece : pieces) {
+    piece.state = StateOf(PathFromText(piece.path));
+    total += piece.state.length;
+  }
   if (!SizesAreRight(pieces, origName, ui)) return Ending::Declined;
 
   scratch.emplace(folder / scratchName);
   ui.ShowProgressForm("Joining Files");
   const Output joined{target, total, pieces.size(), [&](std::size_t i) {
-                        return ByteRange{PathFromText(pieces[i].path), 0, pieces[i].length};
+                        const FileState& state = pieces[i].state;
+                        return ByteRange{PathFromText(pieces[i].path), 0, state.length, state};
                       }};
   // The bar's steps grow with the index, so that it fills quickly when there are many pieces.
   const Watch watch = StepProgress(ui, "PB1", 0, [](double value, std::size_t index) {
@@ -142,9 +154,10 @@ std::int16_t JoinFolder(const Output& joined, bool overwrite, Ui& ui, const Watc
   return ShowingErrors(ui, [&]() -> std::int16_t {
     if (joined.rangeCount > std::size_t{std::numeric_limits<std::int16_t>::max()})
       throw OverflowError();
+    Output output = joined;
+    output.existing = overwrite ? Existing::Replace : Existing::Keep;
     WriteOutputs(
-        1, [&](std::size_t) { return joined; }, joined.length,
-        overwrite ? Existing::Replace : Existing::Keep, watch);
+        1, [&](std::size_t) { return output; }, output.length, watch);
     return static_cast<std::int16_t>(joined.rangeCount);
   });
 }

@@ -49,14 +49,21 @@ std::int16_t SlyIt(SplitForm& form, Ui& ui) {
   if (!size) return 0;
 
   // The look is at the source's own folder, wherever the pieces are to go.
-  if (NameIsTaken(PathFromText(PieceNameOf(PathText(form.Text1), 1)))) {
+  const std::optional<bool> taken = ShowingErrors(ui, [&]() -> std::optional<bool> {
+    return NameIsTaken(PathFromText(PieceNameOf(PathText(form.Text1), 1)));
+  });
+  if (taken == true) {
     ui.Message("Sly File Already Exists. Unable To Sly File.", Icon::Critical);
     End(ui);
     return 0;
   }
   SplitOptions options;
   options.outputFolder = form.Text2;
-  const std::int16_t pieces = SplitFile(form.Text1, *size, options, ui).pieces;
+  // Another split may have made its pieces there since the look.
+  if (form.Text2.lexically_normal() == WithSeparator(form.Text1.parent_path()).lexically_normal())
+    options.firstPiece = Existing::Keep;
+  std::int16_t pieces = 0;
+  if (taken) pieces = SplitFile(form.Text1, *size, options, ui).pieces;
   if (pieces < 1) {
     if (AskYesNo(ui, "Unable To Sly File. Do You Want To Exit?")) End(ui);
     return 0;

@@ -49,10 +49,11 @@ struct Cut {
   int first = 1;
 };
 
-Cut CutOf(const std::filesystem::path& source, std::uint64_t length, std::uint64_t size,
+Cut CutOf(const std::filesystem::path& source, const FileState& state, std::uint64_t size,
           std::uint64_t count, const SplitOptions& options) {
-  const auto rangeAt = [source, length](std::uint64_t offset, std::uint64_t wanted) {
-    return ByteRange{source, offset, std::min(wanted, length - offset)};
+  const std::uint64_t length = state.length;
+  const auto rangeAt = [source, state](std::uint64_t offset, std::uint64_t wanted) {
+    return ByteRange{source, offset, std::min(wanted, state.length - offset), state};
   };
   if (options.SkipThenRange || options.SkipThenTrailer) {
     const std::uint64_t wanted = options.SkipThenRange ? options.SecondPieceSize : directoryLength;
@@ -83,15 +84,16 @@ Watch StepsTo(double end, std::uint64_t count, Ui& ui, std::string_view bar, dou
 
 /// Writes the pieces of a cut, the first one last.
 void WritePieces(const Cut& cut, const std::function<std::filesystem::path(int number)>& nameOf,
-                 const Watch& watch) {
+                 Existing firstPiece, const Watch& watch) {
   const auto output = [&](std::size_t index) {
     const int number = cut.first + (index + 1 == cut.written ? 0 : static_cast<int>(index) + 1);
     ByteRange range = cut.range(number);
-    return Output{nameOf(number), range.length, 1, [range](std::size_t) { return range; }};
+    return Output{nameOf(number), range.length, 1, [range](std::size_t) { return range; },
+                  number == cut.first ? firstPiece : Existing::Replace};
   };
   std::uint64_t total = 0;
   for (int i = 0; i < static_cast<int>(cut.written); ++i) total += cut.range(cut.first + i).length;
-  WriteOutputs(cut.written, output, total, Existing::Replace, watch);
+  WriteOutputs(cut.written, output, total, watch);
 }
 
 }  // namespace
@@ -99,7 +101,8 @@ void WritePieces(const Cut& cut, const std::function<std::filesystem::path(int n
 SplitResult SplitFile(const std::filesystem::path& source, std::uint64_t pieceSize,
                       const SplitOptions& options, Ui& ui) {
   return ShowingErrors(ui, [&]() -> SplitResult {
-    const std::uint64_t length = FileLength(source);
+    const FileState state = options.state ? *options.state : StateOf(source);
+    const std::uint64_t length = state.length;
     if (length <= pieceSize) {
       ui.Message("Chunk Size Bigger Than File Size.", Icon::Information);
       return {0, options.NumberMask};
@@ -115,7 +118,7 @@ SplitResult SplitFile(const std::filesystem::path& source, std::uint64_t pieceSi
                                                      ? name + "." + Filled(number, mask)
                                                      : PieceNameOf(name, number));
     };
-    WritePieces(CutOf(source, length, pieceSize, count, options), nameOf,
+    WritePieces(CutOf(source, state, pieceSize, count, options), nameOf, options.firstPiece,
                 options.forRecovery ? StepsTo(30, count, ui, "PB1", options.barValue)
                                     : StepsTo(100, count, ui, "pb", options.barValue));
     return {pieces, mask};
@@ -125,7 +128,8 @@ SplitResult SplitFile(const std::filesystem::path& source, std::uint64_t pieceSi
 ChunkResult ChunkToTemp(const std::filesystem::path& source, std::uint64_t chunkSize,
                         const ChunkOptions& options, Ui& ui) {
   return ShowingErrors(ui, [&]() -> ChunkResult {
-    const std::uint64_t length = FileLength(source);
+    const FileState state = options.state ? *options.state : StateOf(source);
+    const std::uint64_t length = state.length;
     if (length <= chunkSize) {
       ui.Message("This file cannot be split as filesize is less or equal to maximum chunksize",
                  Icon::None);
@@ -139,16 +143,16 @@ ChunkResult ChunkToTemp(const std::filesystem::path& source, std::uint64_t chunk
     const std::uint64_t tailSize = options.SmallTailChunks ? directoryLength : chunkSize;
     const std::uint64_t tailLength = length - chunkSize;
     const auto range = [&](int number) {
-      if (number == 1) return ByteRange{source, 0, chunkSize};
+      if (number == 1) return ByteRange{source, 0, chunkSize, state};
       const std::uint64_t offset = chunkSize + tailSize * (static_cast<std::uint64_t>(number) - 2);
-      return ByteRange{source, offset, std::min(tailSize, length - offset)};
+      return ByteRange{source, offset, std::min(tailSize, length - offset), state};
     };
     const std::uint64_t written = std::min(1 + CountPieces(tailLength, tailSize), count);
     const Cut cut = options.only > 0 ? Cut{1, range, options.only}
                                      : Cut{static_cast<std::size_t>(written), range};
     WritePieces(
         cut, [&](int number) { return options.folder / ("1." + Filled(number, mask) + ".ini"); },
-        StepsTo(30, count, ui, "PB1", options.barValue));
+        Existing::Replace, StepsTo(30, count, ui, "PB1", options.barValue));
     return {chunks, mask};
   });
 }

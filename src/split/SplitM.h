@@ -2,8 +2,10 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 
+#include "system/Files.h"
 #include "system/Ui.h"
 
 namespace slyver {
@@ -20,8 +22,10 @@ struct SplitOptions {
   bool SkipThenRange = false;    ///< Skips one piece size, writes SecondPieceSize bytes, stops.
   bool SkipThenTrailer = false;  ///< As SkipThenRange, with 2500 bytes.
   std::uint64_t SecondPieceSize = 0;  ///< In bytes.
-  std::string NumberMask;             ///< The zeros that an earlier call returned.
-  double barValue = 0;                ///< Where the progress bar stands, 0 to 100.
+  std::optional<FileState> state;     ///< The state that the source must still be in, if known.
+  Existing firstPiece = Existing::Replace;  ///< What becomes of a file with the name of piece 1.
+  std::string NumberMask;                   ///< The zeros that an earlier call returned.
+  double barValue = 0;                      ///< Where the progress bar stands, 0 to 100.
   /// Pieces of a recovery are named name + "." + number, filled with zeros to the length of
   /// NumberMask; those of a split are named by PieceNameOf().
   bool forRecovery = false;
@@ -36,7 +40,8 @@ struct SplitResult {
 
 /// Cuts `source` into pieces of `pieceSize` bytes (1 or more), the last one holding the rest: piece
 /// i, counted from 1, holds the bytes from (i - 1) * pieceSize on. A piece replaces a file of its
-/// name.
+/// name, but for what `options` say of piece 1. Two programs at once cannot mix their pieces: only
+/// one of them gets to write a split's first piece.
 ///
 /// A file not longer than a piece is refused with "Chunk Size Bigger Than File Size.", one that
 /// would give more than 32767 pieces with "Overflow". Any other failure is shown by its own
@@ -47,10 +52,11 @@ SplitResult SplitFile(const std::filesystem::path& source, std::uint64_t pieceSi
                       const SplitOptions& options, Ui& ui);
 
 struct ChunkOptions {
-  std::filesystem::path folder;  ///< Where the chunks go; its last level is made if need be.
-  bool SmallTailChunks = false;  ///< Every chunk from chunk 2 on is 2500 bytes long.
-  int only = 0;                  ///< The one chunk to write, 1 or 2; 0 writes them all.
-  double barValue = 0;           ///< Where the progress bar stands, 0 to 100.
+  std::filesystem::path folder;    ///< Where the chunks go; its last level is made if need be.
+  bool SmallTailChunks = false;    ///< Every chunk from chunk 2 on is 2500 bytes long.
+  int only = 0;                    ///< The one chunk to write, 1 or 2; 0 writes them all.
+  std::optional<FileState> state;  ///< The state that the source must still be in, if known.
+  double barValue = 0;             ///< Where the progress bar stands, 0 to 100.
 };
 
 struct ChunkResult {

@@ -10,7 +10,8 @@ namespace slyver {
 /// All that the program does with names on the disk; what it does with the bytes of files is in
 /// SourceFile and TargetFile. Paths may be as long as the system can bear.
 
-/// Whether something bears the name `path`, be it a link that leads nowhere.
+/// Whether something bears the name `path`, be it a link that leads nowhere. Throws FileError when
+/// that cannot be told: what cannot be seen is not to be taken for free.
 bool NameIsTaken(const std::filesystem::path& path);
 
 /// Whether `path` is a folder, or a link to one. A path that cannot be looked at is none.
@@ -27,8 +28,8 @@ void MakeFolder(const std::filesystem::path& path, Access access = Access::Inher
 /// is no failure.
 void RemoveFolder(const std::filesystem::path& path);
 
-/// Removes the file or link `path`. A failure goes unnoticed.
-void RemoveFile(const std::filesystem::path& path);
+/// Removes the file or link `path`. Returns why it could not; nothing of that name is no failure.
+std::error_code RemoveFile(const std::filesystem::path& path);
 
 /// Gives the file `from` the name `to` in the same file system; a file of that name is replaced.
 /// Throws FileError, naming `to`.
@@ -51,7 +52,7 @@ std::error_code ListFolder(const std::filesystem::path& folder, const EntryVisit
 std::filesystem::path FullPathOf(const std::filesystem::path& typed);
 
 /// The first line of the file, pipe or device `path`, without its line feed. Throws FileError when
-/// it cannot be opened.
+/// it cannot be opened or read.
 std::string ReadFirstLine(const std::filesystem::path& path);
 
 }  // namespace slyver

@@ -36,8 +36,10 @@ EntryKind KindOf(const fs::directory_entry& entry) {
 }  // namespace
 
 bool NameIsTaken(const fs::path& path) {
-  std::error_code ignored;
-  return fs::exists(fs::symlink_status(path, ignored));
+  std::error_code error;
+  const fs::file_status status = fs::symlink_status(path, error);
+  if (status.type() == fs::file_type::none) throw FileError(path, error);
+  return fs::exists(status);
 }
 
 bool FolderExists(const fs::path& path) {
@@ -62,9 +64,10 @@ void RemoveFolder(const fs::path& path) {
   if (error) throw FileError(path, error);
 }
 
-void RemoveFile(const fs::path& path) {
-  std::error_code ignored;
-  fs::remove(path, ignored);
+std::error_code RemoveFile(const fs::path& path) {
+  std::error_code error;
+  fs::remove(path, error);
+  return error;
 }
 
 void RenameFile(const fs::path& from, const fs::path& to) {
@@ -90,9 +93,10 @@ fs::path FullPathOf(const fs::path& typed) {
 
 std::string ReadFirstLine(const fs::path& path) {
   std::ifstream file(path);
-  if (!file) throw FileError(path, LastError());
   std::string line;
-  std::getline(file, line);
+  if (file) std::getline(file, line);
+  // An empty file has no line, which is no failure to read it.
+  if (!file.is_open() || file.bad()) throw FileError(path, LastError());
   return line;
 }
 

@@ -132,7 +132,10 @@ class OwnerOnlyDescriptor {
 }  // namespace
 
 bool NameIsTaken(const fs::path& path) {
-  return !path.empty() && GetFileAttributesW(LongPath(path).c_str()) != INVALID_FILE_ATTRIBUTES;
+  if (path.empty()) return false;
+  if (GetFileAttributesW(LongPath(path).c_str()) != INVALID_FILE_ATTRIBUTES) return true;
+  if (!IsMissing(GetLastError())) FailWithLastError(path);
+  return false;
 }
 
 bool FolderExists(const fs::path& path) {
@@ -170,8 +173,9 @@ void RemoveFolder(const fs::path& path) {
   if (!RemoveTree(name, isLink)) FailWithLastError(path);
 }
 
-void RemoveFile(const fs::path& path) {
-  if (!path.empty()) (void)RemoveName(LongPath(path), DeleteFileW);
+std::error_code RemoveFile(const fs::path& path) {
+  if (path.empty() || RemoveName(LongPath(path), DeleteFileW)) return {};
+  return LastError();
 }
 
 void RenameFile(const fs::path& from, const fs::path& to) {
@@ -213,9 +217,12 @@ std::string ReadFirstLine(const fs::path& path) {
   std::string text;
   std::array<char, 256> part = {};
   DWORD count = 0;
-  while (text.find('\n') == std::string::npos &&
-         ReadFile(file.Get(), part.data(), part.size(), &count, nullptr) != 0 && count > 0)
+  do {
+    if (ReadFile(file.Get(), part.data(), part.size(), &count, nullptr) == 0 &&
+        GetLastError() != ERROR_BROKEN_PIPE)
+      FailWithLastError(path);
     text.append(part.data(), count);
+  } while (count > 0 && text.find('\n') == std::string::npos);
   return text.substr(0, text.find('\n'));
 }
 

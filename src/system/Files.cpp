@@ -16,7 +16,6 @@
 #include "system/Disk.h"
 #include "system/FileError.h"
 #include "system/PathText.h"
-#include "system/SourceFile.h"
 
 namespace slyver {
 
@@ -27,12 +26,19 @@ constexpr std::uint64_t sliceLength = std::uint64_t{4} * 1024 * 1024;
 constexpr std::uint64_t worthASecondThread = std::uint64_t{1} * 1024 * 1024;
 constexpr std::chrono::milliseconds watchInterval{50};
 
+/// Whether a file may take less space than its length.
+bool HasHoles(const Output& output) {
+  for (std::size_t i = 0; i < output.rangeCount; ++i)
+    if (const auto state = output.range(i).state; state && state->sparse) return true;
+  return false;
+}
+
 /// A file on its way, shared by the threads that write slices of it.
 struct Pending {
-  Pending(Output what, std::size_t itsNumber, Existing existing)
+  Pending(Output what, std::size_t itsNumber)
       : output(std::move(what)),
         number(itsNumber),
-        file(output.target, output.length, existing),
+        file(output.target, HasHoles(output) ? 0 : output.length, output.existing),
         bytesLeft(output.length) {}
 
   Output output;
@@ -55,10 +61,11 @@ struct Slice {
 class Copy {
  public:
   Copy(std::size_t count, const std::function<Output(std::size_t)>& output,
-       std::uint64_t bytesTotal, Existing existing)
-      : count_(count), output_(output), bytesTotal_(bytesTotal), existing_(existing) {}
+       std::uint64_t bytesTotal)
+      : count_(count), output_(output), bytesTotal_(bytesTotal) {}
 
   void Run(const Watch& watch) {
+    if (count_ > 0) last_ = std::make_shared<Pending>(output_(count_ - 1), count_ - 1);
     {
       const unsigned threadCount = bytesTotal_ < worthASecondThread ? 1 : 2;
       running_ = threadCount;
@@ -117,13 +124,29 @@ class Copy {
 
   void CopySlice(const Slice& slice, std::vector<char>& buffer) {
     for (std::uint64_t done = 0; done < slice.length && !stop_;) {
+      const std::uint64_t data = SkipHole(slice, done);
+      bytesDone_ += data - done;
+      done = data;
       const std::span part(buffer.data(), static_cast<std::size_t>(std::min<std::uint64_t>(
                                               buffer.size(), slice.length - done)));
+      if (part.empty()) return;
       slice.source->Read(slice.sourceOffset + done, part);
       slice.pending->file.Write(slice.targetOffset + done, part);
       done += part.size();
       bytesDone_ += part.size();
     }
+  }
+
+  /// How much of the slice is done where the next bytes are that take space. What is skipped stays
+  /// a hole in the target too, whose last byte is written so that it gets its length.
+  static std::uint64_t SkipHole(const Slice& slice, std::uint64_t done) {
+    const std::uint64_t next =
+        slice.source->NextData(slice.sourceOffset + done, slice.sourceOffset + slice.length) -
+        slice.sourceOffset;
+    const std::uint64_t targetEnd = slice.pending->output.length;
+    if (next > done && slice.targetOffset + next == targetEnd)
+      slice.pending->file.Write(targetEnd - 1, std::string_view("\0", 1));
+    return next;
   }
 
   /// Gives the file its name when the slice was its last.
@@ -134,13 +157,20 @@ class Copy {
   }
 
   void Complete(const std::shared_ptr<Pending>& pending) {
-    const bool isLast = pending->number + 1 == count_;
-    if (!isLast) pending->file.Commit();
+    if (pending == last_) return;
+    RemoveOldLast();
+    pending->file.Commit();
     const std::lock_guard lock(mutex_);
-    if (isLast)
-      last_ = pending;
-    else
-      written_.push_back(pending->number);
+    written_.push_back(pending->number);
+  }
+
+  /// Before any other file is replaced, an old one with the last one's name goes: beside new files
+  /// it would make what stands there look whole.
+  void RemoveOldLast() {
+    const std::lock_guard lock(mutex_);
+    const Output& last = last_->output;
+    if (last.existing == Existing::Keep) return;
+    if (const std::error_code error = RemoveFile(last.target)) throw FileError(last.target, error);
   }
 
   /// The next slice, or none when all are handed out or the work is to stop.
@@ -149,16 +179,12 @@ class Copy {
     while (!stop_) {
       if (range_ && rangeDone_ < range_->length) return TakeSlice();
       if (pending_ && nextRange_ < pending_->output.rangeCount) {
-        range_ = pending_->output.range(nextRange_++);
-        rangeDone_ = 0;
-        source_ = OpenSource(range_->path);
-        if (range_->length > source_->Length() ||
-            range_->offset > source_->Length() - range_->length)
-          throw FileError(range_->path, "The file is too short");
-        ++rangesStarted_;
+        StartRange(pending_->output.range(nextRange_));
       } else {
         if (nextOutput_ == count_) return std::nullopt;
-        pending_ = std::make_shared<Pending>(output_(nextOutput_), nextOutput_, existing_);
+        pending_ = nextOutput_ + 1 == count_
+                       ? last_
+                       : std::make_shared<Pending>(output_(nextOutput_), nextOutput_);
         ++nextOutput_;
         nextRange_ = 0;
         targetDone_ = 0;
@@ -167,6 +193,20 @@ class Copy {
       }
     }
     return std::nullopt;
+  }
+
+  /// Changes nothing unless all goes well: while a failure is on its way to Stop(), the other
+  /// thread may come here and must not find a range without its source.
+  void StartRange(ByteRange range) {
+    std::shared_ptr<const SourceFile> source = OpenSource(range.path);
+    if (range.state) source->ThrowUnlessOpenedAs(*range.state);
+    if (range.length > source->Length() || range.offset > source->Length() - range.length)
+      throw FileError(range.path, "The file is too short");
+    source_ = std::move(source);
+    range_ = std::move(range);
+    rangeDone_ = 0;
+    ++nextRange_;
+    ++rangesStarted_;
   }
 
   Slice TakeSlice() {
@@ -185,13 +225,13 @@ class Copy {
   }
 
   void RemoveWritten() const {
-    for (const std::size_t number : written_) RemoveFile(output_(number).target);
+    for (const std::size_t number : written_) (void)RemoveFile(output_(number).target);
   }
 
   const std::size_t count_;
   const std::function<Output(std::size_t)>& output_;
   const std::uint64_t bytesTotal_;
-  const Existing existing_;
+  std::shared_ptr<Pending> last_;  ///< Begun before the threads are, and named after them.
 
   std::mutex nextMutex_;  ///< Guards what Next() keeps:
   std::size_t nextOutput_ = 0;
@@ -212,14 +252,13 @@ class Copy {
   std::exception_ptr failure_;
   bool cancelled_ = false;
   std::vector<std::size_t> written_;
-  std::shared_ptr<Pending> last_;
 };
 
 }  // namespace
 
 void WriteOutputs(std::size_t count, const std::function<Output(std::size_t)>& output,
-                  std::uint64_t bytesTotal, Existing existing, const Watch& watch) {
-  Copy(count, output, bytesTotal, existing).Run(watch);
+                  std::uint64_t bytesTotal, const Watch& watch) {
+  Copy(count, output, bytesTotal).Run(watch);
 }
 
 void Concatenate(std::span<const ByteRange> ranges, const std::filesystem::path& target,
@@ -228,13 +267,18 @@ void Concatenate(std::span<const ByteRange> ranges, const std::filesystem::path&
       std::accumulate(ranges.begin(), ranges.end(), std::uint64_t{0},
                       [](std::uint64_t sum, const ByteRange& r) { return sum + r.length; });
   const auto output = [&](std::size_t) {
-    return Output{target, length, ranges.size(), [&](std::size_t i) { return ranges[i]; }};
+    return Output{target, length, ranges.size(), [&](std::size_t i) { return ranges[i]; },
+                  existing};
   };
-  WriteOutputs(1, output, length, existing, watch);
+  WriteOutputs(1, output, length, watch);
+}
+
+FileState StateOf(const std::filesystem::path& path) {
+  return SourceFile(path).Opened();
 }
 
 std::uint64_t FileLength(const std::filesystem::path& path) {
-  return SourceFile(path).Length();
+  return StateOf(path).length;
 }
 
 std::string ReadSmallFile(const std::filesystem::path& path) {

@@ -4,8 +4,26 @@
 #include <filesystem>
 #include <memory>
 #include <span>
+#include <string_view>
 
 namespace slyver {
+
+/// What is said of a file whose state is not what it was when a job began with it.
+inline constexpr std::string_view fileWasChanged = "The file was changed while it was being read";
+
+/// One state of one file. Two that are equal tell of the same file, with nothing written to it in
+/// between.
+struct FileState {
+  std::uint64_t length = 0;  ///< In bytes.
+  std::uint64_t device = 0;  ///< The file system's number of the disk, and of the file on it.
+  std::uint64_t number = 0;
+  std::int64_t seconds = 0;  ///< When it was last written to, in the system's own time.
+  std::int64_t nanoseconds = 0;
+  bool sparse = false;  ///< Whether some of it may take no space on the disk.
+
+  /// Whether a file takes space may change by itself and does not count.
+  bool operator==(const FileState& other) const;
+};
 
 /// A regular file that is open for reading at any offset, from any thread.
 class SourceFile {
@@ -19,15 +37,25 @@ class SourceFile {
 
   const std::filesystem::path& Path() const;
 
+  /// The state of the file when it was opened.
+  const FileState& Opened() const;
+
   /// The length in bytes that the file had when it was opened.
-  std::uint64_t Length() const;
+  std::uint64_t Length() const { return Opened().length; }
 
   /// Fills all of `buffer` with the bytes from `offset` (bytes, from 0). Throws FileError when
   /// they cannot be read or the file ends before.
   void Read(std::uint64_t offset, std::span<char> buffer) const;
 
-  /// Throws FileError when the file's length or modification time is no longer what it was when
-  /// the file was opened: what was read since may be a mixture of two states.
+  /// The first offset from `offset` on, and not beyond `end`, from which there may be bytes other
+  /// than zeros that take no space on the disk; `end` when there is none.
+  std::uint64_t NextData(std::uint64_t offset, std::uint64_t end) const;
+
+  /// Throws FileError when the state in which the file was opened is another than `expected`.
+  void ThrowUnlessOpenedAs(const FileState& expected) const;
+
+  /// Throws FileError when the file is no longer in the state in which it was opened: what was read
+  /// since may be a mixture of two states.
   void ThrowIfChanged() const;
 
  private:

@@ -24,7 +24,7 @@ std::filesystem::path TemporaryPath(const std::filesystem::path& target);
 /// an object that is destroyed without Commit() leaves nothing behind.
 class TargetFile {
  public:
-  /// Starts a file of `length` bytes and reserves the space for it where the file system can.
+  /// Starts a file and reserves the space for `length` bytes where the file system can.
   /// Throws FileError, naming `target`, when the folder cannot be written, the disk has no room,
   /// `target` is a folder or a device, `target` exists and `existing` is Keep, or another program
   /// is writing it.

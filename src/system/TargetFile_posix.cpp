@@ -118,6 +118,8 @@ TargetFile::TargetFile(std::filesystem::path target, std::uint64_t length, Exist
   state_->temporary = TemporaryPath(target);
   state_->target = std::move(target);
   state_->existing = existing;
+  // What bears the name is looked at under the lock: another program may have given it just now.
+  state_->descriptor = CreateTemporary(state_->temporary, state_->target);
   struct stat found = {};
   if (lstat(state_->target.c_str(), &found) == 0) {
     if (S_ISDIR(found.st_mode))
@@ -130,7 +132,6 @@ TargetFile::TargetFile(std::filesystem::path target, std::uint64_t length, Exist
     // A name that is too long, say, is better known now than after the long work.
     Fail(state_->target);
   }
-  state_->descriptor = CreateTemporary(state_->temporary, state_->target);
   Reserve(state_->descriptor, length, state_->target);
 }
 

@@ -103,18 +103,19 @@ TargetFile::TargetFile(std::filesystem::path target, std::uint64_t length, Exist
   state_->target = std::move(target);
   state_->existing = existing;
   RequireUsableName(state_->target);
+  // What bears the name is looked at under the lock: another program may have given it just now.
+  state_->handle = CreateTemporary(TemporaryPath(state_->target), state_->target);
   const DWORD attributes = GetFileAttributesW(LongPath(state_->target).c_str());
   if (attributes != INVALID_FILE_ATTRIBUTES) {
     if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
       throw FileError(state_->target, std::make_error_code(std::errc::is_a_directory));
     if (existing == Existing::Keep)
       throw FileError(state_->target, std::make_error_code(std::errc::file_exists));
-    RequireReplaceable(state_->target, attributes);
+    if (existing == Existing::Replace) RequireReplaceable(state_->target, attributes);
   } else if (GetLastError() != ERROR_FILE_NOT_FOUND) {
     // A name that is too long, say, is better known now than after the long work.
     FailWithLastError(state_->target);
   }
-  state_->handle = CreateTemporary(TemporaryPath(state_->target), state_->target);
   Reserve(state_->handle.Get(), length, state_->target);
 }
 

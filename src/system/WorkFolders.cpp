@@ -1,5 +1,6 @@
 #include "system/WorkFolders.h"
 
+#include <system_error>
 #include <utility>
 
 #include "system/FileError.h"
@@ -50,11 +51,11 @@ ScratchFolder::~ScratchFolder() {
 }
 
 ScratchFile::ScratchFile(fs::path path) : path_(std::move(path)) {
-  RemoveFile(path_);
+  if (const std::error_code error = RemoveFile(path_)) throw FileError(path_, error);
 }
 
 ScratchFile::~ScratchFile() {
-  RemoveFile(path_);
+  (void)RemoveFile(path_);
 }
 
 }  // namespace slyver

@@ -34,9 +34,10 @@ class ScratchFolder {
 };
 
 /// A file that a job writes outside its scratch folder: one of that name is removed at the start
-/// and at the end of the object's life; a failure to remove it goes unnoticed.
+/// and at the end of the object's life; a failure to remove it at the end goes unnoticed.
 class ScratchFile {
  public:
+  /// Throws FileError when what bears the name cannot be removed: it would be taken for the job's.
   explicit ScratchFile(std::filesystem::path path);
   ~ScratchFile();
   ScratchFile(const ScratchFile&) = delete;

@@ -73,6 +73,7 @@ TEST_F(SlyHidden, RefusesWithTheReason) {
   ExpectRefused("$SLY list six", nobodyForPassword);
   ExpectRefused("$SLY recover six <pw", nobodyForPassword);
   ExpectRefused("$SLY list six --password-file no", "no: No such file or directory\n");
+  ExpectRefused("$SLY list six --password-file .", ".: Is a directory\n");
   ExpectRefused("$SLY list six --password-file /dev/null", "Enter Password.\n");
   ExpectRefused("$SLY list six --password-file -", "Enter Password.\n");
   ExpectRefused("$SLY hide --password-file - m.png a.bin", "Enter Password.\n");
@@ -168,7 +169,8 @@ TEST_F(SlyHidden, AsksWhichFileOnATerminal) {
 }
 
 TEST_F(SlyHidden, CtrlCLeavesNothing) {
-  fs::resize_file(folder / "a.bin", 2000000000);
+  // Reserved, since what takes no space is not copied.
+  ASSERT_EQ(Run("fallocate -l 2000000000 a.bin").status, 0);
   OnTerminal terminal(folder, "exec $SLY hide $P m.png a.bin");
   terminal.WaitFor(" of 2.00 GB");
   terminal.Type("\x03");

@@ -1,7 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <csignal>
+#include <cstdlib>
 #include <thread>
 
+#include "console/Terminal.h"
 #include "support/SlyProgram.h"
 
 namespace slyver {
@@ -128,13 +131,13 @@ TEST_F(Sly, NamesTheFileAndTheCauseOfAFailure) {
   ExpectRefused("$SLY split a --quiet", exit + "Chunk Size Bigger Than File Size.\n");
   ExpectRefused("$SLY split .", path(".") + ": Is a directory\n" + exit);
   ExpectRefused("mkdir ro; chmod 500 ro; " + Unprivileged("$SLY split a -s 15000 -o ro"),
-                path("ro/a.2.sly") + ": Permission denied\n" + exit);
+                path("ro/a.1.sly") + ": Permission denied\n" + exit);
   ExpectRefused("cp a b; chmod 0 b; " + Unprivileged("$SLY split b"),
                 path("b") + ": Permission denied\n" + exit);
-  // The limit is one of blocks of 512 bytes: piece 2 fits, piece 1 does not.
+  // The limit is one of blocks of 512 bytes: piece 2 fits, piece 1 does not and is begun first.
   ExpectRefused("ulimit -f 20; $SLY split a -s 15000",
                 path("a.1.sly") + ": File too large\n" + exit);
-  EXPECT_EQ(Names(), (std::set<std::string>{"a", "a.2.sly", "b", "ro"}));
+  EXPECT_EQ(Names(), (std::set<std::string>{"a", "b", "ro"}));
   EXPECT_EQ(Names(folder / "ro"), std::set<std::string>{});
 
   WriteFile(folder / "c.1.sly", SomeBytes(20000));
@@ -160,9 +163,9 @@ TEST_F(Sly, RemovesAScratchFolderThatIsReadOnly) {
 
 TEST_F(Sly, CtrlCStopsABigSplitAndLeavesNothing) {
   WriteFile(folder / "big", "x");
-  fs::resize_file(folder / "big", std::uint64_t{20} * 1000 * 1000 * 1000);
+  fs::resize_file(folder / "big", std::uint64_t{47} * 1000 * 1000 * 1000);
   OnTerminal terminal(folder, "exec $SLY split big");
-  terminal.WaitFor(" of 20.0 GB");
+  terminal.WaitFor(" of 47.0 GB");
   for (int i = 0; i < 3000 && !fs::exists(folder / "big.9.sly"); ++i)
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
   terminal.Type("\x03");
@@ -173,7 +176,7 @@ TEST_F(Sly, CtrlCStopsABigSplitAndLeavesNothing) {
 
 TEST_F(Sly, IgnoresASignalThatItsCallerIgnores) {
   WriteFile(folder / "big", "x");
-  fs::resize_file(folder / "big", std::uint64_t{20} * 1000 * 1000 * 1000);
+  fs::resize_file(folder / "big", std::uint64_t{47} * 1000 * 1000 * 1000);
   const Outcome outcome = Run(R"(
     trap '' HUP
     $SLY split big & sly=$!
@@ -184,6 +187,19 @@ TEST_F(Sly, IgnoresASignalThatItsCallerIgnores) {
     wait $sly)");
   EXPECT_EQ(outcome.status, 143) << outcome.err;
   EXPECT_EQ(Names(), std::set<std::string>{"big"});
+}
+
+TEST(Terminal, IgnoresASignalThatComesWhenTheWorkIsDone) {
+  const auto live = [](bool done) {
+    {
+      const Terminal terminal;
+      (void)std::raise(SIGTERM);
+      if (terminal.StopSignal() == SIGTERM && done) terminal.IgnoreStops();
+    }
+    std::_Exit(0);
+  };
+  EXPECT_EXIT(live(true), testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(live(false), testing::KilledBySignal(SIGTERM), "");
 }
 
 TEST_F(Sly, AsksOnATerminal) {

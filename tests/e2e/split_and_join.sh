@@ -13,7 +13,7 @@ key Return
 choose "Select File To Sly" "$file"
 await form Slyver
 key shift+Tab   # From "Sly It" back to the options, of which the first is chosen.
-key Down Tab    # The second one, and on to the size.
+key Down space Tab # The second one, and on to the size.
 key Tab
 xdotool type "x3"
 key Return
@@ -50,14 +50,14 @@ cmp "$file" "$home/files/original" || fail "the file joined from the command lin
 [ ! -e "$home/files/temprrr" ] || fail "the work folder is still there"
 
 # A long job is stopped by closing its window, and leaves nothing.
-truncate -s 20G "$home/files/big"
+truncate -s 43G "$home/files/big"
 mkdir "$home/out"
 start "$home/files/big"
 await form Slyver
 key Return
 has_begun() { [ -n "$(ls -A "$home/files" | grep -v -e '^big$' -e '^some file' -e '^original$')" ]; }
 until_true "the first piece" has_begun
-point Slyver -20 12
+point_at_caption_button Slyver 1
 xdotool click 1
 await_end
 [ "$(ls -A "$home/files" | wc -l)" = 6 ] || fail "the stopped job has left: $(ls -A "$home/files")"

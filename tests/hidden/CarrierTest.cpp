@@ -88,5 +88,15 @@ TEST_F(CarrierFile, HasItsDirectoryInTheLast2500Bytes) {
   EXPECT_EQ(ErrorOf([&] { ReadDirectoryText(path); }), path.string() + ": The file is too short");
 }
 
+TEST_F(CarrierFile, IsNotReadAsEmptyWhenItCannotBeRead) {
+  const auto path = folder / "1.ini";
+  EXPECT_EQ(ErrorOf([&] { (void)DirectoryFile(path); }),
+            path.string() + ": No such file or directory");
+  WriteFile(path, SampleDirectory("07", sampleFiles[0].record));
+  const ValueReader directory = DirectoryFile(path);
+  std::filesystem::remove(path);
+  EXPECT_EQ(CountRecords(directory), 1) << "one reading serves all questions";
+}
+
 }  // namespace
 }  // namespace slyver

@@ -122,6 +122,21 @@ TEST_F(Hide, AnAdditionNeedsConsentAndTheFirstPassword) {
   EXPECT_EQ(Names(), (std::set<std::string>{"a.bin", "m.png"}));
 }
 
+TEST_F(Hide, AddsNothingWhereItCouldNotBeFoundAgain) {
+  const std::string whole = SampleCarrier(sampleMains[5], 2);
+  std::string longer = whole;
+  longer.insert(3000, "x");
+  for (const std::string& damaged : {whole.substr(1), longer}) {
+    WriteFile(form.Text1, damaged);
+    ExpectAddition(samplePassword);
+    ui.ExpectMessage(form.Text1.string() + ": The list of the files hidden in it is damaged",
+                     Icon::Critical);
+    ExpectEnd("Unable To Hide File.", Icon::Critical);
+    EXPECT_EQ(RunSteps(), std::nullopt);
+  }
+  EXPECT_EQ(Names(), (std::set<std::string>{"a.bin", "m.png"}));
+}
+
 TEST_F(Hide, ChecksTheFormInItsOrder) {
   const std::string path = folder.string();
   const std::string none, main = path + "/m.png", hidden = path + "/a.bin";
@@ -281,7 +296,8 @@ TEST_F(Hide, AFileThatChangesMeanwhileIsNotHidden) {
     ASSERT_TRUE(job.Check() && job.PrepareHide());
     ASSERT_EQ(job.CheckIni(), HideJob::Ini::Complete);
     const fs::path& changed = main ? form.Text1 : form.Text2;
-    WriteFile(changed, ReadFile(changed) + "x");
+    WriteFile(folder / "other", ReadFile(changed));
+    fs::rename(folder / "other", changed);  // The same length and bytes are not enough.
     ui.ExpectMessage(changed.string() + ": The file was changed while it was being hidden",
                      Icon::Critical);
     ExpectEnd("Unable To Hide File.", Icon::Critical);

@@ -256,7 +256,8 @@ TEST_F(Recover, CancelAndFailureLeaveNothing) {
     ui.ExpectProgressForm("Recovering Files");
     RecoverJob job(form, ui, BigFiles::Take);
     EXPECT_EQ(job.RecHidden(), Next::Choose);
-    fs::resize_file(form.Text1, 203006);
+    WriteFile(folder / "other", ReadFile(form.Text1));
+    fs::rename(folder / "other", form.Text1);  // The same length and bytes are not enough.
     ui.ExpectMessage(
         form.Text1.string() + ": The file was changed while it was being recovered from",
         Icon::Critical);

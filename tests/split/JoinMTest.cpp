@@ -196,6 +196,23 @@ TEST_F(Join, AnOldTargetSurvivesFailureAndCancel) {
   EXPECT_EQ(Names(), before);
 }
 
+TEST_F(Join, ALastPieceThatCannotBeReadIsNotPassedOver) {
+  MakePieces(1, 3);
+  if (!MakeFileLink(folder / "nowhere", Piece(4))) GTEST_SKIP() << "no links here";
+  ExpectFailed(Piece(4).string() + ": No such file or directory");
+  JoinFrom(Piece(1), false);
+}
+
+TEST_F(Join, WaitsForNoSplitThatReplacesThePieces) {
+  MakePieces(1, 3);
+  {
+    const LockedFile other(TemporaryPath(Piece(1)));
+    ExpectFailed(Piece(1).string() + ": Another program is writing this file");
+    JoinFrom(Piece(2), false);
+  }
+  fs::remove(TemporaryPath(Piece(1)));
+}
+
 TEST_F(Join, PiecesLeftInAScratchFolderAreNoPieces) {
   MakePieces(1, 2);
   fs::create_directories(folder / "temprrr" / "sub");

@@ -184,9 +184,42 @@ TEST_F(SplitM, KeepsCompletePiecesOnFailureAndWritesPieceOneLast) {
   ui.ExpectMessage((out / "my file.v1.dat.4.sly").string() + ": Is a directory", Icon::Critical);
   EXPECT_EQ(SplitFile(source, 10, options, ui).pieces, 0);
   fs::remove(out / "my file.v1.dat.4.sly");
-  EXPECT_EQ(Written(), (Pieces{{"my file.v1.dat.1.sly", "old"},
-                               {"my file.v1.dat.2.sly", bytes.substr(10, 10)},
-                               {"my file.v1.dat.3.sly", bytes.substr(20, 10)}}));
+  EXPECT_EQ(Written(), (Pieces{{"my file.v1.dat.2.sly", bytes.substr(10, 10)},
+                               {"my file.v1.dat.3.sly", bytes.substr(20, 10)}}))
+      << "an old piece 1 would make a mixture look whole";
+}
+
+TEST_F(SplitM, TouchesNoPieceThatAnotherSplitIsWritingOrHasWritten) {
+  const std::string bytes = MakeSource(40);
+  fs::create_directory(out);
+  const Pieces old = {{"my file.v1.dat.1.sly", "old"}, {"my file.v1.dat.3.sly", "old"}};
+  for (const auto& [name, data] : old) WriteFile(out / name, data);
+  const fs::path first = out / "my file.v1.dat.1.sly";
+  {
+    const LockedFile other(TemporaryPath(first));
+    ui.ExpectMessage(first.string() + ": Another program is writing this file", Icon::Critical);
+    EXPECT_EQ(SplitFile(source, 10, options, ui).pieces, 0);
+  }
+  fs::remove(TemporaryPath(first));
+  options.firstPiece = Existing::Keep;
+  ui.ExpectMessage(first.string() + ": File exists", Icon::Critical);
+  EXPECT_EQ(SplitFile(source, 10, options, ui).pieces, 0);
+  EXPECT_EQ(Written(), old);
+}
+
+TEST_F(SplitM, CutsOnlyTheStateThatWasAskedFor) {
+  (void)MakeSource(40);
+  options.state = chunkOptions.state = StateOf(source);
+  WriteFile(folder / "other", std::string(40, 'o'));
+  fs::rename(folder / "other", source);
+  for (const bool chunks : {false, true}) {
+    ui.ExpectMessage(source.string() + ": The file was changed while it was being read",
+                     Icon::Critical);
+    EXPECT_EQ(chunks ? ChunkToTemp(source, 10, chunkOptions, ui).chunks
+                     : SplitFile(source, 10, options, ui).pieces,
+              0);
+  }
+  EXPECT_EQ(Written(), Pieces{});
 }
 
 TEST_F(SplitM, LeavesNoPieceWhenCancelled) {

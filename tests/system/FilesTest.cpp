@@ -41,8 +41,9 @@ class Files : public TempFolderTest {
   /// Copies the source in two halves; `between` runs when the first is copied.
   void ConcatenateHalves(const std::function<void()>& between) const {
     const std::uint64_t half = bytes.size() / 2;
+    int asked = 0;  // Each range is asked for once before the copy, too.
     const auto range = [&](std::size_t i) {
-      if (i == 1) between();
+      if (i == 1 && ++asked == 2) between();
       return ByteRange{source, i * half, half};
     };
     WriteOutputs(
@@ -50,7 +51,7 @@ class Files : public TempFolderTest {
         [&](std::size_t) {
           return Output{target, 2 * half, 2, range};
         },
-        2 * half, Existing::Keep, GoOn);
+        2 * half, GoOn);
   }
 
   const std::string bytes = SomeBytes(1000);
@@ -187,6 +188,19 @@ TEST_F(Files, RefusesRangesBeyondTheSourcesEnd) {
   }
 }
 
+TEST_F(Files, StopsBothThreadsWhereASourceCannotBeOpened) {
+  const fs::path missing = folder / "missing";
+  const auto output = [&](std::size_t) {
+    return Output{target, 1000, 1, [&](std::size_t) { return ByteRange{missing, 0, 1000}; }};
+  };
+  // What one thread finds while the other one fails depends on the moment.
+  for (int i = 0; i < 300; ++i) {
+    EXPECT_EQ(ErrorOf([&] { WriteOutputs(1, output, mebibyte, GoOn); }),
+              missing.string() + ": No such file or directory");
+  }
+  EXPECT_EQ(Names(), std::set<std::string>{"source"});
+}
+
 TEST_F(Files, NoticesThatASourceChangesWhileItIsRead) {
   EXPECT_EQ(
       ErrorOf([&] { ConcatenateHalves([&] { std::ofstream(source, std::ios::app) << "more"; }); }),
@@ -202,18 +216,18 @@ TEST_F(Files, GivesTheLastFileItsNameAfterAllOthersAndLeavesNothingHalfWritten) 
                     return ByteRange{source, 10 * i, 10};
                   }};
   };
-  WriteOutputs(4, output, 40, Existing::Keep, GoOn);
+  WriteOutputs(4, output, 40, GoOn);
   EXPECT_EQ(Names(), (std::set<std::string>{"0", "1", "2", "3", "source"}));
   EXPECT_EQ(ReadFile(folder / "2"), bytes.substr(20, 10));
 
   for (const char* name : {"0", "1", "2", "3"}) fs::remove(folder / name);
   fs::create_directory(folder / "2");
-  EXPECT_EQ(ErrorOf([&] { WriteOutputs(4, output, 40, Existing::Replace, GoOn); }),
+  EXPECT_EQ(ErrorOf([&] { WriteOutputs(4, output, 40, GoOn); }),
             (folder / "2").string() + ": Is a directory");
   EXPECT_EQ(Names(), (std::set<std::string>{"0", "1", "2", "source"})) << "complete files stay";
 
   for (const char* name : {"0", "1", "2"}) fs::remove(folder / name);
-  EXPECT_THROW(WriteOutputs(4, output, 40, Existing::Keep, StopNow), Cancelled);
+  EXPECT_THROW(WriteOutputs(4, output, 40, StopNow), Cancelled);
   EXPECT_EQ(Names(), std::set<std::string>{"source"});
 }
 

@@ -1,0 +1,61 @@
+"""Every call that touches a file fails once, with each error that matters, in every job."""
+
+import errno
+import pathlib
+
+import faults
+import jobs
+from suite import Case
+
+FAILURE = faults.failing_with(errno.EIO)
+EFFECTS = [
+    FAILURE,
+    *map(faults.failing_with, (errno.ENOSPC, errno.EACCES, errno.EINTR, errno.EINVAL)),
+    faults.SHORT,
+    faults.NOTHING,
+    faults.FULL_DISK,
+    faults.DEAD_DISK,
+]
+WITH_TWO_THREADS = [FAILURE, faults.SHORT, faults.FULL_DISK]
+SHORT_STEP = 4  # The short run takes every fourth call.
+
+
+def run(setting):
+    made = setting.folder / "made"
+    tasks = [(job, effect) for job in jobs.make_jobs(setting.sly, made) for effect in EFFECTS]
+    if not setting.short:
+        big = jobs.make_jobs_for_two_threads(setting.sly, made)
+        tasks += [(job, effect) for job in big for effect in WITH_TWO_THREADS]
+    return faults.both_cores(
+        lambda job=job, effect=effect: _case(setting, job, effect) for job, effect in tasks
+    )
+
+
+def _reports_lost_data(struck, home):
+    """Whether the call, by failing, says that bytes written before may not have arrived; here they
+    have, so that only the status can show that somebody has listened."""
+    call, path = struck
+    name = pathlib.Path(path)
+    return (
+        call in ("fsync", "fdatasync", "close")
+        and name.is_relative_to(home / "files")
+        and name.name.startswith(".slyver-")
+    )
+
+
+def _case(setting, job, effect):
+    def check(home, outcome, struck):
+        if effect is faults.DEAD_DISK:  # Nothing can be removed any more.
+            return jobs.damage(job, home) + jobs.wrong_ending(job, home, outcome)
+        lost = jobs.losses(job, home, outcome, faults.spared(struck, home))
+        if _reports_lost_data(struck, home) and outcome.status == 0:
+            lost.append("not noticed")
+        if effect is faults.SHORT and outcome.status != 0:
+            lost.append(f"fails for a short count: {outcome.err}")
+        return lost
+
+    step = SHORT_STEP if setting.short else 1
+    return Case(
+        f"{job.name}: {effect.name}",
+        *faults.for_every_call(job, setting, effect, check, step, 1 + setting.seed % step),
+    )

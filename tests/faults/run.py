@@ -1,0 +1,64 @@
+"""Runs the suites and prints a table of what was tried, how often, and what was lost.
+
+usage: run.py [--short] [--seed N] --built FOLDER --checked FOLDER [SUITE...]
+"""
+
+import argparse
+import pathlib
+import random
+import shutil
+import sys
+import tempfile
+import time
+
+from suite import Setting
+
+# Each module has run(setting), which returns its cases.
+SUITES = ["failing_calls", "kills", "stops", "window"]
+
+
+def _folder(text):
+    return pathlib.Path(text).resolve()
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--short", action="store_true", help="the part that takes five minutes")
+    parser.add_argument("--seed", type=int, default=random.SystemRandom().randrange(10**6))
+    parser.add_argument("--built", type=_folder, required=True, help="the release build")
+    parser.add_argument("--checked", type=_folder, required=True, help="with sanitizers")
+    parser.add_argument("suites", nargs="*", metavar="SUITE", choices=[*SUITES, []])
+    arguments = parser.parse_args()
+
+    print(f"Seed {arguments.seed}", flush=True)
+    scratch = pathlib.Path(tempfile.mkdtemp(prefix="slyver-reliability-"))
+    passed = failed = 0
+    rows = []
+    try:
+        for name in arguments.suites or SUITES:
+            begun = time.monotonic()
+            folder = scratch / name
+            folder.mkdir()
+            cases = __import__(name).run(
+                Setting(arguments.built, arguments.checked, folder, arguments.short, arguments.seed)
+            )
+            shutil.rmtree(folder)
+            for case in cases:
+                rows.append((name, case.name, case.tried, len(case.losses)))
+                for loss in case.losses[:5]:
+                    print(f"LOST in {name}, {case.name}: {loss}", flush=True)
+            failed += sum(bool(case.losses) for case in cases)
+            passed += sum(not case.losses for case in cases)
+            print(f"{name}: {time.monotonic() - begun:.0f} s", flush=True)
+    finally:
+        shutil.rmtree(scratch, ignore_errors=True)
+
+    print("\n| suite | case | tried | losses |\n|---|---|---|---|")
+    for row in rows:
+        print("| {} | {} | {} | {} |".format(*row))
+    print(f"\n{passed} passed, {failed} failed")
+    return 1 if failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
