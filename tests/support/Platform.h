@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 
@@ -31,6 +32,9 @@ bool MakeFolderLink(const std::filesystem::path& to, const std::filesystem::path
 /// Makes the link `at` to the file `to`. False where the system has no such links, or only for
 /// administrators.
 bool MakeFileLink(const std::filesystem::path& to, const std::filesystem::path& at);
+
+/// How many bytes the file takes on the disk, holes left out.
+std::uint64_t SpaceTaken(const std::filesystem::path& path);
 
 /// Holds a file, which is made if need be, as another program does that is writing it.
 class LockedFile {

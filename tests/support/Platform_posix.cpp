@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -37,6 +38,12 @@ bool MakeFileLink(const fs::path& to, const fs::path& at) {
   std::error_code error;
   fs::create_symlink(to, at, error);
   return !error;
+}
+
+std::uint64_t SpaceTaken(const fs::path& path) {
+  struct stat found = {};
+  EXPECT_EQ(stat(path.c_str(), &found), 0);
+  return static_cast<std::uint64_t>(found.st_blocks) * 512;
 }
 
 struct LockedFile::State {

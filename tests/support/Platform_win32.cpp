@@ -99,6 +99,12 @@ bool MakeFileLink(const fs::path& to, const fs::path& at) {
   return CreateSymbolicLinkW(at.c_str(), to.c_str(), withoutRights) != 0 && NameIsTaken(at);
 }
 
+std::uint64_t SpaceTaken(const fs::path& path) {
+  DWORD high = 0;
+  const DWORD low = GetCompressedFileSizeW(path.c_str(), &high);
+  return (std::uint64_t{high} << 32U) | low;
+}
+
 struct LockedFile::State {
   HANDLE handle = nullptr;
 };

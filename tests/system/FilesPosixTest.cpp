@@ -46,49 +46,11 @@ TEST_F(TempFolderTest, AnotherFileUnderTheSourcesNameDoesNotMixIn) {
   EXPECT_EQ(ReadFile(target), "oldold");
 }
 
-TEST_F(TempFolderTest, ANameThatCannotBeSeenIsNotTakenForFree) {
+TEST_F(TempFolderTest, ANameThatCannotBeLookedAtIsNotTakenForFree) {
   const auto loop = folder / "loop";
   std::filesystem::create_symlink(loop, loop);
   EXPECT_EQ(ErrorOf([&] { (void)NameIsTaken(loop / "x"); }),
             (loop / "x").string() + ": Too many levels of symbolic links");
-}
-
-TEST_F(TempFolderTest, HolesStayHoles) {
-  constexpr std::uint64_t mebibyte = std::uint64_t{1024} * 1024;
-  const auto source = folder / "source";
-  const auto target = folder / "target";
-  const std::string bytes = SomeBytes(1000);
-  WriteFile(source, "");
-  constexpr std::uint64_t size = 8 * mebibyte;
-  const auto taken = [](const std::filesystem::path& path) {
-    struct stat found = {};
-    EXPECT_EQ(stat(path.c_str(), &found), 0);
-    return static_cast<std::uint64_t>(found.st_blocks) * 512;
-  };
-  std::filesystem::resize_file(source, size);
-  if (taken(source) >= size) GTEST_SKIP() << "the file system has no holes";
-  const auto put = [&](std::uint64_t offset) {
-    std::fstream(source, std::ios::binary | std::ios::in | std::ios::out)
-        .seekp(static_cast<std::streamoff>(offset))
-        .write(bytes.data(), std::ssize(bytes));
-  };
-  put(mebibyte - 500);
-  put(5 * mebibyte);
-  WriteFile(folder / "dense", bytes);
-  // The last range ends in a hole, the one before it with data.
-  const std::array ranges = {
-      ByteRange{source, 3, size - 3, StateOf(source)}, ByteRange{folder / "dense", 0, 1000},
-      ByteRange{source, 0, 5 * mebibyte + 700}, ByteRange{source, 5 * mebibyte, 3 * mebibyte}};
-  CopyProgress last;
-  Concatenate(ranges, target, Existing::Keep, [&](const CopyProgress& progress) {
-    last = progress;
-    return true;
-  });
-  const std::string whole = ReadFile(source);
-  EXPECT_TRUE(ReadFile(target) == whole.substr(3) + bytes + whole.substr(0, 5 * mebibyte + 700) +
-                                      whole.substr(5 * mebibyte));
-  EXPECT_EQ(last.bytesDone, last.bytesTotal);
-  EXPECT_LT(taken(target), mebibyte);
 }
 
 }  // namespace

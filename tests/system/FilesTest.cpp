@@ -93,6 +93,34 @@ TEST_F(Files, ReadsBeyondFourGibibytes) {
   EXPECT_EQ(ReadFile(target), std::string("\0\0far", 5));
 }
 
+TEST_F(Files, HolesStayHoles) {
+  constexpr std::uint64_t size = 8 * mebibyte;
+  fs::resize_file(source, size);
+  if (SpaceTaken(source) >= size) GTEST_SKIP() << "the file system has no holes";
+  const auto put = [&](std::uint64_t offset) {
+    std::fstream(source, std::ios::binary | std::ios::in | std::ios::out)
+        .seekp(static_cast<std::streamoff>(offset))
+        .write(bytes.data(), std::ssize(bytes));
+  };
+  put(mebibyte - 500);
+  put(5 * mebibyte);
+  WriteFile(folder / "dense", bytes);
+  // The last range ends in a hole, the one before it with data.
+  const std::array ranges = {
+      ByteRange{source, 3, size - 3, StateOf(source)}, ByteRange{folder / "dense", 0, 1000},
+      ByteRange{source, 0, 5 * mebibyte + 700}, ByteRange{source, 5 * mebibyte, 3 * mebibyte}};
+  CopyProgress last;
+  Concatenate(ranges, target, Existing::Keep, [&](const CopyProgress& progress) {
+    last = progress;
+    return true;
+  });
+  const std::string whole = ReadFile(source);
+  EXPECT_TRUE(ReadFile(target) == whole.substr(3) + bytes + whole.substr(0, 5 * mebibyte + 700) +
+                                      whole.substr(5 * mebibyte));
+  EXPECT_EQ(last.bytesDone, last.bytesTotal);
+  EXPECT_LT(SpaceTaken(target), mebibyte);
+}
+
 TEST_F(Files, WritesEmptyFilesAndTheLongestNames) {
   Concatenate({}, target, Existing::Keep, GoOn);
   EXPECT_EQ(fs::file_size(target), 0U);
