@@ -100,8 +100,9 @@ Ending Join(const std::filesystem::path& folder, const std::string& origName,
     return Ending::Declined;
 
   // Whoever splits a file into these pieces holds the name of piece 1; so does the join, lest
-  // pieces are replaced under its hands.
-  const TargetFile held(folder / PathFromText(PieceNameOf(origName, 1)), 0, Existing::Replace);
+  // pieces are replaced under its hands. It replaces none itself, so piece 1 may be read-only.
+  const TargetFile held(folder / PathFromText(PieceNameOf(origName, 1)), 0,
+                        Existing::ReplaceScratch);
   std::vector<Piece> pieces = FindPieces(folder, origName, ui);
   DropShadowed(pieces);
   if (!NumbersAreWhole(pieces, origName, ui)) return Ending::Failed;

@@ -111,7 +111,7 @@ TargetFile::TargetFile(std::filesystem::path target, std::uint64_t length, Exist
       throw FileError(state_->target, std::make_error_code(std::errc::is_a_directory));
     if (existing == Existing::Keep)
       throw FileError(state_->target, std::make_error_code(std::errc::file_exists));
-    RequireReplaceable(state_->target, attributes);
+    if (existing == Existing::Replace) RequireReplaceable(state_->target, attributes);
   } else if (GetLastError() != ERROR_FILE_NOT_FOUND) {
     // A name that is too long, say, is better known now than after the long work.
     FailWithLastError(state_->target);

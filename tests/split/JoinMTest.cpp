@@ -206,9 +206,11 @@ TEST_F(Join, ALastPieceThatCannotBeReadIsNotPassedOver) {
 
 TEST_F(Join, WaitsForNoSplitThatReplacesThePieces) {
   MakePieces(1, 3);
-  const LockedFile other(TemporaryPath(Piece(1)));
-  ExpectFailed(Piece(1).string() + ": Another program is writing this file");
-  JoinFrom(Piece(2), false);
+  {
+    const LockedFile other(TemporaryPath(Piece(1)));
+    ExpectFailed(Piece(1).string() + ": Another program is writing this file");
+    JoinFrom(Piece(2), false);
+  }
   fs::remove(TemporaryPath(Piece(1)));
 }
 

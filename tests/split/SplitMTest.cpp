@@ -199,8 +199,8 @@ TEST_F(SplitM, TouchesNoPieceThatAnotherSplitIsWritingOrHasWritten) {
     const LockedFile other(TemporaryPath(first));
     ui.ExpectMessage(first.string() + ": Another program is writing this file", Icon::Critical);
     EXPECT_EQ(SplitFile(source, 10, options, ui).pieces, 0);
-    fs::remove(TemporaryPath(first));
   }
+  fs::remove(TemporaryPath(first));
   options.firstPiece = Existing::Keep;
   ui.ExpectMessage(first.string() + ": File exists", Icon::Critical);
   EXPECT_EQ(SplitFile(source, 10, options, ui).pieces, 0);
