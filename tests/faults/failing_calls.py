@@ -58,4 +58,5 @@ def _case(setting, job, effect):
     return Case(
         f"{job.name}: {effect.name}",
         *faults.for_every_call(job, setting, effect, check, step, 1 + setting.seed % step),
+        effect.name,
     )

@@ -28,6 +28,7 @@ def _case(setting, job):
     return Case(
         job.name,
         *faults.for_every_call(job, setting, faults.KILL, check, step, 1 + setting.seed % step),
+        "killed, and run again",
     )
 
 
