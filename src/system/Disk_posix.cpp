@@ -93,9 +93,10 @@ fs::path FullPathOf(const fs::path& typed) {
 
 std::string ReadFirstLine(const fs::path& path) {
   std::ifstream file(path);
-  if (!file) throw FileError(path, LastError());
   std::string line;
-  std::getline(file, line);
+  if (file) std::getline(file, line);
+  // That the file is empty is no failure.
+  if (!file.is_open() || file.bad()) throw FileError(path, LastError());
   return line;
 }
 

@@ -73,6 +73,7 @@ TEST_F(SlyHidden, RefusesWithTheReason) {
   ExpectRefused("$SLY list six", nobodyForPassword);
   ExpectRefused("$SLY recover six <pw", nobodyForPassword);
   ExpectRefused("$SLY list six --password-file no", "no: No such file or directory\n");
+  ExpectRefused("$SLY list six --password-file .", ".: Is a directory\n");
   ExpectRefused("$SLY list six --password-file /dev/null", "Enter Password.\n");
   ExpectRefused("$SLY list six --password-file -", "Enter Password.\n");
   ExpectRefused("$SLY hide --password-file - m.png a.bin", "Enter Password.\n");

@@ -1,23 +1,22 @@
 """Every call that touches a file fails once, with each error that matters, in every job."""
 
-import dataclasses
 import errno
+import pathlib
 
 import faults
 import jobs
 from suite import Case
 
-FULL_DISK = faults.failing_with(errno.ENOSPC, stays=True)
 FAILURE = faults.failing_with(errno.EIO)
 EFFECTS = [
     FAILURE,
     *map(faults.failing_with, (errno.ENOSPC, errno.EACCES, errno.EINTR, errno.EINVAL)),
     faults.SHORT,
     faults.NOTHING,
-    FULL_DISK,
+    faults.FULL_DISK,
+    faults.DEAD_DISK,
 ]
-WITH_TWO_THREADS = [FAILURE, faults.SHORT, FULL_DISK]
-UNIT_FOR_TWO_THREADS = 320_000  # From 1 MiB in all two threads copy.
+WITH_TWO_THREADS = [FAILURE, faults.SHORT, faults.FULL_DISK]
 SHORT_STEP = 4  # The short run takes every fourth call.
 
 
@@ -25,20 +24,32 @@ def run(setting):
     made = setting.folder / "made"
     tasks = [(job, effect) for job in jobs.make_jobs(setting.sly, made) for effect in EFFECTS]
     if not setting.short:
-        big = jobs.make_jobs(setting.sly, made, UNIT_FOR_TWO_THREADS)
-        tasks += [
-            (dataclasses.replace(job, name=f"big {job.name}"), effect)
-            for job in big
-            for effect in WITH_TWO_THREADS
-        ]
+        big = jobs.make_jobs_for_two_threads(setting.sly, made)
+        tasks += [(job, effect) for job in big for effect in WITH_TWO_THREADS]
     return faults.both_cores(
         lambda job=job, effect=effect: _case(setting, job, effect) for job, effect in tasks
     )
 
 
+def _reports_lost_data(struck, home):
+    """Whether the call, by failing, says that bytes written before may not have arrived; here they
+    have, so that only the status can show that somebody has listened."""
+    call, path = struck
+    name = pathlib.Path(path)
+    return (
+        call in ("fsync", "fdatasync", "close")
+        and name.is_relative_to(home / "files")
+        and name.name.startswith(".slyver-")
+    )
+
+
 def _case(setting, job, effect):
     def check(home, outcome, struck):
+        if effect is faults.DEAD_DISK:  # Nothing can be removed any more.
+            return jobs.damage(job, home) + jobs.wrong_ending(job, home, outcome)
         lost = jobs.losses(job, home, outcome, faults.spared(struck, home))
+        if _reports_lost_data(struck, home) and outcome.status == 0:
+            lost.append("not noticed")
         if effect is faults.SHORT and outcome.status != 0:
             lost.append(f"fails for a short count: {outcome.err}")
         return lost
@@ -47,4 +58,5 @@ def _case(setting, job, effect):
     return Case(
         f"{job.name}: {effect.name}",
         *faults.for_every_call(job, setting, effect, check, step, 1 + setting.seed % step),
+        effect.name,
     )

@@ -15,12 +15,11 @@ REMOVALS = {"unlink", "unlinkat", "rmdir", "remove"}
 class Effect:
     name: str  # As the table has it.
     what: str  # As the library has it.
-    stays: bool = False  # Whether the later calls fail too.
+    stays: str = ""  # Which later calls fail too: "all", or the "writes" of all kinds.
 
 
-def failing_with(code, stays=False):
-    name = errno.errorcode[code]
-    return Effect(name + (" from then on" if stays else ""), str(code), stays)
+def failing_with(code):
+    return Effect(errno.errorcode[code], str(code))
 
 
 INTERRUPT = Effect("SIGINT", "interrupt")
@@ -28,17 +27,19 @@ KILL = Effect("SIGKILL", "kill")
 SHORT = Effect("half the bytes", "short")
 NOTHING = Effect("no bytes", "nothing")
 SLOW = Effect("slow", "slow")
+FULL_DISK = Effect("ENOSPC from then on", str(errno.ENOSPC), "writes")
+DEAD_DISK = Effect("EIO from then on", str(errno.EIO), "all")
 
 
 def environment(setting, home, effect, at=0):
     """The variables for the preload library."""
-    variables = {
+    return {
         "LD_PRELOAD": str(setting.built / "libslyver_faults.so"),
         "SLYVER_FAULT_ROOT": str(home),
         "SLYVER_FAULT_AT": str(at),
         "SLYVER_FAULT": effect.what,
+        "SLYVER_FAULT_STAYS": effect.stays,
     }
-    return variables | ({"SLYVER_FAULT_STAYS": "1"} if effect.stays else {})
 
 
 def run(job, setting, home, at, effect):

@@ -139,6 +139,14 @@ def make_jobs(sly, folder, unit=1000, piece=None, seed=1):
     ]
 
 
+def make_jobs_for_two_threads(sly, folder):
+    """The same with sources so big that two threads copy: from 1 MiB in all."""
+    return [
+        dataclasses.replace(job, name=f"{job.name}, two threads")
+        for job in make_jobs(sly, folder, 320_000)
+    ]
+
+
 def prepare(job, home):
     """Puts the home into the state that the job begins with."""
     if home.exists():

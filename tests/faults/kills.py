@@ -10,7 +10,10 @@ SHORT_STEP = 4  # The short run takes every fourth call.
 
 
 def run(setting):
-    all_jobs = jobs.make_jobs(setting.sly, setting.folder / "made")
+    made = setting.folder / "made"
+    all_jobs = jobs.make_jobs(setting.sly, made)
+    if not setting.short:
+        all_jobs += jobs.make_jobs_for_two_threads(setting.sly, made)
     return faults.both_cores(lambda job=job: _case(setting, job) for job in all_jobs)
 
 
@@ -25,6 +28,7 @@ def _case(setting, job):
     return Case(
         job.name,
         *faults.for_every_call(job, setting, faults.KILL, check, step, 1 + setting.seed % step),
+        "killed, and run again",
     )
 
 

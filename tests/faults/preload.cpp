@@ -9,8 +9,9 @@
 ///                      "nothing" (none are, as at the end of a file); for the last two only calls
 ///                      that move bytes are counted. "slow" makes all that move bytes take a
 ///                      millisecond more and none fail.
-/// SLYVER_FAULT_STAYS   if set, only calls that need the disk to take something in are counted, and
-///                      all of them fail from that number on, as on a disk that is full
+/// SLYVER_FAULT_STAYS   "all": all calls from that number on fail, as on a disk that has died;
+///                      "writes": only calls that need the disk to take something in are counted,
+///                      and all of them fail from that number on, as on a disk that is full
 /// SLYVER_FAULT_REPORT  a file that is told of the call; with number 0 and no effect, of all calls
 #include <dirent.h>
 #include <dlfcn.h>
@@ -45,7 +46,7 @@ struct Settings {
   long at = std::atol(Variable("SLYVER_FAULT_AT").c_str());
   std::string effect = Variable("SLYVER_FAULT");
   int error = std::atoi(effect.c_str());
-  bool stays = !Variable("SLYVER_FAULT_STAYS").empty();
+  std::string stays = Variable("SLYVER_FAULT_STAYS");
   std::string report = Variable("SLYVER_FAULT_REPORT");
 };
 
@@ -82,7 +83,7 @@ bool Strikes(const char* call, Kind kind, const std::string& path) {
   const Settings& settings = TheSettings();
   const bool takesIn = kind == Kind::Write || kind == Kind::Change;
   const bool moves = kind == Kind::Read || kind == Kind::Write;
-  if (settings.stays && !takesIn) return false;
+  if (settings.stays == "writes" && !takesIn) return false;
   const bool movesOnly =
       settings.effect == "short" || settings.effect == "nothing" || settings.effect == "slow";
   if (movesOnly && !moves) return false;
@@ -90,7 +91,7 @@ bool Strikes(const char* call, Kind kind, const std::string& path) {
   const bool counted = path.starts_with(settings.root);
   const long number = counted ? ++count : 0;
   const bool strikes = counted && settings.at > 0 &&
-                       (number == settings.at || (settings.stays && number > settings.at));
+                       (number == settings.at || (!settings.stays.empty() && number > settings.at));
   const bool report = settings.at == 0 ? settings.effect.empty() : number == settings.at;
   if (counted && report) Report(number, call, path);
   if (strikes && settings.effect == "kill") (void)syscall(SYS_kill, getpid(), SIGKILL);

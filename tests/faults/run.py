@@ -14,7 +14,7 @@ import time
 from suite import Setting
 
 # Each module has run(setting), which returns its cases.
-SUITES = ["failing_calls", "kills", "stops", "window"]
+SUITES = ["failing_calls", "kills", "stops", "window", "races", "hostile", "traps", "load"]
 
 
 def _folder(text):
@@ -33,7 +33,7 @@ def main():
     print(f"Seed {arguments.seed}", flush=True)
     scratch = pathlib.Path(tempfile.mkdtemp(prefix="slyver-reliability-"))
     passed = failed = 0
-    rows = []
+    rows = {}  # (suite, group): cases, tried, losses
     try:
         for name in arguments.suites or SUITES:
             begun = time.monotonic()
@@ -44,7 +44,8 @@ def main():
             )
             shutil.rmtree(folder)
             for case in cases:
-                rows.append((name, case.name, case.tried, len(case.losses)))
+                row = rows.setdefault((name, case.group or case.name), [0, 0, 0])
+                row[:] = row[0] + 1, row[1] + case.tried, row[2] + len(case.losses)
                 for loss in case.losses[:5]:
                     print(f"LOST in {name}, {case.name}: {loss}", flush=True)
             failed += sum(bool(case.losses) for case in cases)
@@ -53,9 +54,11 @@ def main():
     finally:
         shutil.rmtree(scratch, ignore_errors=True)
 
-    print("\n| suite | case | tried | losses |\n|---|---|---|---|")
-    for row in rows:
-        print("| {} | {} | {} | {} |".format(*row))
+    print("\n| suite | what | cases | tried | losses |\n|---|---|---|---|---|")
+    for (suite, what), row in rows.items():
+        print(f"| {suite} | {what} |", " | ".join(map(str, row)), "|")
+    totals = [sum(column) for column in zip(*rows.values())]
+    print("| all | |", " | ".join(map(str, totals)), "|")
     print(f"\n{passed} passed, {failed} failed")
     return 1 if failed else 0
 

@@ -18,7 +18,7 @@ def run(setting):
     folder = setting.folder / "made"
     small = jobs.make_jobs(setting.sly, folder)
     big = jobs.make_jobs(setting.sly, folder, UNIT, PIECE, setting.seed)
-    rounds = 15 if setting.short else 150
+    rounds = 12 if setting.short else 80
     # The big ones one after the other: what is chosen is a moment in time.
     return faults.both_cores(
         lambda job=job: _at_every_call(setting, job) for job in small
@@ -33,13 +33,13 @@ def _at_every_call(setting, job):
     tried, losses = faults.for_every_call(
         job, setting, faults.INTERRUPT, check, step, 1 + setting.seed % step
     )
-    return Case(f"{job.name}: at every call", tried, losses)
+    return Case(f"{job.name}: at every call", tried, losses, "stopped at every call")
 
 
 def _at_random_moments(setting, job, rounds):
     rng = random.Random(f"{setting.seed} {job.name}")
     home = setting.folder / "home"
-    case = Case(f"{job.name}: at random moments")
+    case = Case(f"{job.name}: at random moments", group="stopped at random moments")
     jobs.prepare(job, home)
     begun = time.monotonic()
     jobs.run(job, setting.sly, home)

@@ -22,3 +22,4 @@ class Case:
     name: str
     tried: int = 0
     losses: list = dataclasses.field(default_factory=list)  # A text for each.
+    group: str = ""  # Cases of one group share a line of the table; without one they have their own.

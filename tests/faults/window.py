@@ -55,7 +55,7 @@ def run(setting):
 
 
 def _case(job, name, home, driver, rng, rounds):
-    case = Case(job.name)
+    case = Case(job.name, group="closed in the middle")
     jobs.prepare(job, home)
     for _ in range(rounds):
         jobs.restore(job, home)
