@@ -8,6 +8,7 @@ configure_file(src/app/AppIcon.cpp.in AppIcon.cpp @ONLY)
 add_library(slyver_forms STATIC
   ${CMAKE_CURRENT_BINARY_DIR}/AppIcon.cpp
   src/app/CommandLine_${platform}.cpp
+  src/app/CpuStats_${platform}.cpp
   src/app/Desktop.cpp
   src/app/HelpPage_${platform}.cpp
   src/app/Instance_${platform}.cpp

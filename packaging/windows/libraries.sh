@@ -7,7 +7,7 @@ windows_build_packages=(g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix cmak
 
 # Only the parts of wxWidgets that the program uses, with nothing from outside.
 wx_options=(--with-msw --disable-shared --disable-debug_flag --disable-sys-libs --disable-tests
-  --with-cxx=17 --enable-accessibility --with-nanosvg=builtin
+  --with-cxx=17 --enable-accessibility --with-nanosvg
   --without-libpng --without-libjpeg --without-libtiff --without-zlib --without-expat
   --without-regex --without-liblzma --without-opengl --without-winhttp
   --disable-xrc --disable-aui --disable-propgrid --disable-ribbon --disable-richtext
@@ -16,7 +16,8 @@ wx_options=(--with-msw --disable-shared --disable-debug_flag --disable-sys-libs 
   --disable-ftp --disable-http --disable-url --disable-fs_archive --disable-fs_inet
   --disable-zipstream --disable-tarstream --disable-arcstream --disable-dialupman
   --disable-mdi --disable-mdidoc --disable-docview --disable-printarch --disable-svg
-  --disable-postscript --disable-grid --disable-calendar --disable-wizarddlg
+  --disable-postscript --disable-grid --disable-calendar --disable-datepick --disable-timepick
+  --disable-wizarddlg
   --disable-debugreport --disable-secretstore --disable-joystick --disable-sound
   --disable-splash --disable-prefseditor --disable-dbghelp --disable-graphics-d2d --disable-help)
 
@@ -44,7 +45,7 @@ unpack_wx() (
   apt-get "${options[@]}" update || true
   apt-get "${options[@]}" --download-only source wxwidgets3.2
   rm -rf wx
-  dpkg-source -x wxwidgets3.2_*.dsc wx >/dev/null
+  dpkg-source --no-check -x wxwidgets3.2_*.dsc wx >/dev/null
 )
 
 # make_libraries ARCHITECTURE builds what is not there yet. The folder gets its name last, so that
@@ -59,18 +60,18 @@ make_libraries() {
   mkdir -p "$work/wx" "$work/googletest"
   [[ -d $windows_cache/wx ]] || unpack_wx
   (
-    cd "$work/wx"
-    CXXFLAGS=-O2 "$windows_cache/wx/configure" --host="$architecture-w64-mingw32" \
-      --build="$(dpkg-architecture -qDEB_BUILD_GNU_TYPE)" \
-      CC="$architecture-w64-mingw32-gcc-posix" CXX="$architecture-w64-mingw32-g++-posix" \
-      --prefix="$prefix" "${wx_options[@]}"
-    make -j"$(nproc)"
-    make install DESTDIR="$work/root"
-    cmake -S /usr/src/googletest -B "$work/googletest" -G Ninja -DCMAKE_BUILD_TYPE=Release \
-      -DCMAKE_TOOLCHAIN_FILE="$top/packaging/windows/$architecture.cmake" -DBUILD_GMOCK=OFF \
-      -DCMAKE_INSTALL_PREFIX="$prefix"
-    cmake --build "$work/googletest"
-    DESTDIR=$work/root cmake --install "$work/googletest"
+    cd "$work/wx" &&
+      CXXFLAGS=-O2 "$windows_cache/wx/configure" --host="$architecture-w64-mingw32" \
+        --build="$(dpkg-architecture -qDEB_BUILD_GNU_TYPE)" \
+        CC="$architecture-w64-mingw32-gcc-posix" CXX="$architecture-w64-mingw32-g++-posix" \
+        --prefix="$prefix" "${wx_options[@]}" &&
+      make -j"$(nproc)" &&
+      make install DESTDIR="$work/root" &&
+      cmake -S /usr/src/googletest -B "$work/googletest" -G Ninja -DCMAKE_BUILD_TYPE=Release \
+        -DCMAKE_TOOLCHAIN_FILE="$top/packaging/windows/$architecture.cmake" -DBUILD_GMOCK=OFF \
+        -DCMAKE_INSTALL_PREFIX="$prefix" &&
+      cmake --build "$work/googletest" &&
+      DESTDIR=$work/root cmake --install "$work/googletest"
   ) >"$windows_cache/$architecture.log" 2>&1 || {
     tail -n 20 "$windows_cache/$architecture.log" >&2
     echo "wxWidgets could not be built; $windows_cache/$architecture.log tells more" >&2

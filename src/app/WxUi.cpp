@@ -56,6 +56,11 @@ wxString WildcardOf(std::string_view filter) {
   return given.BeforeFirst('|') + "|" + pattern;
 }
 
+/// The path that a dialog gives, in the system's own characters.
+std::filesystem::path PathOf(const wxString& chosen) {
+  return static_cast<const std::filesystem::path::value_type*>(chosen.fn_str());
+}
+
 }  // namespace
 
 void WxUi::Message(std::string_view text, Icon icon) {
@@ -75,13 +80,13 @@ std::optional<std::filesystem::path> WxUi::OpenFile(std::string_view title, std:
   wxFileDialog dialog(DialogParent(desktop_->JobRuns()), ToWx(title), PathToWx(initialFolder), "",
                       WildcardOf(filter), wxFD_OPEN | wxFD_FILE_MUST_EXIST);
   if (dialog.ShowModal() != wxID_OK) return std::nullopt;
-  return std::filesystem::path(dialog.GetPath().fn_str().data());
+  return PathOf(dialog.GetPath());
 }
 
 std::optional<std::filesystem::path> WxUi::PickFolder() {
   wxDirDialog dialog(DialogParent(desktop_->JobRuns()), "Output Directory", "");
   if (dialog.ShowModal() != wxID_OK) return std::nullopt;
-  return std::filesystem::path(dialog.GetPath().fn_str().data());
+  return PathOf(dialog.GetPath());
 }
 
 std::optional<std::string> WxUi::MaskedInputBox(std::string_view prompt) {

@@ -4,6 +4,7 @@
 #include <exception>
 #include <vector>
 
+#include "app/CpuStats.h"
 #include "app/frmSplitJoin.h"
 #include "system/Disk.h"
 #include "system/FileError.h"
@@ -68,9 +69,9 @@ bool frmFirst::StartOnce() {
   return false;
 }
 
-// Systems of today keep no dynamic performance data that would have to be switched on.
 int frmFirst::StartCpuStats() {
   (void)desktop_.Talk().GoOn();
+  SwitchCpuStatsOnAndOff();
   return 0;
 }
 

@@ -30,7 +30,7 @@ class Program {
   Surroundings TheSystem() const {
     const std::filesystem::path program = PathFromWx(wxStandardPaths::Get().GetExecutablePath());
     return {.anotherInstanceRuns = [this] { return instance_.AnotherRuns(); },
-            .memoryStatus = GlobalMemoryStatus,
+            .memoryStatus = slyver::GlobalMemoryStatus,
             .helpPage = HelpPage(program.parent_path()),
             .open =
                 [](const std::filesystem::path& file) {

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace slyver {
 
@@ -40,5 +41,8 @@ class Terminal {
   struct State;
   std::unique_ptr<State> state_;
 };
+
+/// The program's arguments, without its own name, as UTF-8. To be called with those of main().
+std::vector<std::string> ArgumentsOf(int argc, char** argv);
 
 }  // namespace slyver

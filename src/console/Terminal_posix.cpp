@@ -5,6 +5,7 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -115,6 +116,10 @@ int Terminal::StopSignal() const {
 void Terminal::IgnoreStops() const {
   for (const int signal : stopSignals)
     if (sigismember(&state_->stopping, signal) == 1) (void)std::signal(signal, SIG_IGN);
+}
+
+std::vector<std::string> ArgumentsOf(int argc, char** argv) {
+  return {argv + std::min(argc, 1), argv + argc};
 }
 
 }  // namespace slyver

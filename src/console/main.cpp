@@ -1,4 +1,5 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <exception>
@@ -6,6 +7,8 @@
 #include <iostream>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "console/ByteCount.h"
 #include "console/Commands.h"
@@ -22,8 +25,7 @@ constexpr int statusWrongUsage = 2;
 constexpr int statusSignalBase = 128;
 
 /// Runs the job; returns the program's exit status.
-int Run(const Arguments& arguments) {
-  const Terminal terminal;
+int Run(const Arguments& arguments, const Terminal& terminal) {
   ConsoleUi ui(terminal, arguments.console);
   try {
     const bool done = ShowingErrors(ui, [&] { return arguments.job(arguments, ui); });
@@ -129,7 +131,8 @@ void AddRecover(CLI::App& app, Arguments& arguments) {
   command.callback([&arguments] { arguments.job = Recover; });
 }
 
-int Program(int argc, char** argv) {
+int Program(std::vector<std::string> words) {
+  const Terminal terminal;
   Arguments arguments;
   CLI::App app(
       "Splits big files into numbered .sly pieces, joins them, hides files in others and "
@@ -144,18 +147,19 @@ int Program(int argc, char** argv) {
   AddList(app, arguments);
   AddRecover(app, arguments);
   try {
-    app.parse(argc, argv);
+    std::reverse(words.begin(), words.end());  // The parser takes them from the end.
+    app.parse(std::move(words));
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : statusWrongUsage;
   }
-  return Run(arguments);
+  return Run(arguments, terminal);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   try {
-    return Program(argc, argv);
+    return Program(ArgumentsOf(argc, argv));
   } catch (const std::exception& error) {
     (void)std::fprintf(stderr, "%s\n", error.what());
     return statusFailed;

@@ -95,7 +95,7 @@ std::string ReadFirstLine(const fs::path& path) {
   std::ifstream file(path);
   std::string line;
   if (file) std::getline(file, line);
-  // That the file is empty is no failure.
+  // An empty file has no line, which is no failure to read it.
   if (!file.is_open() || file.bad()) throw FileError(path, LastError());
   return line;
 }

@@ -43,13 +43,12 @@ std::string_view FirstLine(std::string_view text) {
   return end == std::string_view::npos ? text : text.substr(0, end + 1);
 }
 
-/// The section that a line opens, if it opens one.
+/// The section that a line opens, if it opens one. The name ends at the first bracket, or with the
+/// line.
 std::optional<std::string_view> SectionOpenedBy(std::string_view line) {
   line = Trimmed(line);
   if (line.empty() || line.front() != '[') return std::nullopt;
-  const std::size_t end = line.rfind(']');
-  if (end == std::string_view::npos) return std::nullopt;
-  return Trimmed(line.substr(1, end - 1));
+  return Trimmed(line.substr(1, line.find(']') - 1));
 }
 
 std::string_view WithoutQuotes(std::string_view value) {
@@ -63,6 +62,7 @@ struct Place {
   bool sectionFound = false;
   std::size_t sectionEnd = 0;  ///< Behind the section's last line that is not blank.
   std::optional<std::string_view> line;
+  std::string_view key;  ///< As the line spells it.
   std::string_view value;
 };
 
@@ -80,7 +80,8 @@ Place Find(std::string_view text, std::string_view section, std::string_view key
     place.sectionEnd = at;
     const std::size_t equals = line.find('=');
     if (equals == std::string_view::npos || Trimmed(line).front() == ';') continue;
-    if (!SameName(Trimmed(line.substr(0, equals)), key)) continue;
+    place.key = Trimmed(line.substr(0, equals));
+    if (!SameName(place.key, key)) continue;
     place.line = line;
     place.value = WithoutQuotes(Trimmed(line.substr(equals + 1)));
     return place;
@@ -109,7 +110,8 @@ std::string WithIniValue(std::string_view text, std::string_view section, std::s
   section = Trimmed(section);
   key = Trimmed(key);
   const Place place = Find(text, section, key);
-  const std::string line = std::string(key) + "=" + std::string(UpToZero(value)) + "\r\n";
+  const std::string line =
+      std::string(place.line ? place.key : key) + "=" + std::string(UpToZero(value)) + "\r\n";
   if (!place.sectionFound) return WithLineEnd(text) + "[" + std::string(section) + "]\r\n" + line;
   if (!place.line)
     return WithLineEnd(text.substr(0, place.sectionEnd)) + line +

@@ -8,16 +8,17 @@ namespace slyver {
 
 /// Ini files as the Windows profile calls read and write them. All text is 8-bit text.
 ///
-/// A line "[section]" opens a section, "key=value" gives a value, ";" begins a comment line.
+/// A line "[section]" opens a section (the "]" may be missing, and what is behind it does not
+/// count), "key=value" gives a value, ";" begins a comment line.
 /// Sections and keys are found whatever the case of their letters; of two of the same name the
 /// first counts. Blanks around a key or a value are not part of it, nor is one pair of quotation
 /// marks or apostrophes around a value. A zero byte ends the file.
 
 /// Writes a value as "key=value", with CR LF line ends: over the key's line where there is one,
-/// else behind the section's last line, else in a new section at the end of the file, which is made
-/// if need be. `file` is a full path. Returns true even when the file cannot be written (then it
-/// stays as it was), and false when another error has come up; whoever needs to know reads the
-/// value back.
+/// whose spelling of the key stays, else behind the section's last line, else in a new section at
+/// the end of the file, which is made if need be. `file` is a full path. Returns true even when the
+/// file cannot be written (then it stays as it was), and false when another error has come up;
+/// whoever needs to know reads the value back.
 bool WriteIniValue(const std::filesystem::path& file, std::string_view section,
                    std::string_view key, std::string_view value);
 

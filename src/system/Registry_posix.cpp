@@ -1,4 +1,5 @@
 #include <cerrno>
+#include <cstdlib>
 #include <exception>
 #include <filesystem>
 
@@ -12,6 +13,13 @@
 namespace slyver {
 
 namespace {
+
+/// The user's folder for the program's settings; it may not exist yet.
+std::filesystem::path ConfigurationFolder() {
+  const char* const value = std::getenv("XDG_CONFIG_HOME");
+  const std::filesystem::path configuration = value == nullptr ? "" : value;
+  return (configuration.is_absolute() ? configuration : HomeFolder() / ".config") / "slyver";
+}
 
 std::filesystem::path RegistryFile() {
   return ConfigurationFolder() / "registry.ini";

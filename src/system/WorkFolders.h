@@ -49,17 +49,14 @@ class ScratchFile {
   std::filesystem::path path_;
 };
 
-/// The folder for temporary files that only this user may enter. On Linux "slyver" in
-/// $XDG_RUNTIME_DIR, else "slyver-" and the user's number in the folder for temporary files. It is
-/// made if need be. Throws FileError when it cannot be made, is no folder of the user's own, or is
-/// open to others and cannot be closed to them.
+/// The folder in which the hide job makes its work folder. On Linux one that only this user may
+/// enter, "slyver" in $XDG_RUNTIME_DIR, else "slyver-" and the user's number in the folder for
+/// temporary files; it is made if need be. On Windows "C:\" where the user can make files there,
+/// else the user's folder for temporary files. Throws FileError when it cannot be made, is no
+/// folder of the user's own, or is open to others and cannot be closed to them.
 std::filesystem::path PrivateFolder();
 
-/// The user's folder for the program's settings; it may not exist yet. On Linux "slyver" in
-/// $XDG_CONFIG_HOME, else in ".config" of the home folder.
-std::filesystem::path ConfigurationFolder();
-
-/// Where file dialogs start: the user's home folder.
+/// Where file dialogs start: the user's home folder; on Windows "c:\".
 std::filesystem::path HomeFolder();
 
 }  // namespace slyver

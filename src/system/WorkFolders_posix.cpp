@@ -51,9 +51,4 @@ std::filesystem::path HomeFolder() {
   return user == nullptr ? "/" : user->pw_dir;
 }
 
-std::filesystem::path ConfigurationFolder() {
-  const std::filesystem::path configuration = PathFromEnvironment("XDG_CONFIG_HOME");
-  return (configuration.empty() ? HomeFolder() / ".config" : configuration) / "slyver";
-}
-
 }  // namespace slyver

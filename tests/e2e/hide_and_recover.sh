@@ -85,6 +85,6 @@ confirm         # File Recovered.
 await_end
 cmp "Original carrier.png" picture.png || fail "the main file is not the same"
 [ ! -e TempRRR ] || fail "the work folder is still there"
-[ ! -e "$XDG_RUNTIME_DIR/slyver/tempHHH" ] || fail "the private work folder is still there"
+[ ! -e "$(private_folder)/tempHHH" ] || fail "the private work folder is still there"
 
 echo "hide and recover: passed"

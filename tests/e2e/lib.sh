@@ -1,7 +1,8 @@
 # Helpers for tests that use the program as a user does: with keys and a mouse on a real screen,
-# under a real window manager. They wait for what should happen, never for a time.
+# under a real window manager. They wait for what should happen, never for a time. With
+# SLYVER_E2E_WINE in the environment the program is the one for Windows, run by Wine.
 
-set -u
+set -u; [ -z "${SLYVER_E2E_TRACE:-}" ] || set -x
 program=$1
 patience=${SLYVER_E2E_PATIENCE:-30}  # Seconds after which something that did not happen is a failure.
 
@@ -68,8 +69,22 @@ await_end() {
 }
 is_ended() { ! kill -0 "$slyver" 2>/dev/null; }
 
+launch() { exec "$program" "$@"; }
+# Prints a path as the program has it, and the folder of its private work folders.
+native() { printf '%s' "$1"; }
+private_folder() { echo "$XDG_RUNTIME_DIR/slyver"; }
+ram_setting_is() { grep -q "^RAM=\"$1\"" "$XDG_CONFIG_HOME/slyver/registry.ini" 2>/dev/null; }
+# Whether one of the program's menus is open.
+menu_is_open() {
+  local id
+  for id in $(xdotool search --onlyvisible --class slyver 2>/dev/null); do
+    xprop -id "$id" _NET_WM_WINDOW_TYPE 2>/dev/null | grep -q POPUP_MENU && return 0
+  done
+  return 1
+}
+
 start() {
-  "$program" "$@" 2>"$home/slyver.log" &
+  launch "$@" >"$home/slyver.log" 2>&1 &
   slyver=$!
 }
 
@@ -88,7 +103,7 @@ window_is_gone() { ! xdotool search --onlyvisible --name . 2>/dev/null | grep -q
 # choose TITLE PATH: types a path into a file dialog.
 choose() {
   await dialog "$1"
-  xdotool type --delay 5 "$2"
+  xdotool type --delay 5 "$(native "$2")"
   key Return
   # The first Enter may only take a proposed ending over.
   local deadline=$((SECONDS + 3))
@@ -112,6 +127,12 @@ point() {
   [ "$y" -lt 0 ] && y=$((HEIGHT + y))
   xdotool mousemove $((X + x)) $((Y + y))
 }
+
+# point_at_caption_button TITLE N: moves the mouse to the Nth button from the right (from 1).
+caption_button_width=44
+point_at_caption_button() { point "$1" $((caption_button_width / 2 - $2 * caption_button_width)) 12; }
+
+[ -z "${SLYVER_E2E_WINE:-}" ] || . "$(dirname "$0")/wine_lib.sh"
 
 # A window that is there before the window manager does not get the keyboard.
 manager_is_ready() { xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id'; }

@@ -13,7 +13,7 @@ key Return
 choose "Select File To Sly" "$file"
 await form Slyver
 key shift+Tab   # From "Sly It" back to the options, of which the first is chosen.
-key Down Tab    # The second one, and on to the size.
+key Down space Tab # The second one, and on to the size.
 key Tab
 xdotool type "x3"
 key Return
@@ -57,7 +57,7 @@ await form Slyver
 key Return
 has_begun() { [ -n "$(ls -A "$home/files" | grep -v -e '^big$' -e '^some file' -e '^original$')" ]; }
 until_true "the first piece" has_begun
-point Slyver -20 12
+point_at_caption_button Slyver 1
 xdotool click 1
 await_end
 [ "$(ls -A "$home/files" | wc -l)" = 6 ] || fail "the stopped job has left: $(ls -A "$home/files")"

@@ -3,10 +3,7 @@
 # usage: windows.sh PROGRAM, on a display of its own
 . "$(dirname "$0")/lib.sh"
 
-setting() { grep -q "^RAM=\"$1\"" "$XDG_CONFIG_HOME/slyver/registry.ini" 2>/dev/null; }
 state_has() { xprop -id "$form" _NET_WM_STATE | grep -q "$1"; }
-state_lacks() { ! state_has "$1"; }
-x_is() { measure Slyver && [ "$X" = "$1" ]; }
 width_is() { measure Slyver && [ "$WIDTH" = "$1" ]; }
 
 touch "$home/files/file"
@@ -19,8 +16,8 @@ measure Slyver
 x0=$X
 point Slyver 200 12
 xdotool mousedown 1
-for step in 10 20 30 40 50 60; do xdotool mousemove $((X + 200 + step)) $((Y + 12)); done
-moved() { measure Slyver && [ "$X" -gt "$x0" ]; }
+# The pointer goes on until the window follows: the window manager takes it over in its own time.
+moved() { xdotool mousemove_relative 10 0 && measure Slyver && [ "$X" -gt "$x0" ]; }
 until_true "the window to move" moved
 xdotool mouseup 1
 
@@ -29,24 +26,24 @@ measure Slyver
 width=$WIDTH
 point Slyver -2 150
 xdotool mousedown 1
-for step in 10 20 30 40 50 60; do xdotool mousemove $((X + width - 2 + step)) $((Y + 150)); done
-wider() { measure Slyver && [ "$WIDTH" -gt "$width" ]; }
+wider() { xdotool mousemove_relative 5 0 && measure Slyver && [ "$WIDTH" -gt "$width" ]; }
 until_true "the window to grow" wider
 xdotool mouseup 1
 
 # Maximized by a double-click, restored by its button.
+measure Slyver
+width=$WIDTH
 point Slyver 200 12
 xdotool click --repeat 2 --delay 50 1
-until_true "the maximized window" state_has MAXIMIZED_HORZ
-maximized_drawn() { measure Slyver && [ "$X" = 0 ] && [ "$WIDTH" -gt 1000 ]; }
-until_true "the large window" maximized_drawn
-point Slyver -64 12
+is_maximized() { measure Slyver && [ "$X" = 0 ] && [ "$WIDTH" -gt 1000 ]; }
+until_true "the maximized window" is_maximized
+point_at_caption_button Slyver 2
 xdotool click 1
-until_true "the restored window" state_lacks MAXIMIZED_HORZ
+until_true "the restored window" width_is "$width"
 
 # Minimized by its button, and back.
 measure Slyver
-point Slyver -108 12
+point_at_caption_button Slyver 3
 xdotool click 1
 until_true "the minimized window" state_has HIDDEN
 xdotool windowactivate "$form"
@@ -54,21 +51,19 @@ await form Slyver
 
 # Menus by keyboard: by letter, then by the arrows from the other one.
 key alt+r
-is_open() { [ -n "$(xdotool search --onlyvisible --class slyver 2>/dev/null | while read -r id; do
-  xprop -id "$id" _NET_WM_WINDOW_TYPE 2>/dev/null | grep -o POPUP_MENU; done)" ]; }
-is_closed() { ! is_open; }
-until_true "the menu" is_open
+is_closed() { ! menu_is_open; }
+until_true "the menu" menu_is_open
 key Return
-until_true "the setting" setting 0
+until_true "the setting" ram_setting_is 0
 until_true "the end of the menu" is_closed
 key F10 Right Down
-until_true "the Help menu" is_open
+until_true "the Help menu" menu_is_open
 key Right
 key Down Return
-until_true "the setting" setting ""
+until_true "the setting" ram_setting_is ""
 until_true "the end of the menu" is_closed
 key alt+h
-until_true "the Help menu" is_open
+until_true "the Help menu" menu_is_open
 key Escape
 until_true "the end of the menu" is_closed
 
@@ -77,7 +72,7 @@ measure Slyver
 x0=$X
 point Slyver 200 12
 xdotool click 3
-until_true "the window's menu" is_open
+until_true "the window's menu" menu_is_open
 key m
 until_true "the end of the menu" is_closed
 moves_by_key() { key Right && measure Slyver && [ "$X" -gt "$x0" ]; }
@@ -85,7 +80,7 @@ until_true "the window to move by keys" moves_by_key
 key Return
 point Slyver 200 12
 xdotool click 3
-until_true "the window's menu" is_open
+until_true "the window's menu" menu_is_open
 key c
 await_end
 
@@ -105,7 +100,7 @@ key Escape
 await_end
 kill -0 "$first" || fail "the first instance has ended too"
 slyver=$first
-point Selection -20 12
+point_at_caption_button Selection 1
 xdotool click 1
 await_end
 

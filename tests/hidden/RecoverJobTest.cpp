@@ -231,7 +231,7 @@ TEST_F(Recover, NamesOf24CharactersAndAccentsComeBackWhole) {
   PutCarrierOf("[0dfg%]\r\n&hed#=575458595754585957545859575458595754585957545859\r\n?Kj*^=07\r\n");
   EXPECT_EQ(RecHidden(), folder / ("Original " + name));
   PutCarrierOf("[0dfg%]\r\n&hed#=DFB5175A5F5B\r\n?Kj*^=07\r\n");
-  EXPECT_EQ(RecHidden(), folder / "Original \u00E9\u20AC.bin");
+  EXPECT_EQ(RecHidden(), folder / PathFromText("Original \u00E9\u20AC.bin"));
 }
 
 TEST_F(Recover, CancelAndFailureLeaveNothing) {
@@ -278,9 +278,10 @@ TEST_F(Recover, AWorkFolderThatIsALinkOrAFileCostsNobodysData) {
   PutCarrier(SampleCarrier(sampleMains[5], 1));
   fs::create_directory(folder / "user");
   WriteFile(folder / "user" / "data", "precious");
-  fs::create_directory_symlink("user", folder / "TempRRR");
-  EXPECT_TRUE(ReadFile(RecHidden()) == SampleBytes(0));
-  EXPECT_EQ(ReadFile(folder / "user" / "data"), "precious");
+  if (MakeFolderLink(folder / "user", folder / "TempRRR")) {
+    EXPECT_TRUE(ReadFile(RecHidden()) == SampleBytes(0));
+    EXPECT_EQ(ReadFile(folder / "user" / "data"), "precious");
+  }
 
   WriteFile(folder / "TempRRR", "precious");
   ScriptedUi ui;

@@ -6,6 +6,7 @@
 #include "support/ScriptedUi.h"
 #include "support/TempFolder.h"
 #include "system/FileError.h"
+#include "system/Files.h"
 #include "system/Registry.h"
 #include "system/WorkFolders.h"
 
@@ -186,8 +187,8 @@ TEST_F(Join, AnOldTargetSurvivesFailureAndCancel) {
     ui.ExpectProgressForm("Joining Files");
     ExpectFailed(target.string() + ": Another program is writing this file");
     JoinFrom(Piece(1), false);
-    fs::remove(TemporaryPath(target));
   }
+  fs::remove(TemporaryPath(target));
   ui.StopAtBytes(1);
   ExpectReplaceQuestion(Answer::Yes);
   ui.ExpectProgressForm("Joining Files");
@@ -198,8 +199,8 @@ TEST_F(Join, AnOldTargetSurvivesFailureAndCancel) {
 
 TEST_F(Join, ALastPieceThatCannotBeReadIsNotPassedOver) {
   MakePieces(1, 3);
-  std::filesystem::create_symlink("nowhere", Piece(4));
-  ExpectFailed(Piece(4).string() + ": No such file or directory");
+  if (!MakeFileLink(folder / "nowhere", Piece(4))) GTEST_SKIP() << "no links here";
+  ExpectFailed(ErrorOf([&] { (void)FileLength(Piece(4)); }));
   JoinFrom(Piece(1), false);
 }
 
@@ -225,12 +226,13 @@ TEST_F(Join, AScratchFolderThatIsALinkOrAFileCostsNobodysData) {
   MakePieces(1, 2);
   fs::create_directory(folder / "user");
   WriteFile(folder / "user" / "data", "precious");
-  fs::create_directory_symlink("user", folder / "temprrr");
-  ExpectJoined();
-  JoinFrom(Piece(1));
-  EXPECT_EQ(ReadFile(folder / "user" / "data"), "precious");
+  if (MakeFolderLink(folder / "user", folder / "temprrr")) {
+    ExpectJoined();
+    JoinFrom(Piece(1));
+    EXPECT_EQ(ReadFile(folder / "user" / "data"), "precious");
+    fs::remove(target);
+  }
 
-  fs::remove(target);
   WriteFile(folder / "temprrr", "precious");
   ExpectFailed((folder / "temprrr").string() + ": File exists");
   JoinFrom(Piece(1), false);

@@ -115,13 +115,13 @@ TEST_F(SlyItJob, AsksBeforeItMakesTheOutputFolder) {
             2);
   EXPECT_EQ(Names(folder / "b" / "c"), (std::set<std::string>{"a.dat.1.sly", "a.dat.2.sly"}));
 
-  form.Text2 = form.Text1 / "below a file";
+  form.Text2 = form.Text1;
   EXPECT_EQ(Press(
                 [&](ScriptedUi& ui) {
                   ui.ExpectQuestion(
                       form.Text2.string() + " Does Not Exists. Do You Want To Create It?",
                       Answer::Yes);
-                  ui.ExpectMessage(form.Text2.string() + "/: Not a directory", Icon::Critical);
+                  ui.ExpectMessage((form.Text2 / "").string() + ": File exists", Icon::Critical);
                   ui.ExpectQuestion(failed, Answer::No);
                 },
                 false),

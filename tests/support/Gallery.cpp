@@ -24,7 +24,7 @@ class Gallery final : public wxApp {
   bool OnInit() override {
     desktop_ =
         std::make_unique<Desktop>(ui_, Surroundings{.anotherInstanceRuns = [] { return false; },
-                                                    .memoryStatus = GlobalMemoryStatus,
+                                                    .memoryStatus = slyver::GlobalMemoryStatus,
                                                     .helpPage = {},
                                                     .open = [](const std::filesystem::path&) {}});
     ui_.Serve(*desktop_);

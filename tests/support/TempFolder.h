@@ -1,19 +1,18 @@
 #pragma once
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/file.h>
-#include <unistd.h>
 
-#include <cstdlib>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "support/Platform.h"
 #include "system/FileError.h"
 #include "system/PathText.h"
 
@@ -23,17 +22,14 @@ namespace slyver {
 class TempFolderTest : public testing::Test {
  protected:
   void SetUp() override {
-    std::string pattern = (std::filesystem::temp_directory_path() / "slyver-test-XXXXXX").string();
-    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-    root_ = pattern;
+    root_ = MakeUniqueFolder();
     folder = root_ / "work";
     std::filesystem::create_directory(folder);
     std::filesystem::create_directory(root_ / "run");
-    setenv("XDG_CONFIG_HOME", (root_ / "config").c_str(), 1);
-    setenv("XDG_RUNTIME_DIR", (root_ / "run").c_str(), 1);
-    setenv("HOME", root_.c_str(), 1);
+    places_.emplace(root_);
   }
   void TearDown() override {
+    places_.reset();
     std::error_code ignored;
     std::filesystem::remove_all(root_, ignored);
   }
@@ -51,6 +47,7 @@ class TempFolderTest : public testing::Test {
 
  private:
   std::filesystem::path root_;
+  std::optional<PlacesIn> places_;
 };
 
 inline void WriteFile(const std::filesystem::path& path, std::string_view bytes) {
@@ -73,21 +70,6 @@ std::string ErrorOf(const Work& work) {
   }
   return "no error";
 }
-
-/// Holds the lock of a file, as another program does that is writing it.
-class LockedFile {
- public:
-  explicit LockedFile(const std::filesystem::path& path)
-      : descriptor_(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)) {
-    EXPECT_EQ(flock(descriptor_, LOCK_EX | LOCK_NB), 0);
-  }
-  ~LockedFile() { close(descriptor_); }
-  LockedFile(const LockedFile&) = delete;
-  LockedFile& operator=(const LockedFile&) = delete;
-
- private:
-  int descriptor_;
-};
 
 /// `length` bytes without a period that a piece size could hide, the same on every call.
 inline std::string SomeBytes(std::size_t length) {

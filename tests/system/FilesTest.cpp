@@ -1,14 +1,13 @@
-#include "system/Disk.h"
 #include "system/Files.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <array>
 #include <limits>
 #include <stdexcept>
 
 #include "support/TempFolder.h"
+#include "system/Disk.h"
 #include "system/FileError.h"
 
 namespace slyver {
@@ -96,13 +95,8 @@ TEST_F(Files, ReadsBeyondFourGibibytes) {
 
 TEST_F(Files, HolesStayHoles) {
   constexpr std::uint64_t size = 8 * mebibyte;
-  const auto taken = [](const fs::path& path) {
-    struct stat found = {};
-    EXPECT_EQ(stat(path.c_str(), &found), 0);
-    return static_cast<std::uint64_t>(found.st_blocks) * 512;
-  };
   fs::resize_file(source, size);
-  if (taken(source) >= size) GTEST_SKIP() << "the file system has no holes";
+  if (SpaceTaken(source) >= size) GTEST_SKIP() << "the file system has no holes";
   const auto put = [&](std::uint64_t offset) {
     std::fstream(source, std::ios::binary | std::ios::in | std::ios::out)
         .seekp(static_cast<std::streamoff>(offset))
@@ -124,7 +118,7 @@ TEST_F(Files, HolesStayHoles) {
   EXPECT_TRUE(ReadFile(target) == whole.substr(3) + bytes + whole.substr(0, 5 * mebibyte + 700) +
                                       whole.substr(5 * mebibyte));
   EXPECT_EQ(last.bytesDone, last.bytesTotal);
-  EXPECT_LT(taken(target), mebibyte);
+  EXPECT_LT(SpaceTaken(target), mebibyte);
 }
 
 TEST_F(Files, WritesEmptyFilesAndTheLongestNames) {
@@ -147,13 +141,16 @@ TEST_F(Files, KeepsOrReplacesAnExistingTarget) {
             target.string() + ": File exists");
   EXPECT_EQ(ReadFile(target), "came meanwhile");
 
-  fs::remove(target);
+  EXPECT_EQ(Names(), (std::set<std::string>{"source", "target"}));
+}
+
+TEST_F(Files, ReplacesALinkAndDoesNotWriteThroughIt) {
   WriteFile(folder / "other", "other");
-  fs::create_symlink("other", target);
+  if (!MakeFileLink(folder / "other", target)) GTEST_SKIP() << "no links here";
   EXPECT_TRUE(ErrorOf([&] { ConcatenateSource(Existing::Keep); }).ends_with(": File exists"));
   ConcatenateSource(Existing::Replace);
   EXPECT_FALSE(fs::is_symlink(target));
-  EXPECT_EQ(ReadFile(folder / "other"), "other") << "a link is replaced, not written through";
+  EXPECT_EQ(ReadFile(folder / "other"), "other");
   EXPECT_EQ(Names(), (std::set<std::string>{"other", "source", "target"}));
 }
 
@@ -163,9 +160,12 @@ TEST_F(Files, RemovesWhatAKilledRunHasLeftAndNeverWritesThroughIt) {
   WriteFile(userData, "precious");
   const std::array<std::function<void()>, 4> leftovers = {
       [&] { WriteFile(temporary, SomeBytes(5000)); },
-      [&] { fs::create_symlink(userData, temporary); },
-      [&] { fs::create_hard_link(userData, temporary); },
-      [&] { EXPECT_EQ(mkfifo(temporary.c_str(), 0600), 0); }};
+      [&] {
+        WriteFile(temporary, "");
+        fs::permissions(temporary, fs::perms::owner_read);
+      },
+      [&] { (void)MakeFileLink(userData, temporary); },
+      [&] { fs::create_hard_link(userData, temporary); }};
   for (const auto& leave : leftovers) {
     leave();
     ConcatenateSource(Existing::Replace);
@@ -186,27 +186,22 @@ TEST_F(Files, RefusesATargetThatAnotherProgramIsWriting) {
 
 TEST_F(Files, RefusesWhatIsNoRegularFile) {
   fs::create_directory(folder / "sub");
-  ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
   struct Case {
     fs::path source, target;
     std::string error;
   };
+  const std::string missing = ": No such file or directory";
   const auto text = [&](const char* name, const char* cause) {
     return (folder / name).string() + ": " + cause;
   };
-  for (const Case& c :
-       {Case{source, folder / "sub", text("sub", "Is a directory")},
-        Case{source, folder / "pipe", text("pipe", "Not a regular file")},
-        Case{source, folder / "no" / "t", text("no/t", "No such file or directory")},
-        Case{folder / "sub", target, text("sub", "Is a directory")},
-        Case{folder / "pipe", target, text("pipe", "Not a regular file")},
-        Case{folder / "none", target, text("none", "No such file or directory")}}) {
+  for (const Case& c : {Case{source, folder / "sub", text("sub", "Is a directory")},
+                        Case{source, folder / "no" / "t", (folder / "no" / "t").string() + missing},
+                        Case{folder / "sub", target, text("sub", "Is a directory")},
+                        Case{folder / "none", target, (folder / "none").string() + missing}}) {
     const std::array ranges = {ByteRange{c.source, 0, 1}};
     EXPECT_EQ(ErrorOf([&] { Concatenate(ranges, c.target, Existing::Replace, GoOn); }), c.error);
   }
-  EXPECT_EQ(ErrorOf([&] { (void)FileLength(folder / "pipe"); }),
-            text("pipe", "Not a regular file"));
-  EXPECT_EQ(Names(), (std::set<std::string>{"pipe", "source", "sub"}));
+  EXPECT_EQ(Names(), (std::set<std::string>{"source", "sub"}));
 }
 
 TEST_F(Files, RefusesRangesBeyondTheSourcesEnd) {
@@ -241,11 +236,6 @@ TEST_F(Files, NoticesThatASourceChangesWhileItIsRead) {
   EXPECT_EQ(ErrorOf([&] { ConcatenateHalves([&] { fs::resize_file(source, 600); }); }),
             source.string() + ": The file ends too early");
   EXPECT_EQ(Names(), std::set<std::string>{"source"});
-
-  WriteFile(source, bytes);
-  WriteFile(folder / "new", std::string(1000, 'n'));
-  ConcatenateHalves([&] { fs::rename(folder / "new", source); });
-  EXPECT_EQ(ReadFile(target), bytes) << "another file under the name does not mix in";
 }
 
 TEST_F(Files, GivesTheLastFileItsNameAfterAllOthersAndLeavesNothingHalfWritten) {
@@ -280,15 +270,12 @@ TEST_F(Files, KeepsAnOldTargetWhenCancelledOrWhenTheWatchThrows) {
   EXPECT_EQ(Names(), (std::set<std::string>{"source", "target"}));
 }
 
-TEST_F(Files, TakesNothingForAFreeNameThatItCannotSee) {
-  fs::create_symlink(folder / "none", target);
-  EXPECT_TRUE(NameIsTaken(target));
+TEST_F(Files, TakesALinkThatLeadsNowhereForATakenName) {
+  EXPECT_TRUE(NameIsTaken(folder));
   EXPECT_FALSE(NameIsTaken(folder / "none"));
   EXPECT_FALSE(NameIsTaken(source / "below a file"));
-  const fs::path loop = folder / "loop";
-  fs::create_symlink(loop, loop);
-  EXPECT_EQ(ErrorOf([&] { (void)NameIsTaken(loop / "x"); }),
-            (loop / "x").string() + ": Too many levels of symbolic links");
+  if (!MakeFileLink(folder / "none", target)) GTEST_SKIP() << "no links here";
+  EXPECT_TRUE(NameIsTaken(target));
 }
 
 }  // namespace

@@ -61,7 +61,9 @@ TEST(IniText, FindsValues) {
            Case{"[s]\r\nk\r\n", none},                     // no value
            Case{"k=1\r\n[t]\r\nk=2\r\n", none},            // other places
            Case{"[t]\r\nk=1\r\n\r\n[s]\r\n\r\nk=2\r\n", "2"},
-           Case{"[s\r\nk=1\r\n", none},
+           Case{"[s\r\nk=1\r\n", "1"},  // the bracket may be missing
+           Case{"[s] t]\r\nk=1\r\n", "1"},
+           Case{"[s]k=1\r\n", none},
            Case{std::string("[s]\r\nk=v\r\n\0\0\0", 13), "v"},  // padding
            Case{std::string("[s]\r\n\0k=v\r\n", 11), none},     // nothing counts behind it
        })
@@ -81,6 +83,7 @@ TEST(IniText, PutsValuesInTheirPlace) {
            Case{"[s]\r\na=1\r\n;k=0\r\n[t]\r\n", "[s]\r\na=1\r\n;k=0\r\nk=v\r\n[t]\r\n"},
            Case{"; note\n[s]\nk = \"old\"\nb=2\n", "; note\n[s]\nk=v\r\nb=2\n"},
            Case{"[s]\r\nk=1\r\nk=2\r\n", "[s]\r\nk=v\r\nk=2\r\n"},
+           Case{"[S]\r\n K =1\r\n", "[S]\r\nK=v\r\n"},  // the spelling stays
            Case{std::string("[s]\r\na=1\r\n\0\0", 12), "[s]\r\na=1\r\nk=v\r\n"},
        })
     EXPECT_EQ(WithIniValue(c.before, "s", "k", "v"), c.after);

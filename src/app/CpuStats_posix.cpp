@@ -1,0 +1,7 @@
+#include "app/CpuStats.h"
+
+namespace slyver {
+
+void SwitchCpuStatsOnAndOff() {}
+
+}  // namespace slyver

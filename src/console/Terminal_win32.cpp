@@ -1,0 +1,190 @@
+#include "console/Terminal.h"
+
+#include <windows.h>
+// The system's headers have to come behind this one.
+#include <shellapi.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <csignal>
+#include <iostream>
+#include <system_error>
+
+#include "system/FileError.h"
+#include "system/Wide_win32.h"
+
+namespace slyver {
+
+namespace {
+
+/// How long the system waits for a program whose window is closed, and so for its cleaning up.
+constexpr DWORD closingTime = 5000;
+
+[[noreturn]] void Fail(const char* what) {
+  throw std::system_error(LastError(), what);
+}
+
+/// A console's mode; nothing when the handle is no console.
+std::optional<DWORD> ModeOf(HANDLE handle) {
+  DWORD mode = 0;
+  return GetConsoleMode(handle, &mode) != 0 ? std::optional(mode) : std::nullopt;
+}
+
+/// Changes a console's mode while it lives.
+class ConsoleMode {
+ public:
+  ConsoleMode(DWORD stream, DWORD added, DWORD taken)
+      : handle_(GetStdHandle(stream)), before_(ModeOf(handle_)) {
+    if (before_) (void)SetConsoleMode(handle_, (*before_ | added) & ~taken);
+  }
+  ~ConsoleMode() {
+    if (before_) (void)SetConsoleMode(handle_, *before_);
+  }
+  ConsoleMode(const ConsoleMode&) = delete;
+  ConsoleMode& operator=(const ConsoleMode&) = delete;
+
+ private:
+  HANDLE handle_;
+  std::optional<DWORD> before_;
+};
+
+/// Makes the console take the program's UTF-8 while it lives.
+class Utf8Output {
+ public:
+  Utf8Output() : before_(GetConsoleOutputCP()) { (void)SetConsoleOutputCP(CP_UTF8); }
+  ~Utf8Output() {
+    if (before_ != 0) (void)SetConsoleOutputCP(before_);
+  }
+  Utf8Output(const Utf8Output&) = delete;
+  Utf8Output& operator=(const Utf8Output&) = delete;
+
+ private:
+  UINT before_;
+};
+
+/// What the system's call of the handler, which takes nothing of the program's along, has to find.
+struct Stopping {
+  std::atomic<int> signal = 0;
+  Handle asked{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+  Handle done{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+};
+std::atomic<Stopping*> current = nullptr;
+
+/// Called on a thread of its own.
+BOOL WINAPI OnControl(DWORD event) {
+  Stopping* const stopping = current;
+  if (stopping == nullptr) return FALSE;
+  const bool interrupted = event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT;
+  int none = 0;
+  (void)stopping->signal.compare_exchange_strong(none, interrupted ? SIGINT : SIGTERM);
+  (void)SetEvent(stopping->asked.Get());
+  // When this call returns from any other event, the system ends the process at once.
+  if (!interrupted) (void)WaitForSingleObject(stopping->done.Get(), closingTime);
+  return TRUE;
+}
+
+/// The next line typed at the console, with its line end; empty when there is none.
+std::wstring ReadTypedLine(HANDLE input, const Stopping& stopping) {
+  std::wstring line;
+  while (!line.ends_with(L'\n')) {
+    std::array<wchar_t, 256> part = {};
+    DWORD count = 0;
+    SetLastError(ERROR_SUCCESS);
+    const bool read = ReadConsoleW(input, part.data(), part.size(), &count, nullptr) != 0;
+    // Ctrl-C ends the reading; the handler may be told of it a moment later.
+    if (count == 0 && GetLastError() == ERROR_OPERATION_ABORTED)
+      (void)WaitForSingleObject(stopping.asked.Get(), 1000);
+    if (stopping.signal != 0) throw Cancelled{};
+    if (!read) Fail("standard input");
+    if (count == 0) return line;
+    line.append(part.data(), count);
+    // Ctrl-Z at the start of a line is the end of the input.
+    if (line.starts_with(L'\x1A')) return {};
+  }
+  return line;
+}
+
+/// Waits until a pipe has bytes or is closed, so that the reading cannot outlast a stop.
+void WaitForPipe(HANDLE input, const Stopping& stopping) {
+  DWORD available = 0;
+  while (GetFileType(input) == FILE_TYPE_PIPE &&
+         PeekNamedPipe(input, nullptr, 0, nullptr, &available, nullptr) != 0 && available == 0 &&
+         WaitForSingleObject(stopping.asked.Get(), 20) == WAIT_TIMEOUT) {
+  }
+}
+
+}  // namespace
+
+struct Terminal::State {
+  Stopping stopping;
+  Utf8Output output;
+  ConsoleMode sequences{STD_ERROR_HANDLE, ENABLE_VIRTUAL_TERMINAL_PROCESSING, 0};
+};
+
+Terminal::Terminal() : state_(std::make_unique<State>()) {
+  current = &state_->stopping;
+  if (SetConsoleCtrlHandler(OnControl, TRUE) == 0) Fail("signals");
+}
+
+Terminal::~Terminal() {
+  (void)SetEvent(state_->stopping.done.Get());
+  (void)SetConsoleCtrlHandler(OnControl, FALSE);
+  current = nullptr;
+}
+
+bool Terminal::CanAsk() {
+  return ModeOf(GetStdHandle(STD_INPUT_HANDLE)) && ModeOf(GetStdHandle(STD_ERROR_HANDLE));
+}
+
+bool Terminal::ShowsErrors() {
+  const std::optional<DWORD> mode = ModeOf(GetStdHandle(STD_ERROR_HANDLE));
+  return mode && (*mode & ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
+}
+
+std::optional<std::string> Terminal::ReadLine(bool echo, std::string_view prompt) const {
+  const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
+  const ConsoleMode silence(STD_INPUT_HANDLE, 0, echo ? 0 : ENABLE_ECHO_INPUT);
+  std::cerr << prompt << std::flush;
+  if (ModeOf(input)) {
+    const std::wstring typed = ReadTypedLine(input, state_->stopping);
+    if (!echo) std::cerr << std::endl;
+    if (typed.empty()) return std::nullopt;
+    return Utf8Of(std::wstring_view(typed).substr(0, typed.find_first_of(L"\r\n")));
+  }
+  std::string line;
+  while (true) {
+    WaitForPipe(input, state_->stopping);
+    if (StopSignal() != 0) throw Cancelled{};
+    char c = 0;
+    DWORD count = 0;
+    if (ReadFile(input, &c, 1, &count, nullptr) == 0 && GetLastError() != ERROR_BROKEN_PIPE &&
+        GetLastError() != ERROR_HANDLE_EOF)
+      Fail("standard input");
+    if (count == 0 && line.empty()) return std::nullopt;
+    if (count == 0 || c == '\n') return line;
+    line += c;
+  }
+}
+
+int Terminal::StopSignal() const {
+  return state_->stopping.signal;
+}
+
+void Terminal::IgnoreStops() const {
+  // What the handler has taken has had its effect; nothing waits for the object's end.
+  (void)SetConsoleCtrlHandler(nullptr, TRUE);
+}
+
+std::vector<std::string> ArgumentsOf(int /*argc*/, char** /*argv*/) {
+  // Those that main() is given are in the code page, which has not every name's characters.
+  int count = 0;
+  wchar_t** const wide = CommandLineToArgvW(GetCommandLineW(), &count);
+  if (wide == nullptr) Fail("arguments");
+  std::vector<std::string> arguments;
+  for (int i = 1; i < count; ++i) arguments.push_back(Utf8Of(wide[i]));
+  (void)LocalFree(wide);
+  return arguments;
+}
+
+}  // namespace slyver
