@@ -58,6 +58,7 @@ int RunJob(std::vector<std::string>& words) {
   if (chdir(words.front().c_str()) != 0) return -1;
   words.front() = "sly";
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (std::string& word : words) arguments.push_back(word.data());
   arguments.push_back(nullptr);
   (void)alarm(patience);

@@ -14,7 +14,7 @@ import time
 from suite import Setting
 
 # Each module has run(setting), which returns its cases.
-SUITES = ["failing_calls", "kills", "stops", "window"]
+SUITES = ["failing_calls", "kills", "stops", "window", "races", "hostile", "traps", "load"]
 
 
 def _folder(text):

@@ -320,7 +320,7 @@ def changing_sources(bench, rng, short):
         for job in jobs.make_jobs(bench.sly, bench.home.parent / "made", unit=4 * MIB)
         if job.results and job.name != "split into a new folder"
     }
-    ends = time.monotonic() + (12 if short else 90)
+    ends = time.monotonic() + (10 if short else 60)
     while time.monotonic() < ends:
         job = rng.choice(list(big.values()))
         names = [name for name in job.sources if not name.endswith("/password")]
