@@ -124,10 +124,10 @@ def _value(text, wanted_section, wanted_key):
     inside = False
     for line in text.split(b"\n"):
         line = line.strip(BLANKS)
-        if line.startswith(b"[") and b"]" in line:
+        if line.startswith(b"["):
             if inside:
                 return b""
-            name = line[1 : line.rindex(b"]")].strip(BLANKS)
+            name = line[1:].split(b"]")[0].strip(BLANKS)
             inside = name.lower() == wanted_section.lower()
         elif inside and b"=" in line and not line.startswith(b";"):
             key, value = line.split(b"=", 1)
