@@ -6,8 +6,6 @@ import faults
 import jobs
 from suite import Case
 
-SHORT_STEP = 4  # The short run takes every fourth call.
-
 
 def run(setting):
     made = setting.folder / "made"
@@ -24,10 +22,9 @@ def _case(setting, job):
             lost.append(f"not killed, but ended with {outcome.status}")
         return lost + _again(job, setting, home)
 
-    step = SHORT_STEP if setting.short else 1
     return Case(
         job.name,
-        *faults.for_every_call(job, setting, faults.KILL, check, step, 1 + setting.seed % step),
+        *faults.for_every_call(job, setting, faults.KILL, check),
         "killed, and run again",
     )
 

@@ -29,10 +29,7 @@ def _at_every_call(setting, job):
     def check(home, outcome, _struck):
         return _losses(job, home, outcome, signal.SIGINT)
 
-    step = 4 if setting.short else 1
-    tried, losses = faults.for_every_call(
-        job, setting, faults.INTERRUPT, check, step, 1 + setting.seed % step
-    )
+    tried, losses = faults.for_every_call(job, setting, faults.INTERRUPT, check)
     return Case(f"{job.name}: at every call", tried, losses, "stopped at every call")
 
 
