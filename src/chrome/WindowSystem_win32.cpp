@@ -3,6 +3,7 @@
 #include <wx/access.h>
 #include <wx/msw/wrapcctl.h>
 
+#include <oleacc.h>
 #include <uxtheme.h>
 
 #include <utility>
@@ -167,10 +168,18 @@ void SetAccessibleName(wxWindow& control, const wxString& name) {
 }
 
 wxString GetAccessibleName(const wxWindow& control) {
+  IAccessible* told = nullptr;
+  if (FAILED(AccessibleObjectFromWindow(WindowOf(control), static_cast<DWORD>(OBJID_CLIENT),
+                                        IID_IAccessible, reinterpret_cast<void**>(&told))))
+    return {};
+  VARIANT self = {};
+  self.vt = VT_I4;
+  self.lVal = CHILDID_SELF;
+  BSTR text = nullptr;
   wxString name;
-  // Asking changes nothing, though the toolkit's type says that it might.
-  wxAccessible* const known = const_cast<wxWindow&>(control).GetAccessible();
-  if (known != nullptr) (void)known->GetName(wxACC_SELF, &name);
+  if (SUCCEEDED(told->get_accName(self, &text)) && text != nullptr) name = text;
+  SysFreeString(text);
+  (void)told->Release();
   return name;
 }
 

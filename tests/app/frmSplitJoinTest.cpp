@@ -45,7 +45,7 @@ TEST_F(frmSplitJoinTest, ChosenFileIsHandedToTheSplitForm) {
   EXPECT_TRUE(RunEventsUntil([] { return IsShown("frmSplitter"); }));
   EXPECT_FALSE(IsLoaded("frmSplitJoin"));
   EXPECT_EQ(TextOf("frmSplitter", "Text1"), PathText(folder / "a.iso"));
-  EXPECT_EQ(TextOf("frmSplitter", "Text2"), PathText(folder) + "/");
+  EXPECT_EQ(TextOf("frmSplitter", "Text2"), PathText(folder / ""));
 }
 
 TEST_F(frmSplitJoinTest, NoFileToSplitGoesBackOrEnds) {

@@ -1,7 +1,7 @@
 #!/bin/bash
 # What one system's sly has made the other's joins, lists and recovers, and both make the same bytes.
 # usage: exchange.sh SLY WINDOWS_SLY; the second one runs under Wine
-set -eu
+set -eu -o pipefail
 here=$(realpath "$1") windows=$(realpath "$2")
 folder=$(mktemp -d "${TMPDIR:-/tmp}/slyver-exchange-XXXXXX")
 trap 'rm -rf "$folder"' EXIT
@@ -36,46 +36,51 @@ for way in "linux wine_sly" "wine_sly linux"; do
 done
 
 # Carriers: both systems' are the same in every byte, also where one adds to the other's.
+main="Bild größer.png"
 hidden=("erste Datei é.txt" "naïve.tar.gz" "日本語.txt")
-hide() { "$1" hide --quiet --yes --password-file password "$2" "$3"; }
-cp "Bild größer.png" carrier_linux
-cp "Bild größer.png" carrier_wine_sly
-cp "Bild größer.png" carrier_mixed
+# hide SYSTEM FOLDER FILE: the carrier in the folder becomes the one with the file hidden in it. Its
+# own name is in it too, so that it has to stay the same.
+hide() {
+  [ "$("$1" hide --quiet --yes --password-file password "$2/$main" "$3")" = "Hidden File $main" ] ||
+    fail "$1 did not hide $3: $(tail -n 3 messages)"
+  mv "$2/Hidden File $main" "$2/$main"
+}
+for folder in by_linux by_windows by_both; do
+  mkdir $folder
+  cp "$main" $folder
+done
 turn=0
 for file in "${hidden[@]}"; do
-  for system in linux wine_sly; do
-    [ "$(hide "$system" "carrier_$system" "$file")" = "Hidden File carrier_$system" ] ||
-      fail "$system did not hide $file: $(tail -n 3 messages)"
-    mv "Hidden File carrier_$system" "carrier_$system"
-  done
+  hide linux by_linux "$file"
+  hide wine_sly by_windows "$file"
   [ $((turn++ % 2)) = 0 ] && system=wine_sly || system=linux
-  hide "$system" carrier_mixed "$file" >/dev/null
-  mv "Hidden File carrier_mixed" carrier_mixed
-  same carrier_linux carrier_wine_sly "with $file"
-  same carrier_linux carrier_mixed "with $file"
+  hide $system by_both "$file"
+  same "by_linux/$main" "by_windows/$main" "with $file"
+  same "by_linux/$main" "by_both/$main" "with $file"
 done
+carrier=by_both/$main
 
-linux list --password-file password carrier_mixed >list_linux
-wine_sly list --password-file password carrier_mixed >list_wine_sly
+linux list --password-file password "$carrier" >list_linux
+wine_sly list --password-file password "$carrier" >list_wine_sly
 same list_linux list_wine_sly "the lists"
 grep -q "naïve.tar.gz" list_linux || fail "the list lacks a name"
 
 for system in linux wine_sly; do
   for number in 0 1 2; do
-    made=$("$system" recover --quiet --password-file password --file $number carrier_mixed)
-    same "$made" "${hidden[number]}" "recovered by $system"
-    rm "$made"
+    made=$("$system" recover --quiet --password-file password --file $number "$carrier")
+    same "by_both/$made" "${hidden[number]}" "recovered by $system"
+    rm "by_both/$made"
   done
-  made=$("$system" recover --quiet --password-file password --main carrier_mixed)
-  same "$made" "Bild größer.png" "recovered by $system"
-  rm "$made"
+  made=$("$system" recover --quiet --password-file password --main "$carrier")
+  same "by_both/$made" "$main" "recovered by $system"
+  rm "by_both/$made"
 done
 
 # What is refused is refused alike.
 printf 'falsch\n' >wrong
 for system in linux wine_sly; do
   : >messages
-  "$system" list --password-file wrong carrier_mixed && fail "$system took a wrong password"
+  "$system" list --password-file wrong "$carrier" && fail "$system took a wrong password"
   tr -d '\r' <messages >"refusal_$system"
 done
 same refusal_linux refusal_wine_sly "the refusals"

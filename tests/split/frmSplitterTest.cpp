@@ -104,7 +104,7 @@ TEST_F(frmSplitterTest, AnotherFileIsComputedAnew) {
   Click(form, "Command6");
   EXPECT_EQ(TextOf(form, "Text1"), PathText(folder / "other"));
   EXPECT_EQ(TextOf(form, "Text3"), "500");
-  EXPECT_EQ(TextOf(form, "Text2"), PathText(folder) + "/");
+  EXPECT_EQ(TextOf(form, "Text2"), PathText(folder / ""));
   // A file that is not there cannot be divided; the line below the bar says why.
   ControlOf<wxTextCtrl>(form, "Text1").SetValue(PathToWx(folder / "none"));
   EXPECT_EQ(TextOf(form, "Text3"), marker);
@@ -133,7 +133,7 @@ TEST_F(frmSplitterTest, EnterInAFieldSplits) {
 TEST_F(frmSplitterTest, OutputFolderIsChosenAndMade) {
   ui.ExpectPickFolder(std::nullopt);
   Click(form, "Command2");
-  EXPECT_EQ(TextOf(form, "Text2"), PathText(folder) + "/");
+  EXPECT_EQ(TextOf(form, "Text2"), PathText(folder / ""));
   ui.ExpectPickFolder(folder / "out");
   Click(form, "Command2");
   EXPECT_EQ(TextOf(form, "Text2"), PathText(folder / "out"));
@@ -145,11 +145,11 @@ TEST_F(frmSplitterTest, OutputFolderIsChosenAndMade) {
   ui.ExpectQuestion(question, Answer::Yes);
   ui.ExpectMessage("Please Specify The Size Of The File.", Icon::Information);
   Click(form, "Command1");
-  EXPECT_EQ(TextOf(form, "Text2"), PathText(folder / "out") + "/");
+  EXPECT_EQ(TextOf(form, "Text2"), PathText(folder / "out" / ""));
   Type(form, "Text3", "600");
   // Only folders followed by a separator were made before the question for the size.
   if (!std::filesystem::exists(folder / "out"))
-    ui.ExpectQuestion(PathText(folder / "out") + "/ Does Not Exists. Do You Want To Create It?",
+    ui.ExpectQuestion(PathText(folder / "out" / "") + " Does Not Exists. Do You Want To Create It?",
                       Answer::Yes);
   ExpectSuccess();
   Click(form, "Command1");
