@@ -1,17 +1,26 @@
 @echo off
 rem Undoes what "register.cmd" has done.
 setlocal
-set "classes=HKCU\Software\Classes"
-set "before="
-for /f "tokens=2,*" %%a in ('reg query "%classes%\.sly" /v SlyverBefore 2^>nul ^| findstr REG_SZ') do set "before=%%b"
-reg query "%classes%\.sly" /ve 2>nul | findstr /c:"Slyver.Piece" >nul || goto piece
-if defined before (
-  reg add "%classes%\.sly" /ve /t REG_SZ /d "%before%" /f >nul
-  reg delete "%classes%\.sly" /v SlyverBefore /f >nul
-) else (
-  reg delete "%classes%\.sly" /f >nul
+set "extension=HKCU\Software\Classes\.sly"
+
+rem Another program may have taken the pieces over since.
+reg query "%extension%" /ve 2>nul | find "Slyver.Piece" >nul
+if errorlevel 1 goto type
+reg query "%extension%" /v SlyverMade >nul 2>&1
+if not errorlevel 1 (
+  reg delete "%extension%" /f >nul
+  goto type
 )
-:piece
-reg delete "%classes%\Slyver.Piece" /f >nul 2>&1
+reg query "%extension%" /v SlyverBefore >nul 2>&1
+if errorlevel 1 (
+  reg delete "%extension%" /ve /f >nul
+  goto type
+)
+for /f "tokens=2,*" %%a in ('reg query "%extension%" /v SlyverBefore') do set "before=%%b"
+reg add "%extension%" /ve /t REG_SZ /d "%before%" /f >nul
+reg delete "%extension%" /v SlyverBefore /f >nul
+
+:type
+reg delete "HKCU\Software\Classes\Slyver.Piece" /f >nul 2>&1
 echo .sly pieces no longer open with Slyver.
 exit /b 0
