@@ -14,12 +14,13 @@ native() { printf 'Z:%s' "$1" | tr / '\\'; }
 private_folder() { echo "$WINEPREFIX/drive_c"; }
 
 # registry KEY VALUE: prints a value as Wine's own tool exports it, in quotation marks; nothing when
-# it is not there. (A query would print what lies behind an empty value.)
+# it is not there. "@" is the key's own value. (A query would print what lies behind an empty value.)
 registry() {
-  local file=$home/export.reg
+  local file=$home/export.reg name="\"$2\""
+  [ "$2" = @ ] && name=@
   rm -f "$file"
   wine reg export "$1" "$(native "$file")" /y >/dev/null 2>&1 || return 0
-  iconv -f UTF-16 -t UTF-8 "$file" | tr -d '\r' | sed -n "s/^\"$2\"=//p"
+  iconv -f UTF-16 -t UTF-8 "$file" | tr -d '\r' | sed -n "s/^$name=//p"
 }
 ram_setting_is() { [ "$(registry 'HKLM\Software\Orm Valis\Slyver' RAM)" = "\"$1\"" ]; }
 menu_is_open() {
