@@ -203,6 +203,11 @@ void SetFillingColour(wxGauge& bar, const wxColour& colour) {
 
 void ShowAsPlainText(wxTextCtrl& box) {
   box.SetBackgroundColour(box.GetParent()->GetBackgroundColour());
+  box.Bind(wxEVT_SET_FOCUS, [&box](wxFocusEvent& event) {
+    event.Skip();
+    // The box makes its caret only after this.
+    box.CallAfter([&box] { (void)HideCaret(WindowOf(box)); });
+  });
 }
 
 struct PopupWatch::State {
