@@ -31,7 +31,7 @@ class Job:
 
 @dataclasses.dataclass(frozen=True)
 class Outcome:
-    status: int  # As a shell tells it negated: -9 for SIGKILL. None when the job hung.
+    status: int  # As subprocess tells it: -9 for SIGKILL. None when the job hung.
     out: str
     err: str
 

@@ -244,22 +244,27 @@ def private_folders(bench):
     def not_allowed():
         run_folder.chmod(0o500)
 
-    traps = [(open_to_all, True), (closed_to_its_owner, None), (not_allowed, False)]
+    # Whether the job can be done: True, False, or None where either is right.
+    traps = {
+        "open to all": (open_to_all, True),
+        "closed to its owner": (closed_to_its_owner, None),
+        "not allowed": (not_allowed, False),
+    }
     if is_root():
-        traps.append((owned_by_another, False))
+        traps["owned by another"] = (owned_by_another, False)
     else:
         print("Not root: no private folder that belongs to another user is tried.")
     for kind in ("a file", "a link to a folder", "a link to nothing", "a pipe"):
-        traps.append((lambda kind=kind: KINDS[kind](private, bench.home / "outside"), False))
+        traps[kind] = (lambda kind=kind: KINDS[kind](private, bench.home / "outside"), False)
     for name in ("hide", "hide another"):
-        for trap, passable in traps:
+        for kind, (put, passable) in traps.items():
             case.tried += 1
             job = bench.jobs[name]
             bench.prepare(job)
-            trap()
+            put()
             outside, before = snapshot(bench.home / "outside"), snapshot(private)
             outcome = bench.run(job)
-            what = f"{name}, {trap.__name__}"
+            what = f"{name}, {kind}"
             wrong = [] if snapshot(bench.home / "outside") == outside else ["changed what is outside"]
             if outcome.status not in (0, 1) or passable not in (None, outcome.status == 0):
                 wrong.append(f"ended with {outcome.status}: {outcome.err}")
@@ -348,14 +353,15 @@ def changed_source(bench, job, name, rng):
     def change():
         time.sleep(delay)
         with path.open("r+b") as file:
-            if kind == "is written to":
-                file.write(b"\0" * 8)
-                file.seek(-8, os.SEEK_END)
-            elif kind == "grows":
-                file.seek(0, os.SEEK_END)
-            file.write(b"more" if kind == "grows" else b"\0" * 8) if kind != "shrinks" else None
             if kind == "shrinks":
                 file.truncate(len(new))
+            elif kind == "grows":
+                file.seek(0, os.SEEK_END)
+                file.write(b"more")
+            else:
+                file.write(b"\0" * 8)
+                file.seek(-8, os.SEEK_END)
+                file.write(b"\0" * 8)
 
     writer = threading.Thread(target=change)
     writer.start()
