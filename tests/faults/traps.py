@@ -118,14 +118,6 @@ FOLDERS = {"a folder", "a read-only folder"}
 REPLACEABLE = {name for name in KINDS if name.endswith("a file") or name.startswith("a link")}
 
 
-def temporary_name(name):
-    """The name under which a file is written until it is complete."""
-    value = 14695981039346656037
-    for byte in name.encode():
-        value = (value ^ byte) * 1099511628211 % 2**64
-    return f".slyver-{value:016x}.tmp"
-
-
 @dataclasses.dataclass(frozen=True)
 class Place:
     path: str
@@ -140,17 +132,15 @@ def places(job):
     marked = job.name.startswith(("hide", "recover"))
     if "join" in job.name:
         yield Place("files/temprrr", scratch_folder, True)
-        yield Place("files/" + temporary_name("whole.bin.1.sly"), everything - FOLDERS, True)
+        yield Place(jobs.temporary_path("files/whole.bin.1.sly"), everything - FOLDERS, True)
     if job.name.startswith("recover"):
         yield Place("files/TempRRR", scratch_folder, True)
     if job.name.startswith("hide"):
         yield Place("run/slyver/tempHHH", scratch_folder, True)
         yield Place("run/slyver/3.ini", everything - FOLDERS, True)
     for name in job.results:
-        path = pathlib.PurePath(name)
         if not job.name.startswith("recover"):  # That is moved there when it is complete.
-            temporary = str(path.with_name(temporary_name(path.name)))
-            yield Place(temporary, everything - FOLDERS, True)
+            yield Place(jobs.temporary_path(name), everything - FOLDERS, True)
         if name in job.replaced:
             continue
         # A split of the same file is looked for in that file's own folder.
