@@ -37,14 +37,14 @@ need() {
   }
 }
 
-# build PRESET FOLDER [DESKTOP] configures the tree once and builds what has changed, saying so on
-# stderr. DESKTOP is ON or OFF: whether the desktop program is built too; a tree that once was
-# configured with it keeps it.
+# build PRESET FOLDER [DESKTOP [TARGET...]] configures the tree once and builds what has changed,
+# saying so on stderr; without targets, everything. DESKTOP is ON or OFF: whether the desktop program
+# is built too; a tree that once was configured with it keeps it.
 build() {
   local desktop=SLYVER_DESKTOP:BOOL=${3:-OFF}
   if [[ ! -e $top/$2/build.ninja ]] ||
     { [[ $desktop == *ON ]] && ! grep -q "^$desktop" "$top/$2/CMakeCache.txt"; }; then
     (cd "$top" && cmake --preset "$1" "-D$desktop" >&2)
   fi
-  (cd "$top" && cmake --build --preset "$1") | sed '/no work to do/d' >&2
+  (cd "$top" && cmake --build --preset "$1" ${4:+--target "${@:4}"}) | sed '/no work to do/d' >&2
 }

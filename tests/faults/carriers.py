@@ -111,7 +111,7 @@ def read(carrier, password):
     while value(section(len(files)), NAME):
         name = decipher(value(section(len(files)), NAME), password)
         length = _length(decipher(value(section(len(files)), LENGTH), password), end - offset)
-        if length is None or not _is_bare(name):
+        if length is None or not is_bare(name):
             return reading
         files.append((to_text(name), offset, length))
         offset += length
@@ -145,7 +145,7 @@ def _length(text, most):
     return int(text) if 1 <= int(text) <= most else None
 
 
-def _is_bare(name):
+def is_bare(name):
     controls = bytes(range(32)) + b"\x7f\x81\x8d\x8f\x90\x9d"
     stem = name.split(b".")[0].rstrip(b" ").upper()
     return not (

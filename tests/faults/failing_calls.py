@@ -27,7 +27,22 @@ def run(setting):
         tasks += [(job, effect) for job in big for effect in WITH_TWO_THREADS]
     return faults.both_cores(
         lambda job=job, effect=effect: _case(setting, job, effect) for job, effect in tasks
-    )
+    ) + [_flushed(setting, job) for job, effect in tasks if effect is FAILURE and job.replaced]
+
+
+def _flushed(setting, job):
+    """The new bytes must be on the disk before the old ones go, which no failing call shows: the
+    program must ask for it after the last write and before the renaming."""
+    home = setting.folder / "flushed"
+    made = faults.calls_of(job, setting, home)
+    case = Case(f"{job.name}: flushed", len(job.replaced), group="flushed before an old file goes")
+    for name in job.replaced:
+        temporary = str(home / jobs.temporary_path(name))
+        calls = [call for call, path in made if path == temporary]
+        order = [call for call in calls if call in ("pwrite", "fsync", "rename")]
+        if order[-3:] != ["pwrite", "fsync", "rename"]:
+            case.losses.append(f"{name} is replaced by {order}")
+    return case
 
 
 def _reports_lost_data(struck, home):

@@ -89,13 +89,18 @@ def for_every_call(job, setting, effect, check):
     raise AssertionError("the job makes calls without end")
 
 
-def _some_numbers(job, setting, home):
-    """Every fourth call, and the last one of each name, so that none is left out because it is
-    rare; then one that no job comes to."""
+def calls_of(job, setting, home):
+    """The calls that the job makes undisturbed, in their order: pairs of name and path."""
     jobs.prepare(job, home)
     report = home.with_suffix(".calls")
     run(job, setting, home, 0, NONE, report)
-    names = [line.split(" ")[1] for line in report.read_text().splitlines()]
+    return [line.split(" ", 2)[1:] for line in report.read_text().splitlines()]
+
+
+def _some_numbers(job, setting, home):
+    """Every fourth call, and the last one of each name, so that none is left out because it is
+    rare; then one that no job comes to."""
+    names = [name for name, _ in calls_of(job, setting, home)]
     last = {name: number for number, name in enumerate(names, 1)}
     every_fourth = range(1 + setting.seed % 4, len(names) + 1, 4)
     return sorted({*every_fourth, *last.values()}) + [10**6]

@@ -351,7 +351,7 @@ def names(bench, rng, short):
 
         bench.begin({b"in/" + name: data, b"m.png": b"main", b"password": PASSWORD})
         stored = stored_name(name)
-        bare = carriers._is_bare(stored)
+        bare = carriers.is_bare(stored)
         arguments = ("hide", "--password-file", "password")
         carrier = carriers.carrier_of(b"m.png", b"main", [(stored, data)], PASSWORD)
         bench.expect(case, what, {b"Hidden File m.png": carrier} if bare else None, *arguments,

@@ -31,7 +31,7 @@ class Job:
 
 @dataclasses.dataclass(frozen=True)
 class Outcome:
-    status: int  # As a shell tells it negated: -9 for SIGKILL. None when the job hung.
+    status: int  # As subprocess tells it: -9 for SIGKILL. None when the job hung.
     out: str
     err: str
 
@@ -169,6 +169,15 @@ def restore(job, home):
     _write_all(home, job.replaced)
     if job.settings:
         _write_all(home, {SETTINGS: job.settings[0]})
+
+
+def temporary_path(path):
+    """The path under which a file is written until it is complete."""
+    path = pathlib.PurePath(path)
+    value = 14695981039346656037
+    for byte in path.name.encode():
+        value = (value ^ byte) * 1099511628211 % 2**64
+    return str(path.with_name(f".slyver-{value:016x}.tmp"))
 
 
 def environment(home):

@@ -6,11 +6,10 @@ import os
 import random
 import shutil
 import signal
-import subprocess
 import time
 
 import carriers
-from jobs import Outcome, PATIENCE, environment
+import jobs
 from suite import Case
 
 PASSWORD = b"geheim"
@@ -23,11 +22,11 @@ class Race:
     name: str
     contents: dict  # Files at the start, below files/.
     commands: tuple  # The two commands.
-    # states(outcomes) gives what files may lie there at the end, each a list of ways: a way maps
-    # names to bytes, and what it does not name is absent. The sources are added to every way.
+    # ways(first done, second done) gives all that may lie there at the end: each way maps names to
+    # bytes, and what it does not name is absent.
     ways: callable
     stop: bool = False  # Whether one of the two is stopped by Ctrl-C.
-    short_private: bool = False  # Whether each has a private folder of its own.
+    own_private: bool = False  # Whether each has a private folder of its own.
 
 
 def run(setting):
@@ -59,7 +58,7 @@ def try_race(race, setting, home, rng):
         if stop:
             time.sleep(stop[1])
             processes[stop[0]].send_signal(signal.SIGINT)
-        outcomes = [finish(process) for process in processes]
+        outcomes = [jobs.finish(process) for process in processes]
         duration = 0.9 * duration + 0.1 * (time.monotonic() - begun)
         case.losses += [
             f"try {case.tried}: {text}" for text in losses(race, outcomes, files, home)
@@ -68,25 +67,8 @@ def try_race(race, setting, home, rng):
 
 
 def start(sly, home, race, index):
-    own = {"XDG_RUNTIME_DIR": str(home / "run2")} if race.short_private and index else {}
-    return subprocess.Popen(
-        [sly, *race.commands[index]],
-        cwd=home / "files",
-        env=environment(home) | own,
-        stdin=subprocess.DEVNULL,
-        stdout=subprocess.PIPE,
-        stderr=subprocess.PIPE,
-    )
-
-
-def finish(process):
-    try:
-        out, err = process.communicate(timeout=PATIENCE)
-    except subprocess.TimeoutExpired:
-        process.kill()
-        process.communicate()
-        return Outcome(None, b"", b"")
-    return Outcome(process.returncode, out, err)
+    own = {"XDG_RUNTIME_DIR": str(home / "run2")} if race.own_private and index else {}
+    return jobs.start(jobs.Job(race.name, race.commands[index], race.contents), sly, home, own)
 
 
 def losses(race, outcomes, files, home):
@@ -107,7 +89,7 @@ def losses(race, outcomes, files, home):
     for name in found:
         if os.path.isfile(files / name):
             found[name] = (files / name).read_bytes()
-    ways = [way for way in race.ways(*(outcome.status == 0 for outcome in outcomes))]
+    ways = race.ways(*(outcome.status == 0 for outcome in outcomes))
     if not any(found == way for way in ways):
         nearest = min(ways, key=lambda way: len(differing(found, way)), default={})
         yield (f"statuses {[outcome.status for outcome in outcomes]}, said "
@@ -123,7 +105,7 @@ def differing(found, way):
 
 
 def make_races(rng):
-    """The races. Where a way is left open below, it is because both endings are right."""
+    """The races. Where more than one way is given, each is a right ending."""
     old, new = rng.randbytes(6 * MIB), rng.randbytes(6 * MIB)
     longer = new + rng.randbytes(2 * MIB)
 
@@ -201,7 +183,7 @@ def make_races(rng):
     hides = (hide("m.png", "h.zip"), hide("m.png", "o.zip"))
     yield Race("two hides in the same file", base, hides, hide_ways)
     yield Race("two hides in the same file by two users", base, hides, hide_ways,
-               short_private=True)
+               own_private=True)
     yield Race("two hides in two files", base, (hides[0], hide("n.png", "o.zip")),
                lambda first, second: [
                    base | ({"Hidden File m.png": both[0]} if first else {})

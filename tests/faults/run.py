@@ -4,14 +4,16 @@ usage: run.py [--short] [--seed N] --built FOLDER --checked FOLDER [SUITE...]
 """
 
 import argparse
+import importlib
 import pathlib
 import random
 import shutil
 import sys
 import tempfile
 import time
+import traceback
 
-from suite import Setting
+from suite import Case, Setting
 
 # Each module has run(setting), which returns its cases.
 SUITES = ["failing_calls", "kills", "stops", "window", "races", "hostile", "traps", "load"]
@@ -30,19 +32,24 @@ def main():
     parser.add_argument("suites", nargs="*", metavar="SUITE", choices=[*SUITES, []])
     arguments = parser.parse_args()
 
+    suites = {name: importlib.import_module(name) for name in arguments.suites or SUITES}
     print(f"Seed {arguments.seed}", flush=True)
     scratch = pathlib.Path(tempfile.mkdtemp(prefix="slyver-reliability-"))
     passed = failed = 0
     rows = {}  # (suite, group): cases, tried, losses
     try:
-        for name in arguments.suites or SUITES:
+        for name, suite in suites.items():
             begun = time.monotonic()
             folder = scratch / name
             folder.mkdir()
-            cases = __import__(name).run(
-                Setting(arguments.built, arguments.checked, folder, arguments.short, arguments.seed)
+            setting = Setting(
+                arguments.built, arguments.checked, folder, arguments.short, arguments.seed
             )
-            shutil.rmtree(folder)
+            try:
+                cases = suite.run(setting)
+            except Exception:  # What a suite did not foresee is a loss too, not the end of the run.
+                cases = [Case("the whole suite", losses=[traceback.format_exc()])]
+            shutil.rmtree(folder, ignore_errors=True)
             for case in cases:
                 row = rows.setdefault((name, case.group or case.name), [0, 0, 0])
                 row[:] = row[0] + 1, row[1] + case.tried, row[2] + len(case.losses)
@@ -55,8 +62,8 @@ def main():
         shutil.rmtree(scratch, ignore_errors=True)
 
     print("\n| suite | what | cases | tried | losses |\n|---|---|---|---|---|")
-    for (suite, what), row in rows.items():
-        print(f"| {suite} | {what} |", " | ".join(map(str, row)), "|")
+    for (name, what), row in rows.items():
+        print(f"| {name} | {what} |", " | ".join(map(str, row)), "|")
     totals = [sum(column) for column in zip(*rows.values())]
     print("| all | |", " | ".join(map(str, totals)), "|")
     print(f"\n{passed} passed, {failed} failed")

@@ -38,17 +38,19 @@ def _at_random_moments(setting, job, rounds):
     home = setting.folder / "home"
     case = Case(f"{job.name}: at random moments", group="stopped at random moments")
     jobs.prepare(job, home)
-    begun = time.monotonic()
-    jobs.run(job, setting.sly, home)
-    duration = time.monotonic() - begun
+    duration = 0.5  # In seconds; the shortest time after which the job was found done.
     for _ in range(rounds):
         jobs.restore(job, home)
         wanted = rng.choice(SIGNALS)
+        begun = time.monotonic()
         process = jobs.start(job, setting.sly, home)
-        time.sleep(rng.uniform(0, 1.1 * duration))
+        time.sleep(rng.uniform(0, duration))
         process.send_signal(wanted)
         outcome = jobs.finish(process)
-        case.tried += outcome.status == -wanted  # Otherwise it was done before.
+        if outcome.status == -wanted:  # Otherwise it was done before.
+            case.tried += 1
+        else:
+            duration = min(duration, time.monotonic() - begun)
         case.losses += _losses(job, home, outcome, wanted)
     return case
 

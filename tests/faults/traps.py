@@ -118,14 +118,6 @@ FOLDERS = {"a folder", "a read-only folder"}
 REPLACEABLE = {name for name in KINDS if name.endswith("a file") or name.startswith("a link")}
 
 
-def temporary_name(name):
-    """The name under which a file is written until it is complete."""
-    value = 14695981039346656037
-    for byte in name.encode():
-        value = (value ^ byte) * 1099511628211 % 2**64
-    return f".slyver-{value:016x}.tmp"
-
-
 @dataclasses.dataclass(frozen=True)
 class Place:
     path: str
@@ -140,17 +132,15 @@ def places(job):
     marked = job.name.startswith(("hide", "recover"))
     if "join" in job.name:
         yield Place("files/temprrr", scratch_folder, True)
-        yield Place("files/" + temporary_name("whole.bin.1.sly"), everything - FOLDERS, True)
+        yield Place(jobs.temporary_path("files/whole.bin.1.sly"), everything - FOLDERS, True)
     if job.name.startswith("recover"):
         yield Place("files/TempRRR", scratch_folder, True)
     if job.name.startswith("hide"):
         yield Place("run/slyver/tempHHH", scratch_folder, True)
         yield Place("run/slyver/3.ini", everything - FOLDERS, True)
     for name in job.results:
-        path = pathlib.PurePath(name)
         if not job.name.startswith("recover"):  # That is moved there when it is complete.
-            temporary = str(path.with_name(temporary_name(path.name)))
-            yield Place(temporary, everything - FOLDERS, True)
+            yield Place(jobs.temporary_path(name), everything - FOLDERS, True)
         if name in job.replaced:
             continue
         # A split of the same file is looked for in that file's own folder.
@@ -244,22 +234,27 @@ def private_folders(bench):
     def not_allowed():
         run_folder.chmod(0o500)
 
-    traps = [(open_to_all, True), (closed_to_its_owner, None), (not_allowed, False)]
+    # Whether the job can be done: True, False, or None where either is right.
+    traps = {
+        "open to all": (open_to_all, True),
+        "closed to its owner": (closed_to_its_owner, None),
+        "not allowed": (not_allowed, False),
+    }
     if is_root():
-        traps.append((owned_by_another, False))
+        traps["owned by another"] = (owned_by_another, False)
     else:
         print("Not root: no private folder that belongs to another user is tried.")
     for kind in ("a file", "a link to a folder", "a link to nothing", "a pipe"):
-        traps.append((lambda kind=kind: KINDS[kind](private, bench.home / "outside"), False))
+        traps[kind] = (lambda kind=kind: KINDS[kind](private, bench.home / "outside"), False)
     for name in ("hide", "hide another"):
-        for trap, passable in traps:
+        for kind, (put, passable) in traps.items():
             case.tried += 1
             job = bench.jobs[name]
             bench.prepare(job)
-            trap()
+            put()
             outside, before = snapshot(bench.home / "outside"), snapshot(private)
             outcome = bench.run(job)
-            what = f"{name}, {trap.__name__}"
+            what = f"{name}, {kind}"
             wrong = [] if snapshot(bench.home / "outside") == outside else ["changed what is outside"]
             if outcome.status not in (0, 1) or passable not in (None, outcome.status == 0):
                 wrong.append(f"ended with {outcome.status}: {outcome.err}")
@@ -348,14 +343,15 @@ def changed_source(bench, job, name, rng):
     def change():
         time.sleep(delay)
         with path.open("r+b") as file:
-            if kind == "is written to":
-                file.write(b"\0" * 8)
-                file.seek(-8, os.SEEK_END)
-            elif kind == "grows":
-                file.seek(0, os.SEEK_END)
-            file.write(b"more" if kind == "grows" else b"\0" * 8) if kind != "shrinks" else None
             if kind == "shrinks":
                 file.truncate(len(new))
+            elif kind == "grows":
+                file.seek(0, os.SEEK_END)
+                file.write(b"more")
+            else:
+                file.write(b"\0" * 8)
+                file.seek(-8, os.SEEK_END)
+                file.write(b"\0" * 8)
 
     writer = threading.Thread(target=change)
     writer.start()
@@ -392,15 +388,20 @@ def extra(job, bench):
 def made_of(job, name, new, home):
     """Whether the results are those of a job that found the changed source from its beginning."""
     if job.name == "split":
-        numbers = range(1, len(list((home / "files").glob("*.sly"))) + 1)
-        return b"".join((home / f"files/whole.bin.{n}.sly").read_bytes() for n in numbers) == new
-    result = (home / next(iter(job.results))).read_bytes()
+        count = len(list((home / "files").glob("*.sly")))
+        pieces = [home / f"files/whole.bin.{number + 1}.sly" for number in range(count)]
+        whole = all(map(os.path.isfile, pieces))
+        return whole and b"".join(map(pathlib.Path.read_bytes, pieces)) == new
+    path, expected = next(iter(job.results.items()))
+    if not (home / path).is_file():
+        return False
+    result = (home / path).read_bytes()
     if "join" in job.name:
         parts = dict(job.sources) | {name: new}
         number = lambda part: int(part.rsplit(".", 2)[1])
         return result == b"".join(parts[part] for part in sorted(parts, key=number))
     if job.name == "recover the main file":
-        return result == new[: len(result)]
+        return result == new[: len(expected)]
     if job.name.startswith("hide"):
         # That the directory says so too is checked with hostile input.
         return (new[:-2500] if name.endswith("carrier.jpg") else new) in result

@@ -1,9 +1,9 @@
 #!/bin/bash
 # Runs jobs of the desktop program and closes the window in the middle of them.
 # usage: window.sh PROGRAM HOME VARIABLE=VALUE..., on a display of its own; the variables are for the
-# program alone. Reads rounds from standard input, one line
-# each: a job (split, join, hide or recover), how to close (click or key) and the seconds from the
-# job's start to the closing; tells of the end of each on standard output.
+# program alone. Reads rounds from standard input, one line each: a job (split, join, hide or
+# recover), how to close (click or key) and the seconds from the job's start to the closing; tells of
+# the end of each on standard output.
 . "$(dirname "$0")/../e2e/lib.sh"
 files=$2/files
 export XDG_RUNTIME_DIR=$2/run XDG_CONFIG_HOME=$2/config
