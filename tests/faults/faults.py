@@ -8,6 +8,7 @@ import pathlib
 
 import jobs
 
+LIBRARY = "libslyver_faults.so"
 REMOVALS = {"unlink", "unlinkat", "rmdir", "remove"}
 
 
@@ -35,7 +36,7 @@ DEAD_DISK = Effect("EIO from then on", str(errno.EIO), "all")
 def environment(setting, home, effect, at=0):
     """The variables for the preload library."""
     return {
-        "LD_PRELOAD": str(setting.built / "libslyver_faults.so"),
+        "LD_PRELOAD": str(setting.built / LIBRARY),
         "SLYVER_FAULT_ROOT": str(home),
         "SLYVER_FAULT_AT": str(at),
         "SLYVER_FAULT": effect.what,

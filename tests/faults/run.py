@@ -29,6 +29,7 @@ def main():
     parser.add_argument("--seed", type=int, default=random.SystemRandom().randrange(10**6))
     parser.add_argument("--built", type=_folder, required=True, help="the release build")
     parser.add_argument("--checked", type=_folder, required=True, help="with sanitizers")
+    # Without a suite the list is empty, which must be a choice too.
     parser.add_argument("suites", nargs="*", metavar="SUITE", choices=[*SUITES, []])
     arguments = parser.parse_args()
 

@@ -13,6 +13,7 @@ import stat
 import threading
 import time
 
+import faults
 import jobs
 from suite import Case
 
@@ -39,7 +40,10 @@ class Bench:
         for folder in (setting.folder.parent, setting.folder):
             folder.chmod(0o711)
         self.sly = setting.folder / "sly"
-        shutil.copy(setting.sly, self.sly)
+        for program in (setting.sly, setting.built / faults.LIBRARY):
+            shutil.copy(program, setting.folder)
+        setting = dataclasses.replace(setting, built=setting.folder)
+        self.slow = faults.environment(setting, self.home, faults.SLOW)
         self.jobs = {job.name: job for job in jobs.make_jobs(self.sly, setting.folder / "made")}
 
     def prepare(self, job):
@@ -57,8 +61,8 @@ class Bench:
             for path in [self.home, *self.home.rglob("*")]:
                 os.chown(path, NOBODY, NOBODY, follow_symlinks=False)
 
-    def run(self, job):
-        return jobs.run(job, self.sly, self.home, **self.user)
+    def run(self, job, extra_environment=None):
+        return jobs.run(job, self.sly, self.home, extra_environment, **self.user)
 
 
 def is_root():
@@ -312,7 +316,7 @@ def changing_sources(bench, rng, short):
     case = Case("sources that change while they are read")
     big = {
         job.name: job
-        for job in jobs.make_jobs(bench.sly, bench.home.parent / "made", unit=4 * MIB)
+        for job in jobs.make_jobs(bench.sly, bench.home.parent / "made", unit=MIB)
         if job.results and job.name != "split into a new folder"
     }
     ends = time.monotonic() + (10 if short else 60)
@@ -337,8 +341,10 @@ def changed_source(bench, job, name, rng):
         "shrinks": old[: len(old) // 2],
         "is written to": b"\0" * 8 + old[8:-8] + b"\0" * 8,
     }
-    kind, new = rng.choice(list(changes.items()))
-    delay = rng.uniform(0, 0.02)
+    # Only bytes that are written over can lead to a mixture.
+    kind = rng.choice([*changes, "is written to"])
+    new = changes[kind]
+    delay = rng.uniform(0, 0.07)  # Seconds; about what the job takes when it is slow.
 
     def change():
         time.sleep(delay)
@@ -355,7 +361,7 @@ def changed_source(bench, job, name, rng):
 
     writer = threading.Thread(target=change)
     writer.start()
-    outcome = bench.run(job)
+    outcome = bench.run(job, bench.slow)
     writer.join()
     if outcome.status not in (0, 1):
         yield f"{kind}: ended with {outcome.status}: {outcome.err}"
@@ -364,7 +370,7 @@ def changed_source(bench, job, name, rng):
     for other, data in job.sources.items():
         if other != name and not jobs.same(bench.home / other, data):
             yield f"{kind}: changed: {other}"
-    if path.read_bytes() != new:
+    if not jobs.same(path, new):
         yield f"{kind}: the source was touched"
     if outcome.status == 0:
         # The bytes may be of before or after, never of both.
