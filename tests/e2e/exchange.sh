@@ -45,10 +45,8 @@ hide() {
     fail "$1 did not hide $3: $(tail -n 3 messages)"
   mv "$2/Hidden File $main" "$2/$main"
 }
-for folder in by_linux by_windows by_both; do
-  mkdir $folder
-  cp "$main" $folder
-done
+mkdir by_linux by_windows by_both
+for copies in by_linux by_windows by_both; do cp "$main" $copies; done
 turn=0
 for file in "${hidden[@]}"; do
   hide linux by_linux "$file"
