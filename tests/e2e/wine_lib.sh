@@ -13,6 +13,12 @@ caption_button_width=32  # The font is smaller.
 native() { printf 'Z:%s' "$1" | tr / '\\'; }
 private_folder() { echo "$WINEPREFIX/drive_c"; }
 
+# A window is active before one of its controls has the keyboard, and nobody is told of the latter.
+await() {
+  until_true "the $1 '$2'" is_active "$1" "$2"
+  sleep 0.5
+}
+
 # registry KEY VALUE: prints a value as Wine's own tool exports it, in quotation marks; nothing when
 # it is not there. "@" is the key's own value. (A query would print what lies behind an empty value.)
 registry() {

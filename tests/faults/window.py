@@ -33,7 +33,7 @@ def run(setting):
     # The sanitizers want to be loaded first, but can do without.
     slow["ASAN_OPTIONS"] = "verify_asan_link_order=0"
     driver = subprocess.Popen(
-        ["xvfb-run", "-a", "-s", "-screen 0 1280x1024x24"]
+        ["xvfb-run", "-a", "-s", "-screen 0 1280x1024x24 -noreset"]
         + [str(HERE / "window.sh"), str(setting.checked / "slyver"), str(home)]
         + [f"{name}={value}" for name, value in slow.items()],
         stdin=subprocess.PIPE,
