@@ -1,8 +1,8 @@
 # Helpers for tests that use the program as a user does: with keys and a mouse on a real screen,
-# under a real window manager. They wait for what should happen, never for a time. With
+# under a real window manager. They wait for what should happen, not for a time. With
 # SLYVER_E2E_WINE in the environment the program is the one for Windows, run by Wine.
 
-set -u; [ -z "${SLYVER_E2E_TRACE:-}" ] || set -x
+set -u
 program=$1
 patience=${SLYVER_E2E_PATIENCE:-30}  # Seconds after which something that did not happen is a failure.
 

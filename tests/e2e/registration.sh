@@ -38,7 +38,8 @@ cmp "$home/whole" "$home/files/some file" || fail "the opened piece was joined w
 script unregister.cmd
 opens_with ''
 
-# What opened the pieces before comes back, also when the program was registered twice.
+# What opened the pieces before comes back, also when it came between two registrations.
+script register.cmd
 wine reg add "$extension" /ve /d 'Other Program.1' /f >/dev/null 2>&1
 script register.cmd
 script register.cmd
