@@ -3,7 +3,8 @@
 build_packages=(g++ cmake ninja-build libcli11-dev)
 desktop_packages=(libwxgtk3.2-dev libgtk-3-dev pkg-config adwaita-icon-theme)
 screen_packages=(xvfb xauth openbox xdotool x11-utils imagemagick)
-test_packages=(python3 time libgtest-dev clang clang-format clang-tidy libclang-rt-dev)
+test_packages=(python3 time libgtest-dev clang libclang-rt-dev)
+lint_packages=(clang-format clang-tidy)
 bench_packages=(hyperfine time)
 
 # need PACKAGE... makes sure that the packages are installed; does nothing when they are.
@@ -37,14 +38,19 @@ need() {
   }
 }
 
-# build PRESET FOLDER [DESKTOP [TARGET...]] configures the tree once and builds what has changed,
-# saying so on stderr; without targets, everything. DESKTOP is ON or OFF: whether the desktop program
-# is built too; a tree that once was configured with it keeps it.
-build() {
+# configure PRESET FOLDER [DESKTOP] configures the tree once, saying so on stderr. DESKTOP is ON or
+# OFF: whether the desktop program is built too; a tree that once was configured with it keeps it.
+configure() {
   local desktop=SLYVER_DESKTOP:BOOL=${3:-OFF}
   if [[ ! -e $top/$2/build.ninja ]] ||
     { [[ $desktop == *ON ]] && ! grep -q "^$desktop" "$top/$2/CMakeCache.txt"; }; then
     (cd "$top" && cmake --preset "$1" "-D$desktop" >&2)
   fi
+}
+
+# build PRESET FOLDER [DESKTOP [TARGET...]] configures the tree and builds what has changed, saying
+# so on stderr; without targets, everything.
+build() {
+  configure "$@"
   (cd "$top" && cmake --build --preset "$1" ${4:+--target "${@:4}"}) | sed '/no work to do/d' >&2
 }

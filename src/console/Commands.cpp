@@ -4,14 +4,14 @@
 #include <iostream>
 #include <vector>
 
-#include "hidden/HideJob.h"
-#include "hidden/RecoverJob.h"
-#include "split/JoinM.h"
-#include "split/PieceName.h"
-#include "split/SizeArithmetic.h"
-#include "split/SlyIt.h"
-#include "system/Disk.h"
-#include "system/PathText.h"
+#include "engine/hidden/HideJob.h"
+#include "engine/hidden/RecoverJob.h"
+#include "engine/split/JoinM.h"
+#include "engine/split/PieceName.h"
+#include "engine/split/SizeArithmetic.h"
+#include "engine/split/SlyIt.h"
+#include "engine/system/Disk.h"
+#include "engine/system/PathText.h"
 
 namespace slyver {
 

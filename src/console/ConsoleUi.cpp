@@ -2,7 +2,7 @@
 
 #include <iostream>
 
-#include "system/ProgressText.h"
+#include "engine/system/ProgressText.h"
 
 namespace slyver {
 

@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "console/Terminal.h"
-#include "system/Ui.h"
+#include "engine/system/Ui.h"
 
 namespace slyver {
 

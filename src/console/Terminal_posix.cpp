@@ -12,7 +12,7 @@
 #include <iostream>
 #include <system_error>
 
-#include "system/FileError.h"
+#include "engine/system/FileError.h"
 
 namespace slyver {
 

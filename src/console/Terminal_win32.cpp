@@ -11,8 +11,8 @@
 #include <iostream>
 #include <system_error>
 
-#include "system/FileError.h"
-#include "system/Wide_win32.h"
+#include "engine/system/FileError.h"
+#include "engine/system/Wide_win32.h"
 
 namespace slyver {
 

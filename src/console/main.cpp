@@ -14,7 +14,7 @@
 #include "console/Commands.h"
 #include "console/ConsoleUi.h"
 #include "console/Terminal.h"
-#include "system/FileError.h"
+#include "engine/system/FileError.h"
 
 namespace {
 

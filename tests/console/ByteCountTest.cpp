@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "system/ProgressText.h"
+#include "engine/system/ProgressText.h"
 
 namespace slyver {
 namespace {

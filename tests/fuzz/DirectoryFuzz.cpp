@@ -4,12 +4,12 @@
 #include <string_view>
 #include <vector>
 
+#include "engine/hidden/Carrier.h"
+#include "engine/hidden/Crypt.h"
+#include "engine/system/INIReadWri.h"
+#include "engine/system/PathText.h"
+#include "engine/system/Text8.h"
 #include "fuzz/Require.h"
-#include "hidden/Carrier.h"
-#include "hidden/Crypt.h"
-#include "system/INIReadWri.h"
-#include "system/PathText.h"
-#include "system/Text8.h"
 
 using namespace slyver;
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "engine/system/INIReadWri.h"
 #include "fuzz/Require.h"
-#include "system/INIReadWri.h"
 
 using namespace slyver;
 

@@ -12,11 +12,11 @@
 #include <string>
 #include <vector>
 
-#include "app/Desktop.h"
+#include "desktop/app/Desktop.h"
+#include "desktop/system/WxText.h"
+#include "engine/system/Registry.h"
 #include "support/ScriptedUi.h"
 #include "support/TempFolder.h"
-#include "system/Registry.h"
-#include "system/WxText.h"
 
 namespace slyver {
 

@@ -5,14 +5,14 @@
 #include <memory>
 #include <string>
 
-#include "app/Desktop.h"
-#include "app/ModernForm.h"
-#include "app/WxUi.h"
-#include "app/frmFirst.h"
-#include "hidden/frmHideRec.h"
-#include "hidden/frmShowList.h"
-#include "system/Memory.h"
-#include "system/WxText.h"
+#include "desktop/app/Desktop.h"
+#include "desktop/app/WxUi.h"
+#include "desktop/app/frmFirst.h"
+#include "desktop/hidden/frmHideRec.h"
+#include "desktop/hidden/frmShowList.h"
+#include "desktop/system/ModernForm.h"
+#include "desktop/system/WxText.h"
+#include "engine/system/Memory.h"
 
 namespace {
 

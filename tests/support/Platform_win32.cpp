@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "system/Disk.h"
+#include "engine/system/Disk.h"
 
 namespace slyver {
 

@@ -10,8 +10,8 @@
 #include <utility>
 #include <vector>
 
-#include "system/PathText.h"
-#include "system/Ui.h"
+#include "engine/system/PathText.h"
+#include "engine/system/Ui.h"
 
 namespace slyver {
 

@@ -12,9 +12,9 @@
 #include <string_view>
 #include <vector>
 
+#include "engine/system/FileError.h"
+#include "engine/system/PathText.h"
 #include "support/Platform.h"
-#include "system/FileError.h"
-#include "system/PathText.h"
 
 namespace slyver {
 

@@ -1,7 +1,0 @@
-#include "app/CpuStats.h"
-
-namespace slyver {
-
-void SwitchCpuStatsOnAndOff() {}
-
-}  // namespace slyver

@@ -1,0 +1,7 @@
+#include "desktop/app/CpuStats.h"
+
+namespace slyver {
+
+void SwitchCpuStatsOnAndOff() {}
+
+}  // namespace slyver

@@ -1,0 +1,178 @@
+#include "desktop/app/Desktop.h"
+
+#include <wx/window.h>
+
+#include <utility>
+#include <vector>
+
+#include "desktop/app/AppIcon.h"
+#include "desktop/app/frmFirst.h"
+#include "desktop/app/frmInit.h"
+#include "desktop/app/frmSplitJoin.h"
+#include "desktop/hidden/frmHideFile.h"
+#include "desktop/hidden/frmHideRec.h"
+#include "desktop/split/frmJoin.h"
+#include "desktop/split/frmSplitter.h"
+#include "desktop/system/ModernForm.h"
+#include "desktop/system/WxText.h"
+#include "engine/system/FileError.h"
+#include "engine/system/Registry.h"
+
+namespace slyver {
+
+namespace {
+
+/// All forms of `desktop` that there are, those among them that wait to be deleted.
+std::vector<ModernForm*> AllForms(const Desktop& desktop) {
+  std::vector<ModernForm*> forms;
+  for (wxWindow* const window : wxTopLevelWindows)
+    if (auto* const form = dynamic_cast<ModernForm*>(window);
+        form != nullptr && form->BelongsTo(desktop))
+      forms.push_back(form);
+  return forms;
+}
+
+/// All forms of `desktop` that are loaded.
+std::vector<ModernForm*> Forms(const Desktop& desktop) {
+  std::vector<ModernForm*> forms = AllForms(desktop);
+  std::erase_if(forms, [](const ModernForm* form) { return form->Unloaded(); });
+  return forms;
+}
+
+}  // namespace
+
+Desktop::Desktop(Ui& ui, Surroundings surroundings)
+    : ui_(ui), surroundings_(std::move(surroundings)), icon_(AppIcon()) {}
+
+Desktop::~Desktop() {
+  // At once, since their timers and events would still ask for this object.
+  for (ModernForm* const form : AllForms(*this)) delete form;
+  delete first_.get();
+}
+
+frmMainMenu& Desktop::MainMenu() {
+  if (!mainMenu_) mainMenu_ = std::make_unique<frmMainMenu>(*this);
+  return *mainMenu_;
+}
+
+std::vector<BarMenu> Desktop::Menus() {
+  frmMainMenu& menus = MainMenu();
+  return {{"&RAM Warning", menus.hel.get()}, {"&Help", menus.he.get()}};
+}
+
+void Desktop::Start(const std::string& commandLine) {
+  first_ = new frmFirst(*this);
+  first_->Form_Load(commandLine);
+}
+
+FileToSplit Desktop::ChosenFile() const {
+  if (splitJoin_ && !splitJoin_->FullPath.empty())
+    return {splitJoin_->FullPath, splitJoin_->Folder};
+  return {first_->FilePath, first_->FileFolder};
+}
+
+void Desktop::LoadSplitJoin() {
+  if (!splitJoin_) splitJoin_ = new frmSplitJoin(*this);
+}
+
+void Desktop::ShowSplitJoin() {
+  LoadSplitJoin();
+  splitJoin_->Show();
+}
+
+void Desktop::HandOverToSplitter() {
+  // The split form reads from the selection form what the user has chosen there.
+  splitJoin_->Hide();
+  ShowSplitter();
+  splitJoin_->Unload();
+}
+
+void Desktop::ShowSplitter() {
+  (new frmSplitter(*this))->Show();
+}
+
+void Desktop::ShowInit() {
+  if (!init_) init_ = new frmInit(*this);
+  init_->Show();
+}
+
+void Desktop::UnloadInit() {
+  if (init_) init_->Unload();
+}
+
+void Desktop::ShowJoin(const std::string& caption) {
+  if (!join_) join_ = new frmJoin(*this);
+  join_->SetCaption(ToWx(caption));
+  join_->Show();
+}
+
+void Desktop::UnloadJoin() {
+  if (join_) join_->Unload();
+}
+
+void Desktop::ShowHideFile(ModernForm* instead) {
+  if (!hideFile_) hideFile_ = new frmHideFile(*this);
+  hideFile_->Show();
+  hideFile_->Raise();
+  if (instead != nullptr) instead->Unload();
+}
+
+void Desktop::ShowHideRec() {
+  if (!hideRec_) hideRec_ = new frmHideRec(*this);
+  hideRec_->Show();
+  hideRec_->Raise();
+}
+
+// NOLINTNEXTLINE(readability-convert-member-functions-to-static): tells of a form of this desktop.
+std::filesystem::path Desktop::HideRecFolder() const {
+  return hideRec_ ? hideRec_->Folder() : std::filesystem::path{};
+}
+
+void Desktop::FormClosed(ModernForm& form) {
+  form.Unload();
+  for (const ModernForm* const other : Forms(*this))
+    if (other->IsShown()) return;
+  first_->Unload();
+}
+
+void Desktop::UnloadFirst() {
+  first_->Unload();
+}
+
+void Desktop::RunJob(const std::function<void()>& job) {
+  if (jobRuns_) return;
+  RunStep([&] {
+    job();
+    return false;
+  });
+}
+
+void Desktop::RunStep(const std::function<bool()>& step) {
+  // Events that come while a step runs may ask for the next one.
+  if (stepRuns_) return;
+  if (!jobRuns_) {
+    stopAsked_ = false;
+    SetBusy(true);
+  }
+  stepRuns_ = true;
+  bool more = false;
+  try {
+    more = ShowingErrors(ui_, step);
+  } catch (const Cancelled&) {
+    DeleteFilePathValue();
+    ui_.EndProgram();
+  }
+  stepRuns_ = false;
+  if (!more) SetBusy(false);
+}
+
+void Desktop::ShowProgress(const Progress& progress) const {
+  for (ModernForm* const form : Forms(*this)) form->ShowProgress(progress);
+}
+
+void Desktop::SetBusy(bool busy) {
+  jobRuns_ = busy;
+  for (ModernForm* const form : Forms(*this)) form->SetBusy(busy);
+}
+
+}  // namespace slyver

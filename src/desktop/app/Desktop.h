@@ -1,0 +1,97 @@
+#pragma once
+
+#include <wx/bmpbndl.h>
+#include <wx/weakref.h>
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "desktop/app/frmMainMenu.h"
+#include "desktop/system/FormHost.h"
+#include "engine/system/Memory.h"
+#include "engine/system/Ui.h"
+
+namespace slyver {
+
+class frmFirst;
+class frmHideFile;
+class frmHideRec;
+class frmInit;
+class frmJoin;
+class frmSplitJoin;
+
+/// What the desktop program asks of the system around it.
+struct Surroundings {
+  std::function<bool()> anotherInstanceRuns;
+  std::function<MemoryStatus()> memoryStatus;
+  std::filesystem::path helpPage;                          ///< Empty when there is no help.
+  std::function<void(const std::filesystem::path&)> open;  ///< Opens a file in its viewer.
+};
+
+/// The desktop program: it owns the forms, leads from one to the other and runs their jobs.
+class Desktop final : public FormHost {
+ public:
+  Desktop(Ui& ui, Surroundings surroundings);
+  ~Desktop() override;
+  Desktop(const Desktop&) = delete;
+  Desktop& operator=(const Desktop&) = delete;
+
+  Ui& Talk() override { return ui_; }
+  const Surroundings& System() const { return surroundings_; }
+  const wxBitmapBundle& Icon() const override { return icon_; }
+  std::vector<BarMenu> Menus() override;
+  frmMainMenu& MainMenu();
+
+  /// Loads the start-up form with the command line's one text, which decides what comes first.
+  void Start(const std::string& commandLine);
+
+  frmFirst& First() { return *first_; }
+  FileToSplit ChosenFile() const override;
+
+  void LoadSplitJoin();  ///< Loads the selection form without showing it.
+  void ShowSplitJoin();
+  void HandOverToSplitter();  ///< Unloads the selection form and shows the split form.
+  void ShowSplitter();
+  void ShowInit() override;
+  void UnloadInit();
+  void ShowJoin(const std::string& caption) override;
+  void UnloadJoin() override;
+  void ShowHideFile(ModernForm* instead) override;
+  void ShowHideRec() override;
+  /// The folder that the recover form has worked in, ending in a separator; empty if in none.
+  std::filesystem::path HideRecFolder() const;
+
+  void FormClosed(ModernForm& form) override;
+  void UnloadFirst() override;
+
+  void RunJob(const std::function<void()>& job) override;
+  void RunStep(const std::function<bool()>& step) override;
+  bool JobRuns() const override { return jobRuns_; }
+  void AskToStop() override { stopAsked_ = true; }
+  bool StopAsked() const { return stopAsked_; }
+
+  /// Sets the progress bar that it concerns.
+  void ShowProgress(const Progress& progress) const;
+
+ private:
+  void SetBusy(bool busy);
+
+  Ui& ui_;
+  Surroundings surroundings_;
+  wxBitmapBundle icon_;
+  std::unique_ptr<frmMainMenu> mainMenu_;
+  wxWeakRef<frmFirst> first_;
+  wxWeakRef<frmSplitJoin> splitJoin_;
+  wxWeakRef<frmInit> init_;
+  wxWeakRef<frmJoin> join_;
+  wxWeakRef<frmHideFile> hideFile_;
+  wxWeakRef<frmHideRec> hideRec_;
+  bool jobRuns_ = false;
+  bool stepRuns_ = false;
+  bool stopAsked_ = false;
+};
+
+}  // namespace slyver

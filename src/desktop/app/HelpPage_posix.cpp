@@ -1,0 +1,19 @@
+#include <array>
+#include <system_error>
+
+#include "desktop/app/HelpPage.h"
+
+namespace slyver {
+
+std::filesystem::path HelpPage(const std::filesystem::path& programFolder) {
+  const std::array<std::filesystem::path, 2> places = {
+      programFolder / "help", programFolder.parent_path() / "share" / "doc" / "slyver" / "help"};
+  for (const std::filesystem::path& place : places) {
+    std::filesystem::path page = place / "index.html";
+    std::error_code unreadable;
+    if (std::filesystem::is_regular_file(page, unreadable)) return page;
+  }
+  return {};
+}
+
+}  // namespace slyver

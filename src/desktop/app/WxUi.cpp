@@ -1,0 +1,117 @@
+#include "desktop/app/WxUi.h"
+
+#include <wx/app.h>
+#include <wx/dirdlg.h>
+#include <wx/evtloop.h>
+#include <wx/filedlg.h>
+
+#include <string>
+
+#include "desktop/chrome/WindowSystem.h"
+#include "desktop/system/InputBoxM.h"
+#include "desktop/system/MessageBox.h"
+#include "desktop/system/WxText.h"
+
+namespace slyver {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// Jobs ask to go on far more often than a window needs to be drawn.
+constexpr std::chrono::milliseconds yieldInterval{15};
+constexpr std::chrono::milliseconds longestWaitForForm{1000};
+
+void RunEvents() {
+  wxEventLoopBase* const loop = wxEventLoopBase::GetActive();
+  if (loop != nullptr && !loop->IsYielding()) loop->YieldFor(wxEVT_CATEGORY_ALL);
+}
+
+/// The form that a dialog belongs to, above which the window system keeps it: of a job the form
+/// that was shown last, which need not be active yet; else the active one. The start-up form is
+/// never shown; without a form the dialog stands alone.
+wxWindow* DialogParent(bool jobRuns) {
+  wxTopLevelWindow* parent = nullptr;
+  for (wxWindow* const window : wxTopLevelWindows) {
+    auto* const form = dynamic_cast<wxTopLevelWindow*>(window);
+    if (form == nullptr || !form->IsShown() || form->IsBeingDeleted()) continue;
+    parent = form;
+    if (!jobRuns && form->IsActive()) break;
+  }
+  // The toolkit shows a form only when the window manager has answered. A dialog that came before
+  // would lie below it.
+  const auto deadline = Clock::now() + longestWaitForForm;
+  while (parent != nullptr && !IsOnScreen(*parent) && Clock::now() < deadline) RunEvents();
+  return parent;
+}
+
+/// The toolkit's form of a filter. Its patterns tell capitals from small letters on some systems,
+/// so each is given in both.
+wxString WildcardOf(std::string_view filter) {
+  const wxString given = ToWx(filter);
+  if (given.empty()) return wxFileSelectorDefaultWildcardStr;
+  wxString pattern = given.AfterFirst('|').BeforeFirst(';');
+  if (const wxString lower = pattern.Lower(); lower != pattern)
+    pattern += ";" + lower + ";" + pattern.Upper();
+  return given.BeforeFirst('|') + "|" + pattern;
+}
+
+/// The path that a dialog gives, in the system's own characters.
+std::filesystem::path PathOf(const wxString& chosen) {
+  return static_cast<const std::filesystem::path::value_type*>(chosen.fn_str());
+}
+
+}  // namespace
+
+void WxUi::Message(std::string_view text, Icon icon) {
+  (void)ShowMessageBox(DialogParent(desktop_->JobRuns()), text, icon, wxOK);
+}
+
+Answer WxUi::Question(std::string_view text, Buttons buttons, Icon icon) {
+  const bool yesNo = buttons == Buttons::YesNo;
+  const bool agreed = ShowMessageBox(DialogParent(desktop_->JobRuns()), text, icon,
+                                     yesNo ? wxYES_NO : wxOK | wxCANCEL);
+  if (yesNo) return agreed ? Answer::Yes : Answer::No;
+  return agreed ? Answer::Ok : Answer::Cancel;
+}
+
+std::optional<std::filesystem::path> WxUi::OpenFile(std::string_view title, std::string_view filter,
+                                                    const std::filesystem::path& initialFolder) {
+  wxFileDialog dialog(DialogParent(desktop_->JobRuns()), ToWx(title), PathToWx(initialFolder), "",
+                      WildcardOf(filter), wxFD_OPEN | wxFD_FILE_MUST_EXIST);
+  if (dialog.ShowModal() != wxID_OK) return std::nullopt;
+  return PathOf(dialog.GetPath());
+}
+
+std::optional<std::filesystem::path> WxUi::PickFolder() {
+  wxDirDialog dialog(DialogParent(desktop_->JobRuns()), "Output Directory", "");
+  if (dialog.ShowModal() != wxID_OK) return std::nullopt;
+  return PathOf(dialog.GetPath());
+}
+
+std::optional<std::string> WxUi::MaskedInputBox(std::string_view prompt) {
+  return MaskedInput(DialogParent(desktop_->JobRuns()), prompt);
+}
+
+void WxUi::ShowProgressForm(std::string_view caption) {
+  desktop_->ShowJoin(std::string(caption));
+}
+
+void WxUi::SetProgress(const Progress& progress) {
+  desktop_->ShowProgress(progress);
+}
+
+bool WxUi::GoOn() {
+  if (Clock::now() - lastYield_ >= yieldInterval) {
+    RunEvents();
+    lastYield_ = Clock::now();
+  }
+  return !desktop_->StopAsked();
+}
+
+void WxUi::EndProgram() {
+  // The main loop ends when the handler that asked for it has returned.
+  wxTheApp->CallAfter([] { wxTheApp->ExitMainLoop(); });
+}
+
+}  // namespace slyver

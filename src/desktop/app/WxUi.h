@@ -1,0 +1,34 @@
+#pragma once
+
+#include <chrono>
+
+#include "desktop/app/Desktop.h"
+#include "engine/system/Ui.h"
+
+namespace slyver {
+
+/// Talks to the user through the toolkit's dialogs, all of which have the title "Slyver" where
+/// they are given none, and through the forms' progress bars.
+class WxUi final : public Ui {
+ public:
+  /// The forms that show progress are those of `desktop`. To be called before a job runs.
+  void Serve(Desktop& desktop) { desktop_ = &desktop; }
+
+  void Message(std::string_view text, Icon icon) override;
+  Answer Question(std::string_view text, Buttons buttons, Icon icon) override;
+  std::optional<std::filesystem::path> OpenFile(
+      std::string_view title, std::string_view filter,
+      const std::filesystem::path& initialFolder) override;
+  std::optional<std::filesystem::path> PickFolder() override;
+  std::optional<std::string> MaskedInputBox(std::string_view prompt) override;
+  void ShowProgressForm(std::string_view caption) override;
+  void SetProgress(const Progress& progress) override;
+  bool GoOn() override;
+  void EndProgram() override;
+
+ private:
+  Desktop* desktop_ = nullptr;
+  std::chrono::steady_clock::time_point lastYield_;
+};
+
+}  // namespace slyver

@@ -1,0 +1,187 @@
+#include "desktop/app/frmFirst.h"
+
+#include <cmath>
+#include <exception>
+#include <vector>
+
+#include "desktop/app/CpuStats.h"
+#include "desktop/app/frmSplitJoin.h"
+#include "engine/system/Disk.h"
+#include "engine/system/FileError.h"
+#include "engine/system/FolderLock.h"
+#include "engine/system/PathText.h"
+#include "engine/system/Registry.h"
+#include "engine/system/WorkFolders.h"
+
+namespace slyver {
+
+namespace {
+
+/// A byte count as the start-up tells memory: in units of 1044032 bytes, with one decimal.
+double Megabytes(std::uint64_t bytes) {
+  return std::floor(static_cast<double>(bytes) / 1044032 * 10 + 0.5) / 10;
+}
+
+/// The command line as a path: made absolute, unless it stands in quotation marks that the shell
+/// has left.
+std::string PathIn(const std::string& commandLine) {
+  if (commandLine.empty() || commandLine.starts_with('"')) return commandLine;
+  return PathText(FullPathOf(PathFromText(commandLine)));
+}
+
+void RemoveIfThere(Ui& ui, const std::filesystem::path& folder) {
+  (void)ShowingErrors(ui, [&] {
+    if (FolderExists(folder)) RemoveFolder(folder);
+    return true;
+  });
+}
+
+}  // namespace
+
+frmFirst::frmFirst(Desktop& desktop)
+    : wxFrame(nullptr, wxID_ANY, "Form1", wxDefaultPosition, wxDefaultSize, wxDEFAULT_FRAME_STYLE,
+              "frmFirst"),
+      desktop_(desktop),
+      Timer1_(this) {
+  Bind(wxEVT_TIMER, [this](wxTimerEvent&) { Timer1_Timer(); });
+}
+
+void frmFirst::Form_Load(const std::string& commandLine) {
+  try {
+    if (!StartOnce()) return;
+    (void)StartCpuStats();
+    if (!CheckRAM()) return;
+    OpenCommandLine(PathIn(commandLine));
+  } catch (const std::exception& error) {
+    desktop_.Talk().Message(error.what(), Icon::Critical);
+    desktop_.Talk().EndProgram();
+  }
+}
+
+bool frmFirst::StartOnce() {
+  if (!desktop_.System().anotherInstanceRuns() ||
+      desktop_.Talk().Question("Slyver Is Already Running. Do You Want To Create Another Instance "
+                               "Of It?",
+                               Buttons::OkCancel, Icon::None) == Answer::Ok)
+    return true;
+  DeleteFilePathValue();
+  desktop_.Talk().EndProgram();
+  return false;
+}
+
+int frmFirst::StartCpuStats() {
+  (void)desktop_.Talk().GoOn();
+  SwitchCpuStatsOnAndOff();
+  return 0;
+}
+
+bool frmFirst::CheckRAM() {
+  (void)desktop_.Talk().GoOn();
+  const MemoryStatus memory = desktop_.System().memoryStatus();
+  const double Total = Megabytes(memory.totalPhysical);
+  const double Free = Megabytes(memory.availablePhysical);
+  // A system that reports no memory at all gives no reason to warn.
+  PercentFree_ = Total > 0 ? static_cast<float>(std::floor(Free / Total * 100)) : 100.0F;
+  RamSetting_ = GetRegString(RegRoot::LocalMachine, slyverKey, "RAM");
+  if (!RamSetting_.empty()) return true;
+  if (Total < 64 && PercentFree_ < 30)
+    return GoesOnAfterWarning(
+        "Computer's RAM Is Less Than The Minimum Requirement i.e. 64mb And Less Than 30% Of The "
+        "Physical Memory Is Free. Exit Other Applications That You May Be Running Or Slyver Will "
+        "Take A Lot Of Time To Execute. Do You Want To Continue?");
+  if (Total >= 64 && PercentFree_ < 15)
+    return GoesOnAfterWarning(
+        "Less Than 15% Of The Physical Memory Is Free. Exit Any Other Applications That You May Be "
+        "Running Or Slyver Will Take A Lot Of Time To Execute. Do You Want To Continue?");
+  return true;
+}
+
+bool frmFirst::GoesOnAfterWarning(const std::string& warning) {
+  if (!AskYesNo(desktop_.Talk(), warning)) {
+    desktop_.Talk().EndProgram();
+    return false;
+  }
+  if (AskYesNo(desktop_.Talk(), "Do You Want To See This RAM Warning Again?")) return true;
+  SaveRegString(RegRoot::LocalMachine, slyverKey, "RAM", "0");
+  try {
+    // Makes the system free memory that it holds for other programs.
+    std::vector<std::string> fill(21);
+    for (std::string& text : fill) {
+      text.assign(500000, ' ');
+      (void)desktop_.Talk().GoOn();
+    }
+  } catch (const std::exception&) {
+    return true;  // Where there is no memory to be had, the start goes on without.
+  }
+  return true;
+}
+
+void frmFirst::OpenCommandLine(const std::string& commandLine) {
+  if (commandLine.empty()) {
+    desktop_.ShowSplitJoin();
+    return;
+  }
+  FilePath = PathFromText(commandLine);
+  if (!FilePath.is_absolute()) {
+    desktop_.LoadSplitJoin();
+    return;
+  }
+  if (FolderExists(FilePath)) {
+    desktop_.Talk().Message("Unable To Sly Folder.", Icon::Information);
+    Unload();
+    return;
+  }
+  if (commandLine.ends_with("sly") || commandLine.ends_with("SLY")) {
+    desktop_.LoadSplitJoin();
+    return;
+  }
+  FileFolder = WithSeparator(FilePath.parent_path());
+  desktop_.ShowSplitter();
+}
+
+void frmFirst::ReadyToSplit() {
+  SplitReady = true;
+  // The timer runs only when there is something to hand over, so that an idle program sleeps.
+  Timer1_.Start(1);
+}
+
+void frmFirst::Timer1_Timer() {
+  if (!SplitReady) return;
+  Timer1_.Stop();
+  desktop_.HandOverToSplitter();
+}
+
+void frmFirst::Unload() {
+  Form_QueryUnload();
+  Form_Unload();
+}
+
+/// Removes what a job has left in the private folder, unless another instance is at work there.
+void frmFirst::RemoveWorkFolders(const std::filesystem::path& privateFolder, Ui& ui) {
+  try {
+    const FolderLock lock(privateFolder, ui, std::chrono::seconds(0));
+    RemoveIfThere(ui, privateFolder / "tempHHH");
+    RemoveIfThere(ui, privateFolder / "tempPPP");
+  } catch (const FileError&) {
+    return;
+  }
+}
+
+void frmFirst::Form_QueryUnload() {
+  (void)DeleteRegValue(RegRoot::ClassesRoot, "StrTempSly", "filepath");
+}
+
+void frmFirst::Form_Unload() {
+  DeleteFilePathValue();
+  Ui& ui = desktop_.Talk();
+  (void)ShowingErrors(ui, [&] {
+    RemoveWorkFolders(PrivateFolder(), ui);
+    return true;
+  });
+  // Without a folder the name would mean one in whatever folder the program was started in.
+  if (std::filesystem::path folder = desktop_.HideRecFolder(); !folder.empty())
+    RemoveIfThere(ui, folder += "tempRRR");
+  ui.EndProgram();
+}
+
+}  // namespace slyver

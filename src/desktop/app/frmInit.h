@@ -1,0 +1,24 @@
+#pragma once
+
+#include <wx/gauge.h>
+#include <wx/textctrl.h>
+
+#include "desktop/system/ModernForm.h"
+#include "desktop/system/ProgressView.h"
+
+namespace slyver {
+
+/// The form that is shown while a file is being hidden. Closing it, or Esc, stops the job.
+class frmInit final : public ModernForm {
+ public:
+  explicit frmInit(FormHost& host);
+
+  void ShowProgress(const Progress& progress) override;
+
+ private:
+  wxGauge* bar_;
+  wxTextCtrl* line_;
+  ProgressView view_;
+};
+
+}  // namespace slyver

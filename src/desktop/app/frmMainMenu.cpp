@@ -1,0 +1,45 @@
+#include "desktop/app/frmMainMenu.h"
+
+#include "desktop/app/Desktop.h"
+#include "engine/system/Registry.h"
+
+namespace slyver {
+
+frmMainMenu::frmMainMenu(Desktop& desktop)
+    : hel(std::make_unique<wxMenu>()), he(std::make_unique<wxMenu>()), desktop_(desktop) {
+  Sly[0] = hel->AppendCheckItem(wxID_ANY, "Don't Show RAM Warning In Future");
+  Sly[1] = hel->AppendCheckItem(wxID_ANY, "Show RAM Warning In Future");
+  ab[0] = he->Append(wxID_ANY, "About");
+  ab[1] = he->Append(wxID_ANY, "Contents");
+  for (int Index : {0, 1}) {
+    const auto item = static_cast<std::size_t>(Index);
+    hel->Bind(
+        wxEVT_MENU, [this, Index](wxCommandEvent&) { Sly_Click(Index); }, Sly.at(item)->GetId());
+    he->Bind(
+        wxEVT_MENU, [this, Index](wxCommandEvent&) { ab_Click(Index); }, ab.at(item)->GetId());
+  }
+  Form_Load();
+}
+
+void frmMainMenu::Form_Load() {
+  RamSetting_ = GetRegString(RegRoot::LocalMachine, slyverKey, "RAM");
+  Sly.at(RamSetting_.empty() ? 1 : 0)->Check();
+}
+
+void frmMainMenu::Sly_Click(int Index) {
+  SaveRegString(RegRoot::LocalMachine, slyverKey, "RAM", Index == 0 ? "0" : "");
+  Sly[0]->Check(Index == 0);
+  Sly[1]->Check(Index == 1);
+}
+
+void frmMainMenu::ab_Click(int Index) {
+  if (Index == 0)
+    desktop_.Talk().Message(
+        "This Software Has Been Developed By:\r\nOrm Valis\r\nEmail Address:\r\n"
+        "orm.valis@slyver.example",
+        Icon::None);
+  else if (!desktop_.System().helpPage.empty())
+    desktop_.System().open(desktop_.System().helpPage);
+}
+
+}  // namespace slyver

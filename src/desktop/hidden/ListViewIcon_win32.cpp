@@ -1,0 +1,26 @@
+#include <windows.h>
+// The shell's header needs the one before.
+#include <shellapi.h>
+#include <wx/icon.h>
+
+#include "desktop/hidden/ListViewIcon.h"
+
+namespace slyver {
+
+wxBitmap GetShellIcon(const wxString& extension, int size) {
+  SHFILEINFOW found = {};
+  const wxString name = "x." + extension;
+  // The icon of the kind of file, for which there need not be such a file.
+  if (SHGetFileInfoW(name.wc_str(), FILE_ATTRIBUTE_NORMAL, &found, sizeof found,
+                     SHGFI_ICON | SHGFI_SMALLICON | SHGFI_USEFILEATTRIBUTES) == 0 ||
+      found.hIcon == nullptr)
+    return {};
+  wxIcon icon;
+  icon.CreateFromHICON(found.hIcon);
+  wxBitmap picture(icon);
+  if (picture.IsOk() && picture.GetSize() != wxSize(size, size))
+    wxBitmap::Rescale(picture, wxSize(size, size));
+  return picture;
+}
+
+}  // namespace slyver

@@ -1,0 +1,187 @@
+#include "desktop/hidden/frmHideFile.h"
+
+#include <wx/sizer.h>
+
+#include "desktop/system/Controls.h"
+#include "desktop/system/FileDrop.h"
+#include "desktop/system/StatusLine.h"
+#include "desktop/system/WxText.h"
+#include "engine/system/WorkFolders.h"
+
+namespace slyver {
+
+namespace {
+
+constexpr int checkIniInterval = 500;  // Milliseconds, both.
+constexpr int doAllInterval = 2000;
+
+}  // namespace
+
+frmHideFile::frmHideFile(FormHost& host)
+    : ModernForm(host, "frmHideFile", "Hide File", Resizing::Free) {
+  MakeControls();
+  LayOut();
+  Wire();
+  Command1_->SetFocus();
+}
+
+// In the order in which Tab visits them.
+void frmHideFile::MakeControls() {
+  wxPanel* const area = ClientArea();
+  Label1_ = NewLabel(area, "Main File :", "Label1");
+  Text1_ = NewTextBox(area, "Text1", "Main File :");
+  Command1_ = NewButton(area, "Browse", "Command1");
+  Label4_ = NewLabel(area, "File To Hide :", "Label4");
+  Text2_ = NewTextBox(area, "Text2", "File To Hide :");
+  Label2_ = NewLabel(area, "Enter Password :", "Label2");
+  Text3_ = NewMaskedBox(area, "Text3", "Enter Password :");
+  Label3_ = NewLabel(area, "Re-Enter Password :", "Label3");
+  Text4_ = NewMaskedBox(area, "Text4", "Re-Enter Password :");
+  note_ = NewStatusLine(area, "Note");
+  Command2_ = NewButton(area, "Hide", "Command2");
+  Command3_ = NewButton(area, "Cancel", "Command3");
+}
+
+void frmHideFile::LayOut() {
+  const wxSizerFlags middle = wxSizerFlags().CentreVertical();
+  const wxSizerFlags wide = wxSizerFlags(1).Expand().CentreVertical();
+  auto* const fields = new wxFlexGridSizer(3, Gap(), Gap());
+  fields->AddGrowableCol(1, 1);
+  fields->Add(Label1_, middle);
+  fields->Add(Text1_, wide);
+  fields->Add(Command1_, wxSizerFlags().Expand());
+  fields->Add(Label4_, middle);
+  fields->Add(Text2_, wide);
+  fields->AddSpacer(0);
+  fields->Add(Label2_, middle);
+  fields->Add(Text3_, wide);
+  fields->AddSpacer(0);
+  fields->Add(Label3_, middle);
+  fields->Add(Text4_, wide);
+  fields->AddSpacer(0);
+  Text1_->SetMinSize(ConvertDialogToPixels(wxSize(200, -1)));
+
+  auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
+  buttons->AddStretchSpacer();
+  buttons->Add(Command2_);
+  buttons->Add(Command3_, wxSizerFlags().Border(wxLEFT, Gap()));
+
+  auto* const column = new wxBoxSizer(wxVERTICAL);
+  column->Add(fields, wxSizerFlags().Expand());
+  column->Add(note_, wxSizerFlags().Expand().Border(wxTOP, Gap()));
+  column->AddStretchSpacer();
+  column->Add(buttons, wxSizerFlags().Expand().Border(wxTOP, Gap()));
+  Command2_->SetDefault();
+  SetEscapeButton(Command3_);
+  FitAndCentre(column);
+}
+
+void frmHideFile::Wire() {
+  const auto click = [this](wxButton* button, void (frmHideFile::*handler)()) {
+    button->Bind(wxEVT_BUTTON, [this, handler](wxCommandEvent&) { (this->*handler)(); });
+  };
+  click(Command1_, &frmHideFile::Command1_Click);
+  click(Command2_, &frmHideFile::Command2_Click);
+  click(Command3_, &frmHideFile::Command3_Click);
+  Text2_->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { Text2_Change(); });
+  Text3_->Bind(wxEVT_TEXT_ENTER, [this](wxCommandEvent&) { Text4_->SetFocus(); });
+  Text4_->Bind(wxEVT_TEXT_ENTER, [this](wxCommandEvent&) { Text4_KeyPress(); });
+  for (wxTextCtrl* const path : {Text1_, Text2_})
+    AcceptDroppedFile(
+        *path, [path](const std::filesystem::path& dropped) { path->SetValue(PathToWx(dropped)); });
+  CheckIniTim_.Bind(wxEVT_TIMER, [this](wxTimerEvent&) { CheckIniTim_Timer(); });
+  tmrDoAll_.Bind(wxEVT_TIMER, [this](wxTimerEvent&) { tmrDoAll_Timer(); });
+}
+
+void frmHideFile::Text2_Change() {
+  note_->ChangeValue(ToWx(NameNote(PathFromWx(Text2_->GetValue()))));
+}
+
+// Enter in the second box.
+void frmHideFile::Text4_KeyPress() {
+  Command2_Click();
+}
+
+/// Lets the user choose a file for `box`. False when the program is to end.
+bool frmHideFile::Browse(const char* title, wxTextCtrl& box) {
+  if (const auto chosen = Talk().OpenFile(title, "", HomeFolder())) {
+    box.SetValue(PathToWx(*chosen));
+    return true;
+  }
+  if (!AskYesNo(Talk(), "No File Selected. Do You Want To Exit?")) return false;
+  Talk().EndProgram();
+  return false;
+}
+
+void frmHideFile::Command1_Click() {
+  if (!Browse("Select File In Which You Want To Hide File.", *Text1_)) return;
+  if (!Browse("Select File You Want To Hide.", *Text2_)) return;
+  if (Text2_->GetValue() == Text1_->GetValue())
+    Talk().Message("Select Some Other File to Hide.", Icon::Information);
+  else
+    Text3_->SetFocus();
+}
+
+void frmHideFile::Command2_Click() {
+  RunStep([this] {
+    job_.emplace(HideForm{PathFromWx(Text1_->GetValue()), PathFromWx(Text2_->GetValue()),
+                          FromWx(Text3_->GetValue()), FromWx(Text4_->GetValue())},
+                 Talk(), BigFiles::Ask);
+    if (!job_->Check()) {
+      const HideForm& form = job_->Form();
+      Text1_->ChangeValue(PathToWx(form.Text1));
+      Text2_->SetValue(PathToWx(form.Text2));
+      Text3_->ChangeValue(ToWx(form.Text3));
+      Text4_->ChangeValue(ToWx(form.Text4));
+      return false;
+    }
+    Hide();
+    App().ShowInit();
+    if (!job_->PrepareHide()) return false;
+    CheckIniTim_.Start(checkIniInterval);
+    return true;
+  });
+}
+
+void frmHideFile::Command3_Click() {
+  Close();
+}
+
+void frmHideFile::CheckIniTim_Timer() {
+  RunStep([this] {
+    const HideJob::Ini ini = job_->CheckIni();
+    if (ini == HideJob::Ini::Waiting) return true;
+    CheckIniTim_.Stop();
+    if (ini == HideJob::Ini::Over) return false;
+    tmrDoAll_.Start(doAllInterval);
+    return true;
+  });
+}
+
+void frmHideFile::tmrDoAll_Timer() {
+  RunStep([this] {
+    tmrDoAll_.Stop();
+    (void)job_->DoAll();
+    return false;
+  });
+}
+
+/// Runs a step of the job. After the last one, and when the user stops it, the job goes, and its
+/// work folder with it.
+void frmHideFile::RunStep(const std::function<bool()>& step) {
+  App().RunStep([this, &step] {
+    bool more = false;
+    try {
+      more = step();
+    } catch (...) {
+      CheckIniTim_.Stop();
+      tmrDoAll_.Stop();
+      job_.reset();
+      throw;
+    }
+    if (!more) job_.reset();
+    return more;
+  });
+}
+
+}  // namespace slyver

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <wx/button.h>
+#include <wx/stattext.h>
+#include <wx/textctrl.h>
+#include <wx/timer.h>
+
+#include <optional>
+
+#include "desktop/system/ModernForm.h"
+#include "engine/hidden/HideJob.h"
+
+namespace slyver {
+
+/// The hide form: the main file, the file to hide, and the password twice.
+class frmHideFile final : public ModernForm {
+ public:
+  explicit frmHideFile(FormHost& host);
+
+ private:
+  void MakeControls();
+  void LayOut();
+  void Wire();
+  void Text2_Change();
+  void Text4_KeyPress();
+  void Command1_Click();
+  void Command2_Click();
+  void Command3_Click();
+  void CheckIniTim_Timer();
+  void tmrDoAll_Timer();
+  bool Browse(const char* title, wxTextCtrl& box);
+  void RunStep(const std::function<bool()>& step);
+
+  wxStaticText* Label1_ = nullptr;
+  wxTextCtrl* Text1_ = nullptr;
+  wxStaticText* Label4_ = nullptr;
+  wxTextCtrl* Text2_ = nullptr;
+  wxTextCtrl* note_ = nullptr;  ///< What becomes of the name of the file to hide.
+  wxStaticText* Label2_ = nullptr;
+  wxTextCtrl* Text3_ = nullptr;
+  wxStaticText* Label3_ = nullptr;
+  wxTextCtrl* Text4_ = nullptr;
+  wxButton* Command1_ = nullptr;
+  wxButton* Command2_ = nullptr;
+  wxButton* Command3_ = nullptr;
+  wxTimer CheckIniTim_;
+  wxTimer tmrDoAll_;
+  std::optional<HideJob> job_;
+};
+
+}  // namespace slyver

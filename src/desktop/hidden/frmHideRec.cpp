@@ -1,0 +1,152 @@
+#include "desktop/hidden/frmHideRec.h"
+
+#include <wx/sizer.h>
+
+#include "desktop/hidden/frmShowList.h"
+#include "desktop/system/Controls.h"
+#include "desktop/system/FileDrop.h"
+#include "desktop/system/WxText.h"
+#include "engine/system/WorkFolders.h"
+
+namespace slyver {
+
+frmHideRec::frmHideRec(FormHost& host) : ModernForm(host, "frmHideRec", "Recover", Resizing::Free) {
+  MakeControls();
+  LayOut();
+  Wire();
+  Command3_->SetFocus();
+}
+
+// In the order in which Tab visits them.
+void frmHideRec::MakeControls() {
+  wxPanel* const area = ClientArea();
+  Label1_ = NewLabel(area, "Main File Name :", "Label1");
+  Text1_ = NewTextBox(area, "Text1", "Main File Name :");
+  Command3_ = NewButton(area, "Browse", "Command3");
+  Label2_ = NewLabel(area, "Enter Password :", "Label2");
+  Text2_ = NewMaskedBox(area, "Text2", "Enter Password :");
+  Command1_ = NewButton(area, "Rec Hidden", "Command1");
+  Command1_->SetToolTip("Click To Recover One Of The Hidden Files.");
+  Command4_ = NewButton(area, "Rec Main", "Command4");
+  Command4_->SetToolTip("Click To Recover The Main File.");
+  Command2_ = NewButton(area, "Cancel", "Command2");
+}
+
+void frmHideRec::LayOut() {
+  const wxSizerFlags middle = wxSizerFlags().CentreVertical();
+  const wxSizerFlags wide = wxSizerFlags(1).Expand().CentreVertical();
+  auto* const fields = new wxFlexGridSizer(3, Gap(), Gap());
+  fields->AddGrowableCol(1, 1);
+  fields->Add(Label1_, middle);
+  fields->Add(Text1_, wide);
+  fields->Add(Command3_, wxSizerFlags().Expand());
+  fields->Add(Label2_, middle);
+  fields->Add(Text2_, wide);
+  fields->AddSpacer(0);
+  Text1_->SetMinSize(ConvertDialogToPixels(wxSize(200, -1)));
+
+  auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
+  buttons->AddStretchSpacer();
+  buttons->Add(Command1_);
+  buttons->Add(Command4_, wxSizerFlags().Border(wxLEFT, Gap()));
+  buttons->Add(Command2_, wxSizerFlags().Border(wxLEFT, Gap()));
+
+  auto* const column = new wxBoxSizer(wxVERTICAL);
+  column->Add(fields, wxSizerFlags().Expand());
+  column->AddStretchSpacer();
+  column->Add(buttons, wxSizerFlags().Expand().Border(wxTOP, 2 * Gap()));
+  Command1_->SetDefault();
+  SetEscapeButton(Command2_);
+  FitAndCentre(column);
+}
+
+void frmHideRec::Wire() {
+  const auto click = [this](wxButton* button, void (frmHideRec::*handler)()) {
+    button->Bind(wxEVT_BUTTON, [this, handler](wxCommandEvent&) { (this->*handler)(); });
+  };
+  click(Command1_, &frmHideRec::Command1_Click);
+  click(Command2_, &frmHideRec::Command2_Click);
+  click(Command3_, &frmHideRec::Command3_Click);
+  click(Command4_, &frmHideRec::Command4_Click);
+  Text2_->Bind(wxEVT_TEXT_ENTER, [this](wxCommandEvent&) { Command1_Click(); });
+  AcceptDroppedFile(*Text1_, [this](const std::filesystem::path& dropped) {
+    Text1_->SetValue(PathToWx(dropped));
+  });
+}
+
+std::filesystem::path frmHideRec::Folder() const {
+  const std::filesystem::path carrier = PathFromWx(Text1_->GetValue());
+  return carrier.empty() ? carrier : WithSeparator(carrier.parent_path());
+}
+
+void frmHideRec::Command3_Click() {
+  Text1_->Clear();
+  std::optional<std::filesystem::path> chosen;
+  while (!(chosen = Talk().OpenFile("Select File From Which You Want To Recover File", "", {}))) {
+    if (AskYesNo(Talk(), "No File Selected. Do You Want To Exit?")) {
+      Talk().EndProgram();
+      return;
+    }
+  }
+  Text1_->SetValue(PathToWx(*chosen));
+  Text2_->SetFocus();
+}
+
+void frmHideRec::Command1_Click() {
+  Start(&RecoverJob::RecHidden);
+}
+
+void frmHideRec::Command4_Click() {
+  Start(&RecoverJob::RecMain);
+}
+
+void frmHideRec::Command2_Click() {
+  Talk().EndProgram();
+}
+
+void frmHideRec::Start(RecoverJob::Next (RecoverJob::*procedure)()) {
+  Run([this, procedure] {
+    Hide();
+    job_.emplace(RecoverForm{PathFromWx(Text1_->GetValue()), FromWx(Text2_->GetValue())}, Talk(),
+                 BigFiles::Ask);
+    return ((*job_).*procedure)();
+  });
+}
+
+void frmHideRec::DorestOfStuff(int k) {
+  Run([this, k] {
+    App().ShowJoin("Recovering Files");
+    return job_->DorestOfStuff(k);
+  });
+}
+
+void frmHideRec::ListCancelled() {
+  job_.reset();
+  Show();
+}
+
+/// Runs a procedure of the job and does what it says comes next. When the user stops it, or it is
+/// over, the job goes, and its work folder with it.
+void frmHideRec::Run(const std::function<RecoverJob::Next()>& procedure) {
+  RecoverJob::Next next = RecoverJob::Next::Over;
+  App().RunJob([&] {
+    try {
+      next = procedure();
+    } catch (...) {
+      job_.reset();
+      throw;
+    }
+  });
+  if (next == RecoverJob::Next::Choose) {
+    App().UnloadJoin();
+    list_ = new frmShowList(App(), *this, job_->Files());
+    list_->Show();
+    return;
+  }
+  job_.reset();
+  if (list_) list_->Unload();
+  if (next == RecoverJob::Next::Form) Show();
+  if (next == RecoverJob::Next::Unload) App().UnloadFirst();
+}
+
+}  // namespace slyver

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <wx/button.h>
+#include <wx/stattext.h>
+#include <wx/textctrl.h>
+#include <wx/weakref.h>
+
+#include <filesystem>
+#include <optional>
+
+#include "desktop/system/ModernForm.h"
+#include "engine/hidden/RecoverJob.h"
+
+namespace slyver {
+
+class frmShowList;
+
+/// The recover form: a carrier and its password.
+class frmHideRec final : public ModernForm {
+ public:
+  explicit frmHideRec(FormHost& host);
+
+  /// The folder of the carrier, ending in a separator; empty before one is named.
+  std::filesystem::path Folder() const;
+
+  /// Recovers the file that the user has chosen in the list, `k` (1-based).
+  void DorestOfStuff(int k);
+
+  /// The user has left the list without choosing: back to this form.
+  void ListCancelled();
+
+ private:
+  void MakeControls();
+  void LayOut();
+  void Wire();
+  void Command1_Click();
+  void Command2_Click();
+  void Command3_Click();
+  void Command4_Click();
+  void Run(const std::function<RecoverJob::Next()>& procedure);
+  void Start(RecoverJob::Next (RecoverJob::*procedure)());
+
+  wxStaticText* Label1_ = nullptr;
+  wxTextCtrl* Text1_ = nullptr;
+  wxButton* Command3_ = nullptr;
+  wxStaticText* Label2_ = nullptr;
+  wxTextCtrl* Text2_ = nullptr;
+  wxButton* Command1_ = nullptr;
+  wxButton* Command4_ = nullptr;
+  wxButton* Command2_ = nullptr;
+  std::optional<RecoverJob> job_;
+  wxWeakRef<frmShowList> list_;
+};
+
+}  // namespace slyver

@@ -1,0 +1,288 @@
+#include "desktop/split/frmSplitter.h"
+
+#include <wx/sizer.h>
+
+#include <exception>
+#include <string>
+
+#include "desktop/system/Controls.h"
+#include "desktop/system/FileDrop.h"
+#include "desktop/system/StatusLine.h"
+#include "desktop/system/WxText.h"
+#include "engine/split/SizeArithmetic.h"
+#include "engine/split/SlyIt.h"
+#include "engine/system/Disk.h"
+#include "engine/system/Files.h"
+#include "engine/system/Registry.h"
+
+namespace slyver {
+
+namespace {
+
+constexpr int housekeepingInterval = 1;  // Milliseconds.
+
+bool IsEnter(int key) {
+  return key == WXK_RETURN || key == WXK_NUMPAD_ENTER;
+}
+
+}  // namespace
+
+frmSplitter::frmSplitter(FormHost& host)
+    : ModernForm(host, "frmSplitter", "Slyver", Resizing::Free), tmr_(this) {
+  MakeControls();
+  LayOut();
+  Wire();
+  Form_Load();
+}
+
+// In the order in which Tab visits them.
+void frmSplitter::MakeControls() {
+  wxPanel* const area = ClientArea();
+  const auto option = [this](const wxString& caption, const wxString& name, long style) {
+    auto* const made =
+        new wxRadioButton(Frame1_, wxID_ANY, caption, wxDefaultPosition, wxDefaultSize, style);
+    NameControl(*made, name, caption);
+    return made;
+  };
+  Label1_ = NewLabel(area, "File To Split:", "Label1");
+  Text1_ = NewTextBox(area, "Text1", "File To Split:", wxTE_PROCESS_ENTER);
+  Command6_ = NewButton(area, "Browse", "Command6");
+  Label2_ = NewLabel(area, "Output Directory:", "Label2");
+  Text2_ = NewTextBox(area, "Text2", "Output Directory:", wxTE_PROCESS_ENTER);
+  Command2_ = NewButton(area, "Change Dir", "Command2");
+  Frame1_ = new wxStaticBox(area, wxID_ANY, "File Settings :");
+  Frame1_->SetName("Frame1");
+  Option1_ = option("Predefined File Size : ", "Option1", wxRB_GROUP);
+  Label3_ = NewLabel(Frame1_, "1.38 MB Or 1450000 Bytes", "Label3");
+  Option2_ = option("Specified File Size :", "Option2", 0);
+  Text3_ = NewTextBox(Frame1_, "Text3", "Specified File Size : In Bytes.", wxTE_PROCESS_ENTER);
+  Label6_ = NewLabel(Frame1_, " In Bytes.", "Label6");
+  Label5_ = NewLabel(Frame1_, "Or Number Of Files :", "Label5");
+  Nofile_ = NewTextBox(Frame1_, "Nofile", "Or Number Of Files :", wxTE_PROCESS_ENTER);
+  pb_ = new wxGauge(area, wxID_ANY, ProgressView::range);
+  NameControl(*pb_, "pb", "Progress");
+  Text4_ = NewStatusLine(area, "Text4");
+  Command1_ = NewButton(area, "Sly It", "Command1");
+  Command3_ = NewButton(area, "Cancel", "Command3");
+  Command4_ = NewButton(area, "Hide File", "Command4");
+  Command5_ = NewButton(area, "Recover File", "Command5");
+  view_ = std::make_unique<ProgressView>(
+      pb_, [this](const std::string& text) { Text4_->ChangeValue(ToWx(text)); });
+}
+
+void frmSplitter::LayOut() {
+  const wxSizerFlags middle = wxSizerFlags().CentreVertical();
+  const wxSizerFlags wide = wxSizerFlags(1).Expand().CentreVertical();
+
+  auto* const paths = new wxFlexGridSizer(3, Gap(), Gap());
+  paths->AddGrowableCol(1, 1);
+  paths->Add(Label1_, middle);
+  paths->Add(Text1_, wide);
+  paths->Add(Command6_, wxSizerFlags().Expand());
+  paths->Add(Label2_, middle);
+  paths->Add(Text2_, wide);
+  paths->Add(Command2_, wxSizerFlags().Expand());
+  Text1_->SetMinSize({ConvertDialogToPixels(wxSize(170, -1)).x, Text1_->GetMinHeight()});
+
+  auto* const settings = new wxFlexGridSizer(3, Gap(), Gap());
+  settings->Add(Option1_, middle);
+  settings->Add(Label3_, middle);
+  settings->AddSpacer(0);
+  settings->Add(Option2_, middle);
+  settings->Add(Text3_, wide);
+  settings->Add(Label6_, middle);
+  settings->Add(Label5_, wxSizerFlags().CentreVertical().Right());
+  settings->Add(Nofile_, wide);
+  settings->AddSpacer(0);
+  auto* const frame = new wxStaticBoxSizer(Frame1_, wxVERTICAL);
+  frame->Add(settings, wxSizerFlags().Expand().Border(wxALL, Gap()));
+
+  auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
+  buttons->Add(Command4_);
+  buttons->Add(Command5_, wxSizerFlags().Border(wxLEFT, Gap()));
+  buttons->AddStretchSpacer();
+  buttons->AddSpacer(4 * Gap());
+  buttons->Add(Command1_);
+  buttons->Add(Command3_, wxSizerFlags().Border(wxLEFT, Gap()));
+
+  auto* const column = new wxBoxSizer(wxVERTICAL);
+  column->Add(paths, wxSizerFlags().Expand());
+  column->Add(frame, wxSizerFlags().Expand().Border(wxTOP | wxBOTTOM, 2 * Gap()));
+  column->Add(pb_, wxSizerFlags().Expand());
+  column->Add(Text4_, wxSizerFlags().Expand().Border(wxTOP, Gap()));
+  column->AddStretchSpacer();
+  column->Add(buttons, wxSizerFlags().Expand().Border(wxTOP, 2 * Gap()));
+  Command1_->SetDefault();
+  SetEscapeButton(Command3_);
+  SetStatusLine(Text4_);
+  FitAndCentre(column);
+}
+
+void frmSplitter::Wire() {
+  const auto click = [this](wxButton* button, void (frmSplitter::*handler)()) {
+    button->Bind(wxEVT_BUTTON, [this, handler](wxCommandEvent&) { (this->*handler)(); });
+  };
+  click(Command1_, &frmSplitter::Command1_Click);
+  click(Command2_, &frmSplitter::Command2_Click);
+  click(Command3_, &frmSplitter::Command3_Click);
+  click(Command4_, &frmSplitter::Command4_Click);
+  click(Command5_, &frmSplitter::Command5_Click);
+  click(Command6_, &frmSplitter::Command6_Click);
+  for (wxTextCtrl* const path : {Text1_, Text2_})
+    path->Bind(wxEVT_TEXT_ENTER, [this](wxCommandEvent&) { Command1_Click(); });
+  Text1_->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { Text1_Change(); });
+  Text3_->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { Text3_Change(); });
+  Nofile_->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { Nofile_Change(); });
+  Text3_->Bind(wxEVT_CHAR, &frmSplitter::Text3_KeyPress, this);
+  Nofile_->Bind(wxEVT_CHAR, &frmSplitter::Nofile_KeyPress, this);
+  Option1_->Bind(wxEVT_RADIOBUTTON, [this](wxCommandEvent&) { Option1_Click(); });
+  Option2_->Bind(wxEVT_RADIOBUTTON, [this](wxCommandEvent&) { Option2_Click(); });
+  for (wxRadioButton* const option : {Option1_, Option2_})
+    option->Bind(wxEVT_CHAR_HOOK, [this](wxKeyEvent& event) {
+      if (IsEnter(event.GetKeyCode()))
+        Command1_Click();
+      else
+        event.Skip();
+    });
+  AcceptDroppedFile(*Text1_, [this](const std::filesystem::path& dropped) {
+    Text1_->SetValue(PathToWx(dropped));
+  });
+  AcceptDroppedFile(*Text2_, [this](const std::filesystem::path& dropped) {
+    Text2_->SetValue(PathToWx(FolderExists(dropped) ? dropped : dropped.parent_path()));
+  });
+  Bind(wxEVT_TIMER, [this](wxTimerEvent&) { tmr_Timer(); });
+}
+
+void frmSplitter::Form_Load() {
+  const FileToSplit chosen = App().ChosenFile();
+  Text1_->ChangeValue(PathToWx(chosen.file));
+  Text2_->ChangeValue(PathToWx(chosen.folder));
+  Option1_->SetValue(true);
+  Option1_Click();
+  Command1_->SetFocus();
+  tmr_.Start(housekeepingInterval);
+}
+
+void frmSplitter::ShowProgress(const Progress& progress) {
+  if (progress.bar == "pb") view_->Show(progress);
+}
+
+/// The length in bytes of the file to split. 0, which cannot be divided, when there is no such
+/// file; the line below the bar then says why.
+std::uint64_t frmSplitter::SourceLength() {
+  try {
+    const std::uint64_t length = FileLength(PathFromWx(Text1_->GetValue()));
+    Text4_->ChangeValue("");
+    return length;
+  } catch (const std::exception& error) {
+    Text4_->ChangeValue(ToWx(error.what()));
+    return 0;
+  }
+}
+
+// What was computed for another file no longer holds.
+void frmSplitter::Text1_Change() {
+  if (NofileTyping_ && !Nofile_->IsEmpty()) {
+    Text3_->ChangeValue("");
+    Nofile_Change();
+  } else if (!Text3_->IsEmpty()) {
+    Text3_Change();
+  }
+}
+
+void frmSplitter::Nofile_Change() {
+  if (!NofileTyping_) return;
+  const FieldChange change =
+      SizeFromCount(FromWx(Nofile_->GetValue()), FromWx(Text3_->GetValue()), SourceLength());
+  if (change.askForWholeNumber) Talk().Message("Please Enter Whole Numbers.", Icon::Information);
+  if (change.other) Text3_->SetValue(ToWx(*change.other));
+}
+
+void frmSplitter::Text3_Change() {
+  if (NofileTyping_) return;
+  const FieldChange change = CountFromSize(FromWx(Text3_->GetValue()), SourceLength());
+  if (change.askForWholeNumber) Talk().Message("Please Enter Whole Numbers.", Icon::Information);
+  if (change.other) Nofile_->SetValue(ToWx(*change.other));
+  if (change.clearTyped) Text3_->ChangeValue("");
+}
+
+void frmSplitter::Nofile_KeyPress(wxKeyEvent& event) {
+  NofileTyping_ = true;
+  FilterKey(event);
+}
+
+void frmSplitter::Text3_KeyPress(wxKeyEvent& event) {
+  NofileTyping_ = false;
+  FilterKey(event);
+}
+
+void frmSplitter::FilterKey(wxKeyEvent& event) {
+  const int key = event.GetKeyCode();
+  if (IsEnter(key)) {
+    Command1_Click();
+    return;
+  }
+  // Keys that type nothing, as the arrows, Tab and those together with Ctrl, are left alone.
+  const bool types =
+      event.GetUnicodeKey() >= WXK_SPACE && key != WXK_DELETE && !event.HasModifiers();
+  if (!types || (key >= '0' && key <= '9')) event.Skip();
+}
+
+void frmSplitter::Option1_Click() {
+  for (wxTextCtrl* const field : {Text3_, Nofile_}) {
+    field->ChangeValue("");
+    field->Disable();
+  }
+}
+
+void frmSplitter::Option2_Click() {
+  Text3_->Enable();
+  Nofile_->Enable();
+}
+
+void frmSplitter::Command1_Click() {
+  App().RunJob([this] {
+    SplitForm form{.Text1 = PathFromWx(Text1_->GetValue()),
+                   .Text2 = PathFromWx(Text2_->GetValue()),
+                   .Option2 = Option2_->GetValue(),
+                   .Text3 = FromWx(Text3_->GetValue()),
+                   .Nofile = FromWx(Nofile_->GetValue())};
+    (void)SlyIt(form, Talk());
+    Text2_->ChangeValue(PathToWx(form.Text2));
+    view_->Clear();
+  });
+}
+
+void frmSplitter::Command2_Click() {
+  if (const auto folder = Talk().PickFolder()) Text2_->ChangeValue(PathToWx(*folder));
+}
+
+void frmSplitter::Command3_Click() {
+  if (App().JobRuns()) {
+    App().AskToStop();
+    return;
+  }
+  DeleteFilePathValue();
+  Talk().EndProgram();
+}
+
+void frmSplitter::Command4_Click() {
+  App().ShowHideFile(this);
+}
+
+void frmSplitter::Command5_Click() {
+  App().ShowHideRec();
+}
+
+void frmSplitter::Command6_Click() {
+  if (const auto chosen = Talk().OpenFile("Select File Which You Want To Sly.", "", {}))
+    Text1_->SetValue(PathToWx(*chosen));
+}
+
+// Once is enough: the timer's interval becomes 0, so that an idle form sleeps.
+void frmSplitter::tmr_Timer() {
+  tmr_.Stop();
+  Chrome().FontProperties("Tahoma");
+}
+
+}  // namespace slyver

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <wx/button.h>
+#include <wx/gauge.h>
+#include <wx/radiobut.h>
+#include <wx/statbox.h>
+#include <wx/stattext.h>
+#include <wx/textctrl.h>
+#include <wx/timer.h>
+
+#include <cstdint>
+#include <memory>
+
+#include "desktop/system/ModernForm.h"
+#include "desktop/system/ProgressView.h"
+
+namespace slyver {
+
+/// The split form: which file, where to, and the piece size, in bytes or as a number of pieces.
+class frmSplitter final : public ModernForm {
+ public:
+  explicit frmSplitter(FormHost& host);
+
+  void ShowProgress(const Progress& progress) override;
+
+ private:
+  void MakeControls();
+  void LayOut();
+  void Wire();
+  void Form_Load();
+  std::uint64_t SourceLength();
+  void Text1_Change();
+  void Text3_Change();
+  void Nofile_Change();
+  void Text3_KeyPress(wxKeyEvent& event);
+  void Nofile_KeyPress(wxKeyEvent& event);
+  void FilterKey(wxKeyEvent& event);
+  void Option1_Click();
+  void Option2_Click();
+  void Command1_Click();
+  void Command2_Click();
+  void Command3_Click();
+  void Command4_Click();
+  void Command5_Click();
+  void Command6_Click();
+  void tmr_Timer();
+
+  wxStaticText* Label1_ = nullptr;
+  wxTextCtrl* Text1_ = nullptr;
+  wxButton* Command6_ = nullptr;
+  wxStaticText* Label2_ = nullptr;
+  wxTextCtrl* Text2_ = nullptr;
+  wxButton* Command2_ = nullptr;
+  wxStaticBox* Frame1_ = nullptr;
+  wxRadioButton* Option1_ = nullptr;
+  wxStaticText* Label3_ = nullptr;
+  wxRadioButton* Option2_ = nullptr;
+  wxTextCtrl* Text3_ = nullptr;
+  wxStaticText* Label6_ = nullptr;
+  wxStaticText* Label5_ = nullptr;
+  wxTextCtrl* Nofile_ = nullptr;
+  wxGauge* pb_ = nullptr;
+  wxTextCtrl* Text4_ = nullptr;  ///< The line below the bar.
+  wxButton* Command4_ = nullptr;
+  wxButton* Command5_ = nullptr;
+  wxButton* Command1_ = nullptr;
+  wxButton* Command3_ = nullptr;
+  wxTimer tmr_;
+  std::unique_ptr<ProgressView> view_;
+  /// The user types the number of pieces, so that a change of the size is the program's own and
+  /// must not be computed back.
+  bool NofileTyping_ = false;
+};
+
+}  // namespace slyver

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <wx/window.h>
+
+#include <string_view>
+
+#include "engine/system/Ui.h"
+
+namespace slyver {
+
+/// Shows a message box with the title "Slyver" and waits for its end. `buttons` are those of the
+/// toolkit: wxOK, wxYES_NO or wxOK | wxCANCEL. Enter presses the first of them, Esc the last.
+/// Returns whether it was the first: OK or Yes.
+bool ShowMessageBox(wxWindow* parent, std::string_view text, Icon icon, long buttons);
+
+}  // namespace slyver

@@ -1,0 +1,101 @@
+#include "desktop/system/ModernForm.h"
+
+#include <wx/button.h>
+#include <wx/sizer.h>
+
+#include <algorithm>
+
+#include "desktop/chrome/WindowSystem.h"
+
+namespace slyver {
+
+namespace {
+
+void Press(wxWindow& button) {
+  wxCommandEvent event(wxEVT_BUTTON, button.GetId());
+  event.SetEventObject(&button);
+  button.HandleWindowEvent(event);
+}
+
+}  // namespace
+
+ModernForm::ModernForm(FormHost& host, const wxString& name, const wxString& caption,
+                       Resizing resizing)
+    : wxFrame(nullptr, wxID_ANY, caption, wxDefaultPosition, wxDefaultSize,
+              resizing == Resizing::Free ? WinXPApe::resizableStyle : WinXPApe::fixedStyle, name),
+      host_(host) {
+  // Bound before the chrome, which so sees the keys first.
+  Bind(wxEVT_CHAR_HOOK, &ModernForm::Key, this);
+  chrome_.XP_FormLoad(*this, host_.Menus());
+  chrome_.RefreshIcon(host_.Icon());
+  if (host_.JobRuns()) SetBusy(true);
+  Bind(wxEVT_CLOSE_WINDOW, [this](wxCloseEvent& event) {
+    if (unloaded_) return;
+    if (!host_.JobRuns()) {
+      host_.FormClosed(*this);
+      return;
+    }
+    // The job stops when it next asks, cleans up and ends the program.
+    host_.AskToStop();
+    if (event.CanVeto()) event.Veto();
+  });
+}
+
+void ModernForm::Unload() {
+  if (unloaded_) return;
+  unloaded_ = true;
+  Destroy();
+}
+
+void ModernForm::SetCaption(const wxString& caption) {
+  SetTitle(caption);
+  chrome_.RefreshCaption();
+}
+
+void ModernForm::SetBusy(bool busy) {
+  chrome_.EnableMenus(!busy);
+  if (busy) {
+    const wxWindow* const focus = FindFocus();
+    focusBefore_ = focus == nullptr ? wxID_NONE : focus->GetId();
+    if (statusLine_ != nullptr) statusLine_->SetFocus();
+  }
+  for (wxWindow* const control : ClientArea()->GetChildren())
+    if (control != escapeButton_ && control != statusLine_) control->Enable(!busy);
+  if (wxWindow* const before = busy ? nullptr : FindWindow(focusBefore_)) before->SetFocus();
+}
+
+void ModernForm::FitAndCentre(wxSizer* content) {
+  auto* const margin = new wxBoxSizer(wxVERTICAL);
+  margin->Add(content, wxSizerFlags(1).Expand().Border(wxALL, 2 * Gap()));
+  ClientArea()->SetSizer(margin);
+  Fit();
+  SetMinSize(GetSize());
+  CentreOnScreen();
+}
+
+int ModernForm::Gap() const {
+  return GetCharHeight() / 2;
+}
+
+void ModernForm::Key(wxKeyEvent& event) {
+  if (event.GetKeyCode() != WXK_ESCAPE || event.HasAnyModifiers()) {
+    event.Skip();
+    return;
+  }
+  if (escapeButton_ != nullptr)
+    Press(*escapeButton_);
+  else if (host_.JobRuns())
+    host_.AskToStop();
+}
+
+void MakeRoomForFont(wxWindow& control) {
+  const int height = control.GetCharHeight() * 8 / 5;
+  control.SetMinSize({control.GetMinWidth(), std::max(control.GetBestSize().y, height)});
+}
+
+void NameControl(wxWindow& control, const wxString& name, const wxString& forScreenReaders) {
+  control.SetName(name);
+  SetAccessibleName(control, forScreenReaders);
+}
+
+}  // namespace slyver

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <wx/gauge.h>
+
+#include <chrono>
+#include <functional>
+#include <string>
+
+#include "engine/system/Ui.h"
+
+namespace slyver {
+
+/// Where a bar stands, 0 to 100, after `progress` has come, when it stood at `before`: at the value
+/// set, or while bytes are copied at their share, since a job may set the value of a step that has
+/// gigabytes before it. It goes back only when a job starts at 0.
+double BarPosition(const Progress& progress, double before);
+
+/// The colour of a progress bar's trough, and of its filling.
+void Change_pb_Color(wxGauge& bar, const wxColour& colour);
+void Change_pb_ForeColor(wxGauge& bar, const wxColour& colour);
+
+/// A form's progress bar, with a line of text that tells the bytes, the rate and the time left.
+class ProgressView {
+ public:
+  /// The range of the bar: fine enough to move smoothly.
+  static constexpr int range = 1000;
+
+  /// `setLine` shows the line.
+  ProgressView(wxGauge* bar, std::function<void(const std::string&)> setLine);
+
+  void Show(const Progress& progress);
+  void Clear();
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  wxGauge* bar_;
+  std::function<void(const std::string&)> setLine_;
+  double position_ = 0;
+  bool copying_ = false;
+  Clock::time_point started_;
+  Clock::time_point lineSet_;
+};
+
+}  // namespace slyver

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <wx/strconv.h>
+#include <wx/string.h>
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+#include "engine/system/PathText.h"
+
+namespace slyver {
+
+/// The toolkit's text for UTF-8 text. Bytes that are not UTF-8, as file names may hold, come
+/// through and are the same again after FromWx().
+inline wxString ToWx(std::string_view text) {
+  const wxMBConvUTF8 conversion(wxMBConvUTF8::MAP_INVALID_UTF8_TO_PUA);
+  return {text.data(), conversion, text.size()};
+}
+
+inline std::string FromWx(const wxString& text) {
+  const wxMBConvUTF8 conversion(wxMBConvUTF8::MAP_INVALID_UTF8_TO_PUA);
+  const wxScopedCharBuffer bytes = text.mb_str(conversion);
+  return {bytes.data(), bytes.length()};
+}
+
+inline wxString PathToWx(const std::filesystem::path& path) {
+  return ToWx(PathText(path));
+}
+
+inline std::filesystem::path PathFromWx(const wxString& text) {
+  return PathFromText(FromWx(text));
+}
+
+}  // namespace slyver

@@ -1,0 +1,20 @@
+#include "engine/hidden/Password.h"
+
+#include "engine/hidden/Carrier.h"
+#include "engine/system/Text8.h"
+
+namespace slyver {
+
+std::optional<std::string> PasswordText8(std::string_view typed, Ui& ui) {
+  std::optional<std::string> password = ToText8(typed);
+  if (!password) {
+    ui.Message("The Password Has A Character That Cannot Be Used. Choose Another Password.",
+               Icon::Information);
+  } else if (password->size() > maxNameLength) {
+    ui.Message("A Password Has 24 Characters At Most. Choose A Shorter One.", Icon::Information);
+    password.reset();
+  }
+  return password;
+}
+
+}  // namespace slyver

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "engine/system/Ui.h"
+
+namespace slyver {
+
+/// What a search has come across.
+struct FindCounts {
+  std::uint64_t files = 0;    ///< Files whose name matches.
+  std::uint64_t folders = 0;  ///< Subfolders looked into, at any depth.
+};
+
+/// Searches the folder `path` and all folders below it for regular files whose name ends as
+/// `pattern` says: "*" and an ending, whose letters may be of either case. Calls `found` with the
+/// full path of each, those of a folder before those of its subfolders, otherwise in no fixed
+/// order. Links to files count as files; links to folders are not followed. Subfolders that may not
+/// be read are passed over; throws FileError when `path` itself cannot be read, and Cancelled when
+/// the user stops the search.
+FindCounts FindFilesAPI(const std::filesystem::path& path, std::string_view pattern, Ui& ui,
+                        const std::function<void(const std::filesystem::path&)>& found);
+
+/// The part of `text` before its first zero character; all of it when there is none.
+std::string StripNulls(std::string_view text);
+
+/// `path` without blanks at its ends and then without one separator at its end.
+std::string StripBackslash(std::string_view path);
+
+/// Whether the folder StripBackslash(`path`) exists.
+bool DirExists(std::string_view path);
+
+}  // namespace slyver

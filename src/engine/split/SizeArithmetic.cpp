@@ -1,0 +1,70 @@
+#include "engine/split/SizeArithmetic.h"
+
+#include <charconv>
+#include <cmath>
+#include <system_error>
+
+namespace slyver {
+
+namespace {
+
+template <typename Number>
+std::optional<Number> Parsed(std::string_view text) {
+  Number value{};
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, value);
+  if (error != std::errc{} || stop != end) return std::nullopt;
+  return value;
+}
+
+std::string_view WithoutFinalPoint(std::string_view text) {
+  if (text.ends_with('.')) text.remove_suffix(1);
+  return text;
+}
+
+/// `length` divided by the number in `text`, rounded up to a whole number. Nothing when the text is
+/// no number above 0 and below `length`. Whole numbers, the rule, are divided exactly.
+std::optional<std::uint64_t> QuotientRoundedUp(std::uint64_t length, std::string_view text) {
+  if (const auto whole = Parsed<std::uint64_t>(text)) {
+    if (*whole == 0 || *whole >= length) return std::nullopt;
+    return length / *whole + (length % *whole > 0 ? 1 : 0);
+  }
+  const auto number = Parsed<double>(text);
+  const auto dividend = static_cast<double>(length);
+  if (!number || !(*number >= 1) || *number >= dividend) return std::nullopt;
+  return static_cast<std::uint64_t>(std::ceil(dividend / *number));
+}
+
+FieldChange Divide(std::string_view text, std::uint64_t length) {
+  const auto quotient = QuotientRoundedUp(length, WithoutFinalPoint(text));
+  return {.other = quotient ? std::to_string(*quotient) : std::string(unableToDivide),
+          .askForWholeNumber = text.ends_with('.')};
+}
+
+}  // namespace
+
+FieldChange SizeFromCount(std::string_view count, std::string_view size, std::uint64_t length) {
+  if (count == "1") return {.other = std::string(unableToDivide)};
+  if (count == "0" || count.empty()) return {.other = ""};
+  if (size.starts_with("Un")) return {};
+  return Divide(count, length);
+}
+
+FieldChange CountFromSize(std::string_view size, std::uint64_t length) {
+  if (size == "0" || size.empty()) return {.other = "", .clearTyped = true};
+  if (size == "1" || size.starts_with("Un")) return {};
+  return Divide(size, length);
+}
+
+std::optional<std::uint64_t> WholeBytes(std::string_view text) {
+  text = WithoutFinalPoint(text);
+  if (const auto whole = Parsed<std::uint64_t>(text)) return whole;
+  const auto number = Parsed<double>(text);
+  constexpr double beyond = 18446744073709551616.0;
+  if (!number || !(*number >= 0)) return std::nullopt;
+  const double rounded = std::nearbyint(*number);
+  if (!(rounded < beyond)) return std::nullopt;
+  return static_cast<std::uint64_t>(rounded);
+}
+
+}  // namespace slyver

@@ -1,0 +1,76 @@
+#include "engine/split/SlyIt.h"
+
+#include "engine/split/PieceName.h"
+#include "engine/split/SizeArithmetic.h"
+#include "engine/split/SplitM.h"
+#include "engine/system/Disk.h"
+#include "engine/system/PathText.h"
+#include "engine/system/Registry.h"
+#include "engine/system/WorkFolders.h"
+
+namespace slyver {
+
+namespace {
+
+void End(Ui& ui) {
+  DeleteFilePathValue();
+  ui.EndProgram();
+}
+
+/// The piece size that the form asks for, in bytes. Nothing when it asks for none; then that has
+/// been said.
+std::optional<std::uint64_t> SizeAskedFor(const SplitForm& form, Ui& ui) {
+  if (!form.Option2) return predefinedSize;
+  if (form.Text3.empty()) {
+    ui.Message("Please Specify The Size Of The File.", Icon::Information);
+    return std::nullopt;
+  }
+  const std::optional<std::uint64_t> size = WholeBytes(form.Text3);
+  if (!size) ui.Message("Please Enter Whole Numbers.", Icon::Information);
+  return size;
+}
+
+}  // namespace
+
+std::int16_t SlyIt(SplitForm& form, Ui& ui) {
+  if (form.Text3 == unableToDivide || form.Nofile == unableToDivide) {
+    ui.Message("Unable To Divide File.", Icon::Critical);
+    DeleteFilePathValue();
+    return 0;
+  }
+  if (!FolderExists(form.Text2)) {
+    if (!AskYesNo(ui, PathText(form.Text2) + " Does Not Exists. Do You Want To Create It?"))
+      return 0;
+    // What could not be made shows when the first piece is written.
+    (void)MakeSureDirectoryPathExists(form.Text2);
+  }
+  form.Text2 = WithSeparator(form.Text2);
+  const std::optional<std::uint64_t> size = SizeAskedFor(form, ui);
+  if (!size) return 0;
+
+  // The look is at the source's own folder, wherever the pieces are to go.
+  const std::optional<bool> taken = ShowingErrors(ui, [&]() -> std::optional<bool> {
+    return NameIsTaken(PathFromText(PieceNameOf(PathText(form.Text1), 1)));
+  });
+  if (taken == true) {
+    ui.Message("Sly File Already Exists. Unable To Sly File.", Icon::Critical);
+    End(ui);
+    return 0;
+  }
+  SplitOptions options;
+  options.outputFolder = form.Text2;
+  // Another split may have made its pieces there since the look.
+  if (form.Text2.lexically_normal() == WithSeparator(form.Text1.parent_path()).lexically_normal())
+    options.firstPiece = Existing::Keep;
+  std::int16_t pieces = 0;
+  if (taken) pieces = SplitFile(form.Text1, *size, options, ui).pieces;
+  if (pieces < 1) {
+    if (AskYesNo(ui, "Unable To Sly File. Do You Want To Exit?")) End(ui);
+    return 0;
+  }
+  ui.Message("File Successfully Sly.", Icon::Information);
+  End(ui);
+  return pieces;
+}
+
+}  // namespace slyver

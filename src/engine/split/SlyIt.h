@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+#include "engine/system/Ui.h"
+
+namespace slyver {
+
+/// The piece size, in bytes, of "Predefined File Size": one diskette.
+inline constexpr std::uint64_t predefinedSize = 1450000;
+
+/// What the split form holds, by the names of its controls.
+struct SplitForm {
+  std::filesystem::path Text1;  ///< The file to split.
+  std::filesystem::path Text2;  ///< The output folder.
+  bool Option2 = false;         ///< "Specified File Size" is chosen, else the predefined one.
+  std::string Text3;            ///< The piece size in bytes, or the marker.
+  std::string Nofile;           ///< The number of pieces, or the marker.
+};
+
+/// "Sly It": checks the form, makes the output folder if the user agrees, splits and reports. All
+/// is said and asked through `ui`. `form.Text2` gets a separator at its end.
+///
+/// Returns the number of pieces made; 0 when it was refused or has failed. It asks for the end of
+/// the program where the split is done, or cannot be done for good; otherwise the user is back at
+/// the form. Throws Cancelled.
+std::int16_t SlyIt(SplitForm& form, Ui& ui);
+
+}  // namespace slyver

@@ -1,0 +1,103 @@
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <fstream>
+
+#include "engine/system/Disk.h"
+#include "engine/system/FileError.h"
+
+namespace slyver {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::error_code LastError() {
+  return {errno, std::generic_category()};
+}
+
+/// Lets the owner change the folder and all folders below it.
+void MakeWritable(const fs::path& folder) {
+  std::error_code ignored;
+  if (!fs::is_directory(fs::symlink_status(folder, ignored))) return;
+  fs::permissions(folder, fs::perms::owner_all, fs::perm_options::add, ignored);
+  (void)ListFolder(folder, [](const fs::path& path, EntryKind kind) {
+    if (kind == EntryKind::Folder) MakeWritable(path);
+  });
+}
+
+EntryKind KindOf(const fs::directory_entry& entry) {
+  std::error_code ignored;
+  if (entry.is_regular_file(ignored)) return EntryKind::File;
+  const bool folder = entry.is_directory(ignored) && !entry.is_symlink(ignored);
+  return folder ? EntryKind::Folder : EntryKind::Other;
+}
+
+}  // namespace
+
+bool NameIsTaken(const fs::path& path) {
+  std::error_code error;
+  const fs::file_status status = fs::symlink_status(path, error);
+  if (status.type() == fs::file_type::none) throw FileError(path, error);
+  return fs::exists(status);
+}
+
+bool FolderExists(const fs::path& path) {
+  std::error_code ignored;
+  return fs::is_directory(path, ignored);
+}
+
+void MakeFolder(const fs::path& path, Access access) {
+  const mode_t mode = access == Access::OwnerOnly ? S_IRWXU : mode_t{S_IRWXU | S_IRWXG | S_IRWXO};
+  if (mkdir(path.c_str(), mode) == 0) return;
+  const std::error_code error = LastError();
+  if (error != std::errc::file_exists || !FolderExists(path)) throw FileError(path, error);
+}
+
+void RemoveFolder(const fs::path& path) {
+  std::error_code error;
+  fs::remove_all(path, error);
+  if (error) {
+    MakeWritable(path);
+    fs::remove_all(path, error);
+  }
+  if (error) throw FileError(path, error);
+}
+
+std::error_code RemoveFile(const fs::path& path) {
+  std::error_code error;
+  fs::remove(path, error);
+  return error;
+}
+
+void RenameFile(const fs::path& from, const fs::path& to) {
+  std::error_code error;
+  fs::rename(from, to, error);
+  if (error) throw FileError(to, error);
+}
+
+std::error_code ListFolder(const fs::path& folder, const EntryVisitor& visit) {
+  std::error_code error;
+  fs::directory_iterator entry(folder, error);
+  for (; !error && entry != fs::directory_iterator(); entry.increment(error))
+    visit(entry->path(), KindOf(*entry));
+  return error;
+}
+
+fs::path FullPathOf(const fs::path& typed) {
+  std::error_code error;
+  fs::path path = fs::absolute(typed, error);
+  if (error) throw FileError(typed, error);
+  return path;
+}
+
+std::string ReadFirstLine(const fs::path& path) {
+  std::ifstream file(path);
+  std::string line;
+  if (file) std::getline(file, line);
+  // An empty file has no line, which is no failure to read it.
+  if (!file.is_open() || file.bad()) throw FileError(path, LastError());
+  return line;
+}
+
+}  // namespace slyver

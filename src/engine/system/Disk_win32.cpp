@@ -1,0 +1,229 @@
+#include <windows.h>
+// The system's headers have to come behind this one.
+#include <sddl.h>
+
+#include <array>
+
+#include "engine/system/Disk.h"
+#include "engine/system/FileError.h"
+#include "engine/system/Wide_win32.h"
+
+namespace slyver {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr DWORD shareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+bool IsMissing(DWORD error) {
+  return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+}
+
+bool IsFolder(DWORD attributes) {
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+/// Whether a found name is a link: a symbolic link or a junction. Folders that a cloud service
+/// keeps are reparse points too, but folders all the same.
+bool IsLink(const WIN32_FIND_DATAW& found) {
+  if ((found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) return false;
+  return found.dwReserved0 == 0 || IsReparseTagNameSurrogate(found.dwReserved0);
+}
+
+/// Whether what the link `name` leads to is a file.
+bool LeadsToFile(const std::wstring& name) {
+  const Handle file(CreateFileW(name.c_str(), FILE_READ_ATTRIBUTES, shareAll, nullptr,
+                                OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+  BY_HANDLE_FILE_INFORMATION information = {};
+  return file && GetFileInformationByHandle(file.Get(), &information) != 0 &&
+         !IsFolder(information.dwFileAttributes);
+}
+
+/// A search that closes itself.
+struct Search {
+  WIN32_FIND_DATAW found = {};
+  HANDLE handle;
+
+  explicit Search(const std::wstring& pattern) : handle(FindFirstFileW(pattern.c_str(), &found)) {}
+  ~Search() {
+    if (handle != INVALID_HANDLE_VALUE) (void)FindClose(handle);
+  }
+  Search(const Search&) = delete;
+  Search& operator=(const Search&) = delete;
+};
+
+/// Calls `visit` for what lies in the folder `name`, as the system's calls take it. Returns the
+/// error that ended the search, or 0.
+template <typename Visit>
+DWORD ForEachEntry(const std::wstring& name, const Visit& visit) {
+  Search search(name.ends_with(L'\\') ? name + L'*' : name + LR"(\*)");
+  if (search.handle == INVALID_HANDLE_VALUE) {
+    const DWORD error = GetLastError();
+    // The root of a drive has no entry "." and may be empty.
+    return error == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : error;
+  }
+  do {
+    const std::wstring_view entry = search.found.cFileName;
+    if (entry != L"." && entry != L"..") visit(search.found);
+  } while (FindNextFileW(search.handle, &search.found) != 0);
+  const DWORD error = GetLastError();
+  return error == ERROR_NO_MORE_FILES ? ERROR_SUCCESS : error;
+}
+
+/// Removes a name with `remove`, also when it is read-only.
+bool RemoveName(const std::wstring& name, BOOL(WINAPI* remove)(LPCWSTR)) {
+  return Patiently([&] {
+    if (remove(name.c_str()) != 0) return true;
+    const DWORD error = GetLastError();
+    if (IsMissing(error)) return true;
+    const DWORD attributes = GetFileAttributesW(name.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0 &&
+        SetFileAttributesW(name.c_str(), attributes & ~DWORD{FILE_ATTRIBUTE_READONLY}) != 0 &&
+        remove(name.c_str()) != 0)
+      return true;
+    SetLastError(error);
+    return false;
+  });
+}
+
+/// Removes a folder, and what lies in it unless it is a link; false when something stays.
+bool RemoveTree(const std::wstring& name, bool isLink) {
+  if (!isLink)
+    (void)ForEachEntry(name, [&](const WIN32_FIND_DATAW& found) {
+      const std::wstring entry = name + L'\\' + found.cFileName;
+      // What stays here shows when the folder itself is removed.
+      (void)(IsFolder(found.dwFileAttributes) ? RemoveTree(entry, IsLink(found))
+                                              : RemoveName(entry, DeleteFileW));
+    });
+  return RemoveName(name, RemoveDirectoryW);
+}
+
+/// A security descriptor that lets in this user and the system itself, and inherits nothing.
+class OwnerOnlyDescriptor {
+ public:
+  explicit OwnerOnlyDescriptor(const fs::path& path) {
+    HANDLE token = nullptr;
+    if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token) == 0) FailWithLastError(path);
+    const Handle closing(token);
+    alignas(TOKEN_USER) std::array<std::byte, sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE> user = {};
+    DWORD size = 0;
+    if (GetTokenInformation(token, TokenUser, user.data(), user.size(), &size) == 0)
+      FailWithLastError(path);
+    wchar_t* sid = nullptr;
+    if (ConvertSidToStringSidW(reinterpret_cast<TOKEN_USER*>(user.data())->User.Sid, &sid) == 0)
+      FailWithLastError(path);
+    const std::wstring description = std::wstring(L"D:P(A;OICI;FA;;;") + sid + L")(A;OICI;FA;;;SY)";
+    (void)LocalFree(sid);
+    if (ConvertStringSecurityDescriptorToSecurityDescriptorW(
+            description.c_str(), SDDL_REVISION_1, &attributes_.lpSecurityDescriptor, nullptr) == 0)
+      FailWithLastError(path);
+  }
+  ~OwnerOnlyDescriptor() { (void)LocalFree(attributes_.lpSecurityDescriptor); }
+  OwnerOnlyDescriptor(const OwnerOnlyDescriptor&) = delete;
+  OwnerOnlyDescriptor& operator=(const OwnerOnlyDescriptor&) = delete;
+
+  SECURITY_ATTRIBUTES* Get() { return &attributes_; }
+
+ private:
+  SECURITY_ATTRIBUTES attributes_ = {sizeof(SECURITY_ATTRIBUTES), nullptr, FALSE};
+};
+
+}  // namespace
+
+bool NameIsTaken(const fs::path& path) {
+  if (path.empty()) return false;
+  if (GetFileAttributesW(LongPath(path).c_str()) != INVALID_FILE_ATTRIBUTES) return true;
+  if (!IsMissing(GetLastError())) FailWithLastError(path);
+  return false;
+}
+
+bool FolderExists(const fs::path& path) {
+  if (path.empty()) return false;
+  const Handle folder(CreateFileW(LongPath(path).c_str(), FILE_READ_ATTRIBUTES, shareAll, nullptr,
+                                  OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+  BY_HANDLE_FILE_INFORMATION information = {};
+  return folder && GetFileInformationByHandle(folder.Get(), &information) != 0 &&
+         IsFolder(information.dwFileAttributes);
+}
+
+void MakeFolder(const fs::path& path, Access access) {
+  const std::wstring name = LongPath(path);
+  if (access == Access::OwnerOnly) {
+    OwnerOnlyDescriptor ownerOnly(path);
+    if (CreateDirectoryW(name.c_str(), ownerOnly.Get()) != 0) return;
+  } else if (CreateDirectoryW(name.c_str(), nullptr) != 0) {
+    return;
+  }
+  const std::error_code error = LastError();
+  // The root of a drive is refused in other ways than as one that exists.
+  if (!FolderExists(path)) throw FileError(path, error);
+}
+
+void RemoveFolder(const fs::path& path) {
+  const std::wstring name = LongPath(path);
+  bool isLink = false;
+  {
+    const Search itself(name);
+    const bool found = itself.handle != INVALID_HANDLE_VALUE;
+    if (!found && IsMissing(GetLastError())) return;
+    if (!found) FailWithLastError(path);
+    isLink = IsLink(itself.found);
+  }
+  if (!RemoveTree(name, isLink)) FailWithLastError(path);
+}
+
+std::error_code RemoveFile(const fs::path& path) {
+  if (path.empty() || RemoveName(LongPath(path), DeleteFileW)) return {};
+  return LastError();
+}
+
+void RenameFile(const fs::path& from, const fs::path& to) {
+  const std::wstring oldName = LongPath(from);
+  const std::wstring newName = LongPath(to);
+  if (!Patiently([&] {
+        return MoveFileExW(oldName.c_str(), newName.c_str(), MOVEFILE_REPLACE_EXISTING) != 0;
+      }))
+    FailWithLastError(to);
+}
+
+std::error_code ListFolder(const fs::path& folder, const EntryVisitor& visit) {
+  const std::wstring name = LongPath(folder);
+  const DWORD error = ForEachEntry(name, [&](const WIN32_FIND_DATAW& found) {
+    const bool isLink = IsLink(found);
+    EntryKind kind = IsFolder(found.dwFileAttributes) ? EntryKind::Folder : EntryKind::File;
+    if (isLink && (kind == EntryKind::Folder || !LeadsToFile(name + L'\\' + found.cFileName)))
+      kind = EntryKind::Other;
+    visit(folder / found.cFileName, kind);
+  });
+  SetLastError(error);
+  return error == ERROR_SUCCESS ? std::error_code{} : LastError();
+}
+
+fs::path FullPathOf(const fs::path& typed) {
+  const fs::path full = AbsolutePath(typed);
+  // What was typed may differ from the name on the disk in case, or be its short form. Pieces are
+  // named after the file and known by their names, so the true name counts.
+  const Search search(LongPath(full));
+  const bool found = search.handle != INVALID_HANDLE_VALUE && full.has_filename() &&
+                     full.native().find_first_of(L"*?") == std::wstring::npos;
+  return found ? full.parent_path() / search.found.cFileName : full;
+}
+
+std::string ReadFirstLine(const fs::path& path) {
+  const Handle file(CreateFileW(LongPath(path).c_str(), GENERIC_READ, shareAll, nullptr,
+                                OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+  if (!file) FailWithLastError(path);
+  std::string text;
+  std::array<char, 256> part = {};
+  DWORD count = 0;
+  do {
+    if (ReadFile(file.Get(), part.data(), part.size(), &count, nullptr) == 0 &&
+        GetLastError() != ERROR_BROKEN_PIPE)
+      FailWithLastError(path);
+    text.append(part.data(), count);
+  } while (count > 0 && text.find('\n') == std::string::npos);
+  return text.substr(0, text.find('\n'));
+}
+
+}  // namespace slyver

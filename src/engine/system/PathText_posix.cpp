@@ -1,0 +1,13 @@
+#include "engine/system/PathText.h"
+
+namespace slyver {
+
+std::string PathText(const std::filesystem::path& path) {
+  return path.native();
+}
+
+std::filesystem::path PathFromText(std::string_view text) {
+  return text;
+}
+
+}  // namespace slyver

@@ -1,0 +1,76 @@
+#include <cerrno>
+#include <cstdlib>
+#include <exception>
+#include <filesystem>
+
+#include "engine/system/Disk.h"
+#include "engine/system/FileError.h"
+#include "engine/system/Files.h"
+#include "engine/system/INIReadWri.h"
+#include "engine/system/Registry.h"
+#include "engine/system/WorkFolders.h"
+
+namespace slyver {
+
+namespace {
+
+/// The user's folder for the program's settings; it may not exist yet.
+std::filesystem::path ConfigurationFolder() {
+  const char* const value = std::getenv("XDG_CONFIG_HOME");
+  const std::filesystem::path configuration = value == nullptr ? "" : value;
+  return (configuration.is_absolute() ? configuration : HomeFolder() / ".config") / "slyver";
+}
+
+std::filesystem::path RegistryFile() {
+  return ConfigurationFolder() / "registry.ini";
+}
+
+std::string SectionOf(RegRoot root, std::string_view keyPath) {
+  const char* name = "HKEY_LOCAL_MACHINE";
+  if (root == RegRoot::ClassesRoot) name = "HKEY_CLASSES_ROOT";
+  if (root == RegRoot::DynData) name = "HKEY_DYN_DATA";
+  return std::string(name) + "\\" + std::string(keyPath);
+}
+
+/// Empty when there is no file yet.
+std::string RegistryText() {
+  const std::filesystem::path file = RegistryFile();
+  return NameIsTaken(file) ? ReadSmallFile(file) : std::string{};
+}
+
+}  // namespace
+
+std::string GetRegString(RegRoot root, std::string_view keyPath, std::string_view valueName) {
+  try {
+    return IniValueIn(RegistryText(), SectionOf(root, keyPath), valueName, "");
+  } catch (const std::exception&) {
+    return {};
+  }
+}
+
+void SaveRegString(RegRoot root, std::string_view keyPath, std::string_view valueName,
+                   std::string_view text) {
+  try {
+    std::filesystem::create_directories(ConfigurationFolder());
+    // The quotation marks keep blanks at the ends of the value.
+    const std::string quoted = "\"" + std::string(text.substr(0, text.find('\0'))) + "\"";
+    WriteSmallFile(RegistryFile(),
+                   WithIniValue(RegistryText(), SectionOf(root, keyPath), valueName, quoted));
+  } catch (const std::exception&) {
+    return;  // As with the registry's own calls, whose status nobody looks at.
+  }
+}
+
+std::int32_t DeleteRegValue(RegRoot root, std::string_view keyPath, std::string_view valueName) {
+  try {
+    const std::string before = RegistryText();
+    const std::string after = WithoutIniValue(before, SectionOf(root, keyPath), valueName);
+    if (after == before) return ENOENT;
+    WriteSmallFile(RegistryFile(), after);
+    return 0;
+  } catch (const std::exception&) {
+    return EIO;
+  }
+}
+
+}  // namespace slyver

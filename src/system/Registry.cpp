@@ -1,9 +1,0 @@
-#include "system/Registry.h"
-
-namespace slyver {
-
-void DeleteFilePathValue() {
-  DeleteRegValue(RegRoot::LocalMachine, R"(Software\Orm Valis\FC)", "filepath");
-}
-
-}  // namespace slyver

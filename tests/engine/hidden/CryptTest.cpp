@@ -1,0 +1,42 @@
+#include "engine/hidden/Crypt.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+namespace slyver {
+namespace {
+
+// The expected texts are worked by hand: "A" has the code 65, so its key is the characters "6" (54)
+// and "5" (53), again and again.
+TEST(Crypt, EnciphersToHandWorkedText) {
+  EXPECT_EQ(EncryptText("A", "A"), "77");
+  EXPECT_EQ(EncryptText("AB", "A"), "7777");
+  EXPECT_EQ(EncryptText("666", "A"), "000300");
+  EXPECT_EQ(EncryptText("\xE9", "Ab"), "DF");
+  EXPECT_EQ(EncryptText("", ""), "");
+}
+
+TEST(Crypt, DeciphersEveryTextUnderEveryPasswordByte) {
+  std::string text;
+  for (int code = 0; code < 256; ++code) text += static_cast<char>(code);
+  for (int code = 0; code < 256; ++code) {
+    const std::string password = std::string("p") + static_cast<char>(code);
+    EXPECT_EQ(DecryptText(EncryptText(text, password), password), text) << code;
+  }
+}
+
+TEST(Crypt, ReadsDamagedTextAsFarAsItIsHexadecimal) {
+  EXPECT_EQ(DecryptText("7", "A"), "1");      // 7 xor 54
+  EXPECT_EQ(DecryptText("4G", "A"), "2");     // only the 4 counts
+  EXPECT_EQ(DecryptText("G4zz", "A"), "65");  // both pairs count as 0
+  EXPECT_EQ(DecryptText("7f", "A"), "\x49");  // lower case is hexadecimal too
+}
+
+TEST(Crypt, RefusesAnEmptyPassword) {
+  EXPECT_THROW(EncryptText("A", ""), std::invalid_argument);
+  EXPECT_THROW(DecryptText("77", ""), std::invalid_argument);
+}
+
+}  // namespace
+}  // namespace slyver

@@ -1,0 +1,209 @@
+#include "engine/system/Disk.h"
+
+#include <gtest/gtest.h>
+#include <windows.h>
+// The system's headers have to come behind this one.
+#include <aclapi.h>
+
+#include <algorithm>
+
+#include "engine/hidden/HideJob.h"
+#include "engine/hidden/RecoverJob.h"
+#include "engine/split/JoinM.h"
+#include "engine/split/SplitM.h"
+#include "engine/system/Attributes.h"
+#include "engine/system/Files.h"
+#include "engine/system/FolderLock.h"
+#include "engine/system/SourceFile.h"
+#include "engine/system/WorkFolders.h"
+#include "support/ScriptedUi.h"
+#include "support/TempFolder.h"
+
+namespace slyver {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+
+class Disk : public TempFolderTest {
+ protected:
+  std::vector<std::string> Listed(const fs::path& where) const {
+    std::vector<std::string> names;
+    EXPECT_FALSE(ListFolder(where, [&](const fs::path& path, EntryKind kind) {
+      names.push_back(PathText(path.filename()) + (kind == EntryKind::Folder ? "/" : ""));
+    }));
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+  static void SetAttributes(const fs::path& path, DWORD attributes) {
+    EXPECT_TRUE(SetFileAttributesW(path.c_str(), attributes)) << path;
+  }
+};
+
+/// All jobs, in a folder whose path is longer than the old limit, with names in several scripts.
+TEST_F(Disk, PathsOfAnyLengthAndScriptServeEveryJob) {
+  const fs::path top = folder / "long";
+  fs::path deep = top;
+  for (int i = 0; i < 6; ++i) deep /= PathFromText("\u0416\u65E5\U0001F600" + std::string(70, 'x'));
+  ASSERT_TRUE(MakeSureDirectoryPathExists(deep / "file"));
+  ASSERT_GT(deep.native().size(), 450U);
+  const fs::path source = deep / PathFromText("\u00E9\u0416.bin");
+  const std::string bytes = SomeBytes(5000);
+  WriteSmallFile(source, bytes);
+  EXPECT_EQ(FullPathOf(source), source);
+
+  ScriptedUi ui;
+  SplitOptions options;
+  options.outputFolder = deep;
+  EXPECT_EQ(SplitFile(source, 2000, options, ui).pieces, 3);
+  const fs::path kept = deep / "kept.bin";
+  RenameFile(source, kept);
+  ui.ExpectProgressForm("Joining Files");
+  ui.ExpectMessage("File Joined.", Icon::Information);
+  ui.ExpectEndProgram();
+  EXPECT_EQ(JoinPieces(deep / PathFromText("\u00E9\u0416.bin.2.sly"), ui), source);
+  EXPECT_EQ(ReadSmallFile(source), bytes);
+
+  ui.ExpectMessage("File Hidden.", Icon::Information);
+  ui.ExpectEndProgram();
+  HideJob hide({kept, source, "p", "p"}, ui, BigFiles::Ask);
+  ASSERT_TRUE(hide.Check() && hide.PrepareHide());
+  EXPECT_EQ(hide.CheckIni(), HideJob::Ini::Complete);
+  const auto carrier = hide.DoAll();
+  ASSERT_TRUE(carrier.has_value());
+  ui.ExpectProgressForm("Recovering Files");
+  ui.ExpectMessage("File Recovered.", Icon::Information);
+  ui.ExpectEndProgram();
+  RecoverJob recover({*carrier, "p"}, ui, BigFiles::Ask);
+  EXPECT_EQ(recover.RecHidden(), RecoverJob::Next::Over);
+  EXPECT_EQ(recover.Recovered(), deep / PathFromText("Original \u00E9_.bin"));
+  EXPECT_EQ(ReadSmallFile(*recover.Recovered()), bytes);
+
+  EXPECT_EQ(Listed(deep),
+            (std::vector<std::string>{"Hidden File kept.bin", "Original \u00E9_.bin", "kept.bin",
+                                      "\u00E9\u0416.bin", "\u00E9\u0416.bin.1.sly",
+                                      "\u00E9\u0416.bin.2.sly", "\u00E9\u0416.bin.3.sly"}));
+  RemoveFolder(top);
+  EXPECT_FALSE(NameIsTaken(top));
+}
+
+TEST_F(Disk, ReadOnlyFilesAreRemovedWithTheirFolderAndNeverReplaced) {
+  fs::create_directories(folder / "work" / "sub");
+  WriteFile(folder / "work" / "sub" / "file", "x");
+  for (const fs::path& path : {folder / "work" / "sub" / "file", folder / "work" / "sub"})
+    SetAttributes(path, FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM);
+  RemoveFolder(folder / "work");
+  EXPECT_EQ(Names(), std::set<std::string>{});
+
+  const fs::path file = folder / "file";
+  WriteFile(file, "old");
+  SetAttributes(file, FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_ARCHIVE);
+  EXPECT_EQ(ErrorOf([&] { WriteSmallFile(file, "new"); }),
+            file.string() + ": The file is read-only and cannot be replaced");
+  EXPECT_EQ(ReadFile(file), "old");
+  ClearAttributes(file);
+  EXPECT_EQ(GetFileAttributesW(file.c_str()), DWORD{FILE_ATTRIBUTE_ARCHIVE});
+  WriteSmallFile(file, "new");
+  EXPECT_EQ(ReadFile(file), "new");
+  ClearAttributes(folder / "none");
+}
+
+TEST_F(Disk, FilesInUseElsewhereAreNeitherReadNorReplacedNorHalfWritten) {
+  const fs::path file = folder / "file";
+  WriteFile(file, "old");
+  const auto open = [&](DWORD share) {
+    return CreateFileW(file.c_str(), GENERIC_READ, share, nullptr, OPEN_EXISTING, 0, nullptr);
+  };
+  HANDLE other = open(0);
+  EXPECT_EQ(ErrorOf([&] { (void)ReadSmallFile(file); }),
+            file.string() + ": Another program is using this file");
+  CloseHandle(other);
+
+  other = open(FILE_SHARE_READ);
+  EXPECT_EQ(ReadSmallFile(file), "old");
+  EXPECT_NE(ErrorOf([&] { WriteSmallFile(file, "new"); }), "no error");
+  CloseHandle(other);
+  EXPECT_EQ(ReadFile(file), "old");
+  EXPECT_EQ(Names(), std::set<std::string>{"file"});
+
+  const SourceFile source(file);
+  WriteFile(file, "other bytes");
+  fs::rename(file, folder / "moved");
+  EXPECT_THROW(source.ThrowIfChanged(), FileError) << "who reads a file hinders nobody";
+}
+
+TEST_F(Disk, NamesThatWindowsCannotBearAreRefused) {
+  const fs::path file = folder / "file";
+  WriteFile(file, "x");
+  for (const wchar_t* name :
+       {L"aa:b", L"file:stream", L"a*", L"a?", L"a<b", L"a>b", L"a|b", L"a\"b", L"a\tb", L"a.",
+        L"a ", L"NUL", L"con", L"com1.txt", L"..."}) {
+    const fs::path target = folder / name;
+    const std::string refusal = PathText(target) + ": Windows does not allow this name";
+    EXPECT_EQ(ErrorOf([&] { WriteSmallFile(target, "x"); }), refusal);
+    EXPECT_EQ(ErrorOf([&] { (void)MoveToFreeName(file, target); }), refusal);
+  }
+  EXPECT_EQ(Names(), std::set<std::string>{"file"});
+  EXPECT_EQ(ReadFile(file), "x");
+}
+
+TEST_F(Disk, TypedNamesBecomeThoseOnTheDisk) {
+  WriteFile(folder / "Mixed Case.BIN", "x");
+  const std::string typed = (folder / "sub" / ".." / "mixed case.bin").generic_string();
+  EXPECT_EQ(FullPathOf(typed), folder / "Mixed Case.BIN");
+  EXPECT_EQ(FullPathOf(folder / "none.txt"), folder / "none.txt");
+  EXPECT_EQ(FullPathOf(folder / "*.BIN"), folder / "*.BIN");
+  EXPECT_EQ(FullPathOf(folder / ""), folder / "");
+  EXPECT_TRUE(FullPathOf("none").is_absolute());
+  EXPECT_EQ(FullPathOf("C:\\"), fs::path("C:\\"));
+  EXPECT_NE(ErrorOf([] { (void)FullPathOf(""); }), "no error");
+}
+
+TEST_F(Disk, ReadsFirstLinesOfFilesAndPipes) {
+  for (const auto& [bytes, line] :
+       {std::pair{"one\r\ntwo\n", "one\r"}, {"", ""}, {"\n", ""}, {"no end", "no end"}}) {
+    WriteFile(folder / "file", bytes);
+    EXPECT_EQ(ReadFirstLine(folder / "file"), line);
+  }
+  WriteFile(folder / "file", std::string(1000, 'x') + "\ny");
+  EXPECT_EQ(ReadFirstLine(folder / "file"), std::string(1000, 'x'));
+  EXPECT_EQ(ErrorOf([&] { (void)ReadFirstLine(folder / "none"); }),
+            (folder / "none").string() + ": No such file or directory");
+}
+
+TEST_F(Disk, AFolderHasOneLockHoweverItIsSpelled) {
+  ScriptedUi ui;
+  fs::create_directory(folder / "Locked");
+  {
+    const FolderLock lock(folder / "Locked", ui);
+    const FolderLock other(folder, ui);
+    for (const char* spelling : {"Locked", "LOCKED", "locked/../Locked"})
+      EXPECT_EQ(ErrorOf([&] { const FolderLock second(folder / spelling, ui, 0s); }),
+                (folder / spelling).string() + ": Another program is working in this folder");
+    ui.StopAtBytes(0);
+    EXPECT_THROW(FolderLock(folder / "Locked", ui), Cancelled);
+  }
+  const FolderLock lock(folder / "LOCKED", ui, 0s);
+  EXPECT_EQ(ErrorOf([&] { const FolderLock none(folder / "none", ui, 0s); }),
+            (folder / "none").string() + ": No such file or directory");
+}
+
+TEST_F(Disk, APrivateFolderInheritsNothingAndLetsInTwo) {
+  MakeFolder(folder / "own", Access::OwnerOnly);
+  WriteFile(folder / "own" / "file", "x");
+  EXPECT_EQ(ReadFile(folder / "own" / "file"), "x");
+  std::wstring own = (folder / "own").native();
+  PACL list = nullptr;
+  PSECURITY_DESCRIPTOR descriptor = nullptr;
+  ASSERT_EQ(GetNamedSecurityInfoW(own.data(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr,
+                                  nullptr, &list, nullptr, &descriptor),
+            DWORD{ERROR_SUCCESS});
+  ASSERT_NE(list, nullptr);
+  EXPECT_EQ(list->AceCount, 2);
+  LocalFree(descriptor);
+  EXPECT_TRUE(PrivateFolder() == "C:\\" || PrivateFolder() == folder.parent_path() / "run" / "");
+  EXPECT_EQ(HomeFolder(), "c:\\");
+}
+
+}  // namespace
+}  // namespace slyver

@@ -1,0 +1,108 @@
+#include "engine/system/INIReadWri.h"
+
+#include <gtest/gtest.h>
+
+#include "engine/system/Files.h"
+#include "support/TempFolder.h"
+
+namespace slyver {
+namespace {
+
+class IniFile : public TempFolderTest {
+ protected:
+  std::string Read(std::string_view section, std::string_view key) const {
+    return ReadIniValue(folder / "3.ini", section, key, "");
+  }
+  bool Write(std::string_view section, std::string_view key, std::string_view value) const {
+    return WriteIniValue(folder / "3.ini", section, key, value);
+  }
+  std::string Bytes() const { return ReadFile(folder / "3.ini"); }
+};
+
+TEST_F(IniFile, WritesTheBytesThatTheProfileCallsWrite) {
+  EXPECT_TRUE(Write("0dfg%", "&hed#", "7B"));
+  EXPECT_EQ(Bytes(), "[0dfg%]\r\n&hed#=7B\r\n");
+  EXPECT_TRUE(Write("s@4)", "!`<jhbddfu", "77"));
+  EXPECT_TRUE(Write("0dfg%", "?Kj*^", "0A"));
+  EXPECT_TRUE(Write("0dfg%", "&hed#", "7C"));
+  EXPECT_EQ(Bytes(), "[0dfg%]\r\n&hed#=7C\r\n?Kj*^=0A\r\n[s@4)]\r\n!`<jhbddfu=77\r\n");
+  EXPECT_EQ(Read("s@4)", "!`<jhbddfu"), "77");
+}
+
+TEST_F(IniFile, ReadsAtMost49Characters) {
+  const std::string digits = "123456789012345678901234567890123456789012345678901234567890";
+  EXPECT_TRUE(Write("s", "k", digits));
+  EXPECT_EQ(Read("s", "k"), digits.substr(0, 49));
+  EXPECT_EQ(ReadIniValue(folder / "none.ini", "s", "k", digits), digits.substr(0, 49));
+  EXPECT_EQ(IniValueIn(Bytes(), "s", "k", ""), digits) << "the text itself holds it whole";
+}
+
+TEST(IniText, FindsValues) {
+  struct Case {
+    std::string text, value;
+  };
+  const std::string none = "default";
+  for (const Case& c : {
+           Case{"", none},
+           Case{"[s]\r\nk=v\r\n", "v"},
+           Case{"[s]\nk=v", "v"},                          // bare line ends, none at the end
+           Case{"[S]\r\nK=v\r\n", "v"},                    // whatever the case
+           Case{" [ s ] \r\n \tk \t= \tv w \r\n", "v w"},  // blanks around, not within
+           Case{"[s]\r\nk=\r\n", ""},
+           Case{"[s]\r\nk=\"v \"\r\n", "v "},  // one pair of quotes
+           Case{"[s]\r\nk=' v'\r\n", " v"},
+           Case{"[s]\r\nk=\"\"v\"\"\r\n", "\"v\""},
+           Case{"[s]\r\nk=\"v'\r\n", "\"v'"},  // no pair
+           Case{"[s]\r\nk=\"\r\n", "\""},
+           Case{"[s]\r\nk=a=b;c\r\n", "a=b;c"},
+           Case{"[s]\r\nk=1\r\nk=2\r\n", "1"},             // the first counts
+           Case{"[s]\r\na=1\r\n[s]\r\nk=2\r\n", none},     // of sections too
+           Case{"[s]\r\n;k=1\r\n ; k=2\r\nk=3\r\n", "3"},  // comments
+           Case{"[s]\r\nk\r\n", none},                     // no value
+           Case{"k=1\r\n[t]\r\nk=2\r\n", none},            // other places
+           Case{"[t]\r\nk=1\r\n\r\n[s]\r\n\r\nk=2\r\n", "2"},
+           Case{"[s\r\nk=1\r\n", "1"},  // the bracket may be missing
+           Case{"[s] t]\r\nk=1\r\n", "1"},
+           Case{"[s]k=1\r\n", none},
+           Case{std::string("[s]\r\nk=v\r\n\0\0\0", 13), "v"},  // padding
+           Case{std::string("[s]\r\n\0k=v\r\n", 11), none},     // nothing counts behind it
+       })
+    EXPECT_EQ(IniValueIn(c.text, "s", "k", none), c.value) << c.text;
+}
+
+TEST(IniText, PutsValuesInTheirPlace) {
+  struct Case {
+    std::string before, after;
+  };
+  for (const Case& c : {
+           Case{"", "[s]\r\nk=v\r\n"},
+           Case{"[t]\r\na=1", "[t]\r\na=1\r\n[s]\r\nk=v\r\n"},
+           Case{"[s]", "[s]\r\nk=v\r\n"},
+           Case{"[s]\r\na=1\r\n\r\n\r\n[t]\r\nk=2\r\n",
+                "[s]\r\na=1\r\nk=v\r\n\r\n\r\n[t]\r\nk=2\r\n"},
+           Case{"[s]\r\na=1\r\n;k=0\r\n[t]\r\n", "[s]\r\na=1\r\n;k=0\r\nk=v\r\n[t]\r\n"},
+           Case{"; note\n[s]\nk = \"old\"\nb=2\n", "; note\n[s]\nk=v\r\nb=2\n"},
+           Case{"[s]\r\nk=1\r\nk=2\r\n", "[s]\r\nk=v\r\nk=2\r\n"},
+           Case{"[S]\r\n K =1\r\n", "[S]\r\nK=v\r\n"},  // the spelling stays
+           Case{std::string("[s]\r\na=1\r\n\0\0", 12), "[s]\r\na=1\r\nk=v\r\n"},
+       })
+    EXPECT_EQ(WithIniValue(c.before, "s", "k", "v"), c.after);
+  EXPECT_EQ(IniValueIn(WithIniValue("[S]\r\nKEY=1\r\n", "s", "key", "2"), "s", "Key", ""), "2");
+  EXPECT_EQ(WithoutIniValue("[s]\r\na=1\r\nK=2\r\nb=3", "s", "k"), "[s]\r\na=1\r\nb=3");
+  EXPECT_EQ(WithoutIniValue("[s]\r\na=1\r\n", "s", "k"), "[s]\r\na=1\r\n");
+}
+
+TEST_F(IniFile, AFailedWriteLeavesTheFileAndStillReturnsTrue) {
+  EXPECT_TRUE(Write("s", "k", "old"));
+  {
+    const LockedFile other(TemporaryPath(folder / "3.ini"));
+    EXPECT_TRUE(Write("s", "k", "new"));
+  }
+  EXPECT_EQ(Bytes(), "[s]\r\nk=old\r\n");
+  EXPECT_TRUE(WriteIniValue(folder / "no folder" / "3.ini", "s", "k", "v"));
+  EXPECT_TRUE(WriteIniValue(folder, "s", "k", "v"));
+  EXPECT_EQ(ReadIniValue(folder, "s", "k", "default"), "default");
+}
+
+}  // namespace
+}  // namespace slyver

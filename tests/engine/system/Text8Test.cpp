@@ -1,0 +1,57 @@
+#include "engine/system/Text8.h"
+
+#include <gtest/gtest.h>
+
+namespace slyver {
+namespace {
+
+TEST(Text8, BringsEveryByteThereAndBack) {
+  std::string all;
+  for (int code = 0; code < 256; ++code) all += static_cast<char>(code);
+  EXPECT_EQ(ToText8(FromText8(all)), all);
+  EXPECT_EQ(ToText8Lossy(FromText8(all)), all);
+}
+
+TEST(Text8, IsWindows1252) {
+  struct Case {
+    const char* utf8;
+    const char* text8;
+  };
+  for (const Case& c :
+       {Case{"plain", "plain"}, Case{"\u00E9\u00DF\u00A0\u00FF", "\xE9\xDF\xA0\xFF"},
+        Case{"\u20AC", "\x80"}, Case{"\u0152uvre", "\x8Cuvre"},
+        Case{"\u201Ca\u201D",
+             "\x93"
+             "a\x94"},
+        Case{"\u2122\u0178", "\x99\x9F"}, Case{"\u0081\u009D", "\x81\x9D"}}) {
+    EXPECT_EQ(ToText8(c.utf8), c.text8);
+    EXPECT_EQ(FromText8(c.text8), c.utf8);
+  }
+}
+
+TEST(Text8, RefusesOrSubstitutesWhatTheCodePageLacks) {
+  struct Case {
+    std::string utf8, lossy;
+  };
+  for (const Case& c : {
+           Case{"\u0416.txt", "_.txt"},        // a letter of another script
+           Case{"a\U0001F600b", "a_b"},        // four bytes, one character
+           Case{"\u0080\u0095", "__"},         // control characters whose codes are taken
+           Case{"\u0100\u1E9E\uFFFD", "___"},  //
+           Case{"\x80", "_"},                  // a byte that continues nothing
+           Case{"\xC3", "_"},                  // cut off
+           Case{"\xE2\x82", "__"},             // cut off
+           Case{"\xC3(", "_("},                // not continued
+           Case{"\xC0\xAF", "__"},             // longer than need be
+           Case{"\xE0\x80\xAF", "___"},        // longer than need be
+           Case{"\xED\xA0\x80", "___"},        // half a surrogate pair
+           Case{"\xF4\x90\x80\x80", "____"},   // beyond the last character
+           Case{"\xFF\xFE", "__"},             //
+       }) {
+    EXPECT_EQ(ToText8(c.utf8), std::nullopt) << c.lossy;
+    EXPECT_EQ(ToText8Lossy(c.utf8), c.lossy);
+  }
+}
+
+}  // namespace
+}  // namespace slyver
