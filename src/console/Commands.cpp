@@ -100,7 +100,7 @@ bool Split(const Arguments& arguments, ConsoleUi& ui) {
   form.Text1 = TypedPath(arguments.file);
   form.Text2 = arguments.output.empty() ? form.Text1.parent_path() : TypedPath(arguments.output);
   TakeSize(form, arguments);
-  const int pieces = SlyIt(form, ui);
+  const int pieces = SlyIt(form, ui, AfterFailure::End);
   const std::string name = PathText(form.Text1.filename());
   for (int i = 1; arguments.verbose && i <= pieces; ++i)
     Print(form.Text2 / PathFromText(PieceNameOf(name, i)));

@@ -32,7 +32,7 @@ std::optional<std::uint64_t> SizeAskedFor(const SplitForm& form, Ui& ui) {
 
 }  // namespace
 
-std::int16_t SlyIt(SplitForm& form, Ui& ui) {
+std::int16_t SlyIt(SplitForm& form, Ui& ui, AfterFailure afterFailure) {
   if (form.Text3 == unableToDivide || form.Nofile == unableToDivide) {
     ui.Message("Unable To Divide File.", Icon::Critical);
     DeleteFilePathValue();
@@ -65,7 +65,9 @@ std::int16_t SlyIt(SplitForm& form, Ui& ui) {
   std::int16_t pieces = 0;
   if (taken) pieces = SplitFile(form.Text1, *size, options, ui).pieces;
   if (pieces < 1) {
-    if (AskYesNo(ui, "Unable To Sly File. Do You Want To Exit?")) End(ui);
+    if (afterFailure == AfterFailure::End ||
+        AskYesNo(ui, "Unable To Sly File. Do You Want To Exit?"))
+      End(ui);
     return 0;
   }
   ui.Message("File Successfully Sly.", Icon::Information);

@@ -20,12 +20,16 @@ struct SplitForm {
   std::string Nofile;           ///< The number of pieces, or the marker.
 };
 
+/// What follows a split that failed: the user is asked whether to leave the program or go back to
+/// the form, or, where there is no form, is not.
+enum class AfterFailure { Ask, End };
+
 /// "Sly It": checks the form, makes the output folder if the user agrees, splits and reports. All
 /// is said and asked through `ui`. `form.Text2` gets a separator at its end.
 ///
 /// Returns the number of pieces made; 0 when it was refused or has failed. It asks for the end of
 /// the program where the split is done, or cannot be done for good; otherwise the user is back at
 /// the form. Throws Cancelled.
-std::int16_t SlyIt(SplitForm& form, Ui& ui);
+std::int16_t SlyIt(SplitForm& form, Ui& ui, AfterFailure afterFailure = AfterFailure::Ask);
 
 }  // namespace slyver
