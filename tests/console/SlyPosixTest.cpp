@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "console/Terminal.h"
+#include "support/SampleCarrier.h"
 #include "support/SlyProgram.h"
 
 namespace slyver {
@@ -12,177 +13,245 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* nobody = " No (nobody is at the terminal; --yes answers Yes)\n";
+#define NOBODY " No (nobody is at the terminal; --yes answers Yes)\n"
+#define REPLACE "a Already Exists. Do You Want To Replace It?"
+#define ADD "There are Files Already Hidden In This File. Do You Want To Add Another File In It?"
+#define NO_PASSWORD \
+  "Enter Password. (Nobody is at the terminal; --password-file names a file with it.)\n"
+#define LIST "0\t7\ta.bin\n1\t3000\tb.bin\n2\t1\tc.bin\n3\t25\td.bin\n4\t5000\te.bin\n5\t6\tf.bin\n"
 
+/// The program in a folder with sample files, a carrier of one and one of six, and the password in
+/// the file "pw", which scripts name with $P.
 class Sly : public SlyProgramTest {
  protected:
-  /// Takes from root the right to pass over permissions; everyone else has none to lose.
-  static std::string Unprivileged(const std::string& command) {
-    return "if [ $(id -u) = 0 ]; then set -- setpriv "
-           "--bounding-set=-dac_override,-dac_read_search; "
-           "fi; \"$@\" " +
-           command;
+  void SetUp() override {
+    SlyProgramTest::SetUp();
+    setenv("P", "--password-file pw", 1);
+    // Takes from root the right to pass over permissions; everyone else has none to lose.
+    setenv("DROP", getuid() == 0 ? "setpriv --bounding-set=-dac_override,-dac_read_search" : "", 1);
+    WriteFile(folder / "pw", "Ab\r\nnot this line\n");
+    WriteFile(folder / "m.png", SomeBytes(3000));
+    for (std::size_t i = 0; i < sampleFiles.size(); ++i)
+      WriteFile(folder / sampleFiles.at(i).name, SampleBytes(i));
+    WriteFile(folder / "one", SampleCarrier(sampleMains[5], 1));
+    WriteFile(folder / "two", SampleCarrier(sampleMains[5], 2));
+    WriteFile(folder / "six", SampleCarrier(sampleMains[5], 6));
+    before = Names();
   }
+  void TearDown() override {
+    const fs::path privateFolder = folder.parent_path() / "run" / "slyver";
+    if (fs::exists(privateFolder)) {
+      EXPECT_EQ(Names(privateFolder), std::set<std::string>{});
+    }
+    EXPECT_FALSE(fs::exists(folder / "TempRRR"));
+    SlyProgramTest::TearDown();
+  }
+  void StartAnew() {
+    TearDown();
+    SetUp();
+  }
+
+  std::set<std::string> before;
 };
 
-TEST_F(Sly, CutsAsSplitDoesAndJoinsAsCatDoes) {
-  WriteFile(folder / "my file.v1.dat", SomeBytes(3000001));
-  const Outcome outcome = Run(R"(
-    set -e
-    "$SLY" split 'my file.v1.dat' --size 100kB
-    split -b 100000 -a 2 --numeric-suffixes=1 'my file.v1.dat' gnu.
-    i=0
-    for part in gnu.*; do i=$((i + 1)); cmp "$part" "my file.v1.dat.$i.sly"; done
-    [ $i = 31 ]
-    mv 'my file.v1.dat' before
-    "$SLY" join 'my file.v1.dat.10.sly'
-    cmp before 'my file.v1.dat')");
-  EXPECT_EQ(outcome.status, 0);
-  EXPECT_EQ(outcome.out, (folder / "my file.v1.dat\n").string()) << "the path alone";
-  EXPECT_EQ(outcome.err, "File Successfully Sly.\nFile Joined.\n");
-}
+/// A script that runs without a terminal. In the output the test's folder is "@".
+struct Case {
+  const char* script;
+  int status;
+  const char* out;
+  const char* err;
+};
 
-TEST_F(Sly, TellsApartDoneFailedAndWrongUsage) {
-  WriteFile(folder / "a", "0123456789");
-  struct Case {
-    const char* arguments;
-    int status;
-  };
-  for (const Case& c : {Case{"split a --size 5", 0},
-                        Case{"split a --size 5 --yes", 1},
-                        Case{"split a", 1},
-                        Case{"join none.1.sly", 1},
-                        Case{"--help", 0},
-                        Case{"split --help", 0},
-                        Case{"--version", 0},
-                        Case{"", 2},
-                        Case{"splot a", 2},
-                        Case{"split", 2},
-                        Case{"join", 2},
-                        Case{"split a b", 2},
-                        Case{"split a --size 5 --count 2", 2},
-                        Case{"split a --size 1.5", 2},
-                        Case{"split a --size 0", 2},
-                        Case{"split a --size big", 2},
-                        Case{"split a --count 0", 2},
-                        Case{"split a --count -1", 2},
-                        Case{"split a --count x", 2},
-                        Case{"join a.1.sly --size 5", 2}}) {
-    const Outcome outcome = Run(std::string("\"$SLY\" ") + c.arguments);
-    EXPECT_EQ(outcome.status, c.status) << c.arguments << "\n" << outcome.err;
-    EXPECT_EQ(outcome.err.empty(), std::string_view(c.arguments).starts_with("--") ||
-                                       std::string_view(c.arguments).ends_with("--help"))
-        << c.arguments;
+constexpr Case scripts[] = {
+    // Splitting and joining.
+    {"seq 99999 >'my f.v1.dat'; $SLY split 'my f.v1.dat' --size 20kB;"
+     "split -b 20000 -a 2 --numeric-suffixes=1 'my f.v1.dat' gnu.;"
+     "for p in gnu.*; do i=$((i + 1)); cmp $p \"my f.v1.dat.$i.sly\" || exit; done; echo $i;"
+     "mv 'my f.v1.dat' old; $SLY join 'my f.v1.dat.10.sly'; cmp old 'my f.v1.dat'",
+     0, "30\n@/my f.v1.dat\n", "File Successfully Sly.\nFile Joined.\n"},
+    {"$SLY split e.bin --size 2KiB -o new/out --yes --verbose --quiet; wc -c <new/out/e.bin.3.sly",
+     0, "@/new/out/e.bin.1.sly\n@/new/out/e.bin.2.sly\n@/new/out/e.bin.3.sly\n904\n", ""},
+    {"$SLY split b.bin --count 7 -q; wc -c <b.bin.1.sly; wc -c <b.bin.7.sly", 0, "429\n426\n", ""},
+    {"printf old >a; printf 12 >a.1.sly; printf 3 >a.2.sly; $SLY join a.1.sly -q; cat a;"
+     "$SLY join a.1.sly --yes; cat a; $SLY join a.1.sly -y -q",
+     0, "old@/a\n123@/a\n", REPLACE NOBODY REPLACE " Yes (--yes)\nFile Joined.\n"},
+    // Hiding, listing and recovering.
+    {"$SLY hide $P m.png a.bin && cmp 'Hidden File m.png' one", 0, "@/Hidden File m.png\n",
+     "File Hidden.\n"},
+    {"$SLY hide $P one b.bin --yes -q && cmp 'Hidden File one' two", 0, "@/Hidden File one\n", ""},
+    {"$SLY recover $P one -q; $SLY recover $P --file 0 one; cmp a.bin 'Original [1] a.bin'", 0,
+     "@/Original a.bin\n@/Original [1] a.bin\n", "File Recovered.\n"},
+    {"$SLY recover $P six -f 4 -q && cmp e.bin 'Original e.bin'", 0, "@/Original e.bin\n", ""},
+    {"$SLY recover $P six --main -q && cmp m.png 'Original six'", 0, "@/Original six\n", ""},
+    {"$SLY list --password-file - six <pw", 0, LIST, ""},
+    {"$SLY list --password-file no six", 1, "", "no: No such file or directory\n"},
+    {"cp a.bin aaaaaaaaaaaaaaaaaaaaaaaaa; $SLY hide -q $P m.png aaaaaaaaaaaaaaaaaaaaaaaaa", 0,
+     "@/Hidden File m.png\n",
+     "aaaaaaaaaaaaaaaaaaaaaaaaa: The Name Is Longer Than 24 Characters And Will Come Back "
+     "Shortened.\n"},
+    // What is refused, with its reason and nothing else.
+    {"$SLY split b.bin --count 1", 1, "", "Unable To Divide File.\n"},
+    {"$SLY split b.bin --count 3000", 1, "", "Unable To Divide File.\n"},
+    {"seq 9999 | $SLY split /dev/stdin", 1, "", "/dev/stdin: Not a regular file\n"},
+    {"truncate -s 80000 a; $SLY split a -n 40000; $SLY split a -s 2; rm a", 0, "",
+     "Overflow\nOverflow\n"},
+    {"$SLY split e.bin --quiet", 1, "", "Chunk Size Bigger Than File Size.\n"},
+    {"$SLY split e.bin -o none", 1, "", "@/none Does Not Exists. Do You Want To Create It?" NOBODY},
+    {"$SLY split none", 1, "", "@/none: No such file or directory\n"},
+    {"$SLY split none -n 3", 1, "", "@/none: No such file or directory\n"},
+    {"$SLY split .", 1, "", "@/.: Is a directory\n"},
+    {"$SLY join none.1.sly", 1, "", "none.1.sly Is Missing.\nUnable To Join File.\n"},
+    {"mkdir -m 500 ro; $DROP $SLY split e.bin -s 3000 -o ro; rmdir ro", 0, "",
+     "@/ro/e.bin.1.sly: Permission denied\n"},
+    {"cp a.bin b; chmod 0 b; $DROP $SLY split b; rm -f b", 0, "", "@/b: Permission denied\n"},
+    // The limit is one of blocks of 512 bytes: piece 2 fits, piece 1 does not and is begun first.
+    {"ulimit -f 6; $SLY split e.bin -s 4000", 1, "", "@/e.bin.1.sly: File too large\n"},
+    {"ulimit -f 6; $SLY hide $P e.bin a.bin", 1, "",
+     "@/Hidden File e.bin: File too large\nUnable To Hide File.\n"},
+    {"$SLY list $P six >/dev/full", 1, "", "standard output: cannot be written\n"},
+    {"$SLY hide m.png a.bin", 1, "", NO_PASSWORD},
+    {"$SLY recover six <pw", 1, "", NO_PASSWORD},
+    {"$SLY list six --password-file .", 1, "", ".: Is a directory\n"},
+    {"$SLY list six --password-file /dev/null", 1, "", "Enter Password.\n"},
+    {"$SLY hide --password-file - m.png a.bin", 1, "", "Enter Password.\n"},
+    {"$SLY list $P none", 1, "", "@/none: No such file or directory\n"},
+    {"$SLY list $P m.png --quiet", 1, "", "No File Is Hidden In This File.\n"},
+    {"$SLY list $P a.bin", 1, "", "Unable To Recover File.\n"},
+    {"echo ab | $SLY recover six --main --password-file -", 1, "",
+     "Incorrect Password. Unable To Recover File.\n"},
+    {"$SLY recover $P six", 1, "",
+     LIST "There are several hidden files; name one of them with --file.\n"},
+    {"$SLY recover $P one --file 1", 1, "", "There is no such file.\n"},
+    {"$SLY recover $P six --file 65535", 1, "", "There is no such file.\n"},
+    {"$SLY hide $P one b.bin", 1, "", ADD NOBODY},
+    {"echo other | $SLY hide --password-file - one b.bin --yes -q", 1, "", "Incorrect Password.\n"},
+    {"$SLY hide $P six a.bin --yes", 1, "",
+     "There Are Aready 6 Files Hidden In This File. Unable To Hide File. Please Select Another "
+     "File.\n"},
+    // A signal that the caller ignores stays ignored.
+    {"truncate -s 47GB a; trap '' HUP; $SLY split a & sly=$!;"
+     "until [ -e a.9.sly ]; do kill -0 $sly || exit 1; sleep 0.01; done; kill -HUP $sly;"
+     "until [ -e a.99.sly ]; do kill -0 $sly || exit 1; sleep 0.01; done; kill $sly;"
+     "rm a; wait $sly 2>/dev/null",
+     143, "", ""},
+};
+
+TEST_F(Sly, DoesAndSaysWhatIsExpected) {
+  for (const Case& c : scripts) {
+    SCOPED_TRACE(c.script);
+    StartAnew();
+    const Outcome outcome = Run(c.script);
+    EXPECT_EQ(outcome.status, c.status);
+    EXPECT_EQ(outcome.out, c.out);
+    EXPECT_EQ(outcome.err, c.err);
+    if (*c.out == '\0') {
+      EXPECT_EQ(Names(), before) << "something was left";
+    }
   }
-  EXPECT_TRUE(Run("\"$SLY\" --version").out.starts_with("sly "));
 }
 
-TEST_F(Sly, ReadsUnitsAndPutsPiecesIntoTheOutputFolder) {
-  WriteFile(folder / "a", SomeBytes(5000));
-  const Outcome outcome = Run("$SLY split a --size 2KiB -o new/out --yes --verbose --quiet");
-  EXPECT_EQ(outcome.status, 0);
-  std::string expected;
-  for (const char* piece : {"a.1.sly", "a.2.sly", "a.3.sly"})
-    expected += (folder / "new" / "out" / piece).string() + "\n";
-  EXPECT_EQ(outcome.out, expected);
-  EXPECT_EQ(outcome.err, "");
-  EXPECT_EQ(Run("wc -c < new/out/a.1.sly; wc -c < new/out/a.3.sly").out, "2048\n904\n");
+TEST_F(Sly, TellsWrongUsage) {
+  for (const char* arguments : {"",
+                                "splot a",
+                                "split",
+                                "join",
+                                "list",
+                                "hide m.png",
+                                "split a b",
+                                "split a -s 5 -n 2",
+                                "split a -s 1.5",
+                                "split a -s 0",
+                                "split a -s big",
+                                "split a -n 0",
+                                "split a -n -1",
+                                "split a -n x",
+                                "join a.1.sly -s 5",
+                                "recover six --file 0 --main $P",
+                                "recover six -f -1 $P",
+                                "recover six -f x $P",
+                                "recover six -f 65536 $P",
+                                "list six --password Ab"}) {
+    const Outcome outcome = Run(std::string("$SLY ") + arguments);
+    EXPECT_EQ(outcome.status, 2) << arguments;
+    EXPECT_EQ(outcome.out, "") << arguments;
+    EXPECT_NE(outcome.err, "") << arguments;
+  }
+  for (const char* arguments : {"--help", "split --help", "--version"}) {
+    const Outcome outcome = Run(std::string("$SLY ") + arguments);
+    EXPECT_EQ(outcome.status, 0) << arguments;
+    EXPECT_NE(outcome.out, "") << arguments;
+    EXPECT_EQ(outcome.err, "") << arguments;
+  }
+  EXPECT_EQ(Names(), before);
 }
 
-TEST_F(Sly, DividesIntoACountOfPieces) {
-  WriteFile(folder / "a", SomeBytes(1000));
-  EXPECT_EQ(Run("$SLY split a --count 3 -q; wc -c < a.1.sly; wc -c < a.2.sly; wc -c < a.3.sly").out,
-            "334\n334\n332\n");
-  EXPECT_EQ(Names().size(), 4U);
-  for (const char* count : {"1", "1000", "2000"})
-    ExpectRefused(std::string("$SLY split a --count ") + count, "Unable To Divide File.\n");
+/// A script on a terminal: what is waited for and what is then typed, in turn; its status; and
+/// another script that must succeed when it is over.
+struct Talk {
+  const char* script;
+  std::vector<const char*> lines;
+  int status;
+  const char* check;
+};
 
-  WriteFile(folder / "b", SomeBytes(80000));
-  for (const char* cut : {"--count 40000", "--size 2"})
-    ExpectRefused(std::string("$SLY split b ") + cut, "Overflow\n");
-  EXPECT_EQ(Names().size(), 5U) << "nothing written";
-}
-
-TEST_F(Sly, AnswersNoWithoutATerminalAndYesWhenTold) {
-  WriteFile(folder / "a", "old");
-  WriteFile(folder / "a.1.sly", "12");
-  WriteFile(folder / "a.2.sly", "3");
-  const std::string question = "a Already Exists. Do You Want To Replace It?";
-  ExpectRefused("$SLY join a.1.sly", question + nobody);
-  ExpectRefused("$SLY join a.1.sly --quiet", question + nobody);
-  EXPECT_EQ(ReadFile(folder / "a"), "old");
-  EXPECT_EQ(Run("$SLY join a.1.sly --yes").err, question + " Yes (--yes)\nFile Joined.\n");
-  const Outcome quiet = Run("$SLY join a.1.sly -y -q");
-  EXPECT_EQ(quiet.out, (folder / "a\n").string());
-  EXPECT_EQ(quiet.err, "");
-  EXPECT_EQ(ReadFile(folder / "a"), "123");
-  ExpectRefused("$SLY split a -o none", (folder / "none").string() +
-                                            " Does Not Exists. Do You Want To Create It?" + nobody);
-}
-
-TEST_F(Sly, NamesTheFileAndTheCauseOfAFailure) {
-  WriteFile(folder / "a", SomeBytes(20000));
-  const auto path = [&](const char* name) { return (folder / name).string(); };
-  ExpectRefused("$SLY split none", path("none") + ": No such file or directory\n");
-  ExpectRefused("$SLY split none --count 3", path("none") + ": No such file or directory\n");
-  ExpectRefused("$SLY split a --quiet", "Chunk Size Bigger Than File Size.\n");
-  ExpectRefused("$SLY split .", path(".") + ": Is a directory\n");
-  ExpectRefused("mkdir ro; chmod 500 ro; " + Unprivileged("$SLY split a -s 15000 -o ro"),
-                path("ro/a.1.sly") + ": Permission denied\n");
-  ExpectRefused("cp a b; chmod 0 b; " + Unprivileged("$SLY split b"),
-                path("b") + ": Permission denied\n");
-  // The limit is one of blocks of 512 bytes: piece 2 fits, piece 1 does not and is begun first.
-  ExpectRefused("ulimit -f 20; $SLY split a -s 15000", path("a.1.sly") + ": File too large\n");
-  EXPECT_EQ(Names(), (std::set<std::string>{"a", "b", "ro"}));
-  EXPECT_EQ(Names(folder / "ro"), std::set<std::string>{});
-
-  WriteFile(folder / "c.1.sly", SomeBytes(20000));
-  ExpectRefused("ulimit -f 20; $SLY join c.1.sly",
-                path("c") + ": File too large\nUnable To Join File.\n");
-  EXPECT_FALSE(fs::exists(folder / "c"));
-  ExpectRefused("$SLY join c.1.sly >/dev/full",
-                "File Joined.\nstandard output: cannot be written\n");
-}
-
-TEST_F(Sly, RemovesAScratchFolderThatIsReadOnly) {
-  const Outcome outcome = Run(R"(
-    printf x >a.1.sly
-    mkdir -p temprrr/sub
-    mkdir -m 500 user
-    ln -s ../../user temprrr/sub/link
-    chmod -R 500 temprrr
-    )" + Unprivileged("$SLY join a.1.sly -q"));
-  EXPECT_EQ(outcome.status, 0) << outcome.err;
-  EXPECT_EQ(Names(), (std::set<std::string>{"a", "a.1.sly", "user"}));
-  EXPECT_EQ(Run("stat -c %a user").out, "500\n") << "what a link leads to keeps its rights";
-}
-
-TEST_F(Sly, CtrlCStopsABigSplitAndLeavesNothing) {
-  WriteFile(folder / "big", "x");
-  fs::resize_file(folder / "big", std::uint64_t{47} * 1000 * 1000 * 1000);
-  OnTerminal terminal(folder, "exec $SLY split big");
-  terminal.WaitFor(" of 47.0 GB");
-  for (int i = 0; i < 3000 && !fs::exists(folder / "big.9.sly"); ++i)
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  terminal.Type("\x03");
-  EXPECT_EQ(terminal.Finish(), 130);
-  EXPECT_EQ(Names(), std::set<std::string>{"big"});
-  EXPECT_TRUE(terminal.Shown().ends_with("\r\033[K")) << "the progress line is cleared";
-}
-
-TEST_F(Sly, IgnoresASignalThatItsCallerIgnores) {
-  WriteFile(folder / "big", "x");
-  fs::resize_file(folder / "big", std::uint64_t{47} * 1000 * 1000 * 1000);
-  const Outcome outcome = Run(R"(
-    trap '' HUP
-    $SLY split big & sly=$!
-    until [ -e big.9.sly ]; do kill -0 $sly || exit 1; sleep 0.01; done
-    kill -HUP $sly
-    until [ -e big.99.sly ]; do kill -0 $sly || exit 1; sleep 0.01; done
-    kill -TERM $sly
-    wait $sly)");
-  EXPECT_EQ(outcome.status, 143) << outcome.err;
-  EXPECT_EQ(Names(), std::set<std::string>{"big"});
+TEST_F(Sly, TalksOnATerminal) {
+  const auto join = "printf old >a; printf 12 >a.1.sly; printf 3 >a.2.sly; exec $SLY join a.1.sly";
+  const auto hide = "exec $SLY hide m.png a.bin";
+  const auto recover = "exec $SLY recover six";
+  const auto password = "Enter Password :";
+  const auto again = "Re-Enter Password :";
+  const auto which = "Serial number of the file to recover, 0 to 5:";
+  const auto nothingMade = "! ls | grep -q '^[HO]'";
+  for (const Talk& talk : std::vector<Talk>{
+           {join, {REPLACE " [y/n] ", "perhaps\n", REPLACE " [y/n] ", "n\n"}, 1, "grep old a"},
+           {join, {REPLACE " [y/n] ", "\x04"}, 1, "grep old a"},
+           {join, {REPLACE " [y/n] ", "\x03"}, 130, "grep old a"},
+           {join, {REPLACE " [y/n] ", "y\n", "File Joined."}, 0, "grep 123 a"},
+           // With a terminal at one end only there is nobody to ask.
+           {"$SLY hide one b.bin $P <pw", {ADD " No (nobody"}, 1, nothingMade},
+           {hide,
+            {password, "Ab\n", again, "Ab\n", "File Hidden."},
+            0,
+            "cmp 'Hidden File m.png' one"},
+           {hide, {password, "Ab\n", again, "AB\n", "Passwords Do Not Match."}, 1, nothingMade},
+           {hide, {password, "Ab\n", again, "\x04", "Enter Password."}, 1, nothingMade},
+           {hide, {password, "Ab\n", again, "\x03"}, 130, nothingMade},
+           {"exec $SLY hide one b.bin",
+            {password, "Ab\n", again, "Ab\n", ADD " [y/n] ", "y\n", "File Hidden."},
+            0,
+            "cmp 'Hidden File one' two"},
+           {recover,
+            {password, "Ab\n", "d.bin", "", which, "3\n"},
+            0,
+            "cmp d.bin 'Original d.bin'"},
+           {recover, {password, "Ab\n", which, "6\n"}, 1, nothingMade},
+           {recover, {password, "Ab\n", which, "\x04"}, 1, nothingMade},
+           {recover, {password, "Ab\n", which, "\x03"}, 130, nothingMade},
+           {"exec $SLY split e.bin -s 2kB",
+            {"100%  5.00 kB of 5.00 kB", "", "\r\033[KFile Successfully Sly."},
+            0,
+            "true"},
+           // What takes no space on the disk is not copied, so it is reserved.
+           {"fallocate -l 2000000000 a.bin; exec $SLY hide $P m.png a.bin",
+            {" of 2.00 GB", "\x03"},
+            130,
+            nothingMade},
+           {"truncate -s 47GB a; exec $SLY split a",
+            {" of 47.0 GB", "\x03", "\r\033[K"},
+            130,
+            "! ls | grep sly"}}) {
+    StartAnew();
+    OnTerminal terminal(folder, talk.script);
+    for (std::size_t i = 0; i < talk.lines.size(); ++i)
+      i % 2 == 0 ? terminal.WaitFor(talk.lines[i]) : terminal.Type(talk.lines[i]);
+    EXPECT_EQ(terminal.Finish(), talk.status) << talk.script << terminal.Shown();
+    EXPECT_EQ(Run(talk.check).status, 0) << talk.script << terminal.Shown();
+    for (const char* typed : {"Ab", "AB"})
+      EXPECT_EQ(terminal.Shown().find(typed), std::string::npos) << terminal.Shown();
+  }
+  OnTerminal quiet(folder, "$SLY split e.bin -s 2kB -q; $SLY join e.bin.1.sly --quiet -y");
+  EXPECT_EQ(quiet.Finish(), 0);
+  EXPECT_EQ(quiet.Shown(), (folder / "e.bin\r\n").string());
 }
 
 TEST(Terminal, IgnoresASignalThatComesWhenTheWorkIsDone) {
@@ -198,40 +267,24 @@ TEST(Terminal, IgnoresASignalThatComesWhenTheWorkIsDone) {
   EXPECT_EXIT(live(false), testing::KilledBySignal(SIGTERM), "");
 }
 
-TEST_F(Sly, AsksOnATerminal) {
-  const std::string question = "a Already Exists. Do You Want To Replace It? [y/n] ";
-  WriteFile(folder / "a", "old");
-  WriteFile(folder / "a.1.sly", "new");
-  struct Case {
-    const char* typed;
-    int status;
-    const char* bytes;
-  };
-  for (const Case& c : {Case{"n\n", 1, "old"}, Case{"\x04", 1, "old"}, Case{"\x03", 130, "old"},
-                        Case{"y\n", 0, "new"}}) {
-    OnTerminal terminal(folder, "exec $SLY join a.1.sly");
-    terminal.WaitFor(question);
-    terminal.Type("perhaps\n");
-    terminal.WaitFor(question);
-    terminal.Type(c.typed);
-    EXPECT_EQ(terminal.Finish(), c.status) << terminal.Shown();
-    EXPECT_EQ(ReadFile(folder / "a"), c.bytes);
-  }
-  // With a terminal at one end only there is nobody to ask.
-  OnTerminal halfway(folder, "$SLY join a.1.sly </dev/null");
-  EXPECT_EQ(halfway.Finish(), 1);
-  EXPECT_NE(halfway.Shown().find("nobody is at the terminal"), std::string::npos);
-}
-
-TEST_F(Sly, DrawsTheProgressOnATerminalAlone) {
-  WriteFile(folder / "a", SomeBytes(5000));
-  OnTerminal terminal(folder, "$SLY split a -s 2kB");
-  terminal.WaitFor("100%  5.00 kB of 5.00 kB");
-  terminal.WaitFor("\r\033[KFile Successfully Sly.");
-  EXPECT_EQ(terminal.Finish(), 0);
-  OnTerminal quiet(folder, "rm a; $SLY join a.1.sly --quiet");
-  EXPECT_EQ(quiet.Finish(), 0);
-  EXPECT_EQ(quiet.Shown(), (folder / "a\r\n").string());
+TEST_F(Sly, SeveralAtOnceDoNotMix) {
+  const Outcome outcome = Run(R"(
+    for i in 0 1 2; do
+      $SLY hide $P -q m.png a.bin >/dev/null & a=$!
+      $SLY hide $P -q b.bin c.bin >/dev/null & b=$!
+      $SLY recover $P -q six --file 1 >/dev/null & c=$!
+      $SLY recover $P -q six --main >/dev/null & d=$!
+      wait $a && wait $b && wait $c && wait $d || exit
+    done
+    for mark in '' '[1] ' '[2] '; do
+      cmp b.bin "Original ${mark}b.bin" || exit
+      cmp m.png "Original ${mark}six" || exit
+      cmp one "${mark}Hidden File m.png" || exit
+      $SLY list $P "${mark}Hidden File b.bin" || exit
+    done)");
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_EQ(outcome.out, "0\t1\tc.bin\n0\t1\tc.bin\n0\t1\tc.bin\n");
 }
 
 }  // namespace
