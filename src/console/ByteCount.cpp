@@ -5,6 +5,8 @@
 #include <limits>
 #include <utility>
 
+#include "engine/system/Ascii.h"
+
 namespace slyver {
 
 namespace {
@@ -20,12 +22,6 @@ constexpr std::array<std::pair<std::string_view, std::uint64_t>, 8> units = {{
     {"gib", 1024 * 1024 * 1024},
 }};
 
-bool SameLetters(std::string_view text, std::string_view lower) {
-  return std::equal(text.begin(), text.end(), lower.begin(), lower.end(), [](char c, char wanted) {
-    return (c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c) == wanted;
-  });
-}
-
 /// `a` times `b`, or nothing past 64 bits.
 std::optional<std::uint64_t> Product(std::uint64_t a, std::uint64_t b) {
   if (b != 0 && a > std::numeric_limits<std::uint64_t>::max() / b) return std::nullopt;
@@ -40,7 +36,7 @@ std::optional<std::uint64_t> ParseByteCount(std::string_view text) {
   std::string_view unitName = text.substr(numberEnd);
   unitName.remove_prefix(std::min(unitName.find_first_not_of(' '), unitName.size()));
   const auto* const unit = std::find_if(units.begin(), units.end(), [&](const auto& known) {
-    return SameLetters(unitName, known.first);
+    return SameIgnoringCase(unitName, known.first);
   });
   if (unit == units.end() || number.empty()) return std::nullopt;
 

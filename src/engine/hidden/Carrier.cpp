@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "engine/hidden/Crypt.h"
+#include "engine/system/Ascii.h"
 #include "engine/system/FileError.h"
 #include "engine/system/Files.h"
 #include "engine/system/INIReadWri.h"
@@ -26,20 +27,14 @@ std::optional<std::uint64_t> PositiveDecimal(std::string_view text) {
   return value;
 }
 
-std::string UpperCase(std::string_view text) {
-  std::string upper(text);
-  for (char& c : upper)
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-  return upper;
-}
-
 /// Whether Windows takes the name, whatever its extension, for a device.
 bool IsDeviceName(std::string_view name) {
-  std::string stem = UpperCase(name.substr(0, name.find('.')));
+  std::string stem(name.substr(0, name.find('.')));
+  std::transform(stem.begin(), stem.end(), stem.begin(), LowerAscii);
   stem.erase(stem.find_last_not_of(' ') + 1);
-  static constexpr std::array<std::string_view, 4> devices = {"CON", "PRN", "AUX", "NUL"};
+  static constexpr std::array<std::string_view, 4> devices = {"con", "prn", "aux", "nul"};
   if (std::find(devices.begin(), devices.end(), stem) != devices.end()) return true;
-  return stem.size() == 4 && (stem.starts_with("COM") || stem.starts_with("LPT")) &&
+  return stem.size() == 4 && (stem.starts_with("com") || stem.starts_with("lpt")) &&
          stem[3] >= '1' && stem[3] <= '9';
 }
 

@@ -1,9 +1,9 @@
 #include "engine/split/FindFiles.h"
 
-#include <algorithm>
 #include <system_error>
 #include <vector>
 
+#include "engine/system/Ascii.h"
 #include "engine/system/Disk.h"
 #include "engine/system/FileError.h"
 #include "engine/system/PathText.h"
@@ -15,17 +15,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::uint64_t entriesBetweenEvents = 256;
-
-char Lower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-bool Matches(std::string_view name, std::string_view pattern) {
-  const std::string_view ending = pattern.substr(1);
-  return name.size() >= ending.size() &&
-         std::equal(ending.rbegin(), ending.rend(), name.rbegin(),
-                    [](char a, char b) { return Lower(a) == Lower(b); });
-}
 
 }  // namespace
 
@@ -39,7 +28,9 @@ FindCounts FindFilesAPI(const fs::path& path, std::string_view pattern, Ui& ui,
     const std::error_code error = ListFolder(folder, [&](const fs::path& entry, EntryKind kind) {
       if (entries++ % entriesBetweenEvents == 0 && !ui.GoOn()) throw Cancelled{};
       if (kind == EntryKind::Folder) folders.push_back(entry);
-      if (kind != EntryKind::File || !Matches(PathText(entry.filename()), pattern)) return;
+      if (kind != EntryKind::File ||
+          !EndsIgnoringCase(PathText(entry.filename()), pattern.substr(1)))
+        return;
       ++counts.files;
       found(entry);
     });

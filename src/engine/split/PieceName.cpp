@@ -1,21 +1,14 @@
 #include "engine/split/PieceName.h"
 
-#include <algorithm>
 #include <charconv>
+
+#include "engine/system/Ascii.h"
 
 namespace slyver {
 
 namespace {
 
 constexpr std::string_view extension = ".sly";
-
-bool EndsInExtension(std::string_view name) {
-  if (name.size() < extension.size()) return false;
-  const std::string_view end = name.substr(name.size() - extension.size());
-  return std::equal(end.begin(), end.end(), extension.begin(), [](char c, char wanted) {
-    return c == wanted || (c >= 'A' && c <= 'Z' && c - 'A' + 'a' == wanted);
-  });
-}
 
 }  // namespace
 
@@ -24,7 +17,7 @@ std::string PieceNameOf(std::string_view name, int number) {
 }
 
 std::optional<std::string> OrigNameOf(std::string_view pieceName) {
-  if (!EndsInExtension(pieceName)) return std::nullopt;
+  if (!EndsIgnoringCase(pieceName, extension)) return std::nullopt;
   const std::string_view numbered = pieceName.substr(0, pieceName.size() - extension.size());
   for (std::size_t digits = 1; digits <= 6 && digits + 1 < numbered.size(); ++digits) {
     const std::size_t dot = numbered.size() - digits - 1;
@@ -34,7 +27,7 @@ std::optional<std::string> OrigNameOf(std::string_view pieceName) {
 }
 
 int PieceNumberOf(std::string_view fileName, std::string_view origName) {
-  if (!EndsInExtension(fileName) || !fileName.starts_with(origName)) return 0;
+  if (!EndsIgnoringCase(fileName, extension) || !fileName.starts_with(origName)) return 0;
   const std::string_view number =
       fileName.substr(0, fileName.size() - extension.size()).substr(origName.size());
   if (number.size() < 2 || number.size() > 6 || number[0] != '.' || number[1] == '0') return 0;

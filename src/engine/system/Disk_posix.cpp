@@ -1,20 +1,15 @@
 #include <sys/stat.h>
 
-#include <cerrno>
 #include <fstream>
 
 #include "engine/system/Disk.h"
-#include "engine/system/FileError.h"
+#include "engine/system/Posix.h"
 
 namespace slyver {
 
 namespace fs = std::filesystem;
 
 namespace {
-
-std::error_code LastError() {
-  return {errno, std::generic_category()};
-}
 
 /// Lets the owner change the folder and all folders below it.
 void MakeWritable(const fs::path& folder) {

@@ -1,9 +1,9 @@
 #include "engine/system/INIReadWri.h"
 
-#include <algorithm>
 #include <exception>
 #include <optional>
 
+#include "engine/system/Ascii.h"
 #include "engine/system/Disk.h"
 #include "engine/system/FileError.h"
 #include "engine/system/Files.h"
@@ -22,15 +22,6 @@ std::string_view TrimmedRight(std::string_view text) {
 std::string_view Trimmed(std::string_view text) {
   const std::size_t first = text.find_first_not_of(blanks);
   return first == std::string_view::npos ? std::string_view{} : TrimmedRight(text.substr(first));
-}
-
-char Lower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-bool SameName(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char x, char y) { return Lower(x) == Lower(y); });
 }
 
 std::string_view UpToZero(std::string_view text) {
@@ -74,14 +65,14 @@ Place Find(std::string_view text, std::string_view section, std::string_view key
     at += line.size();
     if (const auto opened = SectionOpenedBy(line)) {
       if (inside) return place;
-      inside = place.sectionFound = SameName(*opened, section);
+      inside = place.sectionFound = SameIgnoringCase(*opened, section);
     }
     if (!inside || Trimmed(line).empty()) continue;
     place.sectionEnd = at;
     const std::size_t equals = line.find('=');
     if (equals == std::string_view::npos || Trimmed(line).front() == ';') continue;
     place.key = Trimmed(line.substr(0, equals));
-    if (!SameName(place.key, key)) continue;
+    if (!SameIgnoringCase(place.key, key)) continue;
     place.line = line;
     place.value = WithoutQuotes(Trimmed(line.substr(equals + 1)));
     return place;

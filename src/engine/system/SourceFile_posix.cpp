@@ -1,20 +1,14 @@
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 
-#include "engine/system/FileError.h"
+#include "engine/system/Posix.h"
 #include "engine/system/SourceFile.h"
 
 namespace slyver {
 
 namespace {
-
-[[noreturn]] void Fail(const std::filesystem::path& path) {
-  throw FileError(path, std::error_code(errno, std::generic_category()));
-}
 
 FileState StateIn(const struct stat& found) {
   constexpr std::int64_t blockLength = 512;
@@ -31,20 +25,16 @@ FileState StateIn(const struct stat& found) {
 
 struct SourceFile::State {
   std::filesystem::path path;
-  int descriptor = -1;
+  Descriptor descriptor;
   FileState opened;
-
-  ~State() {
-    if (descriptor >= 0) close(descriptor);
-  }
 };
 
 SourceFile::SourceFile(const std::filesystem::path& path) : state_(std::make_unique<State>()) {
   state_->path = path;
   // Without O_NONBLOCK the opening of a pipe would wait for a writer.
-  state_->descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  state_->descriptor = Descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   struct stat found = {};
-  if (state_->descriptor < 0 || fstat(state_->descriptor, &found) != 0) Fail(path);
+  if (!state_->descriptor || fstat(state_->descriptor.Get(), &found) != 0) FailWithLastError(path);
   if (S_ISDIR(found.st_mode))
     throw FileError(path, std::make_error_code(std::errc::is_a_directory));
   if (!S_ISREG(found.st_mode)) throw FileError(path, "Not a regular file");
@@ -64,9 +54,9 @@ const FileState& SourceFile::Opened() const {
 void SourceFile::Read(std::uint64_t offset, std::span<char> buffer) const {
   while (!buffer.empty()) {
     const ssize_t count =
-        pread(state_->descriptor, buffer.data(), buffer.size(), static_cast<off_t>(offset));
+        pread(state_->descriptor.Get(), buffer.data(), buffer.size(), static_cast<off_t>(offset));
     if (count < 0 && errno == EINTR) continue;
-    if (count < 0) Fail(state_->path);
+    if (count < 0) FailWithLastError(state_->path);
     if (count == 0) throw FileError(state_->path, "The file ends too early");
     offset += static_cast<std::uint64_t>(count);
     buffer = buffer.subspan(static_cast<std::size_t>(count));
@@ -76,14 +66,14 @@ void SourceFile::Read(std::uint64_t offset, std::span<char> buffer) const {
 std::uint64_t SourceFile::NextData(std::uint64_t offset, std::uint64_t end) const {
   if (!state_->opened.sparse) return offset;
   // The descriptor's own position, which this moves, is never read from.
-  const off_t data = lseek(state_->descriptor, static_cast<off_t>(offset), SEEK_DATA);
+  const off_t data = lseek(state_->descriptor.Get(), static_cast<off_t>(offset), SEEK_DATA);
   if (data < 0) return errno == ENXIO ? end : offset;
   return std::min(static_cast<std::uint64_t>(data), end);
 }
 
 void SourceFile::ThrowIfChanged() const {
   struct stat now = {};
-  if (fstat(state_->descriptor, &now) != 0) Fail(state_->path);
+  if (fstat(state_->descriptor.Get(), &now) != 0) FailWithLastError(state_->path);
   if (StateIn(now) != state_->opened) throw FileError(state_->path, fileWasChanged);
 }
 
