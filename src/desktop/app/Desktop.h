@@ -56,7 +56,7 @@ class Desktop final : public FormHost {
   void HandOverToSplitter();  ///< Unloads the selection form and shows the split form.
   void ShowSplitter();
   void ShowInit() override;
-  void UnloadInit();
+  void UnloadInit() override;
   void ShowJoin(const std::string& caption) override;
   void UnloadJoin() override;
   void ShowHideFile(ModernForm* instead) override;

@@ -1,31 +1,25 @@
 #include "desktop/app/frmInit.h"
 
 #include <wx/sizer.h>
-#include <wx/stattext.h>
 
-#include "desktop/system/StatusLine.h"
-#include "desktop/system/WxText.h"
+#include "desktop/system/Controls.h"
 #include "engine/hidden/Carrier.h"
 
 namespace slyver {
 
 frmInit::frmInit(FormHost& host)
     : ModernForm(host, "frmInit", "Wait.......", Resizing::Fixed),
-      bar_(new wxGauge(ClientArea(), wxID_ANY, ProgressView::range)),
-      line_(NewStatusLine(ClientArea(), "StatusLine")),
-      view_(bar_, [this](const std::string& text) { line_->ChangeValue(ToWx(text)); }) {
-  auto* const Label1 =
-      new wxStaticText(ClientArea(), wxID_ANY,
-                       "Please Wait While Slyver Prepares To Initialize HideFile............");
-  Label1->SetName("Label1");
-  NameControl(*bar_, "Bar", "Progress");
+      view_(ClientArea(), "Bar", "StatusLine") {
+  wxStaticText* const Label1 =
+      NewLabel(ClientArea(), "Please Wait While Slyver Prepares To Initialize HideFile............",
+               "Label1");
   auto* const column = new wxBoxSizer(wxVERTICAL);
   column->Add(Label1, wxSizerFlags().Border(wxTOP | wxBOTTOM, Gap()));
-  column->Add(bar_, wxSizerFlags().Expand().Border(wxBOTTOM, Gap()));
-  column->Add(line_, wxSizerFlags().Expand());
-  SetStatusLine(line_);
+  column->Add(view_.Bar(), wxSizerFlags().Expand().Border(wxBOTTOM, Gap()));
+  column->Add(view_.Line(), wxSizerFlags().Expand());
+  SetStatusLine(view_.Line());
   FitAndCentre(column);
-  line_->SetFocus();
+  view_.Line()->SetFocus();
 }
 
 void frmInit::ShowProgress(const Progress& progress) {

@@ -1,8 +1,5 @@
 #pragma once
 
-#include <wx/gauge.h>
-#include <wx/textctrl.h>
-
 #include "desktop/system/ModernForm.h"
 #include "desktop/system/ProgressView.h"
 
@@ -16,8 +13,6 @@ class frmInit final : public ModernForm {
   void ShowProgress(const Progress& progress) override;
 
  private:
-  wxGauge* bar_;
-  wxTextCtrl* line_;
   ProgressView view_;
 };
 

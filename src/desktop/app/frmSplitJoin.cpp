@@ -3,6 +3,7 @@
 #include <wx/sizer.h>
 
 #include "desktop/app/frmFirst.h"
+#include "desktop/system/Controls.h"
 #include "desktop/system/FileDrop.h"
 #include "engine/split/JoinM.h"
 #include "engine/split/PieceName.h"
@@ -16,15 +17,13 @@ namespace slyver {
 frmSplitJoin::frmSplitJoin(Desktop& desktop)
     : ModernForm(desktop, "frmSplitJoin", "Selection", Resizing::Fixed), desktop_(desktop) {
   // The blanks are part of the caption.
-  Label1_ = new wxStaticText(ClientArea(), wxID_ANY,
-                             "                   Please Select One Of The Options.");
-  Label1_->SetName("Label1");
+  Label1_ =
+      NewLabel(ClientArea(), "                   Please Select One Of The Options.", "Label1");
   const auto button = [this](const wxString& caption, const wxString& name,
                              void (frmSplitJoin::*click)()) {
-    auto* const made = new wxButton(ClientArea(), wxID_ANY, caption);
+    wxButton* const made = NewButton(ClientArea(), caption, name);
     made->SetMinSize(ConvertDialogToPixels(wxSize(90, 22)));
-    NameControl(*made, name, caption);
-    made->Bind(wxEVT_BUTTON, [this, click](wxCommandEvent&) { (this->*click)(); });
+    OnClick(made, this, click);
     return made;
   };
   Command1_ = button("Split File", "Command1", &frmSplitJoin::Command1_Click);

@@ -40,7 +40,8 @@ void WinXPApe::XP_FormLoad(wxFrame& form, std::vector<BarMenu> menus) {
   RefreshCaption();
   UpdateMenuBar(std::move(menus));
   ResizeCapable(form_->HasFlag(wxRESIZE_BORDER));
-  ColourEdges();
+  const ChromeColours standard = DefaultChromeColours();
+  TitleBarColor(standard.title, standard.titleInactive);
 
   form_->Bind(wxEVT_ACTIVATE, [this](wxActivateEvent& event) {
     active_ = event.GetActive();

@@ -43,46 +43,28 @@ void frmHideFile::MakeControls() {
 }
 
 void frmHideFile::LayOut() {
-  const wxSizerFlags middle = wxSizerFlags().CentreVertical();
-  const wxSizerFlags wide = wxSizerFlags(1).Expand().CentreVertical();
-  auto* const fields = new wxFlexGridSizer(3, Gap(), Gap());
-  fields->AddGrowableCol(1, 1);
-  fields->Add(Label1_, middle);
-  fields->Add(Text1_, wide);
-  fields->Add(Command1_, wxSizerFlags().Expand());
-  fields->Add(Label4_, middle);
-  fields->Add(Text2_, wide);
-  fields->AddSpacer(0);
-  fields->Add(Label2_, middle);
-  fields->Add(Text3_, wide);
-  fields->AddSpacer(0);
-  fields->Add(Label3_, middle);
-  fields->Add(Text4_, wide);
-  fields->AddSpacer(0);
+  wxFlexGridSizer* const fields = NewFieldGrid(Gap());
+  FieldRow(*fields, Label1_, Text1_, Command1_);
+  FieldRow(*fields, Label4_, Text2_);
+  FieldRow(*fields, Label2_, Text3_);
+  FieldRow(*fields, Label3_, Text4_);
   Text1_->SetMinSize(ConvertDialogToPixels(wxSize(200, -1)));
-
-  auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
-  buttons->AddStretchSpacer();
-  buttons->Add(Command2_);
-  buttons->Add(Command3_, wxSizerFlags().Border(wxLEFT, Gap()));
 
   auto* const column = new wxBoxSizer(wxVERTICAL);
   column->Add(fields, wxSizerFlags().Expand());
   column->Add(note_, wxSizerFlags().Expand().Border(wxTOP, Gap()));
   column->AddStretchSpacer();
-  column->Add(buttons, wxSizerFlags().Expand().Border(wxTOP, Gap()));
+  column->Add(ButtonRow(Gap(), {}, {Command2_, Command3_}),
+              wxSizerFlags().Expand().Border(wxTOP, Gap()));
   Command2_->SetDefault();
   SetEscapeButton(Command3_);
   FitAndCentre(column);
 }
 
 void frmHideFile::Wire() {
-  const auto click = [this](wxButton* button, void (frmHideFile::*handler)()) {
-    button->Bind(wxEVT_BUTTON, [this, handler](wxCommandEvent&) { (this->*handler)(); });
-  };
-  click(Command1_, &frmHideFile::Command1_Click);
-  click(Command2_, &frmHideFile::Command2_Click);
-  click(Command3_, &frmHideFile::Command3_Click);
+  OnClick(Command1_, this, &frmHideFile::Command1_Click);
+  OnClick(Command2_, this, &frmHideFile::Command2_Click);
+  OnClick(Command3_, this, &frmHideFile::Command3_Click);
   Text2_->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { Text2_Change(); });
   Text3_->Bind(wxEVT_TEXT_ENTER, [this](wxCommandEvent&) { Text4_->SetFocus(); });
   Text4_->Bind(wxEVT_TEXT_ENTER, [this](wxCommandEvent&) { Text4_KeyPress(); });
@@ -166,22 +148,27 @@ void frmHideFile::tmrDoAll_Timer() {
   });
 }
 
-/// Runs a step of the job. After the last one, and when the user stops it, the job goes, and its
-/// work folder with it.
+/// Runs a step of the job. After the last one, and when the user stops it, the job goes, with its
+/// work folder and the wait form.
 void frmHideFile::RunStep(const std::function<bool()>& step) {
   App().RunStep([this, &step] {
     bool more = false;
     try {
       more = step();
     } catch (...) {
-      CheckIniTim_.Stop();
-      tmrDoAll_.Stop();
-      job_.reset();
+      JobOver();
       throw;
     }
-    if (!more) job_.reset();
+    if (!more) JobOver();
     return more;
   });
+}
+
+void frmHideFile::JobOver() {
+  CheckIniTim_.Stop();
+  tmrDoAll_.Stop();
+  job_.reset();
+  App().UnloadInit();
 }
 
 }  // namespace slyver

@@ -30,6 +30,7 @@ class frmHideFile final : public ModernForm {
   void tmrDoAll_Timer();
   bool Browse(const char* title, wxTextCtrl& box);
   void RunStep(const std::function<bool()>& step);
+  void JobOver();
 
   wxStaticText* Label1_ = nullptr;
   wxTextCtrl* Text1_ = nullptr;

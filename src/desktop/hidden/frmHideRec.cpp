@@ -33,41 +33,26 @@ void frmHideRec::MakeControls() {
 }
 
 void frmHideRec::LayOut() {
-  const wxSizerFlags middle = wxSizerFlags().CentreVertical();
-  const wxSizerFlags wide = wxSizerFlags(1).Expand().CentreVertical();
-  auto* const fields = new wxFlexGridSizer(3, Gap(), Gap());
-  fields->AddGrowableCol(1, 1);
-  fields->Add(Label1_, middle);
-  fields->Add(Text1_, wide);
-  fields->Add(Command3_, wxSizerFlags().Expand());
-  fields->Add(Label2_, middle);
-  fields->Add(Text2_, wide);
-  fields->AddSpacer(0);
+  wxFlexGridSizer* const fields = NewFieldGrid(Gap());
+  FieldRow(*fields, Label1_, Text1_, Command3_);
+  FieldRow(*fields, Label2_, Text2_);
   Text1_->SetMinSize(ConvertDialogToPixels(wxSize(200, -1)));
-
-  auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
-  buttons->AddStretchSpacer();
-  buttons->Add(Command1_);
-  buttons->Add(Command4_, wxSizerFlags().Border(wxLEFT, Gap()));
-  buttons->Add(Command2_, wxSizerFlags().Border(wxLEFT, Gap()));
 
   auto* const column = new wxBoxSizer(wxVERTICAL);
   column->Add(fields, wxSizerFlags().Expand());
   column->AddStretchSpacer();
-  column->Add(buttons, wxSizerFlags().Expand().Border(wxTOP, 2 * Gap()));
+  column->Add(ButtonRow(Gap(), {}, {Command1_, Command4_, Command2_}),
+              wxSizerFlags().Expand().Border(wxTOP, 2 * Gap()));
   Command1_->SetDefault();
   SetEscapeButton(Command2_);
   FitAndCentre(column);
 }
 
 void frmHideRec::Wire() {
-  const auto click = [this](wxButton* button, void (frmHideRec::*handler)()) {
-    button->Bind(wxEVT_BUTTON, [this, handler](wxCommandEvent&) { (this->*handler)(); });
-  };
-  click(Command1_, &frmHideRec::Command1_Click);
-  click(Command2_, &frmHideRec::Command2_Click);
-  click(Command3_, &frmHideRec::Command3_Click);
-  click(Command4_, &frmHideRec::Command4_Click);
+  OnClick(Command1_, this, &frmHideRec::Command1_Click);
+  OnClick(Command2_, this, &frmHideRec::Command2_Click);
+  OnClick(Command3_, this, &frmHideRec::Command3_Click);
+  OnClick(Command4_, this, &frmHideRec::Command4_Click);
   Text2_->Bind(wxEVT_TEXT_ENTER, [this](wxCommandEvent&) { Command1_Click(); });
   AcceptDroppedFile(*Text1_, [this](const std::filesystem::path& dropped) {
     Text1_->SetValue(PathToWx(dropped));

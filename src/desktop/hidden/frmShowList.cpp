@@ -36,8 +36,8 @@ frmShowList::frmShowList(FormHost& host, frmHideRec& recover, const std::vector<
   NameControl(*LV1_, "LV1", "Select File To Recover :");
   GetAllIcons(files);
   LayOut();
-  Command1_->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { Command1_Click(); });
-  Command2_->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { Command2_Click(); });
+  OnClick(Command1_, this, &frmShowList::Command1_Click);
+  OnClick(Command2_, this, &frmShowList::Command2_Click);
   // A double click on a row, or Enter.
   LV1_->Bind(wxEVT_LIST_ITEM_ACTIVATED, [this](wxListEvent&) { Command1_Click(); });
   // Closing the form by its title bar leaves the list as Cancel does.
@@ -56,13 +56,10 @@ void frmShowList::LayOut() {
   int width = wxSystemSettings::GetMetric(wxSYS_VSCROLL_X, this) + 2 * Gap();
   for (int i = 0; i < LV1_->GetColumnCount(); ++i) width += LV1_->GetColumnWidth(i);
   LV1_->SetMinSize({width, (rowsShown + 2) * (GetCharHeight() + Gap())});
-  auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
-  buttons->AddStretchSpacer();
-  buttons->Add(Command1_);
-  buttons->Add(Command2_, wxSizerFlags().Border(wxLEFT, Gap()));
   auto* const column = new wxBoxSizer(wxVERTICAL);
   column->Add(LV1_, wxSizerFlags(1).Expand());
-  column->Add(buttons, wxSizerFlags().Expand().Border(wxTOP, Gap()));
+  column->Add(ButtonRow(Gap(), {}, {Command1_, Command2_}),
+              wxSizerFlags().Expand().Border(wxTOP, Gap()));
   Command1_->SetDefault();
   SetEscapeButton(Command2_);
   FitAndCentre(column);

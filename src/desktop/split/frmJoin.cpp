@@ -2,9 +2,6 @@
 
 #include <wx/sizer.h>
 
-#include "desktop/system/StatusLine.h"
-#include "desktop/system/WxText.h"
-
 namespace slyver {
 
 namespace {
@@ -15,18 +12,15 @@ constexpr int refreshInterval = 100;  // Milliseconds.
 
 frmJoin::frmJoin(FormHost& host)
     : ModernForm(host, "frmJoin", "Joining Files", Resizing::Fixed),
-      PB1_(new wxGauge(ClientArea(), wxID_ANY, ProgressView::range)),
-      line_(NewStatusLine(ClientArea(), "StatusLine")),
-      view_(PB1_, [this](const std::string& text) { line_->ChangeValue(ToWx(text)); }),
+      view_(ClientArea(), "PB1", "StatusLine"),
       RefTim_(this) {
-  NameControl(*PB1_, "PB1", "Progress");
   auto* const column = new wxBoxSizer(wxVERTICAL);
-  column->Add(PB1_, wxSizerFlags().Expand().Border(wxTOP | wxBOTTOM, Gap()));
-  column->Add(line_, wxSizerFlags().Expand());
+  column->Add(view_.Bar(), wxSizerFlags().Expand().Border(wxTOP | wxBOTTOM, Gap()));
+  column->Add(view_.Line(), wxSizerFlags().Expand());
   column->SetMinSize(ConvertDialogToPixels(wxSize(220, -1)));
-  SetStatusLine(line_);
+  SetStatusLine(view_.Line());
   FitAndCentre(column);
-  line_->SetFocus();
+  view_.Line()->SetFocus();
   Bind(wxEVT_TIMER, [this](wxTimerEvent&) { RefTim_Timer(); });
   RefTim_.Start(refreshInterval);
 }

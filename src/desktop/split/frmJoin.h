@@ -1,7 +1,5 @@
 #pragma once
 
-#include <wx/gauge.h>
-#include <wx/textctrl.h>
 #include <wx/timer.h>
 
 #include "desktop/system/ModernForm.h"
@@ -19,8 +17,6 @@ class frmJoin final : public ModernForm {
  private:
   void RefTim_Timer();
 
-  wxGauge* PB1_;
-  wxTextCtrl* line_;
   ProgressView view_;
   wxTimer RefTim_;
 };

@@ -7,7 +7,6 @@
 
 #include "desktop/system/Controls.h"
 #include "desktop/system/FileDrop.h"
-#include "desktop/system/StatusLine.h"
 #include "desktop/system/WxText.h"
 #include "engine/split/SizeArithmetic.h"
 #include "engine/split/SlyIt.h"
@@ -59,75 +58,48 @@ void frmSplitter::MakeControls() {
   Label6_ = NewLabel(Frame1_, " In Bytes.", "Label6");
   Label5_ = NewLabel(Frame1_, "Or Number Of Files :", "Label5");
   Nofile_ = NewTextBox(Frame1_, "Nofile", "Or Number Of Files :", wxTE_PROCESS_ENTER);
-  pb_ = new wxGauge(area, wxID_ANY, ProgressView::range);
-  NameControl(*pb_, "pb", "Progress");
-  Text4_ = NewStatusLine(area, "Text4");
+  view_ = std::make_unique<ProgressView>(area, "pb", "Text4");
   Command1_ = NewButton(area, "Sly It", "Command1");
   Command3_ = NewButton(area, "Cancel", "Command3");
   Command4_ = NewButton(area, "Hide File", "Command4");
   Command5_ = NewButton(area, "Recover File", "Command5");
-  view_ = std::make_unique<ProgressView>(
-      pb_, [this](const std::string& text) { Text4_->ChangeValue(ToWx(text)); });
 }
 
 void frmSplitter::LayOut() {
-  const wxSizerFlags middle = wxSizerFlags().CentreVertical();
-  const wxSizerFlags wide = wxSizerFlags(1).Expand().CentreVertical();
-
-  auto* const paths = new wxFlexGridSizer(3, Gap(), Gap());
-  paths->AddGrowableCol(1, 1);
-  paths->Add(Label1_, middle);
-  paths->Add(Text1_, wide);
-  paths->Add(Command6_, wxSizerFlags().Expand());
-  paths->Add(Label2_, middle);
-  paths->Add(Text2_, wide);
-  paths->Add(Command2_, wxSizerFlags().Expand());
+  wxFlexGridSizer* const paths = NewFieldGrid(Gap());
+  FieldRow(*paths, Label1_, Text1_, Command6_);
+  FieldRow(*paths, Label2_, Text2_, Command2_);
   Text1_->SetMinSize({ConvertDialogToPixels(wxSize(170, -1)).x, Text1_->GetMinHeight()});
 
   auto* const settings = new wxFlexGridSizer(3, Gap(), Gap());
-  settings->Add(Option1_, middle);
-  settings->Add(Label3_, middle);
-  settings->AddSpacer(0);
-  settings->Add(Option2_, middle);
-  settings->Add(Text3_, wide);
-  settings->Add(Label6_, middle);
-  settings->Add(Label5_, wxSizerFlags().CentreVertical().Right());
-  settings->Add(Nofile_, wide);
-  settings->AddSpacer(0);
+  FieldRow(*settings, Option1_, Label3_);
+  FieldRow(*settings, Option2_, Text3_, Label6_);
+  FieldRow(*settings, Label5_, Nofile_);
+  settings->GetItem(Label5_)->SetFlag(wxALIGN_CENTRE_VERTICAL | wxALIGN_RIGHT);
   auto* const frame = new wxStaticBoxSizer(Frame1_, wxVERTICAL);
   frame->Add(settings, wxSizerFlags().Expand().Border(wxALL, Gap()));
-
-  auto* const buttons = new wxBoxSizer(wxHORIZONTAL);
-  buttons->Add(Command4_);
-  buttons->Add(Command5_, wxSizerFlags().Border(wxLEFT, Gap()));
-  buttons->AddStretchSpacer();
-  buttons->AddSpacer(4 * Gap());
-  buttons->Add(Command1_);
-  buttons->Add(Command3_, wxSizerFlags().Border(wxLEFT, Gap()));
 
   auto* const column = new wxBoxSizer(wxVERTICAL);
   column->Add(paths, wxSizerFlags().Expand());
   column->Add(frame, wxSizerFlags().Expand().Border(wxTOP | wxBOTTOM, 2 * Gap()));
-  column->Add(pb_, wxSizerFlags().Expand());
-  column->Add(Text4_, wxSizerFlags().Expand().Border(wxTOP, Gap()));
+  column->Add(view_->Bar(), wxSizerFlags().Expand());
+  column->Add(view_->Line(), wxSizerFlags().Expand().Border(wxTOP, Gap()));
   column->AddStretchSpacer();
-  column->Add(buttons, wxSizerFlags().Expand().Border(wxTOP, 2 * Gap()));
+  column->Add(ButtonRow(Gap(), {Command4_, Command5_}, {Command1_, Command3_}),
+              wxSizerFlags().Expand().Border(wxTOP, 2 * Gap()));
   Command1_->SetDefault();
   SetEscapeButton(Command3_);
-  SetStatusLine(Text4_);
+  SetStatusLine(view_->Line());
   FitAndCentre(column);
 }
 
 void frmSplitter::Wire() {
-  const auto click = [this](wxButton* button, void (frmSplitter::*handler)()) {
-    button->Bind(wxEVT_BUTTON, [this, handler](wxCommandEvent&) { (this->*handler)(); });
-  };
-  click(Command1_, &frmSplitter::Command1_Click);
-  click(Command2_, &frmSplitter::Command2_Click);
-  click(Command3_, &frmSplitter::Command3_Click);
-  click(Command4_, &frmSplitter::Command4_Click);
-  click(Command5_, &frmSplitter::Command5_Click);
-  click(Command6_, &frmSplitter::Command6_Click);
+  OnClick(Command1_, this, &frmSplitter::Command1_Click);
+  OnClick(Command2_, this, &frmSplitter::Command2_Click);
+  OnClick(Command3_, this, &frmSplitter::Command3_Click);
+  OnClick(Command4_, this, &frmSplitter::Command4_Click);
+  OnClick(Command5_, this, &frmSplitter::Command5_Click);
+  OnClick(Command6_, this, &frmSplitter::Command6_Click);
   for (wxTextCtrl* const path : {Text1_, Text2_})
     path->Bind(wxEVT_TEXT_ENTER, [this](wxCommandEvent&) { Command1_Click(); });
   Text1_->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { Text1_Change(); });
@@ -172,10 +144,10 @@ void frmSplitter::ShowProgress(const Progress& progress) {
 std::uint64_t frmSplitter::SourceLength() {
   try {
     const std::uint64_t length = FileLength(PathFromWx(Text1_->GetValue()));
-    Text4_->ChangeValue("");
+    view_->SetLine("");
     return length;
   } catch (const std::exception& error) {
-    Text4_->ChangeValue(ToWx(error.what()));
+    view_->SetLine(error.what());
     return 0;
   }
 }

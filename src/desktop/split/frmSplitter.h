@@ -1,7 +1,6 @@
 #pragma once
 
 #include <wx/button.h>
-#include <wx/gauge.h>
 #include <wx/radiobut.h>
 #include <wx/statbox.h>
 #include <wx/stattext.h>
@@ -59,14 +58,12 @@ class frmSplitter final : public ModernForm {
   wxStaticText* Label6_ = nullptr;
   wxStaticText* Label5_ = nullptr;
   wxTextCtrl* Nofile_ = nullptr;
-  wxGauge* pb_ = nullptr;
-  wxTextCtrl* Text4_ = nullptr;  ///< The line below the bar.
+  std::unique_ptr<ProgressView> view_;  ///< The bar pb, and Text4, the line below it.
   wxButton* Command4_ = nullptr;
   wxButton* Command5_ = nullptr;
   wxButton* Command1_ = nullptr;
   wxButton* Command3_ = nullptr;
   wxTimer tmr_;
-  std::unique_ptr<ProgressView> view_;
   /// The user types the number of pieces, so that a change of the size is the program's own and
   /// must not be computed back.
   bool NofileTyping_ = false;

@@ -31,4 +31,30 @@ wxButton* NewButton(wxWindow* parent, const wxString& caption, const wxString& n
   return button;
 }
 
+wxFlexGridSizer* NewFieldGrid(int gap) {
+  auto* const grid = new wxFlexGridSizer(3, gap, gap);
+  grid->AddGrowableCol(1, 1);
+  return grid;
+}
+
+void FieldRow(wxFlexGridSizer& grid, wxWindow* label, wxWindow* field, wxWindow* behind) {
+  grid.Add(label, wxSizerFlags().CentreVertical());
+  grid.Add(field, wxSizerFlags(1).Expand().CentreVertical());
+  if (behind == nullptr)
+    grid.AddSpacer(0);
+  else
+    grid.Add(behind, wxSizerFlags().Expand().CentreVertical());
+}
+
+wxSizer* ButtonRow(int gap, std::initializer_list<wxButton*> left,
+                   std::initializer_list<wxButton*> right) {
+  auto* const row = new wxBoxSizer(wxHORIZONTAL);
+  for (wxButton* const button : left) row->Add(button, wxSizerFlags().Border(wxRIGHT, gap));
+  row->AddStretchSpacer();
+  if (left.size() > 0) row->AddSpacer(3 * gap);
+  for (wxButton* const button : right)
+    row->Add(button, wxSizerFlags().Border(wxLEFT, button == *right.begin() ? 0 : gap));
+  return row;
+}
+
 }  // namespace slyver

@@ -1,12 +1,16 @@
 #pragma once
 
 #include <wx/button.h>
+#include <wx/sizer.h>
 #include <wx/stattext.h>
 #include <wx/textctrl.h>
 
+#include <initializer_list>
+
 namespace slyver {
 
-/// The controls that the forms are made of. `name` is the window's name, by which tests find it.
+/// The controls and rows that the forms are made of. `name` is the window's name, by which tests
+/// find it.
 
 wxStaticText* NewLabel(wxWindow* parent, const wxString& text, const wxString& name);
 
@@ -14,10 +18,26 @@ wxStaticText* NewLabel(wxWindow* parent, const wxString& text, const wxString& n
 wxTextCtrl* NewTextBox(wxWindow* parent, const wxString& name, const wxString& label,
                        long style = 0);
 
-/// A text box that shows "*" for each character typed and takes 24 of them at most: a longer
-/// password does not survive in a carrier.
+/// A text box that shows "*" for each character and takes 24 at most: a longer password does not
+/// survive in a carrier.
 wxTextCtrl* NewMaskedBox(wxWindow* parent, const wxString& name, const wxString& label);
 
 wxButton* NewButton(wxWindow* parent, const wxString& caption, const wxString& name);
+
+/// An empty grid for FieldRow, with `gap` pixels between its cells. Its middle column grows.
+wxFlexGridSizer* NewFieldGrid(int gap);
+
+/// Adds a row: a label, the field that it is for, and what stands behind the field, if anything.
+void FieldRow(wxFlexGridSizer& grid, wxWindow* label, wxWindow* field, wxWindow* behind = nullptr);
+
+/// A row of buttons, some at its left end and some at its right.
+wxSizer* ButtonRow(int gap, std::initializer_list<wxButton*> left,
+                   std::initializer_list<wxButton*> right);
+
+/// Calls a handler of `form` whenever the button is pressed.
+template <typename Form>
+void OnClick(wxButton* button, Form* form, void (Form::*handler)()) {
+  button->Bind(wxEVT_BUTTON, [form, handler](wxCommandEvent&) { (form->*handler)(); });
+}
 
 }  // namespace slyver

@@ -37,7 +37,9 @@ class FormHost {
   /// The file that the selection form or the command line has named for the split form.
   virtual FileToSplit ChosenFile() const = 0;
 
+  /// Shows, and unloads, the form that asks to wait while a file is being hidden.
   virtual void ShowInit() = 0;
+  virtual void UnloadInit() = 0;
   /// Shows the progress form under this caption.
   virtual void ShowJoin(const std::string& caption) = 0;
   virtual void UnloadJoin() = 0;

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
 
 #include "desktop/chrome/WindowSystem.h"
+#include "desktop/system/ModernForm.h"
+#include "desktop/system/StatusLine.h"
+#include "desktop/system/WxText.h"
 #include "engine/system/ProgressText.h"
 
 namespace slyver {
@@ -25,12 +27,16 @@ void Change_pb_ForeColor(wxGauge& bar, const wxColour& colour) {
   SetFillingColour(bar, colour);
 }
 
-ProgressView::ProgressView(wxGauge* bar, std::function<void(const std::string&)> setLine)
-    : bar_(bar), setLine_(std::move(setLine)) {
-  bar_->SetRange(range);
+ProgressView::ProgressView(wxWindow* parent, const wxString& barName, const wxString& lineName)
+    : bar_(new wxGauge(parent, wxID_ANY, range)), line_(NewStatusLine(parent, lineName)) {
+  NameControl(*bar_, barName, "Progress");
   Change_pb_Color(*bar_, wxColour(214, 220, 222));
   Change_pb_ForeColor(*bar_, wxColour(42, 157, 143));
   bar_->SetMinSize({-1, bar_->GetCharHeight() / 2});
+}
+
+void ProgressView::SetLine(const std::string& text) {
+  line_->ChangeValue(ToWx(text));
 }
 
 void ProgressView::Show(const Progress& progress) {
@@ -47,14 +53,14 @@ void ProgressView::Show(const Progress& progress) {
   lineSet_ = now;
   const std::string line =
       ProgressLine(progress, std::chrono::duration<double>(now - started_).count());
-  setLine_(line.substr(std::min(line.find_first_not_of(' '), line.size())));
+  SetLine(line.substr(std::min(line.find_first_not_of(' '), line.size())));
 }
 
 void ProgressView::Clear() {
   position_ = 0;
   copying_ = false;
   bar_->SetValue(0);
-  setLine_("");
+  SetLine("");
 }
 
 }  // namespace slyver

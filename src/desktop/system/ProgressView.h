@@ -1,9 +1,9 @@
 #pragma once
 
 #include <wx/gauge.h>
+#include <wx/textctrl.h>
 
 #include <chrono>
-#include <functional>
 #include <string>
 
 #include "engine/system/Ui.h"
@@ -19,14 +19,18 @@ double BarPosition(const Progress& progress, double before);
 void Change_pb_Color(wxGauge& bar, const wxColour& colour);
 void Change_pb_ForeColor(wxGauge& bar, const wxColour& colour);
 
-/// A form's progress bar, with a line of text that tells the bytes, the rate and the time left.
+/// A form's progress bar and the line below it, which tells the bytes, the rate and the time left.
 class ProgressView {
  public:
   /// The range of the bar: fine enough to move smoothly.
   static constexpr int range = 1000;
 
-  /// `setLine` shows the line.
-  ProgressView(wxGauge* bar, std::function<void(const std::string&)> setLine);
+  /// Makes both in `parent`, as windows of these names.
+  ProgressView(wxWindow* parent, const wxString& barName, const wxString& lineName);
+
+  wxGauge* Bar() const { return bar_; }
+  wxTextCtrl* Line() const { return line_; }
+  void SetLine(const std::string& text);
 
   void Show(const Progress& progress);
   void Clear();
@@ -35,7 +39,7 @@ class ProgressView {
   using Clock = std::chrono::steady_clock;
 
   wxGauge* bar_;
-  std::function<void(const std::string&)> setLine_;
+  wxTextCtrl* line_;
   double position_ = 0;
   bool copying_ = false;
   Clock::time_point started_;
