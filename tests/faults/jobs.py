@@ -1,8 +1,10 @@
-"""The jobs that the suites run through the real sly, and what must be true after each of them,
-however it ended.
+"""The jobs that the suites run through the real sly, and the one verdict on what lies there
+afterwards, however a job has ended.
 
 A job works in a home of its own: files/ holds its files and is its working folder, run/ the private
-work folder, config/ the settings. All paths here are relative to that home.
+folder, config/ the settings. All paths here are texts, relative to that home. What lies there is a
+dictionary: for every path the bytes of a file, or else what it is. A `way` for it to be gives every
+path the values that it may have there; ABSENT is one of them, and the only one of other paths.
 """
 
 import dataclasses
@@ -10,23 +12,178 @@ import os
 import pathlib
 import random
 import shutil
+import signal
+import stat
 import subprocess
 
-PASSWORD = "geheim"
+from carriers import carrier_of, read
+
+PASSWORD = b"geheim"
+WITH_PASSWORD = ("--password-file", "password")
 SETTINGS = "config/slyver/registry.ini"
-PRIVATE_FOLDER = "run/slyver"  # Made when needed; it may stay, empty.
+PRIVATE = "run/slyver"  # The private folder; made when needed, and it may stay, empty.
+STOPS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
 PATIENCE = 60  # Seconds after which a job hangs.
+ABSENT = None
+
+
+@dataclasses.dataclass(frozen=True)
+class Setting:
+    """What a suite is given."""
+
+    built: pathlib.Path  # The folder of the release build: sly and the preload library.
+    checked: pathlib.Path  # The folder of the build with sanitizers: sly and slyver.
+    folder: pathlib.Path  # Empty, for the suite's files; removed after it.
+    short: bool  # Only the part that fits into the short run.
+    seed: int  # All random choices come from it.
+
+    @property
+    def sly(self):
+        return self.built / "sly"
+
+
+@dataclasses.dataclass
+class Case:
+    """What a suite returns."""
+
+    name: str
+    tried: int = 0
+    losses: list = dataclasses.field(default_factory=list)  # A text for each.
+    group: str = ""  # Cases of one group share a line of the table; without one they have their own.
 
 
 @dataclasses.dataclass(frozen=True)
 class Job:
     name: str
     arguments: tuple  # What stands behind "sly".
-    sources: dict  # path: bytes; they must never change.
-    results: dict = dataclasses.field(default_factory=dict)  # path: its bytes when complete
-    replaced: dict = dataclasses.field(default_factory=dict)  # path: what a result replaces
-    settings: tuple = ()  # What the settings file may hold: at first, and at the end.
+    sources: dict  # They must never change.
+    make: callable = lambda sources: {}  # The results that these sources must lead to.
+    replaced: dict = dataclasses.field(default_factory=dict)  # What the results replace.
+    settings: tuple = (ABSENT,)  # What the settings may be: at first, and at the end.
     out: str = ""  # What standard output must be when all went well; {files} is the folder.
+
+    @property
+    def results(self):
+        return self.make(self.sources)
+
+    @property
+    def start(self):
+        return self.sources | self.replaced | {SETTINGS: self.settings[0]}
+
+    def ways(self, status):
+        """What may lie there after this exit status; a negative one is a signal's."""
+        results, settings = self.results, {SETTINGS: self.settings}
+        final = only(self.sources | self.replaced | results) | settings
+        if status == 0:
+            return [final]
+        start = only(dict.fromkeys(results) | self.sources | self.replaced) | settings
+        if status is not None and -status in STOPS:
+            return [start]
+        # A part of the results may stay; but where piece 1 stands, all stand.
+        part = {name: (self.replaced.get(name, ABSENT), data) for name, data in results.items()}
+        part |= {name: (ABSENT,) for name in results if name.endswith(".1.sly")}
+        return [start, start | part, final]
+
+
+def only(contents):
+    return {path: (value,) for path, value in contents.items()}
+
+
+def cut(data, size, name):
+    """The pieces of a file."""
+    parts = range(0, len(data), size)
+    return {f"{name}.{i + 1}.sly": data[at : at + size] for i, at in enumerate(parts)}
+
+
+def make_jobs(unit=1000, piece=None, seed=1):
+    """The jobs, with sources of some 2 to 7 units (bytes) and pieces of `piece` bytes (a unit)."""
+    rng = random.Random(seed)
+    piece = piece or unit
+    whole, main, first, second, old = (rng.randbytes(int(n * unit)) for n in (3.5, 7, 3, 2, 1))
+    in_files = lambda **contents: {
+        "files/" + name.replace("_", "."): data for name, data in contents.items()
+    }
+    with_password = {"files/password": PASSWORD + b"\n"}
+
+    kept = b'[HKEY_LOCAL_MACHINE\\Software\\Orm Valis\\Slyver]\r\nRAM="off"\r\n'
+    filepath = b'[HKEY_LOCAL_MACHINE\\Software\\Orm Valis\\FC]\r\n'
+    settings = {"settings": (kept + filepath + b'filepath="x"\r\n', kept + filepath)}
+
+    split = ("split", "whole.bin", "--size", str(piece))
+    cut_into = lambda folder: lambda sources: cut(
+        sources["files/whole.bin"], piece, f"files/{folder}whole.bin"
+    )
+    # One piece lies in a subfolder, where a join looks too.
+    parts = {path.replace("files/whole.bin.2", "files/more/whole.bin.2"): data
+             for path, data in cut(whole, piece, "files/whole.bin").items()}
+    join = {
+        "sources": parts,
+        "make": lambda sources: {"files/whole.bin": b"".join(sources[path] for path in parts)},
+        "out": "{files}/whole.bin\n",
+    }
+
+    carrier = carrier_of(b"main.jpg", main, [(b"first.zip", first)], PASSWORD)
+    second_begins = len(main) + len(first)
+
+    def second_carrier(carrier, second):
+        added = (b"second.zip", second)
+        if not read(carrier, PASSWORD).records:
+            return carrier_of(b"carrier.jpg", carrier, [added], PASSWORD)
+        hidden = [(b"first.zip", carrier[len(main) : second_begins]), added]
+        return carrier_of(b"main.jpg", carrier[: len(main)], hidden, PASSWORD)
+
+    carrier2 = second_carrier(carrier, second)
+    hide = lambda sources: {"files/Hidden File main.jpg": carrier_of(
+        b"main.jpg", sources["files/main.jpg"], [(b"first.zip", sources["files/first.zip"])],
+        PASSWORD)}
+    add = lambda sources: {"files/Hidden File carrier.jpg": second_carrier(
+        sources["files/carrier.jpg"], sources["files/second.zip"])}
+    from_carrier = in_files(carrier_jpg=carrier2) | with_password
+    part_of = lambda name, begin, end: {
+        "make": lambda sources: {f"files/Original {name}": sources["files/carrier.jpg"][begin:end]},
+        "out": "{files}/Original " + name + "\n"}
+
+    return [
+        Job("split", split, in_files(whole_bin=whole), cut_into(""), **settings),
+        Job("split into a new folder", (*split, "--output", "new/pieces", "--yes"),
+            in_files(whole_bin=whole), cut_into("new/pieces/"), **settings),
+        Job("join", ("join", "whole.bin.1.sly"), **join, **settings),
+        Job("join over a file", ("join", "whole.bin.1.sly", "--yes"), **join, **settings,
+            replaced=in_files(whole_bin=old)),
+        Job("hide", ("hide", "main.jpg", "first.zip", *WITH_PASSWORD),
+            in_files(main_jpg=main, first_zip=first) | with_password, hide,
+            out="{files}/Hidden File main.jpg\n"),
+        Job("hide another", ("hide", "carrier.jpg", "second.zip", *WITH_PASSWORD, "--yes"),
+            in_files(carrier_jpg=carrier, second_zip=second) | with_password, add,
+            out="{files}/Hidden File carrier.jpg\n"),
+        Job("recover a hidden file", ("recover", "carrier.jpg", "--file", "1", *WITH_PASSWORD),
+            from_carrier, **part_of("second.zip", second_begins, second_begins + len(second))),
+        Job("recover the main file", ("recover", "carrier.jpg", "--main", *WITH_PASSWORD),
+            from_carrier, **part_of("carrier.jpg", 0, len(main))),
+        Job("list", ("list", "carrier.jpg", *WITH_PASSWORD), from_carrier,
+            out=f"0\t{len(first)}\tfirst.zip\n1\t{len(second)}\tsecond.zip\n"),
+    ]
+
+
+def make_big_jobs():
+    """The same with sources so big that two threads copy: from 1 MiB in all."""
+    return [dataclasses.replace(job, name=job.name + ", two threads") for job in make_jobs(320_000)]
+
+
+def prepare(home, contents):
+    """Makes this all that lies in the home."""
+    shutil.rmtree(home, ignore_errors=True)
+    (home / "files").mkdir(parents=True, exist_ok=True)
+    (home / "run").mkdir(mode=0o700, exist_ok=True)
+    for path, data in contents.items():
+        if data is not ABSENT:
+            (home / path).parent.mkdir(parents=True, exist_ok=True)
+            (home / path).write_bytes(data)
+
+
+def environment(home):
+    places = {"HOME": "", "XDG_RUNTIME_DIR": "run", "XDG_CONFIG_HOME": "config"}
+    return os.environ | {"LC_ALL": "C"} | {key: str(home / at) for key, at in places.items()}
 
 
 @dataclasses.dataclass(frozen=True)
@@ -36,176 +193,16 @@ class Outcome:
     err: str
 
 
-def make_jobs(sly, folder, unit=1000, piece=None, seed=1):
-    """The jobs, with sources of some 2 to 7 units (bytes) and pieces of `piece` bytes (a unit).
-    `folder` is for the preparation; it is removed."""
-    rng = random.Random(seed)
-    piece = piece or unit
-    password = {"files/password": PASSWORD.encode() + b"\n"}
-    with_password = ("--password-file", "password")
-
-    whole = rng.randbytes(3 * unit + unit // 2)
-    pieces = {
-        f"whole.bin.{i + 1}.sly": whole[i * piece : (i + 1) * piece]
-        for i in range((len(whole) + piece - 1) // piece)
-    }
-    kept = b'[HKEY_LOCAL_MACHINE\\Software\\Orm Valis\\Slyver]\r\nRAM="off"\r\n'
-    filepath = b'[HKEY_LOCAL_MACHINE\\Software\\Orm Valis\\FC]\r\n'
-    settings = (kept + filepath + b'filepath="x"\r\n', kept + filepath)
-    split = {"sources": {"files/whole.bin": whole}, "settings": settings}
-    # One piece lies in a subfolder, where a join looks too.
-    joined = {
-        "sources": {
-            ("files/more/" if name.endswith(".2.sly") else "files/") + name: data
-            for name, data in pieces.items()
-        },
-        "results": {"files/whole.bin": whole},
-        "settings": settings,
-        "out": "{files}/whole.bin\n",
-    }
-
-    main, first, second = (rng.randbytes(n * unit) for n in (7, 3, 2))
-    in_files = lambda contents: {f"files/{name}": data for name, data in contents.items()}
-    hide_sources = in_files({"main.jpg": main, "first.zip": first}) | password
-    hide_arguments = ("hide", "main.jpg", "first.zip", *with_password)
-    add_arguments = ("hide", "carrier.jpg", "second.zip", *with_password, "--yes")
-
-    def made(arguments, sources, expected_start, name):
-        """The bytes of the carrier that sly makes; all but the directory is known beforehand."""
-        _write_all(folder, sources)
-        outcome = run(Job("preparation", arguments, sources), sly, folder)
-        carrier = (folder / "files" / name).read_bytes()
-        shutil.rmtree(folder)
-        assert outcome.status == 0, outcome
-        assert carrier[:-2500] == expected_start
-        return carrier
-
-    carrier = made(hide_arguments, hide_sources, main + first, "Hidden File main.jpg")
-    add_sources = in_files({"carrier.jpg": carrier, "second.zip": second}) | password
-    carrier2 = made(
-        add_arguments, add_sources, main + first + second, "Hidden File carrier.jpg"
-    )
-    from_carrier = {"sources": in_files({"carrier.jpg": carrier2}) | password}
-
-    return [
-        Job("split", ("split", "whole.bin", "--size", str(piece)), **split, results=in_files(pieces)),
-        Job(
-            "split into a new folder",
-            ("split", "whole.bin", "--size", str(piece), "--output", "new/pieces", "--yes"),
-            **split,
-            results={f"files/new/pieces/{name}": data for name, data in pieces.items()},
-        ),
-        Job("join", ("join", "whole.bin.1.sly"), **joined),
-        Job(
-            "join over a file",
-            ("join", "whole.bin.1.sly", "--yes"),
-            **joined,
-            replaced={"files/whole.bin": rng.randbytes(unit)},
-        ),
-        Job(
-            "hide",
-            hide_arguments,
-            hide_sources,
-            results={"files/Hidden File main.jpg": carrier},
-            out="{files}/Hidden File main.jpg\n",
-        ),
-        Job(
-            "hide another",
-            add_arguments,
-            add_sources,
-            results={"files/Hidden File carrier.jpg": carrier2},
-            out="{files}/Hidden File carrier.jpg\n",
-        ),
-        Job(
-            "recover a hidden file",
-            ("recover", "carrier.jpg", "--file", "1", *with_password),
-            **from_carrier,
-            results={"files/Original second.zip": second},
-            out="{files}/Original second.zip\n",
-        ),
-        Job(
-            "recover the main file",
-            ("recover", "carrier.jpg", "--main", *with_password),
-            **from_carrier,
-            results={"files/Original carrier.jpg": main},
-            out="{files}/Original carrier.jpg\n",
-        ),
-        Job(
-            "list",
-            ("list", "carrier.jpg", *with_password),
-            **from_carrier,
-            out=f"0\t{len(first)}\tfirst.zip\n1\t{len(second)}\tsecond.zip\n",
-        ),
-    ]
-
-
-def make_jobs_for_two_threads(sly, folder):
-    """The same with sources so big that two threads copy: from 1 MiB in all."""
-    return [
-        dataclasses.replace(job, name=f"{job.name}, two threads")
-        for job in make_jobs(sly, folder, 320_000)
-    ]
-
-
-def prepare(job, home):
-    """Puts the home into the state that the job begins with."""
-    if home.exists():
-        shutil.rmtree(home)
-    _write_all(home, job.sources | job.replaced)
-    if job.settings:
-        _write_all(home, {SETTINGS: job.settings[0]})
-
-
-def restore(job, home):
-    """As prepare(), after a run whose sources have been found unchanged: they stay, which saves
-    time where they are big."""
-    for path in sorted(home.rglob("*"), reverse=True):
-        name = str(path.relative_to(home))
-        if path.is_dir() and not path.is_symlink():
-            if name not in folders(job):
-                path.rmdir()
-        elif name not in job.sources:
-            path.unlink()
-    _write_all(home, job.replaced)
-    if job.settings:
-        _write_all(home, {SETTINGS: job.settings[0]})
-
-
-def temporary_path(path):
-    """The path under which a file is written until it is complete."""
-    path = pathlib.PurePath(path)
-    value = 14695981039346656037
-    for byte in path.name.encode():
-        value = (value ^ byte) * 1099511628211 % 2**64
-    return str(path.with_name(f".slyver-{value:016x}.tmp"))
-
-
-def environment(home):
-    return os.environ | {
-        "HOME": str(home),
-        "XDG_RUNTIME_DIR": str(home / "run"),
-        "XDG_CONFIG_HOME": str(home / "config"),
-        "LC_ALL": "C",
-    }
-
-
-def start(job, sly, home, extra_environment=None, **options):
-    """Starts the job; `options` are those of subprocess.Popen."""
+def start(sly, arguments, home, extra_environment=None, **options):
+    """Starts sly; `options` are those of subprocess.Popen."""
     return subprocess.Popen(
-        [str(sly), *job.arguments],
-        cwd=home / "files",
-        env=environment(home) | (extra_environment or {}),
-        stdin=subprocess.DEVNULL,
-        stdout=subprocess.PIPE,
-        stderr=subprocess.PIPE,
-        text=True,
-        errors="replace",
-        **options,
-    )
+        [sly, *map(str, arguments)], cwd=home / "files", text=True, errors="surrogateescape",
+        env=environment(home) | (extra_environment or {}), stdin=subprocess.DEVNULL,
+        stdout=subprocess.PIPE, stderr=subprocess.PIPE, **options)
 
 
 def finish(process):
-    """Waits for the end of a job that was started."""
+    """Waits for the end of what was started."""
     try:
         out, err = process.communicate(timeout=PATIENCE)
         return Outcome(process.returncode, out, err)
@@ -214,90 +211,53 @@ def finish(process):
         return Outcome(None, *process.communicate())
 
 
-def run(job, sly, home, extra_environment=None, **options):
-    return finish(start(job, sly, home, extra_environment, **options))
+def run(sly, arguments, home, *extra_environment, **options):
+    return finish(start(sly, arguments, home, *extra_environment, **options))
 
 
-def same(path, expected):
-    """Whether the file holds these bytes; compared in parts, since it may be big."""
-    size = 1 << 20
-    if path.is_symlink() or not path.is_file() or path.stat().st_size != len(expected):
-        return False
-    view = memoryview(expected)
-    buffer = bytearray(size)
-    with path.open("rb", buffering=0) as file:
-        for offset in range(0, len(expected), size):
-            count = file.readinto(buffer)
-            if memoryview(buffer)[:count] != view[offset : offset + count]:
-                return False
-    return True
-
-
-def complete(job, home):
-    """Whether every result is there, whole."""
-    return all(same(home / name, data) for name, data in job.results.items())
-
-
-def damage(job, home):
-    """What was lost: sources that have changed, and final names under which something else lies
-    than the whole result or what it was to replace. True of every ending whatever."""
-    found = [f"changed: {name}" for name, data in job.sources.items() if not same(home / name, data)]
-    for name, data in job.results.items():
-        path = home / name
-        old = job.replaced.get(name)
-        if os.path.lexists(path):
-            if not same(path, data) and not (old is not None and same(path, old)):
-                found.append(f"neither whole nor old: {name}")
-        elif old is not None:
-            found.append(f"gone: {name}")
-    if job.settings and not any(same(home / SETTINGS, data) for data in job.settings):
-        found.append(f"neither whole nor old: {SETTINGS}")
-    # The first piece is written last: where it stands, all stand.
-    pieces = [name for name in job.results if name.endswith(".sly")]
-    if pieces and (home / pieces[0]).exists() and not complete(job, home):
-        found.append("the first piece stands without all the others")
+def look(home, below=""):
+    """What lies in the home, or below one of its folders."""
+    found = {}
+    for folder, folders, files in os.walk(home / below):
+        for name in folders + files:
+            path = os.path.join(folder, name)
+            mode = os.lstat(path).st_mode
+            if stat.S_ISREG(mode):
+                value = pathlib.Path(path).read_bytes()
+            else:
+                value = "link to " + os.readlink(path) if stat.S_ISLNK(mode) else stat.filemode(mode)[0]
+            found[os.path.relpath(path, home)] = value
     return found
 
 
-def leftovers(job, home, spared=()):
-    """The names of what lies there besides sources, results and settings. `spared` are paths whose
-    removal was made to fail."""
-    expected = {*job.sources, *job.results, *job.replaced, *spared} | folders(job)
-    expected |= {SETTINGS} if job.settings else set()
-    return [
-        f"left: {name}"
-        for name in sorted(str(path.relative_to(home)) for path in home.rglob("*"))
-        if name not in expected
-    ]
+def differing(found, ways, spared=()):
+    """The paths at which `found` differs from the nearest way. The folders of a way's paths may be
+    there, and so may be what is `spared`."""
+
+    def wrong(way):
+        folders = {str(folder) for path in (*way, "files/x", PRIVATE + "/x", SETTINGS)
+                   for folder in pathlib.PurePath(path).parents}
+        return sorted(
+            path for path in found.keys() | way.keys()
+            if found.get(path, ABSENT) not in way.get(path, (ABSENT,)) and path not in spared
+            and not (path in folders and found.get(path) == "d")
+        )
+
+    return min(map(wrong, ways), key=len)
 
 
-def wrong_ending(job, home, outcome):
-    """What is wrong with the exit status of a job that was not killed: 0 needs whole results and
-    the right output, 1 a message; anything else is a crash or a hang."""
-    if outcome.status == 0:
-        if not complete(job, home):
-            return ["status 0 without a whole result"]
-        expected = job.out.replace("{files}", str(home / "files"))
-        return [] if outcome.out == expected else [f"wrong output: {outcome.out!r}"]
-    if outcome.status == 1:
-        return [] if outcome.err.strip() else ["status 1 without a message"]
-    return [f"ended with {outcome.status}: {outcome.err.strip()}"]
+def wrong_ending(outcome, expected=(0, 1)):
+    """What is wrong with how a program has ended: anything but success and a reason is a crash or a
+    hang."""
+    if outcome.status not in expected:
+        return [f"ended with {outcome.status}: {outcome.err.strip()[-500:]}"]
+    return ["status 1 without a message"] if outcome.status == 1 and not outcome.err.strip() else []
 
 
-def losses(job, home, outcome, spared=()):
-    """All that must not be after a job that could end by itself; empty when all is well."""
-    return damage(job, home) + wrong_ending(job, home, outcome) + leftovers(job, home, spared)
-
-
-def folders(job):
-    """The folders that may stay: those of the job's files, and the private one."""
-    files = [*job.sources, *job.results, "run/x", PRIVATE_FOLDER + "/x", SETTINGS]
-    return {str(parent) for name in files for parent in pathlib.PurePath(name).parents}
-
-
-def _write_all(home, contents):
-    (home / "run").mkdir(parents=True, exist_ok=True, mode=0o700)
-    for name, data in contents.items():
-        path = home / name
-        path.parent.mkdir(parents=True, exist_ok=True)
-        path.write_bytes(data)
+def losses(job, home, outcome, spared=(), expected=(0, 1)):
+    """All that must not be after a job; empty when all is well. `spared` is what may be left."""
+    lost = wrong_ending(outcome, expected)
+    lost += [f"wrong: {path}" for path in differing(look(home), job.ways(outcome.status), spared)]
+    if outcome.status == 0 and outcome.out != job.out.replace("{files}", str(home / "files")):
+        lost.append(f"wrong output: {outcome.out!r}")
+    return lost

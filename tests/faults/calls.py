@@ -1,0 +1,124 @@
+"""Something happens at every call that touches a file, in every job: it fails, moves too little,
+the program is killed or stopped, or a source changes."""
+
+import errno
+import os
+import pathlib
+import random
+import signal
+
+import faults
+import jobs
+from jobs import Case
+
+REMOVALS = {"unlink", "unlinkat", "rmdir", "remove"}
+EFFECTS = [
+    faults.failing_with(errno.EIO, threads=True),
+    *map(faults.failing_with, (errno.ENOSPC, errno.EACCES, errno.EINTR, errno.EINVAL)),
+    faults.SHORT,
+    faults.Effect("no bytes", "nothing"),
+    faults.FULL_DISK,
+    faults.DEAD_DISK,
+    faults.KILL,
+    faults.STOP,
+    faults.PAUSE,
+]
+
+
+def run(setting):
+    small, big = jobs.make_jobs(), jobs.make_big_jobs()
+    tasks = [(setting, job, effect) for effect in EFFECTS for job in small]
+    tasks += [(setting, job, effect) for effect in EFFECTS for job in big
+              if effect is faults.PAUSE or (effect.threads and not setting.short)]
+    return faults.both_cores(_at_every_call, tasks)
+
+
+def _at_every_call(setting, job, effect):
+    case = Case(f"{job.name}, {effect.name}", group=effect.name)
+    home = setting.folder / case.name.replace(" ", "-")
+    rng = random.Random(f"{setting.seed} {case.name}")
+    for at in faults.numbers(job, setting, home):
+        jobs.prepare(home, job.start)
+        then = Changed(job, home, rng) if effect is faults.PAUSE else None
+        outcome, struck = faults.run(job, setting, home, at, effect, then and then.change)
+        if struck:
+            case.tried += 1
+            lost = _losses(setting, job, home, outcome, effect, struck[0], then)
+        else:
+            lost = jobs.losses(job, home, outcome, expected=(0,))
+        label = " ".join(struck[0]) if struck else "undisturbed"
+        case.losses += [f"{loss} (call {at}, {label})" for loss in lost]
+        if not struck:
+            break
+    return case
+
+
+def _losses(setting, job, home, outcome, effect, struck, then):
+    call, path, *_ = struck
+    if effect is faults.KILL:
+        return _losses_of_killed(setting, job, home, outcome)
+    if effect is faults.STOP:
+        return jobs.losses(job, home, outcome, expected=(0, -signal.SIGINT))
+    if then:
+        return then.losses(outcome)
+    if effect is faults.DEAD_DISK:  # Nothing can be removed any more.
+        return jobs.losses(job, home, outcome, spared=_of_others(job, home))
+    place = pathlib.PurePath(path).relative_to(home)
+    # What was not to be removed stays, and so do the folders it lies in.
+    spared = {str(place), *map(str, place.parents)} if call in REMOVALS else ()
+    lost = jobs.losses(job, home, outcome, spared)
+    # By failing, these say that bytes written before may be lost. Of what is removed none can be.
+    written = place.match("files/**/.slyver-*.tmp") or place.match("files/.slyver-*.tmp")
+    if outcome.status == 0 and written and call in ("fsync", "close"):
+        lost.append("not noticed")
+    if outcome.status != 0 and (effect is faults.SHORT or call == "pthread_create"):
+        lost.append(f"fails: {outcome.err}")
+    return lost
+
+
+def _of_others(job, home):
+    """What lies there under names that the job promises nothing about."""
+    return jobs.look(home).keys() - job.start.keys() - job.results.keys()
+
+
+def _losses_of_killed(setting, job, home, outcome):
+    lost = jobs.losses(job, home, outcome, _of_others(job, home), (-signal.SIGKILL,))
+    # The same job must succeed and leave nothing behind of either run. Results that are complete
+    # are taken away first: a job does not write over them.
+    if not jobs.differing(jobs.look(home), job.ways(0), _of_others(job, home)):
+        for path in job.results:
+            os.unlink(home / path)
+    again = jobs.losses(job, home, jobs.run(setting.sly, job.arguments, home), expected=(0,))
+    return lost + [f"{loss}, after a second run" for loss in again]
+
+
+class Changed:
+    """A source that somebody writes to, cuts or lengthens while the job is at work."""
+
+    def __init__(self, job, home, rng):
+        self.job, self.home = job, home
+        self.path = rng.choice([path for path in job.sources if not path.endswith("/password")])
+        old = job.sources[self.path]
+        # Only bytes that are written over can lead to a mixture.
+        self.kind = rng.choice(("written to", "written to", "longer", "shorter"))
+        self.new = {"longer": old + b"more", "shorter": old[: len(old) // 2],
+                    "written to": bytes(8) + old[8:-8] + bytes(8)}[self.kind]
+        os.utime(home / self.path, (1e9, 1e9))
+
+    def change(self):
+        (self.home / self.path).open("r+b").write(self.new)
+        os.truncate(self.home / self.path, len(self.new))
+
+    def losses(self, outcome):
+        """The result is made of the source as it was or as it is now, never of both."""
+        sources = self.job.sources | {self.path: self.new}
+        found = jobs.look(self.home)
+        ways = [jobs.only(sources | made) | {jobs.SETTINGS: self.job.settings}
+                for made in (self.job.results, self.job.make(sources))]
+        if outcome.status == 1:
+            start = jobs.only(sources | self.job.replaced) | {jobs.SETTINGS: self.job.settings}
+            parts = [way | {path: (jobs.ABSENT, *way[path]) for path in way if path not in sources}
+                     for way in ways]
+            ways = [start, *parts]
+        return jobs.wrong_ending(outcome) + [
+            f"{self.path} is {self.kind}: wrong: {path}" for path in jobs.differing(found, ways)]
