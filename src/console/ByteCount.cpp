@@ -1,9 +1,7 @@
 #include "console/ByteCount.h"
 
 #include <algorithm>
-#include <array>
 #include <limits>
-#include <utility>
 
 #include "engine/system/Ascii.h"
 
@@ -11,21 +9,23 @@ namespace slyver {
 
 namespace {
 
-constexpr std::array<std::pair<std::string_view, std::uint64_t>, 8> units = {{
-    {"", 1},
-    {"b", 1},
-    {"kb", 1000},
-    {"mb", 1000 * 1000},
-    {"gb", 1000 * 1000 * 1000},
-    {"kib", 1024},
-    {"mib", 1024 * 1024},
-    {"gib", 1024 * 1024 * 1024},
-}};
-
 /// `a` times `b`, or nothing past 64 bits.
 std::optional<std::uint64_t> Product(std::uint64_t a, std::uint64_t b) {
   if (b != 0 && a > std::numeric_limits<std::uint64_t>::max() / b) return std::nullopt;
   return a * b;
+}
+
+/// The bytes of a unit; nothing when there is no such unit.
+std::optional<std::uint64_t> UnitOf(std::string_view name) {
+  if (name.empty() || SameIgnoringCase(name, "B")) return 1;
+  const std::size_t power = std::string_view("kmgtpe").find(LowerAscii(name.front()));
+  name.remove_prefix(1);
+  const bool decimal = SameIgnoringCase(name, "B");
+  if (power == std::string_view::npos || !(decimal || name.empty() || SameIgnoringCase(name, "iB")))
+    return std::nullopt;
+  std::uint64_t unit = 1;
+  for (std::size_t i = 0; i <= power; ++i) unit *= decimal ? 1000 : 1024;
+  return unit;
 }
 
 }  // namespace
@@ -35,10 +35,8 @@ std::optional<std::uint64_t> ParseByteCount(std::string_view text) {
   const std::string_view number = text.substr(0, numberEnd);
   std::string_view unitName = text.substr(numberEnd);
   unitName.remove_prefix(std::min(unitName.find_first_not_of(' '), unitName.size()));
-  const auto* const unit = std::find_if(units.begin(), units.end(), [&](const auto& known) {
-    return SameIgnoringCase(unitName, known.first);
-  });
-  if (unit == units.end() || number.empty()) return std::nullopt;
+  const std::optional<std::uint64_t> unit = UnitOf(unitName);
+  if (!unit || number.empty()) return std::nullopt;
 
   // The number is digits / scale, so that no rounding comes in.
   std::optional<std::uint64_t> digits = 0;
@@ -57,7 +55,7 @@ std::optional<std::uint64_t> ParseByteCount(std::string_view text) {
       return std::nullopt;
     *digits += value;
   }
-  const std::optional<std::uint64_t> bytes = Product(*digits, unit->second);
+  const std::optional<std::uint64_t> bytes = Product(*digits, *unit);
   if (!bytes || *bytes == 0 || *bytes % *scale != 0) return std::nullopt;
   return *bytes / *scale;
 }

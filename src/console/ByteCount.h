@@ -6,10 +6,10 @@
 
 namespace slyver {
 
-/// Reads a size such as "1450000", "1.44 MB" or "64KiB": a decimal number, and one of the units B,
-/// kB, MB, GB (1000 each time) and KiB, MiB, GiB (1024), in letters of either case. Returns bytes;
-/// nothing when the text is no such size, is below one byte, is not a whole number of bytes or
-/// does not fit 64 bits.
+/// Reads a size such as "1450000", "1.44 MB" or "64K": a decimal number and a unit, in letters of
+/// either case. The units are those of coreutils: K, M, G, T, P, E and KiB, MiB, ... (1024 each
+/// time), kB, MB, ... (1000), and B. Returns bytes; nothing when the text is no such size, is below
+/// one byte, is not a whole number of bytes or does not fit 64 bits.
 std::optional<std::uint64_t> ParseByteCount(std::string_view text);
 
 }  // namespace slyver

@@ -39,10 +39,12 @@ void TakeSize(SplitForm& form, const Arguments& arguments) {
   form.Text3 = SizeFromCount(form.Nofile, "", FileLength(form.Text1)).other.value_or("");
 }
 
-/// The first line of a password file, without its line end.
-std::string FirstLine(const std::string& name, ConsoleUi& ui) {
-  std::string line =
-      name == "-" ? ui.ReadInputLine().value_or("") : ReadFirstLine(PathFromText(name));
+/// The password in a file, which may have been written on another system: neither a byte-order
+/// mark nor the line's end is a part of it.
+std::string PasswordIn(const std::string& file, const ConsoleUi& ui) {
+  constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+  std::string line = ui.ReadFirstLine(file);
+  if (line.starts_with(byteOrderMark)) line.erase(0, byteOrderMark.size());
   if (line.ends_with('\r')) line.pop_back();
   return line;
 }
@@ -54,7 +56,7 @@ std::optional<std::string> Password(const Arguments& arguments, ConsoleUi& ui, c
                                     std::string& repeated) {
   std::optional<std::string> password;
   if (!arguments.passwordFile.empty()) {
-    password = repeated = FirstLine(arguments.passwordFile, ui);
+    password = repeated = PasswordIn(arguments.passwordFile, ui);
   } else {
     password = ui.MaskedInputBox("Enter Password :");
     if (password && again != nullptr) repeated = ui.MaskedInputBox(again).value_or("");

@@ -20,13 +20,13 @@ struct Arguments {
   Command* job = nullptr;
   ConsoleOptions console;
   bool verbose = false;
-  std::string file;  ///< The file to work on: the source, a piece, the main file or the carrier.
-  std::string output;
+  std::string file;    ///< The file to work on: the source, a piece, the main file or the carrier.
+  std::string output;  ///< The folder for what is made; empty for the folder of `file`.
   std::uint64_t size = 0;   ///< In bytes; 0 when not given.
   std::uint64_t count = 0;  ///< Of pieces; 0 when not given.
   std::string hidden;       ///< The file to hide.
   std::string passwordFile;
-  std::optional<std::uint16_t> number;  ///< Of the hidden file to recover, from 0.
+  std::optional<std::uint64_t> number;  ///< Of the hidden file to recover, from 0.
   bool main = false;                    ///< The main file is to be recovered.
 };
 

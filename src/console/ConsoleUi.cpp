@@ -1,7 +1,10 @@
 #include "console/ConsoleUi.h"
 
+#include <algorithm>
 #include <iostream>
 
+#include "engine/system/Ascii.h"
+#include "engine/system/PathText.h"
 #include "engine/system/ProgressText.h"
 
 namespace slyver {
@@ -10,6 +13,26 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds drawInterval{100};
+
+/// `text` with "?" for control characters where a terminal would obey them: a file's name may hold
+/// any.
+std::string Printable(std::string_view text) {
+  std::string shown(text);
+  if (Terminal::ShowsErrors())
+    std::replace_if(
+        shown.begin(), shown.end(),
+        [](char c) { return (c >= '\0' && c < ' ' && c != '\n' && c != '\t') || c == '\x7F'; },
+        '?');
+  return shown;
+}
+
+/// What of a line whose parts are two blanks apart fits a width.
+std::string Fitting(std::string line, std::size_t width) {
+  if (line.size() <= width) return line;
+  const std::size_t gap = line.rfind("  ", width);
+  line.resize(gap == std::string::npos || gap == 0 ? width : gap);
+  return line;
+}
 
 }  // namespace
 
@@ -25,18 +48,21 @@ void ConsoleUi::Message(std::string_view text, Icon icon) {
   if (options_.quiet && icon == Icon::Information)
     heldBack_.append(text) += '\n';
   else
-    std::cerr << text << std::endl;
+    std::cerr << Printable(text) << std::endl;
 }
 
 Answer ConsoleUi::Question(std::string_view text, Buttons buttons, Icon /*icon*/) {
   ClearProgressLine();
+  const std::string shown = Printable(text);
   bool yes = options_.yes;
   if (options_.yes) {
-    if (!options_.quiet) std::cerr << text << " Yes (--yes)" << std::endl;
-  } else if (Terminal::CanAsk()) {
-    yes = AnswerFromTerminal(text);
+    if (!options_.quiet) std::cerr << shown << " Yes (--yes)" << std::endl;
   } else {
-    std::cerr << text << " No (nobody is at the terminal; --yes answers Yes)" << std::endl;
+    ShowHeldBack();
+    if (Terminal::CanAsk())
+      yes = AnswerFromTerminal(shown);
+    else
+      std::cerr << shown << " No (nobody is at the terminal; --yes answers Yes)" << std::endl;
   }
   if (buttons == Buttons::OkCancel) return yes ? Answer::Ok : Answer::Cancel;
   return yes ? Answer::Yes : Answer::No;
@@ -49,8 +75,8 @@ bool ConsoleUi::AnswerFromTerminal(std::string_view text) {
       std::cerr << std::endl;
       return false;
     }
-    if (*line == "y" || *line == "Y" || *line == "yes" || *line == "Yes") return true;
-    if (*line == "n" || *line == "N" || *line == "no" || *line == "No") return false;
+    if (SameIgnoringCase(*line, "y") || SameIgnoringCase(*line, "yes")) return true;
+    if (SameIgnoringCase(*line, "n") || SameIgnoringCase(*line, "no")) return false;
   }
 }
 
@@ -81,15 +107,22 @@ std::optional<std::string> ConsoleUi::AskLine(std::string_view prompt) {
 void ConsoleUi::ShowProgressForm(std::string_view /*caption*/) {}
 
 void ConsoleUi::SetProgress(const Progress& progress) {
-  if (options_.quiet || !Terminal::ShowsErrors()) return;
+  if (options_.quiet || progress.bytesTotal == 0 || !Terminal::ShowsErrors()) return;
   const Clock::time_point now = Clock::now();
-  if (!started_) started_ = now;
-  if (progress.bytesTotal == 0 || now - drawn_ < drawInterval) return;
+  const bool another =
+      progress.bytesTotal != last_.bytesTotal || progress.bytesDone < last_.bytesDone;
+  if (another) started_ = now;
+  const bool complete = progress.bytesDone == progress.bytesTotal;
+  const bool drawn = lineShown_ && progress.bytesDone == last_.bytesDone;
+  if (!another && (drawn || (!complete && now - drawn_ < drawInterval))) return;
+  last_ = progress;
   drawn_ = now;
   lineShown_ = true;
-  const double seconds = std::chrono::duration<double>(now - *started_).count();
-  // The control sequence clears what a longer line has left.
-  std::cerr << "\r" << ProgressLine(progress, seconds) << "\033[K" << std::flush;
+  const double seconds = std::chrono::duration<double>(now - started_).count();
+  // A line as wide as the terminal would move to the next. The control sequence clears what a
+  // longer line has left.
+  std::cerr << "\r" << Fitting(ProgressLine(progress, seconds), Terminal::Width() - 1) << "\033[K"
+            << std::flush;
 }
 
 bool ConsoleUi::GoOn() {
@@ -99,8 +132,14 @@ bool ConsoleUi::GoOn() {
 // The program ends when the job returns.
 void ConsoleUi::EndProgram() {}
 
-void ConsoleUi::JobFailed() {
-  std::cerr << heldBack_ << std::flush;
+std::string ConsoleUi::ReadFirstLine(const std::string& name) const {
+  return (name == "-" ? terminal_.ReadLine(true) : terminal_.ReadFirstLine(PathFromText(name)))
+      .value_or("");
+}
+
+void ConsoleUi::ShowHeldBack() {
+  ClearProgressLine();
+  std::cerr << Printable(heldBack_) << std::flush;
   heldBack_.clear();
 }
 

@@ -18,7 +18,7 @@ struct ConsoleOptions {
 };
 
 /// Talks to the user on standard error, one line a message. Questions are asked on the terminal;
-/// without one they are shown and answered with No, so that nobody wonders.
+/// without one they are shown and answered with No.
 class ConsoleUi final : public Ui {
  public:
   ConsoleUi(const Terminal& terminal, ConsoleOptions options);
@@ -39,14 +39,15 @@ class ConsoleUi final : public Ui {
   /// Answers every masked input box with `password` from now on.
   void UsePassword(std::string password) { password_ = std::move(password); }
 
-  /// Reads a line from standard input, be it a terminal or not. Nothing at its end.
-  std::optional<std::string> ReadInputLine() { return terminal_.ReadLine(true); }
+  /// The first line of a file, or for "-" of standard input. Throws as Terminal::ReadLine() does.
+  std::string ReadFirstLine(const std::string& name) const;
 
   /// Asks for a line of text on the terminal. Nothing when nobody is there.
   std::optional<std::string> AskLine(std::string_view prompt);
 
-  /// Says what the quiet mode has held back: in a failed job those messages are the reason.
-  void JobFailed();
+  /// Says what the quiet mode has held back, when a job has failed or a question comes: those
+  /// messages are the reason.
+  void ShowHeldBack();
 
  private:
   bool AnswerFromTerminal(std::string_view text);
@@ -56,7 +57,8 @@ class ConsoleUi final : public Ui {
   const ConsoleOptions options_;
   std::optional<std::string> password_;
   std::string heldBack_;
-  std::optional<std::chrono::steady_clock::time_point> started_;
+  Progress last_;
+  std::chrono::steady_clock::time_point started_;
   std::chrono::steady_clock::time_point drawn_;
   bool lineShown_ = false;
 };

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -8,9 +10,9 @@
 
 namespace slyver {
 
-/// The terminal that the program was started from, and the signals that ask it to stop. While an
-/// object lives, Ctrl-C and its kin no longer end the process: whoever works asks StopSignal() now
-/// and then and cleans up. One object at most may exist, made before any thread.
+/// The terminal that the program runs on, and the signals that ask it to stop. While an object
+/// lives, Ctrl-C and its kin no longer end the process: whoever works asks StopSignal() now and
+/// then and cleans up. There may be one object, made before any thread.
 class Terminal {
  public:
   Terminal();
@@ -24,10 +26,17 @@ class Terminal {
   /// Whether standard error is a terminal, on which a line can be drawn anew.
   static bool ShowsErrors();
 
+  /// The columns of a line on standard error; 80 where that is unknown.
+  static std::size_t Width();
+
   /// Shows `prompt` on standard error and reads a line from standard input, without its line end;
   /// with `echo` false nothing typed is shown from the prompt on. Nothing at the end of the input.
-  /// Throws Cancelled when a signal asks to stop, and std::system_error when it cannot be read.
+  /// A line ends after 4096 bytes at the latest. Throws Cancelled when a signal asks to stop, and
+  /// FileError when it cannot be read.
   std::optional<std::string> ReadLine(bool echo, std::string_view prompt = {}) const;
+
+  /// The first line of the file, pipe or device `path`, as ReadLine() reads.
+  std::optional<std::string> ReadFirstLine(const std::filesystem::path& path) const;
 
   /// The number of the signal that has asked the program to stop, 0 when none has.
   int StopSignal() const;

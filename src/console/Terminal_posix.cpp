@@ -1,6 +1,8 @@
 #include "console/Terminal.h"
 
+#include <fcntl.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/signalfd.h>
 #include <termios.h>
 #include <unistd.h>
@@ -10,47 +12,71 @@
 #include <cerrno>
 #include <csignal>
 #include <iostream>
-#include <system_error>
+#include <optional>
 
 #include "engine/system/FileError.h"
+#include "engine/system/Posix.h"
 
 namespace slyver {
 
 namespace {
 
-constexpr std::array<int, 3> stopSignals = {SIGINT, SIGTERM, SIGHUP};
-
-[[noreturn]] void Fail(const char* what) {
-  throw std::system_error(errno, std::generic_category(), what);
-}
+constexpr std::array<int, 4> stopSignals = {SIGINT, SIGQUIT, SIGTERM, SIGHUP};
+constexpr std::size_t longestLine = 4096;
 
 /// Switches the terminal's echo off while it lives.
 class EchoOff {
  public:
-  EchoOff() : known_(tcgetattr(STDIN_FILENO, &before_) == 0) {
-    if (!known_) return;
-    termios silent = before_;
-    silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
-    silent.c_lflag |= ECHONL;
-    (void)tcsetattr(STDIN_FILENO, TCSAFLUSH, &silent);
-  }
+  EchoOff() : known_(tcgetattr(STDIN_FILENO, &before_) == 0) { Apply(); }
   ~EchoOff() {
     if (known_) (void)tcsetattr(STDIN_FILENO, TCSAFLUSH, &before_);
   }
   EchoOff(const EchoOff&) = delete;
   EchoOff& operator=(const EchoOff&) = delete;
 
+  void Apply() const {
+    if (!known_) return;
+    termios silent = before_;
+    silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+    silent.c_lflag |= ECHONL;
+    (void)tcsetattr(STDIN_FILENO, TCSAFLUSH, &silent);
+  }
+
  private:
   termios before_ = {};
   bool known_;
 };
+
+/// Reads a line from `file`; `continued` is called when the program goes on after a stop by Ctrl-Z.
+template <typename Continued>
+std::optional<std::string> Read(int file, const std::filesystem::path& name,
+                                const Descriptor& signals, const Terminal& terminal,
+                                const Continued& continued) {
+  std::string line;
+  while (line.size() < longestLine) {
+    std::array<pollfd, 2> waiting = {pollfd{signals.Get(), POLLIN, 0}, pollfd{file, POLLIN, 0}};
+    if (poll(waiting.data(), waiting.size(), -1) < 0 && errno != EINTR) FailWithLastError(name);
+    if (terminal.StopSignal() != 0) throw Cancelled{};
+    signalfd_siginfo signal = {};
+    if (waiting[0].revents != 0 && read(signals.Get(), &signal, sizeof signal) > 0) continued();
+    if (waiting[1].revents == 0) continue;
+    char c = 0;
+    const ssize_t count = read(file, &c, 1);
+    if (count < 0 && (errno == EINTR || errno == EAGAIN)) continue;
+    if (count < 0) FailWithLastError(name);
+    if (count == 0 && line.empty()) return std::nullopt;
+    if (count == 0 || c == '\n') break;
+    line += c;
+  }
+  return line;
+}
 
 }  // namespace
 
 struct Terminal::State {
   sigset_t before = {};
   sigset_t stopping = {};
-  int signals = -1;
+  Descriptor signals;  ///< Readable when one of `stopping` has come, or SIGCONT.
 };
 
 Terminal::Terminal() : state_(std::make_unique<State>()) {
@@ -62,15 +88,18 @@ Terminal::Terminal() : state_(std::make_unique<State>()) {
     if (sigaction(signal, nullptr, &before) == 0 && before.sa_handler != SIG_IGN)
       (void)sigaddset(&state_->stopping, signal);
   }
-  if (sigprocmask(SIG_BLOCK, &state_->stopping, &state_->before) != 0) Fail("signals");
-  state_->signals = signalfd(-1, &state_->stopping, SFD_NONBLOCK | SFD_CLOEXEC);
-  if (state_->signals < 0) Fail("signals");
-  // A file that grows past its size limit shall give an error with a name, not a silent end.
+  sigset_t noticed = state_->stopping;
+  (void)sigaddset(&noticed, SIGCONT);
+  (void)sigprocmask(SIG_BLOCK, &noticed, &state_->before);
+  state_->signals = Descriptor(signalfd(-1, &noticed, SFD_NONBLOCK | SFD_CLOEXEC));
+  if (!state_->signals) FailWithLastError("signals");
+  // A file that grows past its size limit and a closed pipe shall give errors, not a silent end
+  // that leaves work folders behind.
   (void)std::signal(SIGXFSZ, SIG_IGN);
+  (void)std::signal(SIGPIPE, SIG_IGN);
 }
 
 Terminal::~Terminal() {
-  close(state_->signals);
   (void)sigprocmask(SIG_SETMASK, &state_->before, nullptr);
 }
 
@@ -82,25 +111,27 @@ bool Terminal::ShowsErrors() {
   return isatty(STDERR_FILENO) == 1;
 }
 
+std::size_t Terminal::Width() {
+  winsize size = {};
+  return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
+}
+
 std::optional<std::string> Terminal::ReadLine(bool echo, std::string_view prompt) const {
-  const std::optional<EchoOff> silence =
-      echo ? std::nullopt : std::optional<EchoOff>(std::in_place);
+  std::optional<EchoOff> silence;
+  if (!echo) silence.emplace();
   std::cerr << prompt << std::flush;
-  std::string line;
-  while (true) {
-    std::array<pollfd, 2> waiting = {pollfd{state_->signals, POLLIN, 0},
-                                     pollfd{STDIN_FILENO, POLLIN, 0}};
-    if (poll(waiting.data(), waiting.size(), -1) < 0 && errno != EINTR) Fail("standard input");
-    if (StopSignal() != 0) throw Cancelled{};
-    if (waiting[1].revents == 0) continue;
-    char c = 0;
-    const ssize_t count = read(STDIN_FILENO, &c, 1);
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) Fail("standard input");
-    if (count == 0 && line.empty()) return std::nullopt;
-    if (count == 0 || c == '\n') return line;
-    line += c;
-  }
+  return Read(STDIN_FILENO, "standard input", state_->signals, *this, [&] {
+    // Shells switch the echo on again when they bring back a program that Ctrl-Z has stopped.
+    if (silence) silence->Apply();
+    std::cerr << prompt << std::flush;
+  });
+}
+
+std::optional<std::string> Terminal::ReadFirstLine(const std::filesystem::path& path) const {
+  // A pipe that nobody writes to yet must not hold up the opening, where no signal is seen.
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  if (!file) FailWithLastError(path);
+  return Read(file.Get(), path, state_->signals, *this, [] {});
 }
 
 int Terminal::StopSignal() const {

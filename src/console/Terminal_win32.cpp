@@ -9,7 +9,6 @@
 #include <atomic>
 #include <csignal>
 #include <iostream>
-#include <system_error>
 
 #include "engine/system/FileError.h"
 #include "engine/system/Wide_win32.h"
@@ -20,10 +19,7 @@ namespace {
 
 /// How long the system waits for a program whose window is closed, and so for its cleaning up.
 constexpr DWORD closingTime = 5000;
-
-[[noreturn]] void Fail(const char* what) {
-  throw std::system_error(LastError(), what);
-}
+constexpr std::size_t longestLine = 4096;
 
 /// A console's mode; nothing when the handle is no console.
 std::optional<DWORD> ModeOf(HANDLE handle) {
@@ -96,7 +92,7 @@ std::wstring ReadTypedLine(HANDLE input, const Stopping& stopping) {
     if (count == 0 && GetLastError() == ERROR_OPERATION_ABORTED)
       (void)WaitForSingleObject(stopping.asked.Get(), 1000);
     if (stopping.signal != 0) throw Cancelled{};
-    if (!read) Fail("standard input");
+    if (!read) FailWithLastError("standard input");
     if (count == 0) return line;
     line.append(part.data(), count);
     // Ctrl-Z at the start of a line is the end of the input.
@@ -114,6 +110,25 @@ void WaitForPipe(HANDLE input, const Stopping& stopping) {
   }
 }
 
+/// Reads a line from a file, a pipe or a device that is no console.
+std::optional<std::string> Read(HANDLE file, const std::filesystem::path& name,
+                                const Stopping& stopping) {
+  std::string line;
+  while (line.size() < longestLine) {
+    WaitForPipe(file, stopping);
+    if (stopping.signal != 0) throw Cancelled{};
+    char c = 0;
+    DWORD count = 0;
+    if (ReadFile(file, &c, 1, &count, nullptr) == 0 && GetLastError() != ERROR_BROKEN_PIPE &&
+        GetLastError() != ERROR_HANDLE_EOF)
+      FailWithLastError(name);
+    if (count == 0 && line.empty()) return std::nullopt;
+    if (count == 0 || c == '\n') break;
+    line += c;
+  }
+  return line;
+}
+
 }  // namespace
 
 struct Terminal::State {
@@ -124,7 +139,7 @@ struct Terminal::State {
 
 Terminal::Terminal() : state_(std::make_unique<State>()) {
   current = &state_->stopping;
-  if (SetConsoleCtrlHandler(OnControl, TRUE) == 0) Fail("signals");
+  if (SetConsoleCtrlHandler(OnControl, TRUE) == 0) FailWithLastError("signals");
 }
 
 Terminal::~Terminal() {
@@ -142,6 +157,12 @@ bool Terminal::ShowsErrors() {
   return mode && (*mode & ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
 }
 
+std::size_t Terminal::Width() {
+  CONSOLE_SCREEN_BUFFER_INFO info = {};
+  if (GetConsoleScreenBufferInfo(GetStdHandle(STD_ERROR_HANDLE), &info) == 0) return 80;
+  return static_cast<std::size_t>(info.srWindow.Right - info.srWindow.Left + 1);
+}
+
 std::optional<std::string> Terminal::ReadLine(bool echo, std::string_view prompt) const {
   const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
   const ConsoleMode silence(STD_INPUT_HANDLE, 0, echo ? 0 : ENABLE_ECHO_INPUT);
@@ -152,19 +173,15 @@ std::optional<std::string> Terminal::ReadLine(bool echo, std::string_view prompt
     if (typed.empty()) return std::nullopt;
     return Utf8Of(std::wstring_view(typed).substr(0, typed.find_first_of(L"\r\n")));
   }
-  std::string line;
-  while (true) {
-    WaitForPipe(input, state_->stopping);
-    if (StopSignal() != 0) throw Cancelled{};
-    char c = 0;
-    DWORD count = 0;
-    if (ReadFile(input, &c, 1, &count, nullptr) == 0 && GetLastError() != ERROR_BROKEN_PIPE &&
-        GetLastError() != ERROR_HANDLE_EOF)
-      Fail("standard input");
-    if (count == 0 && line.empty()) return std::nullopt;
-    if (count == 0 || c == '\n') return line;
-    line += c;
-  }
+  return Read(input, "standard input", state_->stopping);
+}
+
+std::optional<std::string> Terminal::ReadFirstLine(const std::filesystem::path& path) const {
+  const Handle file(CreateFileW(LongPath(path).c_str(), GENERIC_READ,
+                                FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+  if (!file) FailWithLastError(path);
+  return Read(file.Get(), path, state_->stopping);
 }
 
 int Terminal::StopSignal() const {
@@ -180,7 +197,7 @@ std::vector<std::string> ArgumentsOf(int /*argc*/, char** /*argv*/) {
   // Those that main() is given are in the code page, which has not every name's characters.
   int count = 0;
   wchar_t** const wide = CommandLineToArgvW(GetCommandLineW(), &count);
-  if (wide == nullptr) Fail("arguments");
+  if (wide == nullptr) FailWithLastError("arguments");
   std::vector<std::string> arguments;
   for (int i = 1; i < count; ++i) arguments.push_back(Utf8Of(wide[i]));
   (void)LocalFree(wide);

@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <charconv>
 #include <cstdint>
 #include <cstdio>
 #include <exception>
@@ -7,6 +8,8 @@
 #include <iostream>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -32,7 +35,7 @@ int Run(const Arguments& arguments, const Terminal& terminal) {
     if (done)
       terminal.IgnoreStops();
     else
-      ui.JobFailed();
+      ui.ShowHeldBack();
     if (done && !std::cout.flush()) {
       ui.Message("standard output: cannot be written", Icon::Critical);
       return statusFailed;
@@ -41,6 +44,40 @@ int Run(const Arguments& arguments, const Terminal& terminal) {
   } catch (const Cancelled&) {
     return statusSignalBase + terminal.StopSignal();
   }
+}
+
+std::optional<std::uint64_t> WholeNumber(std::string_view text) {
+  std::uint64_t number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  return error == std::errc{} && stop == end ? std::optional(number) : std::nullopt;
+}
+
+/// Adds an argument that names a file or folder, which is never empty.
+CLI::Option& AddPath(CLI::App& command, const std::string& name, std::string& path,
+                     const std::string& help) {
+  const auto check = [](const std::string& typed) {
+    return typed.empty() ? std::string("the name is empty") : std::string();
+  };
+  return *command.add_option(name, path, help)->check(CLI::Validator(check, ""));
+}
+
+/// Adds an option that `parse` reads; `expected` says what it takes.
+template <typename Number, typename Parse>
+CLI::Option& AddNumber(CLI::App& command, const std::string& name, Number& number,
+                       const Parse& parse, const std::string& expected, const std::string& help) {
+  const auto take = [&number, name, parse, expected](const std::string& text) {
+    const std::optional<std::uint64_t> parsed = parse(text);
+    if (!parsed)
+      throw CLI::ConversionError(name.substr(name.find("--")) + ": \"" + text + "\" is not " +
+                                 expected);
+    number = *parsed;
+  };
+  return *command.add_option_function<std::string>(name, take, help);
+}
+
+void AddOutput(CLI::App& command, Arguments& arguments, const std::string& help) {
+  AddPath(command, "-o,--output", arguments.output, help).type_name("DIR");
 }
 
 void AddCommonOptions(CLI::App& command, Arguments& arguments) {
@@ -52,28 +89,22 @@ void AddCommonOptions(CLI::App& command, Arguments& arguments) {
 
 void AddSplit(CLI::App& app, Arguments& arguments) {
   CLI::App& command = *app.add_subcommand("split", "Split a file into numbered .sly pieces");
-  command.add_option("FILE", arguments.file, "The file to split")->required();
-  const auto parseSize = [&arguments](const std::string& text) {
-    const std::optional<std::uint64_t> bytes = ParseByteCount(text);
-    if (!bytes)
-      throw CLI::ValidationError("--size",
-                                 "\"" + text +
-                                     "\" is not a size; give whole bytes or a unit, as in 1450000, "
-                                     "1.44MB or 64KiB");
-    arguments.size = *bytes;
+  AddPath(command, "FILE", arguments.file, "The file to split").required();
+  CLI::Option& size = AddNumber(
+      command, "-s,--size", arguments.size, ParseByteCount,
+      "a size; give whole bytes or a unit, as in 1450000, 1.44MB or 64K",
+      "The size of a piece, in bytes or in K, M, G, T (of 1024), kB, MB, GB, TB (of 1000) "
+      "[1450000]");
+  size.type_name("BYTES");
+  const auto parseCount = [](std::string_view text) {
+    const std::optional<std::uint64_t> count = WholeNumber(text);
+    return count == 0 ? std::nullopt : count;
   };
-  CLI::Option* const size =
-      command.add_option_function<std::string>("-s,--size", parseSize,
-                                               "The size of a piece, in bytes or in kB, MB, GB, "
-                                               "KiB, MiB, GiB [1450000]");
-  size->type_name("BYTES");
-  command.add_option("-n,--count", arguments.count, "The number of pieces")
-      ->type_name("N")
-      ->check(CLI::PositiveNumber)
-      ->excludes(size);
-  command
-      .add_option("-o,--output", arguments.output, "The folder for the pieces [the folder of FILE]")
-      ->type_name("DIR");
+  AddNumber(command, "-n,--count", arguments.count, parseCount,
+            "a number of pieces; give a whole number from 1", "The number of pieces")
+      .type_name("N")
+      ->excludes(&size);
+  AddOutput(command, arguments, "The folder for the pieces [the folder of FILE]");
   AddCommonOptions(command, arguments);
   command.callback([&arguments] { arguments.job = Split; });
 }
@@ -81,26 +112,24 @@ void AddSplit(CLI::App& app, Arguments& arguments) {
 void AddJoin(CLI::App& app, Arguments& arguments) {
   CLI::App& command =
       *app.add_subcommand("join", "Join the pieces of a split; prints the path of the joined file");
-  command.add_option("PIECE", arguments.file, "Any one of the pieces")->required();
+  AddPath(command, "PIECE", arguments.file, "Any one of the pieces").required();
   AddCommonOptions(command, arguments);
   command.callback([&arguments] { arguments.job = Join; });
 }
 
 void AddPasswordFile(CLI::App& command, Arguments& arguments) {
-  command
-      .add_option("--password-file", arguments.passwordFile,
-                  "Take the password from the first line of this file; \"-\" is standard input. "
-                  "Without it the password is asked for on the terminal")
-      ->type_name("PATH");
+  AddPath(command, "--password-file", arguments.passwordFile,
+          "Take the password from the first line of this file; \"-\" is standard input. Without it "
+          "the password is asked for on the terminal")
+      .type_name("PATH");
 }
 
 void AddHide(CLI::App& app, Arguments& arguments) {
   CLI::App& command = *app.add_subcommand(
       "hide", "Hide a file in a copy of another, under a password; prints the copy's path");
-  command
-      .add_option("MAIN", arguments.file, "The file to hide in; it may carry hidden files already")
-      ->required();
-  command.add_option("FILE", arguments.hidden, "The file to hide")->required();
+  AddPath(command, "MAIN", arguments.file, "The file to hide in; it may carry hidden files already")
+      .required();
+  AddPath(command, "FILE", arguments.hidden, "The file to hide").required();
   command.footer(
       "The hidden file's contents are not encrypted: anyone can read them in the new file. "
       "The password only guards the list of names and lengths.");
@@ -112,7 +141,7 @@ void AddHide(CLI::App& app, Arguments& arguments) {
 void AddList(CLI::App& app, Arguments& arguments) {
   CLI::App& command = *app.add_subcommand(
       "list", "List the hidden files: serial number, size in bytes and name, separated by tabs");
-  command.add_option("CARRIER", arguments.file, "The file that carries hidden files")->required();
+  AddPath(command, "CARRIER", arguments.file, "The file that carries hidden files").required();
   AddPasswordFile(command, arguments);
   AddCommonOptions(command, arguments);
   command.callback([&arguments] { arguments.job = List; });
@@ -120,12 +149,13 @@ void AddList(CLI::App& app, Arguments& arguments) {
 
 void AddRecover(CLI::App& app, Arguments& arguments) {
   CLI::App& command = *app.add_subcommand(
-      "recover", "Write a hidden file, or the main file, beside the carrier; prints its path");
-  command.add_option("CARRIER", arguments.file, "The file that carries hidden files")->required();
-  CLI::Option* const number = command.add_option(
-      "-f,--file", arguments.number, "The serial number of the hidden file, as list prints it");
-  number->type_name("NUMBER");
-  command.add_flag("-m,--main", arguments.main, "Recover the main file")->excludes(number);
+      "recover", "Write hidden files, or the main file, beside the carrier; prints their paths");
+  AddPath(command, "CARRIER", arguments.file, "The file that carries hidden files").required();
+  CLI::Option& number = AddNumber(command, "-f,--file", arguments.number, WholeNumber,
+                                  "a serial number; give one that list prints",
+                                  "The serial number of the hidden file, as list prints it");
+  number.type_name("NUMBER");
+  command.add_flag("-m,--main", arguments.main, "Recover the main file")->excludes(&number);
   AddPasswordFile(command, arguments);
   AddCommonOptions(command, arguments);
   command.callback([&arguments] { arguments.job = Recover; });
@@ -150,7 +180,9 @@ int Program(std::vector<std::string> words) {
     std::reverse(words.begin(), words.end());  // The parser takes them from the end.
     app.parse(std::move(words));
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : statusWrongUsage;
+    if (error.get_exit_code() == 0) return app.exit(error);
+    std::cerr << error.what() << " (--help tells more)\n";
+    return statusWrongUsage;
   }
   return Run(arguments, terminal);
 }

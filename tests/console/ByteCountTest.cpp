@@ -12,10 +12,12 @@ TEST(ByteCount, ReadsNumbersAndUnitsExactly) {
     const char* text;
     std::uint64_t bytes;
   };
-  for (const Case& c : {Case{"1450000", 1450000}, Case{"1450000B", 1450000}, Case{"2kB", 2000},
-                        Case{"1.44 MB", 1440000}, Case{"64KiB", 65536}, Case{"64 kib", 65536},
-                        Case{"2GB", 2000000000}, Case{"0.5 GiB", 536870912}, Case{"1.000", 1},
-                        Case{"18446744073709551615", 18446744073709551615U}})
+  for (const Case& c :
+       {Case{"1450000", 1450000}, Case{"1450000B", 1450000}, Case{"2kB", 2000},
+        Case{"1.44 MB", 1440000}, Case{"64KiB", 65536}, Case{"64 kib", 65536}, Case{"64K", 65536},
+        Case{"1m", 1048576}, Case{"2GB", 2000000000}, Case{"0.5 GiB", 536870912},
+        Case{"3T", 3298534883328}, Case{"3TB", 3000000000000}, Case{"1E", 1152921504606846976},
+        Case{"1.000", 1}, Case{"18446744073709551615", 18446744073709551615U}})
     EXPECT_EQ(ParseByteCount(c.text).value_or(0), c.bytes) << c.text;
   for (const char* text : {"",
                            "MB",
@@ -33,9 +35,9 @@ TEST(ByteCount, ReadsNumbersAndUnitsExactly) {
                            "0x10",
                            "1,5MB",
                            "1 MB 2",
-                           "1TB",
-                           "1M",
-                           "1K",
+                           "1KK",
+                           "1Z",
+                           "16E",
                            "18446744073709551616",
                            "18446744073709551.616kB",
                            "20000000000 GB"})

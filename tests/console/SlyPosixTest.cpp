@@ -84,6 +84,11 @@ constexpr Case scripts[] = {
     {"$SLY recover $P six -f 4 -q && cmp e.bin 'Original e.bin'", 0, "@/Original e.bin\n", ""},
     {"$SLY recover $P six --main -q && cmp m.png 'Original six'", 0, "@/Original six\n", ""},
     {"$SLY list --password-file - six <pw", 0, LIST, ""},
+    // A byte-order mark, a missing line end, a pipe.
+    {"printf '\\357\\273\\277Ab' >pw; $SLY list $P six", 0, LIST, ""},
+    {"mkfifo p; { sleep 0.1; echo Ab; } >p & $SLY list --password-file p six", 0, LIST, ""},
+    {"$SLY list --password-file /dev/zero six", 1, "",
+     "A Password Has 24 Characters At Most. Choose A Shorter One.\n"},
     {"$SLY list --password-file no six", 1, "", "no: No such file or directory\n"},
     {"cp a.bin aaaaaaaaaaaaaaaaaaaaaaaaa; $SLY hide -q $P m.png aaaaaaaaaaaaaaaaaaaaaaaaa", 0,
      "@/Hidden File m.png\n",
@@ -150,31 +155,38 @@ TEST_F(Sly, DoesAndSaysWhatIsExpected) {
   }
 }
 
-TEST_F(Sly, TellsWrongUsage) {
-  for (const char* arguments : {"",
-                                "splot a",
-                                "split",
-                                "join",
-                                "list",
-                                "hide m.png",
-                                "split a b",
-                                "split a -s 5 -n 2",
-                                "split a -s 1.5",
-                                "split a -s 0",
-                                "split a -s big",
-                                "split a -n 0",
-                                "split a -n -1",
-                                "split a -n x",
-                                "join a.1.sly -s 5",
-                                "recover six --file 0 --main $P",
-                                "recover six -f -1 $P",
-                                "recover six -f x $P",
-                                "recover six -f 65536 $P",
-                                "list six --password Ab"}) {
-    const Outcome outcome = Run(std::string("$SLY ") + arguments);
-    EXPECT_EQ(outcome.status, 2) << arguments;
-    EXPECT_EQ(outcome.out, "") << arguments;
-    EXPECT_NE(outcome.err, "") << arguments;
+TEST_F(Sly, TellsWrongUsageInALine) {
+  struct Usage {
+    const char* arguments;
+    const char* said;
+  };
+  for (const Usage& usage : {Usage{"", "subcommand"},
+                             Usage{"splot a", "subcommand"},
+                             Usage{"split", "FILE"},
+                             Usage{"join", "PIECE"},
+                             Usage{"list", "CARRIER"},
+                             Usage{"hide m.png", "FILE"},
+                             Usage{"split a b", "b"},
+                             Usage{"split a -s 5 -n 2", "--size excludes --count"},
+                             Usage{"split a -s 1.5", "--size: \"1.5\""},
+                             Usage{"split a -s 0", "--size: \"0\""},
+                             Usage{"split a -n 0", "--count: \"0\""},
+                             Usage{"split a -n -1", "--count: \"-1\""},
+                             Usage{"split a -n 2x", "--count: \"2x\""},
+                             Usage{"join a.1.sly -s 5", "-s"},
+                             Usage{"recover six -f 0 -m $P", "--file excludes --main"},
+                             Usage{"recover six -f -1 $P", "--file: \"-1\""},
+                             Usage{"list six --password Ab", "--password"},
+                             Usage{"split ''", "FILE"},
+                             Usage{"split a -o ''", "--output"},
+                             Usage{"hide '' a.bin", "MAIN"},
+                             Usage{"hide m.png ''", "FILE"},
+                             Usage{"list six --password-file ''", "--password-file"}}) {
+    const Outcome outcome = Run(std::string("$SLY ") + usage.arguments);
+    EXPECT_EQ(outcome.status, 2) << usage.arguments;
+    EXPECT_EQ(outcome.out, "") << usage.arguments;
+    EXPECT_NE(outcome.err.find(usage.said), std::string::npos) << outcome.err;
+    EXPECT_EQ(outcome.err.find('\n'), outcome.err.size() - 1) << outcome.err;
   }
   for (const char* arguments : {"--help", "split --help", "--version"}) {
     const Outcome outcome = Run(std::string("$SLY ") + arguments);
@@ -206,7 +218,7 @@ TEST_F(Sly, TalksOnATerminal) {
            {join, {REPLACE " [y/n] ", "perhaps\n", REPLACE " [y/n] ", "n\n"}, 1, "grep old a"},
            {join, {REPLACE " [y/n] ", "\x04"}, 1, "grep old a"},
            {join, {REPLACE " [y/n] ", "\x03"}, 130, "grep old a"},
-           {join, {REPLACE " [y/n] ", "y\n", "File Joined."}, 0, "grep 123 a"},
+           {join, {REPLACE " [y/n] ", "YES\n", "File Joined."}, 0, "grep 123 a"},
            // With a terminal at one end only there is nobody to ask.
            {"$SLY hide one b.bin $P <pw", {ADD " No (nobody"}, 1, nothingMade},
            {hide,
@@ -216,6 +228,19 @@ TEST_F(Sly, TalksOnATerminal) {
            {hide, {password, "Ab\n", again, "AB\n", "Passwords Do Not Match."}, 1, nothingMade},
            {hide, {password, "Ab\n", again, "\x04", "Enter Password."}, 1, nothingMade},
            {hide, {password, "Ab\n", again, "\x03"}, 130, nothingMade},
+           // Whatever ends or stops the prompt, what is typed is seen afterwards, and only then.
+           {"trap : QUIT; ulimit -c 0; $SLY hide m.png a.bin; stty -a",
+            {password, "\x1c", " echo "},
+            0,
+            nothingMade},
+           {"(sleep 0.5; kill -STOP $$; stty echo </dev/tty; kill -CONT $$) & exec $SLY list six",
+            {password, "", password, "Ab\n", "f.bin"},
+            0,
+            "true"},
+           {"mkfifo p; (sleep 0.5; kill $$) & exec $SLY list --password-file p six",
+            {},
+            143,
+            "true"},
            {"exec $SLY hide one b.bin",
             {password, "Ab\n", again, "Ab\n", ADD " [y/n] ", "y\n", "File Hidden."},
             0,
@@ -231,6 +256,8 @@ TEST_F(Sly, TalksOnATerminal) {
             {"100%  5.00 kB of 5.00 kB", "", "\r\033[KFile Successfully Sly."},
             0,
             "true"},
+           {"stty cols 20; exec $SLY split e.bin -s 2kB", {"\r100%\033[K\r\033[KFile"}, 0, "true"},
+           {"exec $SLY split \"$(printf 'a\\033[2J')\"", {"a?[2J: No such file"}, 1, "true"},
            // What takes no space on the disk is not copied, so it is reserved.
            {"fallocate -l 2000000000 a.bin; exec $SLY hide $P m.png a.bin",
             {" of 2.00 GB", "\x03"},

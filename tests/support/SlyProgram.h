@@ -90,10 +90,13 @@ class OnTerminal {
   const std::string& Shown() const { return shown_; }
 
  private:
-  /// False when the script has ended, or is silent for too long.
+  /// False when the script has ended, or is ended because it is silent for too long.
   bool ReadSome() {
     pollfd waiting = {terminal_, POLLIN, 0};
-    if (poll(&waiting, 1, 30000) <= 0) return false;
+    if (poll(&waiting, 1, 30000) <= 0) {
+      kill(child_, SIGKILL);
+      return false;
+    }
     std::array<char, 4096> part = {};
     const ssize_t count = read(terminal_, part.data(), part.size());
     if (count <= 0) return false;

@@ -51,8 +51,4 @@ std::error_code ListFolder(const std::filesystem::path& folder, const EntryVisit
 /// FileError when there is none.
 std::filesystem::path FullPathOf(const std::filesystem::path& typed);
 
-/// The first line of the file, pipe or device `path`, without its line feed. Throws FileError when
-/// it cannot be opened or read.
-std::string ReadFirstLine(const std::filesystem::path& path);
-
 }  // namespace slyver

@@ -1,7 +1,5 @@
 #include <sys/stat.h>
 
-#include <fstream>
-
 #include "engine/system/Disk.h"
 #include "engine/system/Posix.h"
 
@@ -84,15 +82,6 @@ fs::path FullPathOf(const fs::path& typed) {
   fs::path path = fs::absolute(typed, error);
   if (error) throw FileError(typed, error);
   return path;
-}
-
-std::string ReadFirstLine(const fs::path& path) {
-  std::ifstream file(path);
-  std::string line;
-  if (file) std::getline(file, line);
-  // An empty file has no line, which is no failure to read it.
-  if (!file.is_open() || file.bad()) throw FileError(path, LastError());
-  return line;
 }
 
 }  // namespace slyver

@@ -210,20 +210,4 @@ fs::path FullPathOf(const fs::path& typed) {
   return found ? full.parent_path() / search.found.cFileName : full;
 }
 
-std::string ReadFirstLine(const fs::path& path) {
-  const Handle file(CreateFileW(LongPath(path).c_str(), GENERIC_READ, shareAll, nullptr,
-                                OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-  if (!file) FailWithLastError(path);
-  std::string text;
-  std::array<char, 256> part = {};
-  DWORD count = 0;
-  do {
-    if (ReadFile(file.Get(), part.data(), part.size(), &count, nullptr) == 0 &&
-        GetLastError() != ERROR_BROKEN_PIPE)
-      FailWithLastError(path);
-    text.append(part.data(), count);
-  } while (count > 0 && text.find('\n') == std::string::npos);
-  return text.substr(0, text.find('\n'));
-}
-
 }  // namespace slyver

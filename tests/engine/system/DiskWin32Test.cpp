@@ -159,18 +159,6 @@ TEST_F(Disk, TypedNamesBecomeThoseOnTheDisk) {
   EXPECT_NE(ErrorOf([] { (void)FullPathOf(""); }), "no error");
 }
 
-TEST_F(Disk, ReadsFirstLinesOfFilesAndPipes) {
-  for (const auto& [bytes, line] :
-       {std::pair{"one\r\ntwo\n", "one\r"}, {"", ""}, {"\n", ""}, {"no end", "no end"}}) {
-    WriteFile(folder / "file", bytes);
-    EXPECT_EQ(ReadFirstLine(folder / "file"), line);
-  }
-  WriteFile(folder / "file", std::string(1000, 'x') + "\ny");
-  EXPECT_EQ(ReadFirstLine(folder / "file"), std::string(1000, 'x'));
-  EXPECT_EQ(ErrorOf([&] { (void)ReadFirstLine(folder / "none"); }),
-            (folder / "none").string() + ": No such file or directory");
-}
-
 TEST_F(Disk, AFolderHasOneLockHoweverItIsSpelled) {
   ScriptedUi ui;
   fs::create_directory(folder / "Locked");
