@@ -110,7 +110,8 @@ bool Split(const Arguments& arguments, ConsoleUi& ui) {
 }
 
 bool Join(const Arguments& arguments, ConsoleUi& ui) {
-  return Print(JoinPieces(TypedPath(arguments.file), ui));
+  const std::optional<JoinedFile> joined = JoinPieces(TypedPath(arguments.file), ui);
+  return Print(joined ? std::optional(joined->path) : std::nullopt);
 }
 
 bool Hide(const Arguments& arguments, ConsoleUi& ui) {

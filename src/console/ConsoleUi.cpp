@@ -107,13 +107,15 @@ std::optional<std::string> ConsoleUi::AskLine(std::string_view prompt) {
 void ConsoleUi::ShowProgressForm(std::string_view /*caption*/) {}
 
 void ConsoleUi::SetProgress(const Progress& progress) {
-  if (options_.quiet || progress.bytesTotal == 0 || !Terminal::ShowsErrors()) return;
+  if (options_.quiet || progress.bytesTotal + progress.searched == 0 || !Terminal::ShowsErrors())
+    return;
   const Clock::time_point now = Clock::now();
   const bool another =
       progress.bytesTotal != last_.bytesTotal || progress.bytesDone < last_.bytesDone;
   if (another) started_ = now;
-  const bool complete = progress.bytesDone == progress.bytesTotal;
-  const bool drawn = lineShown_ && progress.bytesDone == last_.bytesDone;
+  const bool complete = progress.searched == 0 && progress.bytesDone == progress.bytesTotal;
+  const bool drawn =
+      lineShown_ && progress.bytesDone == last_.bytesDone && progress.searched == last_.searched;
   if (!another && (drawn || (!complete && now - drawn_ < drawInterval))) return;
   last_ = progress;
   drawn_ = now;

@@ -31,7 +31,7 @@ constexpr int statusSignalBase = 128;
 int Run(const Arguments& arguments, const Terminal& terminal) {
   ConsoleUi ui(terminal, arguments.console);
   try {
-    const bool done = ShowingErrors(ui, [&] { return arguments.job(arguments, ui); });
+    const bool done = ShowingErrors(ui, false, [&] { return arguments.job(arguments, ui); });
     if (done)
       terminal.IgnoreStops();
     else

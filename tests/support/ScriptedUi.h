@@ -17,7 +17,7 @@ namespace slyver {
 
 /// A user who expects an exact sequence of messages, questions and dialogs, each with its texts,
 /// buttons and icon, answers as told, and fails the test on anything else or anything missing.
-class ScriptedUi final : public Ui {
+class ScriptedUi : public Ui {
  public:
   ~ScriptedUi() override {
     for (const Step& step : script_) ADD_FAILURE() << "did not come: " << step.call;

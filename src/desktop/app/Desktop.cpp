@@ -157,7 +157,7 @@ void Desktop::RunStep(const std::function<bool()>& step) {
   stepRuns_ = true;
   bool more = false;
   try {
-    more = ShowingErrors(ui_, step);
+    more = ShowingErrors(ui_, false, step);
   } catch (const Cancelled&) {
     DeleteFilePathValue();
     ui_.EndProgram();

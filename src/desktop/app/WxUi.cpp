@@ -98,6 +98,8 @@ void WxUi::ShowProgressForm(std::string_view caption) {
 }
 
 void WxUi::SetProgress(const Progress& progress) {
+  // A search that takes long comes before the job shows its form.
+  if (progress.searched > 0) desktop_->ShowJoin("Joining Files");
   desktop_->ShowProgress(progress);
 }
 

@@ -30,7 +30,7 @@ std::string PathIn(const std::string& commandLine) {
 }
 
 void RemoveIfThere(Ui& ui, const std::filesystem::path& folder) {
-  (void)ShowingErrors(ui, [&] {
+  (void)ShowingErrors(ui, false, [&] {
     if (FolderExists(folder)) RemoveFolder(folder);
     return true;
   });
@@ -174,7 +174,7 @@ void frmFirst::Form_QueryUnload() {
 void frmFirst::Form_Unload() {
   DeleteFilePathValue();
   Ui& ui = desktop_.Talk();
-  (void)ShowingErrors(ui, [&] {
+  (void)ShowingErrors(ui, false, [&] {
     RemoveWorkFolders(PrivateFolder(), ui);
     return true;
   });

@@ -49,7 +49,7 @@ void ProgressView::Show(const Progress& progress) {
   copying_ = progress.bytesTotal > 0;
   // Twice a second is as fast as one can read.
   constexpr std::chrono::milliseconds lineInterval{500};
-  if (!copying_ || now - lineSet_ < lineInterval) return;
+  if ((!copying_ && progress.searched == 0) || now - lineSet_ < lineInterval) return;
   lineSet_ = now;
   const std::string line =
       ProgressLine(progress, std::chrono::duration<double>(now - started_).count());

@@ -58,7 +58,7 @@ HideJob::HideJob(HideForm form, Ui& ui, BigFiles bigFiles)
     : form_(std::move(form)), ui_(ui), bigFiles_(bigFiles) {}
 
 bool HideJob::Check() {
-  return ShowingErrors(ui_, [&] {
+  return ShowingErrors(ui_, false, [&] {
     const std::string main = PathText(form_.Text1);
     if (main.empty()) {
       ui_.Message("Main File Is Missing. Select The File Again.", Icon::Information);
@@ -235,7 +235,7 @@ HideJob::Ini HideJob::CheckIni() {
 }
 
 std::optional<fs::path> HideJob::DoAll() {
-  std::optional<fs::path> carrier = ShowingErrors(ui_, [&]() -> std::optional<fs::path> {
+  std::optional<fs::path> carrier = ShowingErrors(ui_, {}, [&]() -> std::optional<fs::path> {
     RequireState(form_.Text1, main_);
     RequireState(form_.Text2, hidden_);
     const fs::path directory = InWork("8.ini");

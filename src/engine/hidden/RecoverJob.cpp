@@ -215,7 +215,7 @@ RecoverJob::Next RecoverJob::Unable() {
 
 std::optional<std::vector<HiddenFile>> ListHiddenFiles(const fs::path& carrier,
                                                        std::string_view password, Ui& ui) {
-  return ShowingErrors(ui, [&]() -> std::optional<std::vector<HiddenFile>> {
+  return ShowingErrors(ui, {}, [&]() -> std::optional<std::vector<HiddenFile>> {
     const std::uint64_t length = FileLength(carrier);
     const auto refuse = [&](std::string_view message, Icon icon) {
       ui.Message(message, icon);

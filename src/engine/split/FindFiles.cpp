@@ -1,5 +1,6 @@
 #include "engine/split/FindFiles.h"
 
+#include <chrono>
 #include <system_error>
 #include <vector>
 
@@ -14,30 +15,60 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::uint64_t entriesBetweenEvents = 256;
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::milliseconds progressInterval{100};
+
+/// How many levels of folders are held open. Below them the names of subfolders are noted, since
+/// open folders are few.
+constexpr int openLevels = 64;
+
+struct Search {
+  std::string_view pattern;
+  Ui& ui;
+  const std::function<void(const fs::path&)>& found;
+  FindCounts counts = {};
+  std::uint64_t names = 0;
+  Clock::time_point shown = Clock::now();
+
+  void CountName() {
+    if (!ui.GoOn()) throw Cancelled{};
+    ++names;
+    const Clock::time_point now = Clock::now();
+    if (now - shown < progressInterval) return;
+    shown = now;
+    ui.SetProgress({.bar = "PB1", .searched = names});
+  }
+
+  /// Returns the error with which the listing of `folder` itself ended, if any.
+  std::error_code LookInto(const fs::path& folder, int level) {
+    std::vector<std::string> later;
+    const std::error_code error = ListFolder(folder, [&](const fs::path& entry, EntryKind kind) {
+      CountName();
+      if (kind == EntryKind::Folder) {
+        ++counts.folders;
+        if (level < openLevels)
+          (void)LookInto(entry, level + 1);
+        else
+          later.push_back(PathText(entry.filename()));
+      } else if (kind == EntryKind::File &&
+                 EndsIgnoringCase(PathText(entry.filename()), pattern.substr(1))) {
+        ++counts.files;
+        found(entry);
+      }
+    });
+    for (const std::string& name : later) (void)LookInto(folder / PathFromText(name), level + 1);
+    return error;
+  }
+};
 
 }  // namespace
 
 FindCounts FindFilesAPI(const fs::path& path, std::string_view pattern, Ui& ui,
                         const std::function<void(const fs::path&)>& found) {
-  FindCounts counts;
-  std::uint64_t entries = 0;
-  std::vector<fs::path> folders = {path};
-  for (std::size_t next = 0; next < folders.size(); ++next) {
-    const fs::path folder = folders[next];
-    const std::error_code error = ListFolder(folder, [&](const fs::path& entry, EntryKind kind) {
-      if (entries++ % entriesBetweenEvents == 0 && !ui.GoOn()) throw Cancelled{};
-      if (kind == EntryKind::Folder) folders.push_back(entry);
-      if (kind != EntryKind::File ||
-          !EndsIgnoringCase(PathText(entry.filename()), pattern.substr(1)))
-        return;
-      ++counts.files;
-      found(entry);
-    });
-    if (error && next == 0) throw FileError(path, error);
-  }
-  counts.folders = folders.size() - 1;
-  return counts;
+  Search search{pattern, ui, found};
+  if (const std::error_code error = search.LookInto(path, 1)) throw FileError(path, error);
+  return search.counts;
 }
 
 std::string StripNulls(std::string_view text) {

@@ -13,15 +13,17 @@ namespace slyver {
 /// What a search has come across.
 struct FindCounts {
   std::uint64_t files = 0;    ///< Files whose name matches.
-  std::uint64_t folders = 0;  ///< Subfolders looked into, at any depth.
+  std::uint64_t folders = 0;  ///< Subfolders, at any depth.
 };
 
 /// Searches the folder `path` and all folders below it for regular files whose name ends as
 /// `pattern` says: "*" and an ending, whose letters may be of either case. Calls `found` with the
-/// full path of each, those of a folder before those of its subfolders, otherwise in no fixed
-/// order. Links to files count as files; links to folders are not followed. Subfolders that may not
-/// be read are passed over; throws FileError when `path` itself cannot be read, and Cancelled when
-/// the user stops the search.
+/// full path of each, in no fixed order. Links to files count as files; links to folders are not
+/// followed. Tells `ui` how many names it has seen, and asks it at each whether to go on. Memory
+/// does not grow with the number of names, but for folders more than 64 levels down.
+///
+/// Passes over subfolders that cannot be read. Throws FileError when `path` itself cannot be read,
+/// and Cancelled when the user stops the search.
 FindCounts FindFilesAPI(const std::filesystem::path& path, std::string_view pattern, Ui& ui,
                         const std::function<void(const std::filesystem::path&)>& found);
 

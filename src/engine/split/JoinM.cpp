@@ -1,8 +1,9 @@
 #include "engine/split/JoinM.h"
 
-#include <algorithm>
 #include <limits>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "engine/split/FindFiles.h"
@@ -16,117 +17,162 @@
 
 namespace slyver {
 
+namespace fs = std::filesystem;
+
 namespace {
 
 constexpr std::string_view scratchName = "temprrr";
+constexpr std::size_t mostPieces = std::numeric_limits<std::int16_t>::max();
 constexpr std::string_view pieceFilter = "Sly File (*.Sly)|*.Sly;|";
 
-/// A piece that was found. The path is kept as text: a path object takes several times the memory,
-/// and there may be 32767.
+/// What was found under the number of a piece. A piece in the folder counts before those below it.
 struct Piece {
-  int number = 0;
-  bool inSubfolder = false;
-  FileState state;
+  std::uint32_t count = 0;  ///< How many there are at the best place.
+  bool below = false;       ///< In a subfolder.
+  /// The path below the folder, where it differs from the plain name: there may be 32767 pieces.
   std::string path;
 };
 
-/// Whether a file below `folder` lies in what an interrupted join has left, and so is no piece.
-bool LiesInScratch(const std::filesystem::path& file, const std::filesystem::path& folder) {
-  const std::filesystem::path below = file.lexically_relative(folder).parent_path();
-  return std::find(below.begin(), below.end(), scratchName) != below.end();
-}
+/// The pieces of one split, number 1 first.
+class Pieces {
+ public:
+  /// Finds all pieces of `origName` in `folder` and below.
+  Pieces(fs::path folder, std::string origName, Ui& ui)
+      : folder_(std::move(folder)), origName_(std::move(origName)) {
+    (void)FindFilesAPI(folder_, "*.sly", ui, [&](const fs::path& path) {
+      if (const int number = PieceNumberOf(PathText(path.filename()), origName_); number > 0)
+        Take(path, static_cast<std::size_t>(number));
+    });
+  }
 
-/// All pieces of `origName` in `folder` and below, by number, and of each number those in the
-/// folder itself first.
-std::vector<Piece> FindPieces(const std::filesystem::path& folder, std::string_view origName,
-                              Ui& ui) {
-  std::vector<Piece> pieces;
-  (void)FindFilesAPI(folder, "*.sly", ui, [&](const std::filesystem::path& path) {
-    const int number = PieceNumberOf(PathText(path.filename()), origName);
-    if (number == 0 || LiesInScratch(path, folder)) return;
-    pieces.push_back({number, path.parent_path() != folder, {}, PathText(path)});
-  });
-  std::sort(pieces.begin(), pieces.end(), [](const Piece& a, const Piece& b) {
-    return std::tie(a.number, a.inSubfolder) < std::tie(b.number, b.inSubfolder);
-  });
-  return pieces;
-}
+  std::size_t Count() const { return found_.size(); }
 
-/// Takes out the pieces in subfolders that the folder holds too.
-void DropShadowed(std::vector<Piece>& pieces) {
-  const auto shadowed = [](const Piece& kept, const Piece& next) {
-    return kept.number == next.number && !kept.inSubfolder && next.inSubfolder;
-  };
-  pieces.erase(std::unique(pieces.begin(), pieces.end(), shadowed), pieces.end());
-}
+  std::string NameOf(std::size_t number) const {
+    return PieceNameOf(origName_, static_cast<int>(number));
+  }
 
-/// Whether the numbers are 1 to n, each once. Says what is wrong.
-bool NumbersAreWhole(const std::vector<Piece>& pieces, const std::string& origName, Ui& ui) {
-  int expected = 1;
-  for (const Piece& piece : pieces) {
-    if (piece.number < expected) {
-      ui.Message(PieceNameOf(origName, piece.number) + " Is There More Than Once.", Icon::Critical);
+  fs::path PathOf(std::size_t number) const {
+    const std::string& path = found_[number - 1].path;
+    return folder_ / PathFromText(path.empty() ? NameOf(number) : path);
+  }
+
+  /// Whether the numbers are 1 to n, each once, and the piece `chosen` (0 for none) is among those
+  /// of the folder itself. Says what is wrong. Throws FileError where a piece cannot be read.
+  bool AreWhole(std::size_t chosen, Ui& ui) const {
+    for (std::size_t number = 1; number <= Count(); ++number) {
+      const Piece& piece = found_[number - 1];
+      if (piece.count == 0 || (number == chosen && piece.below)) return Missing(number, ui);
+      if (piece.count == 1) continue;
+      ui.Message(NameOf(number) + " Is There More Than Once.", Icon::Critical);
       return false;
     }
-    if (piece.number > expected) break;
-    ++expected;
+    if (Count() < 2) return Missing(Count() + 1, ui);
+    if (chosen > Count()) return Missing(chosen, ui);
+    // A link that leads nowhere, say, would be taken for the end of the pieces.
+    const fs::path next = folder_ / PathFromText(NameOf(Count() + 1));
+    return !NameIsTaken(next) || Missing(Count() + 1, ui);
   }
-  if (expected > 1 && expected > static_cast<int>(pieces.size())) return true;
-  ui.Message(PieceNameOf(origName, expected) + " Is Missing.", Icon::Critical);
-  return false;
+
+ private:
+  void Take(const fs::path& path, std::size_t number) {
+    if (number > found_.size()) found_.resize(number);
+    Piece& piece = found_[number - 1];
+    const bool below = path.parent_path() != folder_;
+    if (piece.count > 0 && below == piece.below) ++piece.count;
+    if (piece.count > 0 && below >= piece.below) return;
+    std::string relative = PathText(path.lexically_relative(folder_));
+    if (relative == NameOf(number)) relative.clear();
+    piece = {1, below, std::move(relative)};
+  }
+
+  /// Throws FileError where something that is no readable file bears the piece's name.
+  bool Missing(std::size_t number, Ui& ui) const {
+    const fs::path path = folder_ / PathFromText(NameOf(number));
+    if (NameIsTaken(path)) (void)StateOf(path);
+    ui.Message(NameOf(number) + " Is Missing.", Icon::Critical);
+    return false;
+  }
+
+  fs::path folder_;
+  std::string origName_;
+  std::vector<Piece> found_;
+};
+
+/// The states of all pieces, which are those of one split: whoever replaces the pieces meanwhile
+/// replaces the first one too. Throws FileError, and Cancelled.
+std::vector<FileState> StatesOf(const Pieces& pieces, Ui& ui) {
+  std::vector<FileState> states;
+  states.reserve(pieces.Count());
+  for (std::size_t number = 1; number <= pieces.Count(); ++number) {
+    if (!ui.GoOn()) throw Cancelled{};
+    states.push_back(StateOf(pieces.PathOf(number)));
+  }
+  if (StateOf(pieces.PathOf(1)) != states.front())
+    throw FileError(pieces.PathOf(1), fileWasChanged);
+  return states;
 }
 
-/// Whether the sizes are those of one split: all alike but the last, which is not larger. If not,
-/// the user decides.
-bool SizesAreRight(const std::vector<Piece>& pieces, const std::string& origName, Ui& ui) {
-  const std::uint64_t common = pieces.front().state.length;
-  const auto odd = std::find_if(pieces.begin(), pieces.end(), [&](const Piece& piece) {
-    const std::uint64_t length = piece.state.length;
-    return &piece == &pieces.back() ? length > common : length != common;
-  });
-  return odd == pieces.end() ||
-         AskYesNo(ui, PieceNameOf(origName, odd->number) +
-                          " Does Not Have The Size Of The Other Pieces. Do You Want To Join "
-                          "Them All The Same?");
+/// The number of the first piece whose size is not that of one split: all are alike but the last,
+/// which is not larger. 0 when there is none.
+std::size_t OddPiece(const std::vector<FileState>& states) {
+  const std::uint64_t common = states.front().length;
+  for (std::size_t i = 1; i + 1 < states.size(); ++i)
+    if (states[i].length != common) return i + 1;
+  return states.back().length > common ? states.size() : 0;
+}
+
+bool HasSixDigits(std::string_view pieceName, std::string_view origName) {
+  constexpr std::string_view around = "..sly";
+  return pieceName.size() == origName.size() + around.size() + 6 &&
+         pieceName.substr(origName.size() + 1, 6).find_first_not_of("0123456789") ==
+             std::string_view::npos;
 }
 
 enum class Ending { Failed, Declined, Joined };
 
 /// The join up to its final message.
-Ending Join(const std::filesystem::path& folder, const std::string& origName,
-            const std::filesystem::path& target, Ui& ui, std::optional<ScratchFolder>& scratch) {
-  const bool replace = NameIsTaken(target);
-  if (replace && !AskYesNo(ui, origName + " Already Exists. Do You Want To Replace It?"))
+Ending Join(const fs::path& FullPath, const std::string& OrigName, JoinedFile& joined, Ui& ui,
+            std::optional<ScratchFolder>& scratch) {
+  const std::string PieceName = PathText(FullPath.filename());
+  const int chosen = PieceNumberOf(PieceName, OrigName);
+  if (chosen == 0 && !HasSixDigits(PieceName, OrigName)) {
+    ui.Message(PieceName + " Is Not A Piece Of A Split File.", Icon::Critical);
+    return Ending::Failed;
+  }
+  if (!NameIsTaken(FullPath)) {
+    ui.Message(PieceName + " Is Missing.", Icon::Critical);
+    return Ending::Failed;
+  }
+  const bool replace = NameIsTaken(joined.path);
+  if (replace && !AskYesNo(ui, OrigName + " Already Exists. Do You Want To Replace It?"))
+    return Ending::Declined;
+  // Whether the file can be made at all is better known before the search.
+  (void)TargetFile(joined.path, 0, replace ? Existing::ReplaceScratch : Existing::Keep);
+
+  const Pieces pieces(FullPath.parent_path(), OrigName, ui);
+  if (!pieces.AreWhole(static_cast<std::size_t>(chosen), ui)) return Ending::Failed;
+  joined.pieces = pieces.Count();
+  joined.lastPiece = pieces.NameOf(pieces.Count());
+  if (joined.pieces > mostPieces) throw OverflowError();
+  const std::vector<FileState> states = StatesOf(pieces, ui);
+  for (const FileState& state : states) joined.length += state.length;
+  joined.allAlike = states.back().length == states.front().length;
+  if (const std::size_t odd = OddPiece(states);
+      odd > 0 && !AskYesNo(ui, pieces.NameOf(odd) +
+                                   " Does Not Have The Size Of The Other Pieces. Do You Want To "
+                                   "Join Them All The Same?"))
     return Ending::Declined;
 
-  // Whoever splits a file into these pieces holds the name of piece 1; so does the join, lest
-  // pieces are replaced under its hands. It replaces none itself, so piece 1 may be read-only.
-  const TargetFile held(folder / PathFromText(PieceNameOf(origName, 1)), 0,
-                        Existing::ReplaceScratch);
-  std::vector<Piece> pieces = FindPieces(folder, origName, ui);
-  DropShadowed(pieces);
-  if (!NumbersAreWhole(pieces, origName, ui)) return Ending::Failed;
-  // A link that leads nowhere, say, is a piece that cannot be read, and not the end of the pieces.
-  const auto next = folder / PathFromText(PieceNameOf(origName, pieces.back().number + 1));
-  if (NameIsTaken(next)) (void)StateOf(next);
-  std::uint64_t total = 0;
-  for (Piece& piece : pieces) {
-    piece.state = StateOf(PathFromText(piece.path));
-    total += piece.state.length;
-  }
-  if (!SizesAreRight(pieces, origName, ui)) return Ending::Declined;
-
-  scratch.emplace(folder / scratchName);
+  scratch.emplace(joined.path.parent_path() / scratchName);
   ui.ShowProgressForm("Joining Files");
-  const Output joined{target, total, pieces.size(), [&](std::size_t i) {
-                        const FileState& state = pieces[i].state;
-                        return ByteRange{PathFromText(pieces[i].path), 0, state.length, state};
+  const Output output{joined.path, joined.length, joined.pieces, [&](std::size_t i) {
+                        return ByteRange{pieces.PathOf(i + 1), 0, states[i].length, states[i]};
                       }};
   // The bar's steps grow with the index, so that it fills quickly when there are many pieces.
   const Watch watch = StepProgress(ui, "PB1", 0, [](double value, std::size_t index) {
     return value + static_cast<double>(index) * 5;
   });
-  return JoinFolder(joined, replace, ui, watch) < 1 ? Ending::Failed : Ending::Joined;
+  return JoinFolder(output, replace, ui, watch) < 1 ? Ending::Failed : Ending::Joined;
 }
 
 void End(Ui& ui) {
@@ -151,9 +197,8 @@ std::int16_t JoinFolder(const Output& joined, bool overwrite, Ui& ui, const Watc
     ui.Message("'" + PathText(joined.target) + "' already exists, action canceled", Icon::Critical);
     return 0;
   }
-  return ShowingErrors(ui, [&]() -> std::int16_t {
-    if (joined.rangeCount > std::size_t{std::numeric_limits<std::int16_t>::max()})
-      throw OverflowError();
+  return ShowingErrors(ui, 0, [&]() -> std::int16_t {
+    if (joined.rangeCount > mostPieces) throw OverflowError();
     Output output = joined;
     output.existing = overwrite ? Existing::Replace : Existing::Keep;
     WriteOutputs(
@@ -162,15 +207,18 @@ std::int16_t JoinFolder(const Output& joined, bool overwrite, Ui& ui, const Watc
   });
 }
 
-std::optional<std::filesystem::path> JoinPieces(const std::filesystem::path& FullPath, Ui& ui) {
+std::optional<JoinedFile> JoinPieces(const fs::path& FullPath, Ui& ui,
+                                     const fs::path& outputFolder) {
   const std::string PieceName = PathText(FullPath.filename());
   const std::optional<std::string> OrigName = OrigNameOf(PieceName);
-  const std::filesystem::path target = FullPath.parent_path() / PathFromText(OrigName.value_or(""));
+  const fs::path folder = outputFolder.empty() ? FullPath.parent_path() : outputFolder;
+  JoinedFile joined;
   std::optional<ScratchFolder> scratch;
   Ending ending = Ending::Failed;
   if (OrigName) {
-    ending = ShowingErrors(
-        ui, [&] { return Join(FullPath.parent_path(), *OrigName, target, ui, scratch); });
+    joined.path = folder / PathFromText(*OrigName);
+    ending = ShowingErrors(ui, Ending::Failed,
+                           [&] { return Join(FullPath, *OrigName, joined, ui, scratch); });
   } else {
     ui.Message(PieceName + " Is Not A Piece Of A Split File.", Icon::Critical);
   }
@@ -178,29 +226,28 @@ std::optional<std::filesystem::path> JoinPieces(const std::filesystem::path& Ful
   if (ending == Ending::Joined) ui.Message("File Joined.", Icon::Information);
   scratch.reset();
   End(ui);
-  return ending == Ending::Joined ? std::optional(target) : std::nullopt;
+  return ending == Ending::Joined ? std::optional(joined) : std::nullopt;
 }
 
-std::optional<std::filesystem::path> JoinFile(Ui& ui, const std::filesystem::path& dropped) {
+std::optional<JoinedFile> JoinFile(Ui& ui, const fs::path& dropped) {
   if (!PiecesAreTogether(ui) && AskYesNo(ui, "Do You Want To Exit?")) {
     End(ui);
     return std::nullopt;
   }
-  const std::optional<std::filesystem::path> FullPath =
+  const std::optional<fs::path> FullPath =
       dropped.empty() ? ui.OpenFile("Select File To Join.", pieceFilter, HomeFolder()) : dropped;
   if (FullPath) return JoinPieces(*FullPath, ui);
   if (ExitWithoutFile(ui)) End(ui);
   return std::nullopt;
 }
 
-std::optional<std::filesystem::path> JoinFromCommandLine(const std::filesystem::path& FilePath,
-                                                         Ui& ui) {
+std::optional<JoinedFile> JoinFromCommandLine(const fs::path& FilePath, Ui& ui) {
   if (!PiecesAreTogether(ui)) {
     End(ui);
     return std::nullopt;
   }
-  const std::filesystem::path folder = WithSeparator(FilePath.parent_path());
-  std::optional<std::filesystem::path> FullPath;
+  const fs::path folder = WithSeparator(FilePath.parent_path());
+  std::optional<fs::path> FullPath;
   do {
     FullPath = ui.OpenFile("Please Select Any Other File To Join.", pieceFilter, folder);
     if (!FullPath && ExitWithoutFile(ui)) {

@@ -49,7 +49,7 @@ std::int16_t SlyIt(SplitForm& form, Ui& ui, AfterFailure afterFailure) {
   if (!size) return 0;
 
   // The look is at the source's own folder, wherever the pieces are to go.
-  const std::optional<bool> taken = ShowingErrors(ui, [&]() -> std::optional<bool> {
+  const std::optional<bool> taken = ShowingErrors(ui, {}, [&]() -> std::optional<bool> {
     return NameIsTaken(PathFromText(PieceNameOf(PathText(form.Text1), 1)));
   });
   if (taken == true) {

@@ -101,7 +101,7 @@ void WritePieces(const Cut& cut, const std::function<std::filesystem::path(int n
 
 SplitResult SplitFile(const std::filesystem::path& source, std::uint64_t pieceSize,
                       const SplitOptions& options, Ui& ui) {
-  return ShowingErrors(ui, [&]() -> SplitResult {
+  return ShowingErrors(ui, {}, [&]() -> SplitResult {
     const FileState state = options.state ? *options.state : StateOf(source);
     const std::uint64_t length = state.length;
     if (length <= pieceSize) {
@@ -128,7 +128,7 @@ SplitResult SplitFile(const std::filesystem::path& source, std::uint64_t pieceSi
 
 ChunkResult ChunkToTemp(const std::filesystem::path& source, std::uint64_t chunkSize,
                         const ChunkOptions& options, Ui& ui) {
-  return ShowingErrors(ui, [&]() -> ChunkResult {
+  return ShowingErrors(ui, {}, [&]() -> ChunkResult {
     const FileState state = options.state ? *options.state : StateOf(source);
     const std::uint64_t length = state.length;
     if (length <= chunkSize) {

@@ -39,6 +39,7 @@ std::string ReadableBytes(double bytes) {
 }
 
 std::string ProgressLine(const Progress& progress, double seconds) {
+  if (progress.searched > 0) return "Searching ... " + std::to_string(progress.searched) + " names";
   const auto done = static_cast<double>(progress.bytesDone);
   const auto total = static_cast<double>(progress.bytesTotal);
   std::string line = Formatted("%3.0f%%%s", total > 0 ? done / total * 100 : 0, "  ") +

@@ -6,11 +6,11 @@
 
 namespace slyver {
 
-/// A byte count for people: three digits at least and a unit of 1000 ("999 bytes", "1.45 MB").
+/// A byte count as people read it, in units of 1000 ("999 bytes", "1.45 MB").
 std::string ReadableBytes(double bytes);
 
-/// One line about a job that has copied for `seconds`: percent, bytes, and once it can be told the
-/// rate and the time left.
+/// One line about a job: how many names a search has seen; or, where bytes have been copied for
+/// `seconds`, percent, bytes, and after half a second the rate and the time left.
 std::string ProgressLine(const Progress& progress, double seconds);
 
 }  // namespace slyver

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 namespace slyver {
 
@@ -15,15 +16,15 @@ enum class Answer { Yes, No, Ok, Cancel };
 
 /// The state of a progress bar.
 struct Progress {
-  std::string_view bar;         ///< The bar's name: "pb" of the split form, "PB1" of the join form.
-  double value = 0;             ///< 0 to 100, in the steps that the job is described in.
-  std::uint64_t bytesDone = 0;  ///< What lies between the steps; both are 0 where no
-  std::uint64_t bytesTotal = 0;  ///< bytes are being copied.
+  std::string_view bar;  ///< The bar's name: "pb" of the split form, "PB1" of the join form.
+  double value = 0;      ///< 0 to 100, in the steps that the job is described in.
+  std::uint64_t bytesDone = 0;
+  std::uint64_t bytesTotal = 0;  ///< 0 while no bytes are being copied.
+  std::uint64_t searched = 0;    ///< How many names a search has seen; 0 while none runs.
 };
 
-/// All that the engine has to say and to ask. The engine never draws and never asks on its own, so
-/// that the desktop, the terminal and the tests can each answer in their way. Every message box has
-/// the title "Slyver". All text is UTF-8.
+/// How the engine talks to the user; the desktop, the terminal and the tests each implement it.
+/// Every message box has the title "Slyver". All text is UTF-8.
 class Ui {
  public:
   Ui() = default;
@@ -55,12 +56,10 @@ class Ui {
   /// Sets a progress bar.
   virtual void SetProgress(const Progress& progress) = 0;
 
-  /// Lets pending events run. Jobs call it between units of work; false asks them to stop and to
-  /// clean up.
+  /// Lets pending events run. Jobs call it between units of work; false asks them to stop.
   virtual bool GoOn() = 0;
 
-  /// Asks for the end of the program. It returns: the job leaves in its ordinary way, and the
-  /// program ends when it has.
+  /// Asks for the end of the program, which comes when the job has returned.
   virtual void EndProgram() = 0;
 };
 
@@ -69,15 +68,16 @@ inline bool AskYesNo(Ui& ui, std::string_view text) {
   return ui.Question(text, Buttons::YesNo, Icon::None) == Answer::Yes;
 }
 
-/// What `work` returns. When it throws an error, the error's own description is shown with the
-/// critical icon and an empty result returned. Cancelled passes through.
+/// What `work` returns. When it throws an error, shows the error's own description with the
+/// critical icon and returns `failed`. Cancelled passes through.
 template <typename Work>
-auto ShowingErrors(Ui& ui, const Work& work) -> decltype(work()) {
+auto ShowingErrors(Ui& ui, std::invoke_result_t<const Work&> failed, const Work& work)
+    -> decltype(work()) {
   try {
     return work();
   } catch (const std::exception& error) {
     ui.Message(error.what(), Icon::Critical);
-    return {};
+    return failed;
   }
 }
 

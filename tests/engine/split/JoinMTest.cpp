@@ -1,14 +1,8 @@
 #include "engine/split/JoinM.h"
 
-#include <gtest/gtest.h>
-
-#include "engine/split/PieceName.h"
-#include "engine/system/FileError.h"
-#include "engine/system/Files.h"
+#include "engine/split/Scene.h"
 #include "engine/system/Registry.h"
 #include "engine/system/WorkFolders.h"
-#include "support/ScriptedUi.h"
-#include "support/TempFolder.h"
 
 namespace slyver {
 namespace {
@@ -16,288 +10,214 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* companyKey = R"(Software\Orm Valis\FC)";
-constexpr const char* together =
-    "Please Make Sure All The Sly Files Are In The Same Folder. Are They In The Same Folder?";
+constexpr const char* twelve =
+    "f.1.sly=a f.2.sly=b f.3.sly=c f.4.sly=d f.5.sly=e f.6.sly=f f.7.sly=g f.8.sly=h f.9.sly=i "
+    "f.10.sly=j f.11.sly=k f.12.sly=l ";
+const std::string replace = " f Already Exists. Do You Want To Replace It?";
+const std::string sizes =
+    " Does Not Have The Size Of The Other Pieces. Do You Want To Join Them All The Same?";
 
-/// A join of "my file.v1.dat", whose first bytes are those of `bytes`.
+const std::string noPiece = " Is Not A Piece Of A Split File.";
+
 class Join : public TempFolderTest {
  protected:
-  void SetUp() override {
-    TempFolderTest::SetUp();
-    target = folder / name;
+  /// Joins the file "f" from the piece `chosen`; the script lacks what is always said at the end.
+  /// Nothing but "f", which gets the bytes `joined`, may change in the folder.
+  void Run(const std::string& chosen, Script script, const std::string& joined = "") {
+    Files files = FilesIn(folder);
+    if (!joined.empty()) script.insert(script.end(), {"p Joining Files", "i File Joined."});
+    if (!script.empty() && script.back()[0] == 'x') script.emplace_back("x Unable To Join File.");
+    script.emplace_back("end");
+    if (!joined.empty()) files["f"] = joined;
+    ScriptedUi ui;
+    Expect(ui, script);
     SaveRegString(RegRoot::LocalMachine, companyKey, "filepath", "left");
-  }
-  void TearDown() override {
-    EXPECT_FALSE(fs::exists(folder / "temprrr"));
-    TempFolderTest::TearDown();
-  }
-
-  fs::path Piece(int number) const { return folder / PieceNameOf(name, number); }
-
-  /// Puts pieces number `first` to `last` of `size` bytes each into the folder.
-  void MakePieces(int first, int last, std::size_t size = 10) const {
-    for (int i = first; i <= last; ++i)
-      WriteFile(Piece(i), bytes.substr((static_cast<std::size_t>(i) - 1) * size, size));
-  }
-
-  void JoinFrom(const fs::path& piece, bool joins = true) {
-    const auto joined = JoinPieces(piece, ui);
-    EXPECT_EQ(joined, joins ? std::optional(target) : std::nullopt);
+    result = JoinPieces(folder / chosen, ui);
+    EXPECT_EQ(PathOf(result), joined.empty() ? fs::path() : folder / "f");
     EXPECT_EQ(GetRegString(RegRoot::LocalMachine, companyKey, "filepath"), "");
+    EXPECT_EQ(FilesIn(folder), files) << chosen;
+    values = ui.Values();
+    last = ui.LastProgress();
   }
 
-  void ExpectJoined() {
-    ui.ExpectProgressForm("Joining Files");
-    ui.ExpectMessage("File Joined.", Icon::Information);
-    ui.ExpectEndProgram();
-  }
-  void ExpectFailed(const std::string& why) {
-    ui.ExpectMessage(why, Icon::Critical);
-    ui.ExpectMessage("Unable To Join File.", Icon::Critical);
-    ui.ExpectEndProgram();
-  }
-  void ExpectReplaceQuestion(Answer answer) {
-    ui.ExpectQuestion(name + " Already Exists. Do You Want To Replace It?", answer);
-  }
-  void ExpectSizeQuestion(int number, Answer answer) {
-    ui.ExpectQuestion(PieceNameOf(name, number) +
-                          " Does Not Have The Size Of The Other Pieces. Do You Want To Join Them "
-                          "All The Same?",
-                      answer);
+  static fs::path PathOf(const std::optional<JoinedFile>& file) {
+    return file ? file->path : fs::path();
   }
 
-  const std::string name = "my file.v1.dat";
-  const std::string bytes = SomeBytes(1000);
-  fs::path target;
-  ScriptedUi ui;
+  std::optional<JoinedFile> result;
+  std::vector<double> values;
+  Progress last;
 };
 
-TEST_F(Join, PutsPiecesTogetherInTheOrderOfTheirNumbersFromAnyOfThem) {
-  MakePieces(1, 30);
-  WriteFile(Piece(31), bytes.substr(300, 1));
-  for (const int chosen : {1, 12, 31}) {
-    ExpectJoined();
-    JoinFrom(Piece(chosen));
-    EXPECT_EQ(ReadFile(target), bytes.substr(0, 301));
-    fs::remove(target);
+TEST_F(Join, JoinsThePiecesOfOneSplitOrSaysWhyNot) {
+  struct Case {
+    std::string files;
+    std::string chosen;
+    Script script;
+    std::string joined = {};
+  };
+  const std::string two = "f.1.sly=ab f.2.sly=cd ";
+  const std::string others = "f.b.1.sly=x x.3.sly=x f.03.sly=x f.3.txt=x f3.sly=x f.123456.sly=x ";
+  const std::vector<Case> cases = {
+      {twelve, "f.12.sly", {}, "abcdefghijkl"},
+      {twelve, "f.1.sly", {}, "abcdefghijkl"},
+      {"f.1.sly=ab sub/f.2.sly=cd f.3.SLY=e " + others, "f.123456.sly", {}, "abcde"},
+      {two + "a/f.2.sly=xx b/f.2.sly=xx", "f.1.sly", {}, "abcd"},
+      {"f.1.sly=ab a/f.2.sly=xx b/f.2.sly=xx", "f.1.sly", {"x f.2.sly Is There More Than Once."}},
+      {two + "f.4.sly=x", "f.4.sly", {"x f.3.sly Is Missing."}},
+      {"f.2.sly=ab", "f.2.sly", {"x f.1.sly Is Missing."}},
+      {"f.1.sly=ab", "f.1.sly", {"x f.2.sly Is Missing."}},
+      {"f.123456.sly=x", "f.123456.sly", {"x f.1.sly Is Missing."}},
+      {two + "sub/f.3.sly=e", "f.3.sly", {"x f.3.sly Is Missing."}},
+      {two + "f=old", "f.99999.sly", {"x f.99999.sly Is Missing."}},
+      {two, "f.123456.sly", {"x f.123456.sly Is Missing."}},
+      {two + "f.12345x.sly=x", "f.12345x.sly", {"x f.12345x.sly" + noPiece}},
+      {two + "f.03.sly=e", "f.03.sly", {"x f.03.sly" + noPiece}},
+      {two, "notes.sly", {"x notes.sly" + noPiece}},
+      {two + "f.3.sly=e", "f.1.sly", {}, "abcde"},
+      {two + "f.3.sly=efg", "f.1.sly", {"n f.3.sly" + sizes}},
+      {two + "f.3.sly=efg", "f.1.sly", {"y f.3.sly" + sizes}, "abcdefg"},
+      {"f.1.sly=ab f.2.sly=c f.3.sly=ef", "f.1.sly", {"n f.2.sly" + sizes}},
+      {"f.1.sly=ab f.2.sly=cde f.3.sly=ef", "f.1.sly", {"n f.2.sly" + sizes}},
+      {two + "f=old", "f.1.sly", {"n" + replace}},
+      {two + "f=old", "f.1.sly", {"y" + replace}, "abcd"}};
+  for (const Case& c : cases) {
+    fs::remove_all(folder);
+    fs::create_directory(folder);
+    MakeFiles(folder, c.files);
+    Run(c.chosen, c.script, c.joined);
   }
-  EXPECT_EQ(Names().size(), 31U) << "the pieces stay";
 }
 
-TEST_F(Join, SetsTheBarInGrowingSteps) {
-  MakePieces(1, 8);
-  ExpectJoined();
-  JoinFrom(Piece(1));
-  EXPECT_EQ(ui.Values(), (std::vector<double>{0, 5, 15, 30, 50, 75, 100}));
-  EXPECT_EQ(ui.LastProgress().bar, "PB1");
-  EXPECT_EQ(ui.LastProgress().bytesDone, 80U);
-  EXPECT_EQ(ui.LastProgress().bytesTotal, 80U);
+TEST_F(Join, SetsTheBarInGrowingStepsAndTellsWhatItHasMade) {
+  MakeFiles(folder, twelve);
+  Run("f.1.sly", {}, "abcdefghijkl");
+  EXPECT_EQ(result->pieces, 12U);
+  EXPECT_EQ(result->length, 12U);
+  EXPECT_EQ(result->lastPiece, "f.12.sly");
+  EXPECT_TRUE(result->allAlike);
+  EXPECT_EQ(values, (std::vector<double>{0, 5, 15, 30, 50, 75, 100}));
+  EXPECT_EQ(last.bar, "PB1");
+  EXPECT_EQ(last.bytesDone, 12U);
+  EXPECT_EQ(last.bytesTotal, 12U);
 }
 
-TEST_F(Join, GathersThePiecesOfThisSplitAlone) {
-  MakePieces(1, 2);
-  fs::create_directory(folder / "sub");
-  fs::rename(Piece(2), folder / "sub" / Piece(2).filename());
-  for (const char* other :
-       {"my file.v1.dat.bak.1.sly", "other.3.sly", "my file.v1.dat.03.sly", "my file.v1.3.sly",
-        "my file.v1.dat.123456.sly", "my file.v1.dat.3.txt", "my file.v1.dat3.sly"})
-    WriteFile(folder / other, "other");
-  for (const fs::path& chosen : {Piece(1), folder / "my file.v1.dat.123456.sly"}) {
-    ExpectJoined();
-    JoinFrom(chosen);
-    EXPECT_EQ(ReadFile(target), bytes.substr(0, 20));
-    fs::remove(target);
-  }
-}
-
-TEST_F(Join, APieceInTheFolderCountsBeforeOneBelowIt) {
-  MakePieces(1, 3);
-  fs::create_directories(folder / "a");
-  fs::create_directories(folder / "b");
-  WriteFile(folder / "a" / Piece(2).filename(), "other");
-  WriteFile(folder / "b" / Piece(2).filename(), "other");
-  ExpectJoined();
-  JoinFrom(Piece(3));
-  EXPECT_EQ(ReadFile(target), bytes.substr(0, 30));
-  fs::remove(target);
-  fs::remove(Piece(2));
-  ExpectFailed("my file.v1.dat.2.sly Is There More Than Once.");
-  JoinFrom(Piece(3), false);
-}
-
-TEST_F(Join, NamesTheFirstPieceThatIsMissing) {
-  MakePieces(1, 12);
-  WriteFile(target, "old");
-  for (const int missing : {10, 2, 1}) {
-    fs::remove(Piece(missing));
-    ExpectReplaceQuestion(Answer::Yes);
-    ExpectFailed(PieceNameOf(name, missing) + " Is Missing.");
-    JoinFrom(Piece(12), false);
-    EXPECT_EQ(ReadFile(target), "old");
-  }
-  ExpectReplaceQuestion(Answer::Yes);
-  ExpectFailed("my file.v1.dat.1.sly Is Missing.");
-  JoinFrom(folder / "my file.v1.dat.100000.sly", false);
-
-  ExpectFailed("notes.sly Is Not A Piece Of A Split File.");
-  JoinFrom(folder / "notes.sly", false);
-}
-
-TEST_F(Join, AsksWhenTheSizesAreNotThoseOfOneSplit) {
-  MakePieces(1, 4);
-  WriteFile(Piece(3), "short");
-  ExpectSizeQuestion(3, Answer::No);
-  ui.ExpectEndProgram();
-  JoinFrom(Piece(1), false);
-  EXPECT_FALSE(fs::exists(target));
-
-  ExpectSizeQuestion(3, Answer::Yes);
-  ExpectJoined();
-  JoinFrom(Piece(1));
-  EXPECT_EQ(ReadFile(target), bytes.substr(0, 20) + "short" + bytes.substr(30, 10));
-
-  MakePieces(3, 3);
-  WriteFile(Piece(4), "longer than it may be");
-  ExpectReplaceQuestion(Answer::Yes);
-  ExpectSizeQuestion(4, Answer::No);
-  ui.ExpectEndProgram();
-  JoinFrom(Piece(1), false);
-}
-
-TEST_F(Join, ReplacesAnExistingTargetOnlyWhenToldTo) {
-  MakePieces(1, 3);
-  WriteFile(target, "old");
-  ExpectReplaceQuestion(Answer::No);
-  ui.ExpectEndProgram();
-  JoinFrom(Piece(1), false);
-  EXPECT_EQ(ReadFile(target), "old");
-  ExpectReplaceQuestion(Answer::Yes);
-  ExpectJoined();
-  JoinFrom(Piece(1));
-  EXPECT_EQ(ReadFile(target), bytes.substr(0, 30));
-}
-
-TEST_F(Join, AnOldTargetSurvivesFailureAndCancel) {
-  MakePieces(1, 3);
-  WriteFile(target, "old");
-  const std::set<std::string> before = Names();
+TEST_F(Join, NamesTheFileThatStandsInItsWay) {
+  MakeFiles(folder, "f=old f.1.sly=ab f.2.sly=cd");
+  const fs::path target = folder / "f";
   {
     const LockedFile other(TemporaryPath(target));
-    ExpectReplaceQuestion(Answer::Yes);
-    ui.ExpectProgressForm("Joining Files");
-    ExpectFailed(target.string() + ": Another program is writing this file");
-    JoinFrom(Piece(1), false);
+    Run("f.1.sly",
+        {"y" + replace, "x " + target.string() + ": Another program is writing this file"});
   }
   fs::remove(TemporaryPath(target));
-  ui.StopAtBytes(1);
-  ExpectReplaceQuestion(Answer::Yes);
-  ui.ExpectProgressForm("Joining Files");
-  EXPECT_THROW(JoinPieces(Piece(1), ui), Cancelled);
-  EXPECT_EQ(ReadFile(target), "old");
-  EXPECT_EQ(Names(), before);
+  fs::create_directory(folder / "f.3.sly");
+  Run("f.2.sly", {"y" + replace, "x " + ErrorOf([&] { (void)StateOf(folder / "f.3.sly"); })});
 }
 
-TEST_F(Join, ALastPieceThatCannotBeReadIsNotPassedOver) {
-  MakePieces(1, 3);
-  if (!MakeFileLink(folder / "nowhere", Piece(4))) GTEST_SKIP() << "no links here";
-  ExpectFailed(ErrorOf([&] { (void)FileLength(Piece(4)); }));
-  JoinFrom(Piece(1), false);
-}
-
-TEST_F(Join, WaitsForNoSplitThatReplacesThePieces) {
-  MakePieces(1, 3);
-  {
-    const LockedFile other(TemporaryPath(Piece(1)));
-    ExpectFailed(Piece(1).string() + ": Another program is writing this file");
-    JoinFrom(Piece(2), false);
+/// A user who does something else while a question is open.
+struct BusyUser : ScriptedUi {
+  Answer Question(std::string_view text, Buttons buttons, Icon icon) override {
+    meanwhile();
+    return ScriptedUi::Question(text, buttons, icon);
   }
-  fs::remove(TemporaryPath(Piece(1)));
+  std::function<void()> meanwhile;
+};
+
+TEST_F(Join, HoldsNothingWhileItAsksAndJoinsNoMixture) {
+  MakeFiles(folder, "f.1.sly=ab f.2.sly=cde");
+  const Files before = FilesIn(folder);
+  BusyUser ui;
+  ui.meanwhile = [&] {
+    EXPECT_EQ(FilesIn(folder), before);
+    MakeFiles(folder, "new=xy");
+    fs::rename(folder / "new", folder / "f.1.sly");
+  };
+  const std::string first = (folder / "f.1.sly").string();
+  Expect(ui, {"y f.2.sly" + sizes, "p Joining Files",
+              "x " + first + ": " + std::string(fileWasChanged), "x Unable To Join File.", "end"});
+  EXPECT_EQ(PathOf(JoinPieces(first, ui)), "");
+  EXPECT_EQ(Names().size(), 2U);
 }
 
-TEST_F(Join, PiecesLeftInAScratchFolderAreNoPieces) {
-  MakePieces(1, 2);
-  fs::create_directories(folder / "temprrr" / "sub");
-  WriteFile(folder / "temprrr" / Piece(3).filename(), "stale");
-  WriteFile(folder / "temprrr" / "sub" / Piece(3).filename(), "stale");
-  ExpectJoined();
-  JoinFrom(Piece(1));
-  EXPECT_EQ(ReadFile(target), bytes.substr(0, 20));
-}
-
-TEST_F(Join, AScratchFolderThatIsALinkOrAFileCostsNobodysData) {
-  MakePieces(1, 2);
-  fs::create_directory(folder / "user");
-  WriteFile(folder / "user" / "data", "precious");
-  if (MakeFolderLink(folder / "user", folder / "temprrr")) {
-    ExpectJoined();
-    JoinFrom(Piece(1));
-    EXPECT_EQ(ReadFile(folder / "user" / "data"), "precious");
-    fs::remove(target);
+TEST_F(Join, LeavesNothingWhenCancelled) {
+  MakeFiles(folder, "f=old f.1.sly=ab f.2.sly=cd");
+  const Files before = FilesIn(folder);
+  for (const std::uint64_t bytes : {0, 1}) {  // While it searches, and while it copies.
+    ScriptedUi ui;
+    Expect(ui, {"y" + replace});
+    if (bytes > 0) Expect(ui, {"p Joining Files"});
+    ui.StopAtBytes(bytes);
+    EXPECT_THROW(JoinPieces(folder / "f.1.sly", ui), Cancelled);
+    EXPECT_EQ(FilesIn(folder), before);
   }
+}
 
+TEST_F(Join, WritesIntoTheOutputFolderAlone) {
+  MakeFiles(folder, "f.1.sly=ab f.2.sly=c out/f=old");
+  const Files before = FilesIn(folder);
+  ScriptedUi ui;
+  Expect(ui, {"y" + replace, "p Joining Files", "i File Joined.", "end"});
+  const auto joined = JoinPieces(folder / "f.1.sly", ui, folder / "out");
+  EXPECT_EQ(PathOf(joined), folder / "out" / "f");
+  EXPECT_FALSE(joined->allAlike);
+  Files after = before;
+  after[PathText(fs::path("out") / "f")] = "abc";
+  EXPECT_EQ(FilesIn(folder), after);
+}
+
+TEST_F(Join, AScratchFolderCostsNobodysData) {
+  MakeFiles(folder, "temprrr/f.1.sly=ab temprrr/f.2.sly=cd");
+  folder /= "temprrr";  // Its own name is no harm.
   WriteFile(folder / "temprrr", "precious");
-  ExpectFailed((folder / "temprrr").string() + ": File exists");
-  JoinFrom(Piece(1), false);
-  EXPECT_EQ(ReadFile(folder / "temprrr"), "precious");
-  fs::remove(folder / "temprrr");
-}
-
-TEST_F(Join, WorksInAFolderThatBearsTheScratchName) {
-  folder /= "temprrr";
-  fs::create_directory(folder);
-  target = folder / name;
-  MakePieces(1, 2);
-  ExpectJoined();
-  JoinFrom(Piece(1));
-  EXPECT_EQ(ReadFile(target), bytes.substr(0, 20));
+  Run("f.1.sly", {"x " + (folder / "temprrr").string() + ": File exists"});
 }
 
 TEST_F(Join, JoinFolderRefusesAnExistingTargetAndTooManyRanges) {
-  WriteFile(folder / "piece", bytes);
+  MakeFiles(folder, "piece=bytes");
+  const fs::path target = folder / "f";
   Output joined{target, 0, 32768, [&](std::size_t) { return ByteRange{folder / "piece", 0, 0}; }};
   const Watch watch = [](const CopyProgress&) { return true; };
-  ui.ExpectMessage("Overflow", Icon::Critical);
+  ScriptedUi ui;
+  Expect(ui, {"x Overflow"});
   EXPECT_EQ(JoinFolder(joined, false, ui, watch), 0);
-  EXPECT_FALSE(fs::exists(target));
   joined.rangeCount = 32767;
   EXPECT_EQ(JoinFolder(joined, false, ui, watch), 32767);
-  WriteFile(target, "old");
-  ui.ExpectMessage("'" + target.string() + "' already exists, action canceled", Icon::Critical);
+  Expect(ui, {"x '" + target.string() + "' already exists, action canceled"});
   EXPECT_EQ(JoinFolder(joined, false, ui, watch), 0);
-  EXPECT_EQ(ReadFile(target), "old");
 }
 
-TEST_F(Join, JoinFileAsksForAPiece) {
-  MakePieces(1, 2);
-  const auto expectDialog = [&](std::optional<fs::path> chosen) {
-    ui.ExpectOpenFile("Select File To Join.", "Sly File (*.Sly)|*.Sly;|", HomeFolder(),
-                      std::move(chosen));
+TEST_F(Join, TheDialogueAsksForAPiece) {
+  MakeFiles(folder, "f.1.sly=ab f.2.sly=cd");
+  const auto talk = [&](const Script& script, const char* title, const fs::path& initial,
+                        const auto& job) {
+    ScriptedUi ui;
+    const bool joins = script.back() == "choose";
+    for (const std::string& line : script)
+      if (line == "cancel" || line == "choose")
+        ui.ExpectOpenFile(title, "Sly File (*.Sly)|*.Sly;|", initial,
+                          joins ? std::optional(folder / "f.2.sly") : std::nullopt);
+      else
+        Expect(ui, {line});
+    if (joins) Expect(ui, {"p Joining Files", "i File Joined.", "end"});
+    EXPECT_EQ(PathOf(job(ui)), joins ? folder / "f" : fs::path());
+    fs::remove(folder / "f");
   };
-  ui.ExpectQuestion(together, Answer::No);
-  ui.ExpectQuestion("Do You Want To Exit?", Answer::Yes);
-  ui.ExpectEndProgram();
-  EXPECT_EQ(JoinFile(ui), std::nullopt);
-  EXPECT_EQ(GetRegString(RegRoot::LocalMachine, companyKey, "filepath"), "");
-
-  SaveRegString(RegRoot::LocalMachine, companyKey, "filepath", "left");
-  ui.ExpectQuestion(together, Answer::Yes);
-  expectDialog({});
-  ui.ExpectQuestion("No File Selected. Do You Want To Exit?", Answer::No);
-  EXPECT_EQ(JoinFile(ui), std::nullopt);
-  EXPECT_EQ(GetRegString(RegRoot::LocalMachine, companyKey, "filepath"), "left");
-
-  ui.ExpectQuestion(together, Answer::Yes);
-  expectDialog({});
-  ui.ExpectQuestion("No File Selected. Do You Want To Exit?", Answer::Yes);
-  ui.ExpectEndProgram();
-  EXPECT_EQ(JoinFile(ui), std::nullopt);
-
-  ui.ExpectQuestion(together, Answer::No);
-  ui.ExpectQuestion("Do You Want To Exit?", Answer::No);  // goes on all the same
-  expectDialog(Piece(2));
-  ExpectJoined();
-  EXPECT_EQ(JoinFile(ui), target);
-  EXPECT_EQ(ReadFile(target), bytes.substr(0, 20));
+  const std::string together =
+      " Please Make Sure All The Sly Files Are In The Same Folder. Are They In The Same Folder?";
+  const std::string exit = " No File Selected. Do You Want To Exit?";
+  const std::vector<Script> scripts = {{"n" + together, "y Do You Want To Exit?", "end"},
+                                       {"n" + together, "n Do You Want To Exit?", "choose"},
+                                       {"y" + together, "cancel", "n" + exit},
+                                       {"y" + together, "cancel", "y" + exit, "end"}};
+  for (const Script& script : scripts)
+    talk(script, "Select File To Join.", HomeFolder(), [](Ui& ui) { return JoinFile(ui); });
+  const std::vector<Script> fromCommandLine = {{"n" + together, "end"},
+                                               {"y" + together, "cancel", "y" + exit, "end"},
+                                               {"y" + together, "choose"}};
+  for (const Script& script : fromCommandLine)
+    talk(script, "Please Select Any Other File To Join.", folder / "",
+         [&](Ui& ui) { return JoinFromCommandLine(folder / "f.1.sly", ui); });
 }
 
 }  // namespace

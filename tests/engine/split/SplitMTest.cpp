@@ -1,48 +1,27 @@
 #include "engine/split/SplitM.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <map>
-
-#include "engine/system/Files.h"
-#include "support/ScriptedUi.h"
-#include "support/TempFolder.h"
+#include "engine/split/Scene.h"
+#include "engine/system/Disk.h"
 
 namespace slyver {
 namespace {
 
 namespace fs = std::filesystem;
 
-using Pieces = std::map<std::string, std::string>;
+constexpr const char* thirteen = "abcdefghijklm";
 
 class SplitM : public TempFolderTest {
  protected:
   void SetUp() override {
     TempFolderTest::SetUp();
-    source = folder / "my file.v1.dat";
+    source = folder / "f";
     options.outputFolder = chunkOptions.folder = out = folder / "out";
   }
 
-  /// The source becomes `length` bytes long; returns them.
-  std::string MakeSource(std::size_t length) const {
-    std::string bytes = SomeBytes(length);
-    WriteFile(source, bytes);
-    return bytes;
-  }
-
-  /// The files in the output folder with their bytes.
-  Pieces Written() const {
-    Pieces pieces;
-    for (const std::string& name : Names(out)) pieces[name] = ReadFile(out / name);
-    return pieces;
-  }
-
-  /// The values that the bar was set to after its start at 0.
-  std::vector<double> Steps() const {
-    std::vector<double> steps;
-    for (const double value : ui.Values())
-      if (value > 0) steps.push_back(std::round(value * 100) / 100);
+  /// The whole values that the bar was set to after its start at 0.
+  static std::vector<int> Steps(const ScriptedUi& ui) {
+    std::vector<int> steps(ui.Values().begin(), ui.Values().end());
+    std::erase(steps, 0);
     return steps;
   }
 
@@ -53,233 +32,168 @@ class SplitM : public TempFolderTest {
   ScriptedUi ui;
 };
 
-TEST_F(SplitM, CutsIntoNumberedPieces) {
-  const std::string bytes = MakeSource(25);
-  const SplitResult result = SplitFile(source, 2, options, ui);
-  EXPECT_EQ(result.pieces, 13);
-  EXPECT_EQ(result.NumberMask, "00");
-  Pieces expected;
-  for (std::size_t i = 0; i < 13; ++i)
-    expected["my file.v1.dat." + std::to_string(i + 1) + ".sly"] = bytes.substr(2 * i, 2);
-  EXPECT_EQ(Written(), expected);
-  EXPECT_EQ(ReadFile(source), bytes);
-}
-
-TEST_F(SplitM, GivesFullPiecesWhenTheSizeDividesTheLength) {
-  const std::string bytes = MakeSource(std::size_t{9} * 1024 * 1024);
-  options.NumberMask = "000";
-  const SplitResult result = SplitFile(source, std::uint64_t{9} * 512 * 1024, options, ui);
-  EXPECT_EQ(result.pieces, 2);
-  EXPECT_EQ(result.NumberMask, "0000") << "grows by the digits of every call";
-  EXPECT_TRUE(Written() == (Pieces{{"my file.v1.dat.1.sly", bytes.substr(0, bytes.size() / 2)},
-                                   {"my file.v1.dat.2.sly", bytes.substr(bytes.size() / 2)}}));
-}
-
-TEST_F(SplitM, SetsTheBarInEqualSteps) {
-  (void)MakeSource(100);
-  EXPECT_EQ(SplitFile(source, 40, options, ui).pieces, 3);
-  EXPECT_EQ(Steps(), (std::vector<double>{33.33, 66.67, 100}));
-  EXPECT_EQ(ui.LastProgress().bar, "pb");
-  EXPECT_EQ(ui.LastProgress().bytesDone, 100U);
-  EXPECT_EQ(ui.LastProgress().bytesTotal, 100U);
-}
-
-TEST_F(SplitM, RecoveryNamesItsPiecesByTheMask) {
-  const std::string bytes = MakeSource(30);
-  options.forRecovery = true;
+TEST_F(SplitM, CutsIntoNumberedPiecesInEqualSteps) {
+  WriteFile(source, thirteen);
   options.NumberMask = "0";
-  EXPECT_EQ(SplitFile(source, 10, options, ui).NumberMask, "00");
-  EXPECT_EQ(Written(), (Pieces{{"my file.v1.dat.01", bytes.substr(0, 10)},
-                               {"my file.v1.dat.02", bytes.substr(10, 10)},
-                               {"my file.v1.dat.03", bytes.substr(20)}}));
-  EXPECT_EQ(Steps(), (std::vector<double>{10, 20, 30}));
-  EXPECT_EQ(ui.LastProgress().bar, "PB1");
+  SplitResult result = SplitFile(source, 6, options, ui);
+  EXPECT_EQ(result.pieces, 3);
+  EXPECT_EQ(result.NumberMask, "00") << "grows by the digits of every call";
+  EXPECT_EQ(FilesIn(out), (Files{{"f.1.sly", "abcdef"}, {"f.2.sly", "ghijkl"}, {"f.3.sly", "m"}}));
+  EXPECT_EQ(Steps(ui), (std::vector<int>{33, 66, 100}));
+  EXPECT_EQ(ui.LastProgress().bar, "pb");
+  EXPECT_EQ(ui.LastProgress().bytesDone, 13U);
+  EXPECT_EQ(ui.LastProgress().bytesTotal, 13U);
+  fs::remove_all(out);
+
+  // A recovery has another bar and names its pieces by the mask.
+  ScriptedUi recovery;
+  options.forRecovery = true;
+  (void)SplitFile(source, 5, options, recovery);
+  EXPECT_EQ(FilesIn(out), (Files{{"f.01", "abcde"}, {"f.02", "fghij"}, {"f.03", "klm"}}));
+  EXPECT_EQ(Steps(recovery), (std::vector<int>{10, 20, 30}));
+  EXPECT_EQ(recovery.LastProgress().bar, "PB1");
 }
 
 TEST_F(SplitM, TheSwitchesCutOutParts) {
   struct Case {
-    std::size_t length;
     std::uint64_t size;
-    bool twoPieces, skipThenRange, skipThenTrailer;
-    std::uint64_t second;
+    std::string switches;  // Two pieces, a range, a trailer.
     std::int16_t count;
-    std::vector<std::pair<std::size_t, std::size_t>> pieces;  // offset, length
+    std::string first, second;
   };
-  using Ranges = std::vector<std::pair<std::size_t, std::size_t>>;
-  for (const Case& c : {Case{100, 30, true, false, false, 20, 4, Ranges{{0, 30}, {30, 20}}},
-                        Case{100, 60, true, false, false, 20, 2, Ranges{{0, 60}, {60, 40}}},
-                        Case{100, 50, true, false, false, 20, 2, Ranges{{0, 50}, {50, 20}}},
-                        Case{100, 90, true, false, false, 20, 2, Ranges{{0, 90}, {90, 10}}},
-                        Case{100, 30, false, true, false, 45, 4, Ranges{{30, 45}}},
-                        Case{100, 90, false, true, false, 45, 2, Ranges{{90, 10}}},
-                        Case{9000, 1000, false, false, true, 45, 9, Ranges{{1000, 2500}}},
-                        Case{9000, 6500, true, false, true, 45, 2, Ranges{{6500, 2500}}},
-                        Case{9000, 1000, true, true, true, 45, 9, Ranges{{1000, 45}}}}) {
-    const std::string bytes = MakeSource(c.length);
-    options.TwoPieceMode = c.twoPieces;
-    options.SkipThenRange = c.skipThenRange;
-    options.SkipThenTrailer = c.skipThenTrailer;
-    options.TrailerSize = 2500;
-    options.SecondPieceSize = c.second;
+  WriteFile(source, thirteen);
+  options.SecondPieceSize = 2;
+  options.TrailerSize = 3;
+  const std::vector<Case> cases = {{4, "2", 4, "abcd", "ef"}, {7, "2", 2, "abcdefg", "hijklm"},
+                                   {4, "R", 4, "ef", ""},     {12, "R", 2, "m", ""},
+                                   {4, "T", 4, "efg", ""},    {4, "2T", 4, "efg", ""},
+                                   {4, "2RT", 4, "ef", ""}};
+  for (const Case& c : cases) {
+    options.TwoPieceMode = c.switches.find('2') != std::string::npos;
+    options.SkipThenRange = c.switches.find('R') != std::string::npos;
+    options.SkipThenTrailer = c.switches.find('T') != std::string::npos;
     EXPECT_EQ(SplitFile(source, c.size, options, ui).pieces, c.count);
-    Pieces expected;
-    for (const auto& [offset, length] : c.pieces)
-      expected["my file.v1.dat." + std::to_string(expected.size() + 1) + ".sly"] =
-          bytes.substr(offset, length);
-    EXPECT_EQ(Written(), expected) << c.length << " by " << c.size;
+    Files expected = {{"f.1.sly", c.first}};
+    if (!c.second.empty()) expected["f.2.sly"] = c.second;
+    EXPECT_EQ(FilesIn(out), expected) << c.size << c.switches;
     fs::remove_all(out);
   }
+  // Two equal pieces leave no remainder, so that the second size counts.
+  options.TwoPieceMode = true;
+  options.SkipThenRange = options.SkipThenTrailer = false;
+  WriteFile(source, "abcdef");
+  EXPECT_EQ(SplitFile(source, 3, options, ui).pieces, 2);
+  EXPECT_EQ(FilesIn(out), (Files{{"f.1.sly", "abc"}, {"f.2.sly", "de"}}));
 }
 
 TEST_F(SplitM, CutsBeyondFourGibibytes) {
   constexpr std::uint64_t far = std::uint64_t{6} * 1024 * 1024 * 1024;
-  const std::string tail = MakeSource(2500);
-  fs::rename(source, folder / "tail");
   WriteFile(source, "");
   fs::resize_file(source, far);
-  std::ofstream(source, std::ios::binary | std::ios::app) << tail;
+  std::ofstream(source, std::ios::binary | std::ios::app) << "the end";
   options.SkipThenTrailer = true;
-  options.TrailerSize = 2500;
+  options.TrailerSize = 7;
   EXPECT_EQ(SplitFile(source, far, options, ui).pieces, 2);
-  EXPECT_EQ(Written(), (Pieces{{"my file.v1.dat.1.sly", tail}}));
+  EXPECT_EQ(FilesIn(out), (Files{{"f.1.sly", "the end"}}));
 }
 
 TEST_F(SplitM, RefusesAndWritesNothing) {
-  (void)MakeSource(40000);
-  const auto refused = [&](std::uint64_t size, const std::string& message, Icon icon) {
-    ui.ExpectMessage(message, icon);
-    const SplitResult result = SplitFile(source, size, options, ui);
-    EXPECT_EQ(result.pieces, 0);
-    EXPECT_FALSE(fs::exists(out));
+  WriteFile(source, SomeBytes(32768));
+  const auto refused = [&](std::uint64_t size, const std::string& message) {
+    Expect(ui, {message});
+    EXPECT_EQ(SplitFile(source, size, options, ui).pieces, 0);
   };
-  refused(40000, "Chunk Size Bigger Than File Size.", Icon::Information);
-  refused(40001, "Chunk Size Bigger Than File Size.", Icon::Information);
-  refused(1, "Overflow", Icon::Critical);
-  refused(0, "The piece size must be at least 1 byte.", Icon::Critical);
-  options.outputFolder = folder / "no" / "such";
-  refused(10000, options.outputFolder.string() + ": No such file or directory", Icon::Critical);
-  options.outputFolder = source;
-  refused(10000, source.string() + ": File exists", Icon::Critical);
-  source = folder / "none";
-  refused(10000, source.string() + ": No such file or directory", Icon::Critical);
-}
+  refused(32768, "i Chunk Size Bigger Than File Size.");
+  refused(1, "x Overflow");
+  refused(0, "x The piece size must be at least 1 byte.");
+  ui.ExpectMessage("This file cannot be split as filesize is less or equal to maximum chunksize",
+                   Icon::None);
+  EXPECT_EQ(ChunkToTemp(source, 32768, chunkOptions, ui).chunks, 0);
+  Expect(ui, {"x Overflow"});
+  EXPECT_EQ(ChunkToTemp(source, 1, chunkOptions, ui).chunks, 0);
+  for (const char* folderName : {"no/such", "f"}) {
+    options.outputFolder = folder / folderName;
+    refused(10000, "x " + ErrorOf([&] { MakeFolder(options.outputFolder); }));
+  }
+  options.outputFolder = out;
+  EXPECT_EQ(Names(), std::set<std::string>{"f"});
 
-TEST_F(SplitM, CountsUpTo32767Pieces) {
-  (void)MakeSource(32767);
-  options.SkipThenRange = true;  // Counts them all and writes one.
-  options.SecondPieceSize = 5;
-  EXPECT_EQ(SplitFile(source, 1, options, ui).pieces, 32767);
-  EXPECT_EQ(Written().size(), 1U);
-  std::ofstream(source, std::ios::app) << "x";
-  // One piece out of a long file is no matter of counts.
+  // One piece out of many is no matter of counts; 32767 pieces are not too many.
+  options.SkipThenRange = true;
   EXPECT_EQ(SplitFile(source, 1, options, ui).pieces, 32767);
   options.SkipThenRange = false;
-  ui.ExpectMessage("Overflow", Icon::Critical);
-  EXPECT_EQ(SplitFile(source, 1, options, ui).pieces, 0);
+  fs::resize_file(source, 32767);
+  options.outputFolder = source;
+  refused(1, "x " + ErrorOf([&] { MakeFolder(source); }));
 }
 
 TEST_F(SplitM, KeepsCompletePiecesOnFailureAndWritesPieceOneLast) {
-  const std::string bytes = MakeSource(40);
-  fs::create_directories(out / "my file.v1.dat.4.sly");
-  WriteFile(out / "my file.v1.dat.1.sly", "old");
-  WriteFile(out / "my file.v1.dat.2.sly", "old");
-  ui.ExpectMessage((out / "my file.v1.dat.4.sly").string() + ": Is a directory", Icon::Critical);
-  EXPECT_EQ(SplitFile(source, 10, options, ui).pieces, 0);
-  fs::remove(out / "my file.v1.dat.4.sly");
-  EXPECT_EQ(Written(), (Pieces{{"my file.v1.dat.2.sly", bytes.substr(10, 10)},
-                               {"my file.v1.dat.3.sly", bytes.substr(20, 10)}}))
+  MakeFiles(folder, "f=abcd out/f.1.sly=old out/f.2.sly=old out/f.4.sly/x=");
+  Expect(ui, {"x " + (out / "f.4.sly").string() + ": Is a directory"});
+  EXPECT_EQ(SplitFile(source, 1, options, ui).pieces, 0);
+  fs::remove_all(out / "f.4.sly");
+  EXPECT_EQ(FilesIn(out), (Files{{"f.2.sly", "b"}, {"f.3.sly", "c"}}))
       << "an old piece 1 would make a mixture look whole";
 }
 
 TEST_F(SplitM, TouchesNoPieceThatAnotherSplitIsWritingOrHasWritten) {
-  const std::string bytes = MakeSource(40);
-  fs::create_directory(out);
-  const Pieces old = {{"my file.v1.dat.1.sly", "old"}, {"my file.v1.dat.3.sly", "old"}};
-  for (const auto& [name, data] : old) WriteFile(out / name, data);
-  const fs::path first = out / "my file.v1.dat.1.sly";
+  MakeFiles(folder, "f=abcd out/f.1.sly=old out/f.3.sly=old");
+  const Files old = FilesIn(out);
+  const std::string first = (out / "f.1.sly").string();
   {
     const LockedFile other(TemporaryPath(first));
-    ui.ExpectMessage(first.string() + ": Another program is writing this file", Icon::Critical);
-    EXPECT_EQ(SplitFile(source, 10, options, ui).pieces, 0);
+    Expect(ui, {"x " + first + ": Another program is writing this file"});
+    EXPECT_EQ(SplitFile(source, 1, options, ui).pieces, 0);
   }
   fs::remove(TemporaryPath(first));
   options.firstPiece = Existing::Keep;
-  ui.ExpectMessage(first.string() + ": File exists", Icon::Critical);
-  EXPECT_EQ(SplitFile(source, 10, options, ui).pieces, 0);
-  EXPECT_EQ(Written(), old);
+  Expect(ui, {"x " + first + ": File exists"});
+  EXPECT_EQ(SplitFile(source, 1, options, ui).pieces, 0);
+  EXPECT_EQ(FilesIn(out), old);
 }
 
-TEST_F(SplitM, CutsOnlyTheStateThatWasAskedFor) {
-  (void)MakeSource(40);
+TEST_F(SplitM, CutsOnlyTheStateThatWasAskedForAndNothingWhenCancelled) {
+  MakeFiles(folder, "f=abcd other=abcd");
   options.state = chunkOptions.state = StateOf(source);
-  WriteFile(folder / "other", std::string(40, 'o'));
   fs::rename(folder / "other", source);
-  for (const bool chunks : {false, true}) {
-    ui.ExpectMessage(source.string() + ": The file was changed while it was being read",
-                     Icon::Critical);
-    EXPECT_EQ(chunks ? ChunkToTemp(source, 10, chunkOptions, ui).chunks
-                     : SplitFile(source, 10, options, ui).pieces,
-              0);
-  }
-  EXPECT_EQ(Written(), Pieces{});
-}
-
-TEST_F(SplitM, LeavesNoPieceWhenCancelled) {
-  (void)MakeSource(1000);
+  const std::string changed =
+      "x " + source.string() + ": The file was changed while it was being read";
+  Expect(ui, {changed, changed});
+  EXPECT_EQ(SplitFile(source, 1, options, ui).pieces, 0);
+  EXPECT_EQ(ChunkToTemp(source, 1, chunkOptions, ui).chunks, 0);
+  options.state = chunkOptions.state = std::nullopt;
   ui.StopAtBytes(1);
-  EXPECT_THROW(SplitFile(source, 10, options, ui), Cancelled);
-  EXPECT_THROW(ChunkToTemp(source, 10, chunkOptions, ui), Cancelled);
-  EXPECT_EQ(Written(), Pieces{});
+  EXPECT_THROW(SplitFile(source, 1, options, ui), Cancelled);
+  EXPECT_THROW(ChunkToTemp(source, 1, chunkOptions, ui), Cancelled);
+  EXPECT_EQ(FilesIn(out), Files{});
 }
 
-TEST_F(SplitM, ChunksAreFilledToTheMask) {
-  const std::string bytes = MakeSource(25);
-  const ChunkResult result = ChunkToTemp(source, 2, chunkOptions, ui);
-  EXPECT_EQ(result.chunks, 13);
-  EXPECT_EQ(result.NumberMask, "00");
-  const Pieces written = Written();
-  EXPECT_EQ(written.size(), 13U);
-  std::string joined;  // In the order of their names, which is now that of their numbers.
-  for (const auto& [name, chunk] : written) joined += chunk;
-  EXPECT_EQ(joined, bytes);
-  EXPECT_EQ(written.begin()->first, "1.01.ini");
-  EXPECT_EQ(written.rbegin()->first, "1.13.ini");
-}
-
-TEST_F(SplitM, SmallTailChunksAreADirectoryLong) {
-  chunkOptions.SmallTailChunks = true;
-  chunkOptions.TrailerSize = 2500;
+TEST_F(SplitM, ChunksAreFilledToTheMaskAndTheirTailIsSmall) {
   struct Case {
-    std::size_t length;
-    std::uint64_t size;
+    std::uint64_t size, tail;  // No tail: all chunks are alike.
     std::int16_t count;
-    std::vector<std::size_t> lengths;
+    std::vector<std::string> chunks;
+    const char* last;
   };
-  for (const Case& c : {Case{12500, 10000, 2, {10000, 2500}}, Case{10010, 10000, 2, {10000, 10}},
-                        Case{4000, 1500, 3, {1500, 2500}}, Case{2600, 100, 26, {100, 2500}},
-                        Case{30000, 10000, 3, {10000, 2500, 2500}}}) {
-    const std::string bytes = MakeSource(c.length);
-    EXPECT_EQ(ChunkToTemp(source, c.size, chunkOptions, ui).chunks, c.count);
-    std::vector<std::size_t> lengths;
-    std::string joined;
-    for (const auto& [name, chunk] : Written()) {
-      lengths.push_back(chunk.size());
-      joined += chunk;
-    }
-    EXPECT_EQ(lengths, c.lengths) << c.length << " by " << c.size;
-    EXPECT_EQ(joined, bytes.substr(0, joined.size()));
+  WriteFile(source, thirteen);
+  const std::vector<Case> cases = {{10, 3, 2, {"abcdefghij", "klm"}, "1.2.ini"},
+                                   {10, 5, 2, {"abcdefghij", "klm"}, "1.2.ini"},
+                                   {6, 3, 3, {"abcdef", "ghi", "jkl"}, "1.3.ini"},
+                                   {6, 9, 3, {"abcdef", "ghijklm"}, "1.2.ini"},
+                                   {1, 12, 13, {"a", "bcdefghijklm"}, "1.02.ini"},
+                                   {5, 0, 3, {"abcde", "fghij", "klm"}, "1.3.ini"}};
+  for (const Case& c : cases) {
+    chunkOptions.SmallTailChunks = c.tail > 0;
+    chunkOptions.TrailerSize = c.tail;
+    const ChunkResult result = ChunkToTemp(source, c.size, chunkOptions, ui);
+    EXPECT_EQ(result.chunks, c.count);
+    EXPECT_EQ(result.NumberMask, c.count > 9 ? "00" : "0");
+    std::vector<std::string> chunks;  // In the order of their names, so of their numbers.
+    for (const auto& [name, chunk] : FilesIn(out)) chunks.push_back(chunk);
+    EXPECT_EQ(chunks, c.chunks);
+    EXPECT_TRUE(fs::exists(out / c.last)) << c.last;
     fs::remove_all(out);
   }
-}
-
-TEST_F(SplitM, ChunkToTempRefusesAndWritesNothing) {
-  (void)MakeSource(40000);
-  ui.ExpectMessage("This file cannot be split as filesize is less or equal to maximum chunksize",
-                   Icon::None);
-  EXPECT_EQ(ChunkToTemp(source, 40000, chunkOptions, ui).chunks, 0);
-  ui.ExpectMessage("Overflow", Icon::Critical);
-  EXPECT_EQ(ChunkToTemp(source, 1, chunkOptions, ui).chunks, 0);
-  EXPECT_FALSE(fs::exists(out));
 }
 
 }  // namespace
