@@ -7,7 +7,7 @@ namespace slyver {
 
 std::filesystem::path HelpPage(const std::filesystem::path& programFolder) {
   const std::array<std::filesystem::path, 2> places = {
-      programFolder / "help", programFolder.parent_path() / "share" / "doc" / "slyver" / "help"};
+      programFolder / "help", (programFolder / SLYVER_INSTALLED_HELP).lexically_normal()};
   for (const std::filesystem::path& place : places) {
     std::filesystem::path page = place / "index.html";
     std::error_code unreadable;

@@ -1,0 +1,28 @@
+# Completes the commands, options and files of sly in bash.
+
+_sly() {
+  local cur prev words cword split
+  _init_completion -s || return
+  case $prev in
+    --output | -o) _filedir -d && return ;;
+    --password-file) _filedir && return ;;
+    --size | -s | --count | -n | --file | -f) return ;;
+  esac
+  $split && return
+
+  if ((cword == 1)); then
+    COMPREPLY=($(compgen -W 'split join hide list recover --help --version' -- "$cur"))
+    return
+  fi
+  if [[ $cur != -* ]]; then
+    [[ ${words[1]} == join ]] && _filedir sly || _filedir
+    return
+  fi
+  local options='--yes -y --quiet -q --verbose -v --help -h'
+  case ${words[1]} in
+    split) options+=' --size -s --count -n --output -o' ;;
+    hide | list) options+=' --password-file' ;;
+    recover) options+=' --password-file --file -f --main -m' ;;
+  esac
+  COMPREPLY=($(compgen -W "$options" -- "$cur"))
+} && complete -F _sly sly
