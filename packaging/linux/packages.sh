@@ -6,6 +6,12 @@ screen_packages=(xvfb xauth openbox xdotool x11-utils imagemagick)
 test_packages=(python3 time libgtest-dev clang libclang-rt-dev)
 lint_packages=(clang-format clang-tidy)
 bench_packages=(hyperfine time)
+debian_packages=(debhelper dpkg-dev git librsvg2-bin scdoc xz-utils)
+
+# project_version prints the version, which stands in the top CMakeLists.txt alone.
+project_version() {
+  sed -n 's/^project(Slyver VERSION \([0-9.]*\).*/\1/p' "$top/CMakeLists.txt"
+}
 
 # need PACKAGE... makes sure that the packages are installed; does nothing when they are.
 need() {
