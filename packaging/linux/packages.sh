@@ -7,6 +7,7 @@ test_packages=(python3 time libgtest-dev clang libclang-rt-dev)
 lint_packages=(clang-format clang-tidy)
 bench_packages=(hyperfine time)
 debian_packages=(debhelper dpkg-dev git librsvg2-bin scdoc xz-utils)
+debian_test_packages=(lintian desktop-file-utils appstream debootstrap)
 
 # project_version prints the version, which stands in the top CMakeLists.txt alone.
 project_version() {
