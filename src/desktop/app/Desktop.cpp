@@ -80,6 +80,11 @@ void Desktop::ShowSplitJoin() {
   splitJoin_->Show();
 }
 
+void Desktop::Choose(Job job) {
+  frmSplitJoin& form = *splitJoin_;
+  form.CallAfter([&form, job] { form.Choose(job); });
+}
+
 void Desktop::HandOverToSplitter() {
   // The split form reads from the selection form what the user has chosen there.
   splitJoin_->Hide();
@@ -115,6 +120,11 @@ void Desktop::ShowHideFile(ModernForm* instead) {
   hideFile_->Show();
   hideFile_->Raise();
   if (instead != nullptr) instead->Unload();
+}
+
+void Desktop::ShowHideFile(const std::filesystem::path& fileToHide) {
+  ShowHideFile(nullptr);
+  hideFile_->SetFileToHide(fileToHide);
 }
 
 void Desktop::ShowHideRec() {

@@ -23,6 +23,9 @@ class frmInit;
 class frmJoin;
 class frmSplitJoin;
 
+/// What a user can choose on the selection form.
+enum class Job { Split, Join, Hide, Recover };
+
 /// What the desktop program asks of the system around it.
 struct Surroundings {
   std::function<bool()> anotherInstanceRuns;
@@ -53,6 +56,7 @@ class Desktop final : public FormHost {
 
   void LoadSplitJoin();  ///< Loads the selection form without showing it.
   void ShowSplitJoin();
+  void Choose(Job job);       ///< Does, a little later, what the selection form's button does.
   void HandOverToSplitter();  ///< Unloads the selection form and shows the split form.
   void ShowSplitter();
   void ShowInit() override;
@@ -60,6 +64,7 @@ class Desktop final : public FormHost {
   void ShowJoin(const std::string& caption) override;
   void UnloadJoin() override;
   void ShowHideFile(ModernForm* instead) override;
+  void ShowHideFile(const std::filesystem::path& fileToHide);
   void ShowHideRec() override;
   /// The folder that the recover form has worked in, ending in a separator; empty if in none.
   std::filesystem::path HideRecFolder() const;

@@ -1,7 +1,10 @@
 #include "desktop/app/frmFirst.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <exception>
+#include <string_view>
 #include <vector>
 
 #include "desktop/app/CpuStats.h"
@@ -29,6 +32,30 @@ std::string PathIn(const std::string& commandLine) {
   return PathText(FullPathOf(PathFromText(commandLine)));
 }
 
+/// Takes the option that names a job off the front of the command line; nothing where there is
+/// none.
+/// "--split" and "--hide" may have a file behind them, which then is what is left.
+std::optional<Job> TakeJob(std::string& commandLine) {
+  struct Option {
+    std::string_view text;
+    Job job;
+    bool hasFile;
+  };
+  constexpr std::array<Option, 4> options = {{{"--split", Job::Split, true},
+                                              {"--join", Job::Join, false},
+                                              {"--hide", Job::Hide, true},
+                                              {"--recover", Job::Recover, false}}};
+  for (const Option& option : options) {
+    const std::size_t length = option.text.size();
+    if (commandLine == option.text ||
+        (option.hasFile && commandLine.starts_with(std::string(option.text) + ' '))) {
+      commandLine.erase(0, std::min(length + 1, commandLine.size()));
+      return option.job;
+    }
+  }
+  return std::nullopt;
+}
+
 void RemoveIfThere(Ui& ui, const std::filesystem::path& folder) {
   (void)ShowingErrors(ui, false, [&] {
     if (FolderExists(folder)) RemoveFolder(folder);
@@ -51,7 +78,9 @@ void frmFirst::Form_Load(const std::string& commandLine) {
     if (!StartOnce()) return;
     (void)StartCpuStats();
     if (!CheckRAM()) return;
-    OpenCommandLine(PathIn(commandLine));
+    std::string argument = commandLine;
+    const std::optional<Job> job = TakeJob(argument);
+    OpenCommandLine(PathIn(argument), job);
   } catch (const std::exception& error) {
     desktop_.Talk().Message(error.what(), Icon::Critical);
     desktop_.Talk().EndProgram();
@@ -116,9 +145,15 @@ bool frmFirst::GoesOnAfterWarning(const std::string& warning) {
   return true;
 }
 
-void frmFirst::OpenCommandLine(const std::string& commandLine) {
+void frmFirst::OpenCommandLine(const std::string& commandLine, std::optional<Job> job) {
   if (commandLine.empty()) {
     desktop_.ShowSplitJoin();
+    if (job) desktop_.Choose(*job);
+    return;
+  }
+  if (job == Job::Hide) {
+    desktop_.ShowSplitJoin();
+    desktop_.ShowHideFile(PathFromText(commandLine));
     return;
   }
   FilePath = PathFromText(commandLine);
@@ -131,7 +166,7 @@ void frmFirst::OpenCommandLine(const std::string& commandLine) {
     Unload();
     return;
   }
-  if (commandLine.ends_with("sly") || commandLine.ends_with("SLY")) {
+  if (!job && (commandLine.ends_with("sly") || commandLine.ends_with("SLY"))) {
     desktop_.LoadSplitJoin();
     return;
   }

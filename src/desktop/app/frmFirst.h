@@ -4,6 +4,7 @@
 #include <wx/timer.h>
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include "desktop/app/Desktop.h"
@@ -20,7 +21,9 @@ class frmFirst final : public wxFrame {
   std::filesystem::path FileFolder;  ///< Its folder, ending in a separator.
   bool SplitReady = false;           ///< "Split File" has chosen a file.
 
-  /// The start-up. `commandLine` is the one text given to the program, or empty.
+  /// The start-up. `commandLine` is the one text given to the program, or empty: a path, or an
+  /// option that names a job ("--split", "--join", "--hide", "--recover"), the file of the job
+  /// behind.
   void Form_Load(const std::string& commandLine);
 
   /// Sets SplitReady, on which Timer1 acts.
@@ -34,7 +37,7 @@ class frmFirst final : public wxFrame {
   int StartCpuStats();
   bool CheckRAM();
   bool GoesOnAfterWarning(const std::string& warning);
-  void OpenCommandLine(const std::string& commandLine);
+  void OpenCommandLine(const std::string& commandLine, std::optional<Job> job);
   void Timer1_Timer();
   static void RemoveWorkFolders(const std::filesystem::path& privateFolder, Ui& ui);
   static void Form_QueryUnload();

@@ -55,6 +55,19 @@ void frmSplitJoin::Form_Load() {
   if (!FilePath.empty()) App().RunJob([&] { (void)JoinFromCommandLine(FilePath, Talk()); });
 }
 
+void frmSplitJoin::Choose(Job job) {
+  switch (job) {
+    case Job::Split:
+      return Command1_Click();
+    case Job::Join:
+      return Command2_Click();
+    case Job::Hide:
+      return Command4_Click();
+    case Job::Recover:
+      return Command5_Click();
+  }
+}
+
 void frmSplitJoin::Command1_Click() {
   const std::optional<std::filesystem::path> chosen =
       Talk().OpenFile("Select File To Sly", "", HomeFolder());

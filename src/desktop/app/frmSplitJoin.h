@@ -18,6 +18,9 @@ class frmSplitJoin final : public ModernForm {
   std::filesystem::path FullPath;  ///< The file chosen for the split.
   std::filesystem::path Folder;    ///< Its folder, ending in a separator.
 
+  /// Does what the button of this job does.
+  void Choose(Job job);
+
  private:
   void Form_Load();
   void Command1_Click();

@@ -75,6 +75,10 @@ void frmHideFile::Wire() {
   tmrDoAll_.Bind(wxEVT_TIMER, [this](wxTimerEvent&) { tmrDoAll_Timer(); });
 }
 
+void frmHideFile::SetFileToHide(const std::filesystem::path& file) {
+  Text2_->SetValue(PathToWx(file));
+}
+
 void frmHideFile::Text2_Change() {
   note_->ChangeValue(ToWx(NameNote(PathFromWx(Text2_->GetValue()))));
 }

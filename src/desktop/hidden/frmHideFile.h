@@ -5,6 +5,7 @@
 #include <wx/textctrl.h>
 #include <wx/timer.h>
 
+#include <filesystem>
 #include <optional>
 
 #include "desktop/system/ModernForm.h"
@@ -16,6 +17,9 @@ namespace slyver {
 class frmHideFile final : public ModernForm {
  public:
   explicit frmHideFile(FormHost& host);
+
+  /// Fills in the file to hide.
+  void SetFileToHide(const std::filesystem::path& file);
 
  private:
   void MakeControls();

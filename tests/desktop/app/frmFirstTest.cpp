@@ -177,6 +177,33 @@ TEST_F(frmFirstTest, CommandLineJoinWithoutFileEnds) {
   Start(folder / "x.1.sly");
 }
 
+TEST_F(frmFirstTest, OptionsNameTheJob) {
+  const std::filesystem::path file = folder / "a piece.1.sly";
+  WriteFile(file, "bytes");
+  struct Case {
+    std::string commandLine;
+    const char* form;
+    const char* field;  ///< Where the file comes to stand, if one is given.
+  };
+  const std::vector<Case> cases = {{"--split " + PathText(file), "frmSplitter", "Text1"},
+                                   {"--hide " + PathText(file), "frmHideFile", "Text2"},
+                                   {"--hide", "frmHideFile", nullptr},
+                                   {"--recover", "frmHideRec", nullptr}};
+  for (const Case& given : cases) {
+    SCOPED_TRACE(given.commandLine);
+    MakeDesktop();
+    desktop->Start(given.commandLine);
+    ASSERT_TRUE(RunEventsUntil([&] { return IsShown(given.form); }));
+    if (given.field != nullptr) {
+      EXPECT_EQ(TextOf(given.form, given.field), PathText(file));
+    }
+  }
+  MakeDesktop();
+  ui.ExpectOpenFile("Select File To Sly", "", HomeFolder(), file);
+  desktop->Start("--split");
+  EXPECT_TRUE(RunEventsUntil([] { return IsShown("frmSplitter"); }));
+}
+
 TEST_F(frmFirstTest, QuotedPathIsTakenForAPiece) {
   ui.ExpectQuestion(together, Answer::No);
   ui.ExpectEndProgram();
