@@ -29,6 +29,12 @@ bool Print(const std::optional<fs::path>& made) {
   return made.has_value();
 }
 
+/// Prints the paths of the files made; whether there are any.
+bool PrintAll(const std::vector<fs::path>& made) {
+  for (const fs::path& path : made) (void)Print(path);
+  return !made.empty();
+}
+
 /// Puts what --size and --count say where the form would hold it. Throws FileError when the file
 /// cannot be looked at.
 void TakeSize(SplitForm& form, const Arguments& arguments) {
@@ -124,11 +130,14 @@ bool Hide(const Arguments& arguments, ConsoleUi& ui) {
   form.Text3 = *password;
   if (const std::string note = NameNote(form.Text2); !note.empty())
     ui.Message(PathText(form.Text2.filename()) + ": " + note, Icon::None);
+  if (const std::string note = FormatNote(form.Text1); !note.empty())
+    ui.Message(PathText(form.Text1.filename()) + ": " + note, Icon::None);
   HideJob job(form, ui, BigFiles::Take);
-  if (!job.Check() || !job.PrepareHide()) return false;
-  HideJob::Ini ini = HideJob::Ini::Waiting;
-  while (ini == HideJob::Ini::Waiting) ini = job.CheckIni();
-  return ini == HideJob::Ini::Complete && Print(job.DoAll());
+  using Next = HideJob::Next;
+  if (job.Check() != Next::GoOn || job.PrepareHide() != Next::GoOn) return false;
+  Next next = Next::Wait;
+  while (next == Next::Wait) next = job.CheckIni();
+  return next == Next::GoOn && Print(job.DoAll());
 }
 
 bool List(const Arguments& arguments, ConsoleUi& ui) {
@@ -146,7 +155,7 @@ bool Recover(const Arguments& arguments, ConsoleUi& ui) {
   RecoverJob job(form, ui, BigFiles::Take);
   if (arguments.main) {
     (void)job.RecMain();
-    return Print(job.Recovered());
+    return PrintAll(job.Recovered());
   }
   if (arguments.number) {
     // A single hidden file is recovered unasked, so a wrong number must be found before.
@@ -161,7 +170,7 @@ bool Recover(const Arguments& arguments, ConsoleUi& ui) {
     const std::optional<std::size_t> chosen = ChooseFile(arguments, job.Files(), ui);
     if (chosen) (void)job.DorestOfStuff(static_cast<int>(*chosen) + 1);
   }
-  return Print(job.Recovered());
+  return PrintAll(job.Recovered());
 }
 
 }  // namespace slyver

@@ -92,8 +92,16 @@ constexpr Case scripts[] = {
     {"$SLY list --password-file no six", 1, "", "no: No such file or directory\n"},
     {"cp a.bin aaaaaaaaaaaaaaaaaaaaaaaaa; $SLY hide -q $P m.png aaaaaaaaaaaaaaaaaaaaaaaaa", 0,
      "@/Hidden File m.png\n",
-     "aaaaaaaaaaaaaaaaaaaaaaaaa: The Name Is Longer Than 24 Characters And Will Come Back "
-     "Shortened.\n"},
+     "aaaaaaaaaaaaaaaaaaaaaaaaa: The Name Will Come Back As aaaaaaaaaaaaaaaaaaaaaaaa\n"},
+    {"mkdir temprrr TempRRR; touch temprrr/mine TempRRR/1.ini; printf 1 >a.1.sly; printf 2 >a.2.sly;"
+     "$SLY join a.1.sly; $SLY recover $P one; echo ab | $SLY recover --password-file - one;"
+     "rm temprrr/mine TempRRR/1.ini; rmdir temprrr TempRRR; rm a.1.sly a.2.sly",
+     0, "",
+     "@/temprrr Holds Other Files. Move Them Away.\nUnable To Join File.\n"
+     "@/TempRRR Holds Other Files. Move Them Away.\nUnable To Recover File.\n"
+     "@/TempRRR Holds Other Files. Move Them Away.\nUnable To Recover File.\n"},
+    {"printf 'PK\\3\\4....' >z; $SLY hide -q $P z a.bin; rm z", 0, "@/Hidden File z\n",
+     "z: The New File May Not Open, As Its Format (ZIP) Takes Nothing Behind Its End.\n"},
     // What is refused, with its reason and nothing else.
     {"$SLY split b.bin --count 1", 1, "", "Unable To Divide File.\n"},
     {"$SLY split b.bin --count 3000", 1, "", "Unable To Divide File.\n"},

@@ -47,29 +47,28 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   for (std::size_t i = 8; i-- > 0;) carrierLength = carrierLength << 8U | data[i];
   std::string text(data + 8, data + size);
   text.resize(directoryBytes, '\0');
-  const ValueReader directory = DirectoryText(text);
+  const Directory directory(text);
 
-  Require(CountRecords(directory) <= static_cast<int>(directoryBytes));
-  (void)IsPasswordOf(directory, password);
-  const std::string mainLength = ReadMainLength(directory, password);
-  const std::vector<Record> records = ReadRecords(directory, password);
+  Require(directory.Count(lengthKey) <= static_cast<int>(directoryBytes));
+  (void)directory.IsPassword(password);
+  const std::vector<Record> records = directory.Records(password);
   for (const Record& record : records) Require(record.name.size() <= 25);
 
-  const auto main = MainLengthIn(mainLength, carrierLength);
-  const auto files = LayOut(mainLength, records, carrierLength);
+  const auto main = directory.MainLength(password, carrierLength);
+  const auto files = directory.Files(password, carrierLength);
   Require(main.has_value() || !files.has_value());
   if (!files) return 0;
   Require(files->size() == records.size());
   RequireSafe(*files, *main, carrierLength);
 
   // What could be laid out is found again when it is written anew.
-  std::string again;
+  IniText again;
   for (std::size_t i = 0; i < records.size(); ++i) {
     const std::string section = RecordSection(static_cast<int>(i));
-    again = WithIniValue(again, section, nameKey, EncryptText(records[i].name, password));
-    again = WithIniValue(again, section, lengthKey, EncryptText(records[i].length, password));
+    again.Set(section, nameKey, EncryptText(records[i].name, password));
+    again.Set(section, lengthKey, EncryptText(records[i].length, password));
   }
-  const std::vector<Record> found = ReadRecords(DirectoryText(Padded(again)), password);
+  const std::vector<Record> found = Directory(Padded(again.Text())).Records(password);
   Require(found.size() == records.size());
   for (std::size_t i = 0; i < records.size(); ++i) {
     const bool nameFits = records[i].name.size() <= maxNameLength;

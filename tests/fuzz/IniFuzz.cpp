@@ -63,19 +63,22 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string_view key = TakeLine(text);
   const std::string_view value = TakeLine(text);
 
-  const std::string written = WithIniValue(text, section, key, value);
-  Require(ReadIniValueIn(text, section, key, missing).size() <= 49);
-  Require(WithoutIniValue(text, section, key).size() <= text.size());
+  const IniText before(text);
+  IniText written(text);
+  written.Set(section, key, value);
+  IniText removed(text);
+  (void)removed.Remove(section, key);
+  Require(removed.Text().size() <= text.size());
   if (!IsPlain(section) || !IsPlain(key) || !IsPlain(value)) return 0;
 
-  Require(IniValueIn(written, section, key, missing) == value);
-  Require(ReadIniValueIn(written, section, key, missing) == value.substr(0, 49));
-  Require(WithIniValue(written, section, key, value) == written);
+  Require(written.Value(section, key) == value);
+  const IniText again(written.Text());
+  Require(again.Value(section, key) == value);
   const std::set<std::string> words = Words(text);
   for (const std::string& otherSection : words)
     for (const std::string& otherKey : words)
       if (otherSection != Lower(section) || otherKey != Lower(key))
-        Require(IniValueIn(written, otherSection, otherKey, missing) ==
-                IniValueIn(text, otherSection, otherKey, missing));
+        Require(again.Value(otherSection, otherKey, missing) ==
+                before.Value(otherSection, otherKey, missing));
   return 0;
 }

@@ -133,11 +133,6 @@ void Desktop::ShowHideRec() {
   hideRec_->Raise();
 }
 
-// NOLINTNEXTLINE(readability-convert-member-functions-to-static): tells of a form of this desktop.
-std::filesystem::path Desktop::HideRecFolder() const {
-  return hideRec_ ? hideRec_->Folder() : std::filesystem::path{};
-}
-
 void Desktop::FormClosed(ModernForm& form) {
   form.Unload();
   for (const ModernForm* const other : Forms(*this))

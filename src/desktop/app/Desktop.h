@@ -66,8 +66,6 @@ class Desktop final : public FormHost {
   void ShowHideFile(ModernForm* instead) override;
   void ShowHideFile(const std::filesystem::path& fileToHide);
   void ShowHideRec() override;
-  /// The folder that the recover form has worked in, ending in a separator; empty if in none.
-  std::filesystem::path HideRecFolder() const;
 
   void FormClosed(ModernForm& form) override;
   void UnloadFirst() override;

@@ -10,8 +10,6 @@
 #include "desktop/app/CpuStats.h"
 #include "desktop/app/frmSplitJoin.h"
 #include "engine/system/Disk.h"
-#include "engine/system/FileError.h"
-#include "engine/system/FolderLock.h"
 #include "engine/system/PathText.h"
 #include "engine/system/Registry.h"
 #include "engine/system/WorkFolders.h"
@@ -54,13 +52,6 @@ std::optional<Job> TakeJob(std::string& commandLine) {
     }
   }
   return std::nullopt;
-}
-
-void RemoveIfThere(Ui& ui, const std::filesystem::path& folder) {
-  (void)ShowingErrors(ui, false, [&] {
-    if (FolderExists(folder)) RemoveFolder(folder);
-    return true;
-  });
 }
 
 }  // namespace
@@ -191,32 +182,14 @@ void frmFirst::Unload() {
   Form_Unload();
 }
 
-/// Removes what a job has left in the private folder, unless another instance is at work there.
-void frmFirst::RemoveWorkFolders(const std::filesystem::path& privateFolder, Ui& ui) {
-  try {
-    const FolderLock lock(privateFolder, ui, std::chrono::seconds(0));
-    RemoveIfThere(ui, privateFolder / "tempHHH");
-    RemoveIfThere(ui, privateFolder / "tempPPP");
-  } catch (const FileError&) {
-    return;
-  }
-}
-
 void frmFirst::Form_QueryUnload() {
   (void)DeleteRegValue(RegRoot::ClassesRoot, "StrTempSly", "filepath");
 }
 
 void frmFirst::Form_Unload() {
   DeleteFilePathValue();
-  Ui& ui = desktop_.Talk();
-  (void)ShowingErrors(ui, false, [&] {
-    RemoveWorkFolders(PrivateFolder(), ui);
-    return true;
-  });
-  // Without a folder the name would mean one in whatever folder the program was started in.
-  if (std::filesystem::path folder = desktop_.HideRecFolder(); !folder.empty())
-    RemoveIfThere(ui, folder += "tempRRR");
-  ui.EndProgram();
+  // Work folders go with the jobs that have made them.
+  desktop_.Talk().EndProgram();
 }
 
 }  // namespace slyver

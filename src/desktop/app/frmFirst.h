@@ -39,7 +39,6 @@ class frmFirst final : public wxFrame {
   bool GoesOnAfterWarning(const std::string& warning);
   void OpenCommandLine(const std::string& commandLine, std::optional<Job> job);
   void Timer1_Timer();
-  static void RemoveWorkFolders(const std::filesystem::path& privateFolder, Ui& ui);
   static void Form_QueryUnload();
   void Form_Unload();
 

@@ -65,6 +65,7 @@ void frmHideFile::Wire() {
   OnClick(Command1_, this, &frmHideFile::Command1_Click);
   OnClick(Command2_, this, &frmHideFile::Command2_Click);
   OnClick(Command3_, this, &frmHideFile::Command3_Click);
+  Text1_->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { Text2_Change(); });
   Text2_->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { Text2_Change(); });
   Text3_->Bind(wxEVT_TEXT_ENTER, [this](wxCommandEvent&) { Text4_->SetFocus(); });
   Text4_->Bind(wxEVT_TEXT_ENTER, [this](wxCommandEvent&) { Text4_KeyPress(); });
@@ -80,7 +81,10 @@ void frmHideFile::SetFileToHide(const std::filesystem::path& file) {
 }
 
 void frmHideFile::Text2_Change() {
-  note_->ChangeValue(ToWx(NameNote(PathFromWx(Text2_->GetValue()))));
+  std::string note = NameNote(PathFromWx(Text2_->GetValue()));
+  const std::string format = FormatNote(PathFromWx(Text1_->GetValue()));
+  if (!note.empty() && !format.empty()) note += ". ";
+  note_->ChangeValue(ToWx(note + format));
 }
 
 // Enter in the second box.
@@ -113,7 +117,7 @@ void frmHideFile::Command2_Click() {
     job_.emplace(HideForm{PathFromWx(Text1_->GetValue()), PathFromWx(Text2_->GetValue()),
                           FromWx(Text3_->GetValue()), FromWx(Text4_->GetValue())},
                  Talk(), BigFiles::Ask);
-    if (!job_->Check()) {
+    if (job_->Check() != HideJob::Next::GoOn) {
       const HideForm& form = job_->Form();
       Text1_->ChangeValue(PathToWx(form.Text1));
       Text2_->SetValue(PathToWx(form.Text2));
@@ -123,7 +127,7 @@ void frmHideFile::Command2_Click() {
     }
     Hide();
     App().ShowInit();
-    if (!job_->PrepareHide()) return false;
+    if (job_->PrepareHide() != HideJob::Next::GoOn) return false;
     CheckIniTim_.Start(checkIniInterval);
     return true;
   });
@@ -135,10 +139,10 @@ void frmHideFile::Command3_Click() {
 
 void frmHideFile::CheckIniTim_Timer() {
   RunStep([this] {
-    const HideJob::Ini ini = job_->CheckIni();
-    if (ini == HideJob::Ini::Waiting) return true;
+    const HideJob::Next next = job_->CheckIni();
+    if (next == HideJob::Next::Wait) return true;
     CheckIniTim_.Stop();
-    if (ini == HideJob::Ini::Over) return false;
+    if (next == HideJob::Next::Over) return false;
     tmrDoAll_.Start(doAllInterval);
     return true;
   });

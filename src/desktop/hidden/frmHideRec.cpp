@@ -6,7 +6,6 @@
 #include "desktop/system/Controls.h"
 #include "desktop/system/FileDrop.h"
 #include "desktop/system/WxText.h"
-#include "engine/system/WorkFolders.h"
 
 namespace slyver {
 
@@ -57,11 +56,6 @@ void frmHideRec::Wire() {
   AcceptDroppedFile(*Text1_, [this](const std::filesystem::path& dropped) {
     Text1_->SetValue(PathToWx(dropped));
   });
-}
-
-std::filesystem::path frmHideRec::Folder() const {
-  const std::filesystem::path carrier = PathFromWx(Text1_->GetValue());
-  return carrier.empty() ? carrier : WithSeparator(carrier.parent_path());
 }
 
 void frmHideRec::Command3_Click() {

@@ -20,9 +20,6 @@ class frmHideRec final : public ModernForm {
  public:
   explicit frmHideRec(FormHost& host);
 
-  /// The folder of the carrier, ending in a separator; empty before one is named.
-  std::filesystem::path Folder() const;
-
   /// Recovers the file that the user has chosen in the list, `k` (1-based).
   void DorestOfStuff(int k);
 

@@ -2,13 +2,12 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "engine/system/Files.h"
+#include "engine/system/INIReadWri.h"
 
 namespace slyver {
 
@@ -36,39 +35,11 @@ inline constexpr std::string_view checkKey = "!`<jhbddfu";
 /// The section of the record of hidden file `index` (from 0).
 std::string RecordSection(int index);
 
-/// Reads a value of a directory as ReadIniValue does: empty when it is missing.
-using ValueReader = std::function<std::string(std::string_view section, std::string_view key)>;
-
-/// Reads from the directory in the ini file `file`, which is read here and now. Throws FileError
-/// when it cannot be: values that are merely missing would make it another directory.
-ValueReader DirectoryFile(const std::filesystem::path& file);
-
-/// Reads from the directory `text`.
-ValueReader DirectoryText(std::string text);
-
-/// The last 2500 bytes of the file. Throws FileError when it cannot be read or is not longer than
-/// that.
-std::string ReadDirectoryText(const std::filesystem::path& carrier);
-
-/// The number of hidden files by the rule of hiding: the first index without a length. 0 for a
-/// file that no hide has made.
-int CountRecords(const ValueReader& directory);
-
-/// Whether a password is the directory's: its check value, deciphered with the password, is the
-/// password itself. `password` is not empty.
-bool IsPasswordOf(const ValueReader& directory, std::string_view password);
-
-/// A record as it is read: deciphered, not examined.
+/// What a directory keeps of a file: deciphered, not examined.
 struct Record {
   std::string name;
   std::string length;  ///< Decimal digits, if the password is right and the directory sound.
 };
-
-/// The records up to the first index without a name, deciphered with `password`.
-std::vector<Record> ReadRecords(const ValueReader& directory, std::string_view password);
-
-/// The main file's own length as the directory has it, deciphered with `password`.
-std::string ReadMainLength(const ValueReader& directory, std::string_view password);
 
 /// A hidden file: its name as UTF-8, and where its bytes lie in the carrier.
 struct HiddenFile {
@@ -77,27 +48,66 @@ struct HiddenFile {
   std::uint64_t length = 0;  ///< In bytes, at least 1.
 };
 
-/// A main length from a directory, in bytes. Nothing unless it is decimal, positive and leaves room
-/// for the directory in a carrier of `carrierLength` bytes.
-std::optional<std::uint64_t> MainLengthIn(std::string_view mainLength, std::uint64_t carrierLength);
+/// The directory of a carrier, and what can be asked of it. It comes from outside, so nothing in it
+/// is believed.
+class Directory {
+ public:
+  explicit Directory(std::string_view text) : ini_(text) {}
 
-/// Where the hidden files lie. A directory comes from outside, so nothing is believed: the result
-/// is nothing unless every length is decimal and positive, all of them fit before the directory of
-/// a carrier of `carrierLength` bytes, and every name is a bare file name.
-std::optional<std::vector<HiddenFile>> LayOut(std::string_view mainLength,
-                                              const std::vector<Record>& records,
-                                              std::uint64_t carrierLength);
+  /// The directory in the ini file `file`. Throws FileError when it cannot be read: values that are
+  /// merely missing would make it another directory.
+  static Directory InFile(const std::filesystem::path& file);
 
-/// Whether the `records` hidden files of a directory and the main file can all be recovered and are
-/// all that a carrier of `carrierLength` bytes holds before its directory. Only then will a file
-/// that is put behind them be found again.
-bool PartsFillCarrier(const ValueReader& directory, std::string_view password, int records,
-                      std::uint64_t carrierLength);
+  /// The directory at the end of a carrier: its last 2500 bytes. Throws FileError when the file
+  /// cannot be read or is not longer than that.
+  static Directory OfCarrier(const std::filesystem::path& carrier);
 
-/// Whether a file of this name can be made in a folder and nowhere else, on every system: not
-/// empty, no separators, drive or control characters, neither "." nor "..", nor a device of
-/// Windows.
+  /// A value as it stands, cut as ReadIniValue cuts it; empty when it is missing.
+  std::string Value(std::string_view section, std::string_view key) const;
+
+  /// The number of hidden files: the first index whose record has no value `key`. Hiding goes by
+  /// the lengths, recovering by the names; in what this program has written both give the same. 0
+  /// for a file that no hide has made.
+  int Count(std::string_view key) const;
+
+  /// Whether the values of the main file and of record `index` are all there.
+  bool IsComplete(int index) const;
+
+  /// Whether a password, which is not empty, is the directory's: its check value, deciphered with
+  /// the password, is the password itself.
+  bool IsPassword(std::string_view password) const;
+
+  /// The records, counted by their names.
+  std::vector<Record> Records(std::string_view password) const;
+
+  /// The main file's own length in bytes. Nothing unless it is decimal, positive and leaves room
+  /// for the directory in a carrier of `carrierLength` bytes.
+  std::optional<std::uint64_t> MainLength(std::string_view password,
+                                          std::uint64_t carrierLength) const;
+
+  /// Where the hidden files lie. Nothing unless every length is decimal and positive, all of them
+  /// fit before the directory of a carrier of `carrierLength` bytes, and every name is a bare file
+  /// name.
+  std::optional<std::vector<HiddenFile>> Files(std::string_view password,
+                                               std::uint64_t carrierLength) const;
+
+  /// Whether the `records` hidden files and the main file can all be recovered and are all that a
+  /// carrier of `carrierLength` bytes holds before its directory. Only then will a file that is put
+  /// behind them be found again.
+  bool FillsCarrier(std::string_view password, int records, std::uint64_t carrierLength) const;
+
+ private:
+  IniText ini_;
+};
+
+/// Whether a file of this name can be made in a folder and nowhere else once "Original " stands
+/// before it: not empty, no separators, drive or control characters, neither "." nor "..".
 bool IsBareFileName(std::string_view name);
+
+/// A file's name (UTF-8) as a directory keeps it: 8-bit text of at most 24 characters, the first
+/// ones and the extension. "_" stands for each character that the code page lacks or that no bare
+/// file name has.
+std::string StoredName(std::string_view name);
 
 /// The text of the directory of a first hide: the main file, then record 0, all enciphered with
 /// `password`. Lengths are in bytes.
@@ -105,7 +115,7 @@ std::string FirstDirectory(const Record& main, const Record& hidden, std::string
 
 /// The text of the directory of an addition: the values of the main file and of records 0 to
 /// index - 1 as they are read from `old`, then record `index`, enciphered with `password`.
-std::string AddedDirectory(const ValueReader& old, int index, const Record& hidden,
+std::string AddedDirectory(const Directory& old, int index, const Record& hidden,
                            std::string_view password);
 
 /// Fills a directory text to 2500 bytes with zero bytes. The first of them takes the place of the

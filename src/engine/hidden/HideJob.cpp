@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <exception>
+#include <limits>
 #include <utility>
 
 #include "engine/hidden/Password.h"
@@ -13,11 +15,13 @@
 #include "engine/system/INIReadWri.h"
 #include "engine/system/PathText.h"
 #include "engine/system/StepProgress.h"
+#include "engine/system/TargetFile.h"
 #include "engine/system/Text8.h"
 
 namespace slyver {
 
 namespace fs = std::filesystem;
+using Next = HideJob::Next;
 
 namespace {
 
@@ -29,8 +33,22 @@ constexpr std::array<std::string_view, 4> statusKeys = {"DONE", "DONE2", "DONE3"
 constexpr std::array<std::string_view, 10> refusedEndings = {"txt",  "ini", "inf", "doc", "log",
                                                              "html", "htm", "php", "rtf", "dot"};
 
-std::string StoredName(const fs::path& path) {
-  return ToText8Lossy(PathText(path.filename()));
+/// The first bytes of formats that are read from their end or take nothing behind it.
+struct Format {
+  std::string_view firstBytes;
+  const char* name;
+};
+constexpr std::array<Format, 6> closedFormats = {{{"PK\x03\x04", "ZIP"},
+                                                  {"PK\x05\x06", "ZIP"},
+                                                  {"\x1F\x8B", "gzip"},
+                                                  {"\xFD"
+                                                   "7zXZ",
+                                                   "xz"},
+                                                  {"\x28\xB5\x2F\xFD", "zstd"},
+                                                  {"7z\xBC\xAF", "7z"}}};
+
+std::string NameOf(const fs::path& path) {
+  return PathText(path.filename());
 }
 
 std::string NoDataText(const fs::path& path) {
@@ -44,99 +62,133 @@ void RequireState(const fs::path& path, const FileState& state) {
     throw FileError(path, "The file was changed while it was being hidden");
 }
 
+/// Whether a file can be begun under a name: nothing bears it, nor is another job writing it.
+bool CanBegin(const fs::path& path) {
+  if (NameIsTaken(path)) return false;
+  try {
+    const TargetFile begun(path, 0, Existing::Keep);
+    return true;
+  } catch (const FileError&) {
+    if (NameIsTaken(path) || NameIsTaken(TemporaryPath(path))) return false;
+    throw;
+  }
+}
+
+/// Whether a carrier with so many records takes no more.
+bool IsFull(int records) {
+  return records >= maxHiddenFiles;
+}
+
+std::string FullText(int records) {
+  return "There Are Aready " + std::to_string(records) +
+         " Files Hidden In This File. Unable To Hide File. Please Select Another File.";
+}
+
 }  // namespace
 
 std::string NameNote(const fs::path& hidden) {
-  if (!ToText8(PathText(hidden.filename())))
-    return "The Name Has Characters That Will Come Back As \"_\".";
-  if (StoredName(hidden).size() > maxNameLength)
-    return "The Name Is Longer Than 24 Characters And Will Come Back Shortened.";
+  const std::string name = NameOf(hidden);
+  const std::string stored = FromText8(StoredName(name));
+  return stored == name ? std::string{} : "The Name Will Come Back As " + stored;
+}
+
+std::string FormatNote(const fs::path& main) {
+  std::string bytes(6, '\0');
+  try {
+    const SourceFile file(main);
+    if (file.Length() < bytes.size()) return {};
+    file.Read(0, bytes);
+  } catch (const std::exception&) {
+    return {};
+  }
+  for (const Format& format : closedFormats)
+    if (bytes.starts_with(format.firstBytes))
+      return std::string("The New File May Not Open, As Its Format (") + format.name +
+             ") Takes Nothing Behind Its End.";
   return {};
 }
 
 HideJob::HideJob(HideForm form, Ui& ui, BigFiles bigFiles)
     : form_(std::move(form)), ui_(ui), bigFiles_(bigFiles) {}
 
-bool HideJob::Check() {
+Next HideJob::Check() {
+  try {
+    Next next = CheckNames();
+    if (next == Next::GoOn) next = CheckPasswords();
+    if (next == Next::GoOn) next = CheckLengths();
+    return next;
+  } catch (const std::exception& error) {
+    ui_.Message(error.what(), Icon::Critical);
+    return Next::Form;
+  }
+}
+
+bool HideJob::CheckFiles() {
   return ShowingErrors(ui_, false, [&] {
-    const std::string main = PathText(form_.Text1);
-    if (main.empty()) {
-      ui_.Message("Main File Is Missing. Select The File Again.", Icon::Information);
+    if (CheckNames() != Next::GoOn || CheckLengths() != Next::GoOn) return false;
+    const int records =
+        main_.length > directoryLength ? Directory::OfCarrier(form_.Text1).Count(lengthKey) : 0;
+    if (IsFull(records)) {
+      ui_.Message(FullText(records), Icon::Information);
       return false;
     }
-    const auto endsLikeMain = [&](std::string_view ending) { return main.ends_with(ending); };
-    if (std::any_of(refusedEndings.begin(), refusedEndings.end(), endsLikeMain)) {
-      ui_.Message(
-          "Select Some Other File Format In Which You Want To Hide File. Unable To Hide File In " +
-              main.substr(main.size() - 3) + " Format.",
-          Icon::Information);
-      form_ = {};
-      return false;
-    }
-    if (form_.Text2.empty()) {
-      ui_.Message("File To Hide Is Missing. Select The File Again.", Icon::Information);
-      return false;
-    }
-    return CheckPasswords() && CheckLengths();
+    (void)OutputPath();
+    return true;
   });
 }
 
-bool HideJob::CheckPasswords() {
-  if (form_.Text3.empty() || form_.Text4.empty()) {
-    ui_.Message("Enter Password.", Icon::Information);
-    return false;
+Next HideJob::CheckNames() {
+  if (form_.Text1.empty()) return Back("Main File Is Missing. Select The File Again.");
+  const std::string main = PathText(form_.Text1);
+  const auto endsLikeMain = [&](std::string_view ending) { return main.ends_with(ending); };
+  if (std::any_of(refusedEndings.begin(), refusedEndings.end(), endsLikeMain)) {
+    form_ = {};
+    return Back(
+        "Select Some Other File Format In Which You Want To Hide File. Unable To Hide File In " +
+        main.substr(main.size() - 3) + " Format.");
   }
-  if (form_.Text3 != form_.Text4) {
-    ui_.Message("Passwords Do Not Match. Re-Enter Them.", Icon::Information);
-    form_.Text3.clear();
-    form_.Text4.clear();
-    return false;
-  }
-  const std::optional<std::string> password = PasswordText8(form_.Text3, ui_);
-  if (!password) return false;
-  password_ = *password;
-  return true;
+  if (form_.Text2.empty()) return Back("File To Hide Is Missing. Select The File Again.");
+  return Next::GoOn;
 }
 
-bool HideJob::CheckLengths() {
+Next HideJob::CheckPasswords() {
+  if (form_.Text3.empty() || form_.Text4.empty()) return Back("Enter Password.");
+  if (form_.Text3 != form_.Text4) {
+    form_.Text3.clear();
+    form_.Text4.clear();
+    return Back("Passwords Do Not Match. Re-Enter Them.");
+  }
+  const std::optional<std::string> password = PasswordText8(form_.Text3, ui_);
+  if (!password) return Next::Form;
+  password_ = *password;
+  return Next::GoOn;
+}
+
+Next HideJob::CheckLengths() {
   main_ = StateOf(form_.Text1);
-  if (main_.length == 0) {
-    ui_.Message(NoDataText(form_.Text1), Icon::Information);
-    return false;
-  }
+  if (main_.length == 0) return Back(NoDataText(form_.Text1));
   hidden_ = StateOf(form_.Text2);
-  if (hidden_.length == 0) {
-    ui_.Message(NoDataText(form_.Text2), Icon::Information);
-    return false;
-  }
-  if (!IsBareFileName(StoredName(form_.Text2))) {
-    // A carrier whose directory holds such a name would never be recovered from.
-    ui_.Message("The Name " + PathText(form_.Text2.filename()) +
-                    " Cannot Be Kept In A Carrier. Rename The File. Unable To Hide File.",
-                Icon::Information);
-    return false;
-  }
+  if (hidden_.length == 0) return Back(NoDataText(form_.Text2));
   if (bigFiles_ == BigFiles::Ask && std::max(main_.length, hidden_.length) > quiteBig &&
       !AskYesNo(
           ui_,
           "The File Size Is Quite Big. It Will Take Several Minutes To Hide This File. Please "
           "Exit Other Applications You Might Be Running. Do You Want To Continue?")) {
     ui_.EndProgram();
-    return false;
+    return Next::Over;
   }
-  return true;
+  return Next::GoOn;
 }
 
-bool HideJob::PrepareHide() {
+Next HideJob::PrepareHide() {
   try {
     ClearAttributes(form_.Text1);
     ClearAttributes(form_.Text2);
     if (FileLength(form_.Text1) == 0)
       return Over("An Error Has Occured. Please Try Again.", Icon::Critical);
-    const fs::path privateFolder = PrivateFolder();
-    lock_.emplace(privateFolder, ui_);
-    work_.emplace(privateFolder / "tempHHH", Access::OwnerOnly);
-    added_.emplace(privateFolder / "3.ini");
+    run_.emplace(RunFolder());
+    work_.emplace(run_->Path() / "tempHHH");
+    added_ = run_->Path() / "3.ini";
     if (main_.length <= directoryLength) return StageHideFiles(nullptr);
 
     ChunkOptions options;
@@ -149,14 +201,10 @@ bool HideJob::PrepareHide() {
     if (cut.chunks < 1) return Unable();
 
     oldDirectory_ = work_->Path() / ("1." + cut.NumberMask.substr(1) + "2.ini");
-    const ValueReader old = DirectoryFile(oldDirectory_);
-    const int records = CountRecords(old);
+    const Directory old = Directory::InFile(oldDirectory_);
+    const int records = old.Count(lengthKey);
     if (records == 0) return StageHideFiles(nullptr);
-    if (records >= maxHiddenFiles)
-      return Over(
-          "There Are Aready " + std::to_string(records) +
-              " Files Hidden In This File. Unable To Hide File. Please Select Another File.",
-          Icon::Information);
+    if (IsFull(records)) return Over(FullText(records), Icon::Information);
     return ChooseAddition(records, old);
   } catch (const std::exception& error) {
     ui_.Message(error.what(), Icon::Critical);
@@ -164,59 +212,51 @@ bool HideJob::PrepareHide() {
   }
 }
 
-bool HideJob::ChooseAddition(int records, const ValueReader& old) {
+Next HideJob::ChooseAddition(int records, const Directory& old) {
   if (!AskYesNo(ui_,
                 "There are Files Already Hidden In This File. Do You Want To Add Another File In "
-                "It?")) {
-    work_.reset();
-    ui_.EndProgram();
-    return false;
-  }
+                "It?"))
+    return Over({}, Icon::None);
   const std::string typed =
       ui_.MaskedInputBox("Enter Password Of The Last File.").value_or(std::string{});
   const std::optional<std::string> password = ToText8(typed);
-  if (!password || password->empty() || !IsPasswordOf(old, *password))
+  if (!password || password->empty() || !old.IsPassword(*password))
     return Over("Incorrect Password.", Icon::Critical);
   password_ = *password;
-  if (!PartsFillCarrier(old, password_, records, main_.length))
+  if (!old.FillsCarrier(password_, records, main_.length))
     throw FileError(form_.Text1, "The list of the files hidden in it is damaged");
   index_ = records;
   return StageHideFiles(&old);
 }
 
 /// Writes the new directory: of a first hide, or of an addition to `old`.
-bool HideJob::StageHideFiles(const ValueReader* old) {
-  const Record hidden = {StoredName(form_.Text2), std::to_string(hidden_.length)};
+Next HideJob::StageHideFiles(const Directory* old) {
+  const Record hidden = {StoredName(NameOf(form_.Text2)), std::to_string(hidden_.length)};
   if (old == nullptr) {
     mainBytes_ = main_.length;
-    const Record main = {StoredName(form_.Text1), std::to_string(main_.length)};
+    const Record main = {StoredName(NameOf(form_.Text1)), std::to_string(main_.length)};
     WriteSmallFile(InWork("3.ini"), FirstDirectory(main, hidden, password_),
                    Existing::ReplaceScratch);
   } else {
     mainBytes_ = main_.length - directoryLength;
-    WriteSmallFile(added_->Path(), AddedDirectory(*old, index_, hidden, password_),
+    WriteSmallFile(added_, AddedDirectory(*old, index_, hidden, password_),
                    Existing::ReplaceScratch);
   }
   if (!oldDirectory_.empty()) (void)RemoveFile(oldDirectory_);
-  return true;
+  return Next::GoOn;
 }
 
 /// Whether the directory that is to be carried has all its values.
 bool HideJob::DirectoryIsWritten() const {
   const fs::path directory = InWork("3.ini");
-  if (NameIsTaken(added_->Path())) {
-    WriteSmallFile(directory, ReadSmallFile(added_->Path()), Existing::ReplaceScratch);
-    if (const std::error_code error = RemoveFile(added_->Path()))
-      throw FileError(added_->Path(), error);
+  if (NameIsTaken(added_)) {
+    WriteSmallFile(directory, ReadSmallFile(added_), Existing::ReplaceScratch);
+    if (const std::error_code error = RemoveFile(added_)) throw FileError(added_, error);
   }
-  const ValueReader written = DirectoryFile(directory);
-  const std::string section = RecordSection(index_);
-  return !written(mainSection, nameKey).empty() && !written(mainSection, lengthKey).empty() &&
-         !written(mainSection, checkKey).empty() && !written(section, nameKey).empty() &&
-         !written(section, lengthKey).empty();
+  return Directory::InFile(directory).IsComplete(index_);
 }
 
-HideJob::Ini HideJob::CheckIni() {
+Next HideJob::CheckIni() {
   if (!ui_.GoOn()) throw Cancelled{};
   bool complete = false;
   try {
@@ -228,10 +268,9 @@ HideJob::Ini HideJob::CheckIni() {
     if (complete) (void)WriteIniValue(InWork("4.ini"), statusSection, key, key);
     complete = complete && ReadIniValue(InWork("4.ini"), statusSection, key, "") == key;
   }
-  if (complete) return Ini::Complete;
-  if (++ticks_ < maxTicks) return Ini::Waiting;
-  (void)Over("Unable To Hide File. Please Try Again.", Icon::Critical);
-  return Ini::Over;
+  if (complete) return Next::GoOn;
+  if (++ticks_ < maxTicks) return Next::Wait;
+  return Over("Unable To Hide File. Please Try Again.", Icon::Critical);
 }
 
 std::optional<fs::path> HideJob::DoAll() {
@@ -260,25 +299,35 @@ std::optional<fs::path> HideJob::DoAll() {
 }
 
 fs::path HideJob::OutputPath() const {
-  const std::string name = PathText(form_.Text1.filename());
-  return FirstFreePath(form_.Text1.parent_path(),
-                       [&](const std::string& mark) { return mark + "Hidden File " + name; });
+  const fs::path folder = form_.output.empty() ? form_.Text1.parent_path() : form_.output;
+  for (int n = 0; n <= std::numeric_limits<std::int16_t>::max(); ++n) {
+    const std::string mark = n == 0 ? std::string{} : "[" + std::to_string(n) + "] ";
+    fs::path path = folder / PathFromText(mark + "Hidden File " + NameOf(form_.Text1));
+    if (CanBegin(path)) return path;
+  }
+  throw OverflowError();
 }
 
 fs::path HideJob::InWork(const char* name) const {
   return work_->Path() / name;
 }
 
-bool HideJob::Over(std::string_view message, Icon icon) {
-  work_.reset();
-  added_.reset();
-  lock_.reset();
-  ui_.Message(message, icon);
-  ui_.EndProgram();
-  return false;
+Next HideJob::Back(std::string_view message) {
+  ui_.Message(message, Icon::Information);
+  return Next::Form;
 }
 
-bool HideJob::Unable() {
+/// Removes the work folders, shows the message, unless it is empty, and asks for the end of the
+/// program.
+Next HideJob::Over(std::string_view message, Icon icon) {
+  work_.reset();
+  run_.reset();
+  if (!message.empty()) ui_.Message(message, icon);
+  ui_.EndProgram();
+  return Next::Over;
+}
+
+Next HideJob::Unable() {
   return Over("Unable To Hide File.", Icon::Critical);
 }
 

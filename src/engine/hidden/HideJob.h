@@ -8,7 +8,7 @@
 
 #include "engine/hidden/BigFiles.h"
 #include "engine/hidden/Carrier.h"
-#include "engine/system/FolderLock.h"
+#include "engine/system/SourceFile.h"
 #include "engine/system/Ui.h"
 #include "engine/system/WorkFolders.h"
 
@@ -20,53 +20,67 @@ struct HideForm {
   std::filesystem::path Text2;  ///< The file to hide.
   std::string Text3;            ///< The password,
   std::string Text4;            ///< and again.
+  std::filesystem::path output =
+      {};  ///< The folder for the carrier; that of the main file when empty.
 };
 
-/// What the user should know about the name of a file to hide before it is hidden: that it will not
-/// come back as it is. Empty when it will.
+/// The name under which a file to hide will come back, in a sentence. Empty when it is its own.
 std::string NameNote(const std::filesystem::path& hidden);
+
+/// Says that the carrier may not open as the main file does: its format, which its first bytes
+/// tell, is read from its end or takes nothing behind it. Empty for any other file, and for one
+/// that cannot be read.
+std::string FormatNote(const std::filesystem::path& main);
 
 /// "Hide": puts a file into a main file, as a first hide or into a carrier that has room. The
 /// result is a new file beside the main file; the main file and the hidden one are never changed.
 ///
-/// The steps are called one after the other: Check, PrepareHide, CheckIni until it says that the
-/// directory is complete, DoAll. Each says and asks what it has to through the Ui. Where a step
-/// returns that it is over, the end of the program has been asked for and the work folder is gone.
-/// Any step throws Cancelled when the user stops it; the work folder goes with the object.
+/// The steps are called one after the other, each as long as the one before says GoOn: Check,
+/// PrepareHide, CheckIni, DoAll. Each says and asks what it has to through the Ui. Any step throws
+/// Cancelled when the user stops it; the work folders go with the object.
 class HideJob {
  public:
+  /// What comes after a step.
+  enum class Next {
+    Form,  ///< The user goes back to the form, as Form() has it.
+    Wait,  ///< The same step again, after a while.
+    GoOn,  ///< The next step.
+    Over,  ///< Nothing: the end of the program has been asked for, and the work folders are gone.
+  };
+
   HideJob(HideForm form, Ui& ui, BigFiles bigFiles);
 
-  /// The checks of the form, in their order. False when the user is to go back to the form, or
-  /// when the program is to end.
-  bool Check();
+  /// The checks of the form, in their order.
+  Next Check();
+
+  /// What can be said without a password: whether the files and the folder for the carrier will do.
+  /// For whoever has the password still to ask for; says why not.
+  bool CheckFiles();
 
   /// The form as the checks have left it: boxes are emptied where the user is to type anew.
   const HideForm& Form() const { return form_; }
 
-  /// Makes the work folder and writes the new directory; asks what an addition needs. False when
-  /// the job is over.
-  bool PrepareHide();
+  /// Makes the work folder and writes the new directory; asks what an addition needs.
+  Next PrepareHide();
 
-  enum class Ini { Waiting, Complete, Over };
-
-  /// One tick of the wait for the directory: Complete when all its values can be read back. After
-  /// 80 ticks without success it is over.
-  Ini CheckIni();
+  /// One tick of the wait for the directory: GoOn when all its values can be read back. The 80th
+  /// tick without success ends the job.
+  Next CheckIni();
 
   /// Pads the directory, joins the carrier and says how it went. Returns the carrier's path, or
-  /// nothing when it could not be made.
+  /// nothing when it could not be made. The job is over.
   std::optional<std::filesystem::path> DoAll();
 
  private:
-  bool CheckPasswords();
-  bool CheckLengths();
-  bool ChooseAddition(int records, const ValueReader& old);
-  bool StageHideFiles(const ValueReader* old);
+  Next CheckNames();
+  Next CheckPasswords();
+  Next CheckLengths();
+  Next ChooseAddition(int records, const Directory& old);
+  Next StageHideFiles(const Directory* old);
   bool DirectoryIsWritten() const;
-  /// Removes the work folder, shows the message and asks for the end of the program; false.
-  bool Over(std::string_view message, Icon icon);
-  bool Unable();
+  Next Back(std::string_view message);
+  Next Over(std::string_view message, Icon icon);
+  Next Unable();
   std::filesystem::path OutputPath() const;
   std::filesystem::path InWork(const char* name) const;
 
@@ -79,9 +93,9 @@ class HideJob {
   std::string password_;         ///< 8-bit text.
   int index_ = 0;                ///< The new record's.
   int ticks_ = 0;
-  std::optional<FolderLock> lock_;
-  std::optional<ScratchFolder> work_;
-  std::optional<ScratchFile> added_;    ///< The directory of an addition while it is written.
+  std::optional<ScratchFolder> run_;    ///< Stands for the root of the disk.
+  std::optional<ScratchFolder> work_;   ///< In it, "tempHHH".
+  std::filesystem::path added_;         ///< The directory of an addition while it is written.
   std::filesystem::path oldDirectory_;  ///< The chunk that holds it; empty for a short main file.
 };
 

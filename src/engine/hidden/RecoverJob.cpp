@@ -13,174 +13,165 @@
 namespace slyver {
 
 namespace fs = std::filesystem;
+using Next = RecoverJob::Next;
 
 namespace {
 
-constexpr std::string_view noFileHidden = "No File Is Hidden In This File.";
-constexpr std::string_view incorrectPassword = "Incorrect Password. Unable To Recover File.";
-constexpr std::string_view unableToRecover = "Unable To Recover File.";
+/// Thrown where there is nothing to be had from a carrier, or the user is to try again.
+struct Refusal {
+  std::string_view text;  ///< Empty where all has been said.
+  Icon icon = Icon::Information;
+  Next next = Next::Over;
+};
+constexpr Refusal unable = {"Unable To Recover File.", Icon::Critical};
+constexpr Refusal noneHidden = {"No File Is Hidden In This File."};
+constexpr Refusal incorrect = {"Incorrect Password. Unable To Recover File.", Icon::Critical};
+constexpr Refusal noCarrier = {"Main File Is Missing. Select The File Again.", Icon::Information,
+                               Next::Form};
+constexpr Refusal noPassword = {"Enter Password.", Icon::Information, Next::Form};
 
 /// What the pieces in the work folder are named after.
 constexpr std::string_view pieceTitle = "tempRRR.tmp";
 
-struct Refusal {
-  std::string_view text;
-  Icon icon;
-};
+/// A password as 8-bit text. Throws Refusal.
+std::string UsablePassword(std::string_view typed, Ui& ui) {
+  if (typed.empty()) throw noPassword;
+  std::optional<std::string> password = PasswordText8(typed, ui);
+  if (!password) throw Refusal{{}, Icon::None, Next::Form};
+  return std::move(*password);
+}
 
-/// What is wrong with a directory: no file in it, or not this password (8-bit text). Nothing when
-/// it can be used.
-std::optional<Refusal> RefusalOf(const ValueReader& directory, std::string_view password) {
-  if (directory(RecordSection(0), nameKey).empty()) return Refusal{noFileHidden, Icon::Information};
-  if (!IsPasswordOf(directory, password)) return Refusal{incorrectPassword, Icon::Critical};
+void RequirePassword(const Directory& directory, std::string_view password) {
+  if (directory.Count(nameKey) == 0) throw noneHidden;
+  if (!directory.IsPassword(password)) throw incorrect;
+}
+
+std::vector<HiddenFile> FilesOf(const Directory& directory, std::string_view password,
+                                std::uint64_t carrierLength) {
+  auto files = directory.Files(password, carrierLength);
+  if (!files) throw unable;
+  return std::move(*files);
+}
+
+/// What `work` finds in a carrier of the length that it is given; nothing when the user has been
+/// told why not.
+template <typename Work>
+auto LookInto(const fs::path& carrier, Ui& ui, const Work& work)
+    -> std::optional<decltype(work(std::uint64_t{}))> {
+  try {
+    if (carrier.empty()) throw noCarrier;
+    return work(FileLength(carrier));
+  } catch (const Refusal& refusal) {
+    if (!refusal.text.empty()) ui.Message(refusal.text, refusal.icon);
+  } catch (const std::exception& error) {
+    ui.Message(error.what(), Icon::Critical);
+  }
   return std::nullopt;
 }
 
-std::optional<std::vector<HiddenFile>> FilesOf(const ValueReader& directory,
-                                               std::string_view password,
-                                               std::uint64_t carrierLength) {
-  return LayOut(ReadMainLength(directory, password), ReadRecords(directory, password),
-                carrierLength);
-}
-
-/// The zeros before a piece number of one digit.
-std::string PadOf(const std::string& numberMask) {
-  return numberMask.substr(1);
+Directory DirectoryOf(const fs::path& carrier, std::uint64_t length) {
+  if (length <= directoryLength) throw unable;
+  return Directory::OfCarrier(carrier);
 }
 
 }  // namespace
 
 RecoverJob::RecoverJob(RecoverForm form, Ui& ui, BigFiles bigFiles)
-    : form_(std::move(form)), ui_(ui), bigFiles_(bigFiles), folder_(form_.Text1.parent_path()) {}
+    : form_(std::move(form)), ui_(ui), bigFiles_(bigFiles) {}
 
-/// Runs a procedure; an error in it is shown, and the job is over.
+/// Runs a procedure and ends the job with what it throws; an error is shown.
 template <typename Procedure>
-RecoverJob::Next RecoverJob::Guarded(const Procedure& procedure) {
+Next RecoverJob::Guarded(const Procedure& procedure) {
   try {
     return procedure();
+  } catch (const Refusal& refusal) {
+    if (refusal.next == Next::Over) return Over(refusal.text, refusal.icon);
+    if (!refusal.text.empty()) ui_.Message(refusal.text, refusal.icon);
+    return refusal.next;
   } catch (const std::exception& error) {
     ui_.Message(error.what(), Icon::Critical);
-    return Unable();
+    return Over(unable.text, unable.icon);
   }
 }
 
-/// What both procedures begin with. Nothing when they can go on.
-std::optional<RecoverJob::Next> RecoverJob::Preamble() {
-  if (form_.Text1.empty()) {
-    ui_.Message("Main File Is Missing. Select The File Again.", Icon::Information);
-    return Next::Form;
-  }
+/// What every procedure begins with.
+void RecoverJob::Preamble() {
+  if (form_.Text1.empty()) throw noCarrier;
   carrier_ = StateOf(form_.Text1);
   if (bigFiles_ == BigFiles::Ask && carrier_.length > quiteBig &&
       !AskYesNo(ui_,
                 "The File Size Is Quite Big. It Will Take Several Minutes To Recover From This "
                 "File. Please Exit Other Applications You Might Be Running. Do You Want To "
-                "Continue?")) {
-    ui_.EndProgram();
-    return Next::Over;
-  }
-  if (form_.Text2.empty()) {
-    ui_.Message("Enter Password.", Icon::Information);
-    return Next::Form;
-  }
-  const std::optional<std::string> password = PasswordText8(form_.Text2, ui_);
-  if (!password) return Next::Form;
-  password_ = *password;
-  lock_.emplace(folder_, ui_);
+                "Continue?"))
+    throw Refusal{};
+  password_ = UsablePassword(form_.Text2, ui_);
+  folder_ = form_.output.empty() ? FullPathOf(form_.Text1).parent_path() : form_.output;
   work_.emplace(folder_ / "TempRRR");
   ui_.ShowProgressForm("Recovering Files");
-  if (carrier_.length <= directoryLength) return Unable();
-  return std::nullopt;
 }
 
-RecoverJob::Next RecoverJob::RecHidden() {
-  return Guarded([&] {
-    if (const std::optional<Next> next = Preamble()) return *next;
-    SplitOptions options;
-    options.outputFolder = work_->Path();
-    options.TwoPieceMode = true;
-    options.SkipThenTrailer = true;
-    options.TrailerSize = directoryLength;
-    options.forRecovery = true;
-    options.title = pieceTitle;
-    options.state = carrier_;
-    const SplitResult cut = SplitFile(form_.Text1, carrier_.length - directoryLength, options, ui_);
-    if (cut.pieces < 1) return Unable();
-    SetProgress(40);
-    numberMask_ = cut.NumberMask;
-    const fs::path index = work_->Path() / "1.ini";
-    RenameFile(PieceOne(numberMask_), index);
+/// Cuts the directory out, after which the bar stands at `progress`, and holds the password against
+/// it.
+Directory RecoverJob::OpenDirectory(double progress) {
+  Preamble();
+  if (carrier_.length <= directoryLength) throw unable;
+  Directory directory =
+      Directory::InFile(Cut(carrier_.length - directoryLength, directoryLength, "1.ini", 0));
+  SetProgress(progress);
+  RequirePassword(directory, password_);
+  return directory;
+}
 
-    const ValueReader directory = DirectoryFile(index);
-    if (const auto refusal = RefusalOf(directory, password_))
-      return Over(refusal->text, refusal->icon);
-    std::optional<std::vector<HiddenFile>> files = FilesOf(directory, password_, carrier_.length);
-    if (!files) return Unable();
-    files_ = std::move(*files);
-    return files_.size() > 1 ? Next::Choose : DorestOfStuff2();
+void RecoverJob::OpenFiles() {
+  files_ = FilesOf(OpenDirectory(40), password_, carrier_.length);
+}
+
+Next RecoverJob::RecHidden() {
+  return Guarded([&] {
+    OpenFiles();
+    if (files_.size() == 1) return Recover(files_);
+    work_.reset();  // The user may take long to choose.
+    return Next::Choose;
   });
 }
 
-RecoverJob::Next RecoverJob::DorestOfStuff2() {
-  return DorestOfStuff(1);
-}
-
-RecoverJob::Next RecoverJob::DorestOfStuff(int k) {
+Next RecoverJob::DorestOfStuff(int k) {
   return Guarded([&] {
-    // The user may have taken long to choose.
     if (StateOf(form_.Text1) != carrier_)
       throw FileError(form_.Text1, "The file was changed while it was being recovered from");
-    const HiddenFile& file = files_.at(static_cast<std::size_t>(k) - 1);
-    for (const double value : {50, 60, 75}) SetProgress(value);
-    SplitOptions options;
-    options.outputFolder = work_->Path();
-    options.TwoPieceMode = true;
-    options.SkipThenRange = true;
-    options.SecondPieceSize = file.length;
-    options.forRecovery = true;
-    options.title = pieceTitle;
-    options.state = carrier_;
-    options.NumberMask = numberMask_;
-    options.barValue = 75;
-    const SplitResult cut = SplitFile(form_.Text1, file.offset, options, ui_);
-    if (cut.pieces < 1) return Unable();
-    SetProgress(85);
-    SetProgress(90);
-    recovered_ = MoveOut(PieceOne(cut.NumberMask), file.name);
-    SetProgress(95);
-    SetProgress(100);
-    return Over("File Recovered.", Icon::Information);
+    work_.emplace(folder_ / "TempRRR");
+    return Recover({files_.at(static_cast<std::size_t>(k) - 1)});
   });
 }
 
-RecoverJob::Next RecoverJob::RecMain() {
+Next RecoverJob::RecAll() {
   return Guarded([&] {
-    if (const std::optional<Next> next = Preamble()) return *next;
-    ChunkOptions options;
-    options.folder = work_->Path();
-    options.SmallTailChunks = true;
-    options.TrailerSize = directoryLength;
-    options.only = 2;
-    options.state = carrier_;
-    const ChunkResult index =
-        ChunkToTemp(form_.Text1, carrier_.length - directoryLength, options, ui_);
-    if (index.chunks < 1) return Unable();
-    SetProgress(60);
-    const ValueReader directory =
-        DirectoryFile(work_->Path() / ("1." + PadOf(index.NumberMask) + "2.ini"));
-    if (const auto refusal = RefusalOf(directory, password_))
-      return Over(refusal->text, refusal->icon);
-    const std::optional<std::uint64_t> mainLength =
-        MainLengthIn(ReadMainLength(directory, password_), carrier_.length);
-    if (!mainLength) return Unable();
-    MakeFreshFolder(work_->Path());
+    OpenFiles();
+    return Recover(files_);
+  });
+}
+
+/// Recovers the files, none of them when one fails.
+Next RecoverJob::Recover(const std::vector<HiddenFile>& files) {
+  for (const double value : {50, 60, 75}) SetProgress(value);
+  std::vector<fs::path> pieces;
+  for (const HiddenFile& file : files)
+    pieces.push_back(Cut(file.offset, file.length,
+                         std::string(pieceTitle) + "." + std::to_string(pieces.size()), 75));
+  SetProgress(85);
+  SetProgress(90);
+  for (std::size_t i = 0; i < files.size(); ++i) MoveOut(pieces[i], files[i].name);
+  SetProgress(95);
+  SetProgress(100);
+  return Over("File Recovered.", Icon::Information);
+}
+
+Next RecoverJob::RecMain() {
+  return Guarded([&] {
+    const auto mainLength = OpenDirectory(60).MainLength(password_, carrier_.length);
+    if (!mainLength) throw unable;
     SetProgress(85);
-    options.only = 1;
-    options.barValue = 85;
-    const ChunkResult main = ChunkToTemp(form_.Text1, *mainLength, options, ui_);
-    if (main.chunks < 1) return Unable();
-    recovered_ = MoveOut(work_->Path() / ("1." + PadOf(main.NumberMask) + "1.ini"),
-                         PathText(form_.Text1.filename()));
+    MoveOut(Cut(0, *mainLength, std::string(pieceTitle), 85), PathText(form_.Text1.filename()));
     SetProgress(100);
     work_.reset();
     ui_.Message("File Recovered.", Icon::Information);
@@ -188,49 +179,70 @@ RecoverJob::Next RecoverJob::RecMain() {
   });
 }
 
-fs::path RecoverJob::PieceOne(const std::string& numberMask) const {
-  return work_->Path() / (std::string(pieceTitle) + "." + PadOf(numberMask) + "1");
+/// Cuts bytes of the carrier into the file `name` of the work folder and returns its path. The bar
+/// stands at `barValue`.
+fs::path RecoverJob::Cut(std::uint64_t offset, std::uint64_t length, const std::string& name,
+                         double barValue) {
+  fs::path made;
+  if (offset == 0) {
+    ChunkOptions options;
+    options.folder = work_->Path();
+    options.only = 1;
+    options.state = carrier_;
+    options.barValue = barValue;
+    const ChunkResult cut = ChunkToTemp(form_.Text1, length, options, ui_);
+    if (cut.chunks < 1) throw Refusal(unable);
+    made = "1." + cut.NumberMask.substr(1) + "1.ini";
+  } else {
+    SplitOptions options;
+    options.outputFolder = work_->Path();
+    options.title = pieceTitle;
+    options.TwoPieceMode = options.SkipThenRange = options.forRecovery = true;
+    options.SecondPieceSize = length;
+    options.state = carrier_;
+    options.barValue = barValue;
+    const SplitResult cut = SplitFile(form_.Text1, offset, options, ui_);
+    if (cut.pieces < 1) throw Refusal(unable);
+    made = options.title + "." + cut.NumberMask.substr(1) + "1";
+  }
+  fs::path piece = work_->Path() / name;
+  RenameFile(work_->Path() / made, piece);
+  return piece;
 }
 
 void RecoverJob::SetProgress(double value) {
   ui_.SetProgress({"PB1", value, 0, 0});
 }
 
-fs::path RecoverJob::MoveOut(const fs::path& piece, const std::string& name) {
-  return MoveToFirstFreePath(piece, folder_,
-                             [&](const std::string& mark) { return "Original " + mark + name; });
+void RecoverJob::MoveOut(const fs::path& piece, const std::string& name) {
+  recovered_.push_back(MoveToFirstFreePath(
+      piece, folder_, [&](const std::string& mark) { return "Original " + mark + name; }));
 }
 
-RecoverJob::Next RecoverJob::Over(std::string_view message, Icon icon) {
+/// Removes the work folder, shows the message, unless it is empty, and asks for the end of the
+/// program.
+Next RecoverJob::Over(std::string_view message, Icon icon) {
   work_.reset();
-  lock_.reset();
-  ui_.Message(message, icon);
+  if (!message.empty()) ui_.Message(message, icon);
   ui_.EndProgram();
   return Next::Over;
 }
 
-RecoverJob::Next RecoverJob::Unable() {
-  return Over(unableToRecover, Icon::Critical);
+std::optional<int> CountHiddenFiles(const fs::path& carrier, Ui& ui) {
+  return LookInto(carrier, ui, [&](std::uint64_t length) {
+    const int count = DirectoryOf(carrier, length).Count(nameKey);
+    if (count == 0) throw noneHidden;
+    return count;
+  });
 }
 
 std::optional<std::vector<HiddenFile>> ListHiddenFiles(const fs::path& carrier,
                                                        std::string_view password, Ui& ui) {
-  return ShowingErrors(ui, {}, [&]() -> std::optional<std::vector<HiddenFile>> {
-    const std::uint64_t length = FileLength(carrier);
-    const auto refuse = [&](std::string_view message, Icon icon) {
-      ui.Message(message, icon);
-      return std::nullopt;
-    };
-    if (password.empty()) return refuse("Enter Password.", Icon::Information);
-    const std::optional<std::string> password8 = PasswordText8(password, ui);
-    if (!password8) return std::nullopt;
-    if (length <= directoryLength) return refuse(unableToRecover, Icon::Critical);
-    const ValueReader directory = DirectoryText(ReadDirectoryText(carrier));
-    if (const auto refusal = RefusalOf(directory, *password8))
-      return refuse(refusal->text, refusal->icon);
-    auto files = FilesOf(directory, *password8, length);
-    if (!files) return refuse(unableToRecover, Icon::Critical);
-    return files;
+  return LookInto(carrier, ui, [&](std::uint64_t length) {
+    const std::string password8 = UsablePassword(password, ui);
+    const Directory directory = DirectoryOf(carrier, length);
+    RequirePassword(directory, password8);
+    return FilesOf(directory, password8, length);
   });
 }
 

@@ -9,7 +9,7 @@
 
 #include "engine/hidden/BigFiles.h"
 #include "engine/hidden/Carrier.h"
-#include "engine/system/FolderLock.h"
+#include "engine/system/SourceFile.h"
 #include "engine/system/Ui.h"
 #include "engine/system/WorkFolders.h"
 
@@ -19,21 +19,27 @@ namespace slyver {
 struct RecoverForm {
   std::filesystem::path Text1;  ///< The carrier.
   std::string Text2;            ///< The password.
+  std::filesystem::path output =
+      {};  ///< The folder for what is recovered; the carrier's when empty.
 };
 
 /// "Rec Hidden" and "Rec Main": write a hidden file, or the main file's own bytes, beside the
 /// carrier as "Original " and the name. The carrier is never changed, and recovering a file costs
 /// that file's length, not the carrier's.
 ///
-/// All is said and asked through the Ui. The work folder "TempRRR" beside the carrier goes before
-/// the final message, and with the object. Every procedure throws Cancelled when the user stops it.
+/// All is said and asked through the Ui. The work folder "TempRRR" goes before the final message,
+/// and with the object. Every procedure throws Cancelled when the user stops it.
 class RecoverJob {
  public:
-  RecoverJob(RecoverForm form, Ui& ui, BigFiles bigFiles);
+  /// What comes after a procedure.
+  enum class Next {
+    Form,    ///< The user goes back to the form.
+    Choose,  ///< The user chooses one of Files().
+    Over,    ///< Nothing: the end of the program has been asked for.
+    Unload,  ///< The start-up form is to be unloaded, which ends the program too.
+  };
 
-  /// What comes after a procedure: the user goes back to the form; chooses one of Files(); the end
-  /// of the program has been asked for; or the start-up form is to be unloaded, which ends it too.
-  enum class Next { Form, Choose, Over, Unload };
+  RecoverJob(RecoverForm form, Ui& ui, BigFiles bigFiles);
 
   /// "Rec Hidden". Reads the directory; recovers the hidden file where there is one only.
   Next RecHidden();
@@ -44,35 +50,42 @@ class RecoverJob {
   /// Recovers hidden file `k` (1-based) of Files().
   Next DorestOfStuff(int k);
 
+  /// Recovers every hidden file: all of them or, when one fails, none.
+  Next RecAll();
+
   /// "Rec Main".
   Next RecMain();
 
-  /// The path of the file that was recovered, or nothing.
-  const std::optional<std::filesystem::path>& Recovered() const { return recovered_; }
+  /// The paths of the files that were recovered.
+  const std::vector<std::filesystem::path>& Recovered() const { return recovered_; }
 
  private:
   template <typename Procedure>
   Next Guarded(const Procedure& procedure);
-  std::optional<Next> Preamble();
-  Next DorestOfStuff2();
-  std::filesystem::path PieceOne(const std::string& numberMask) const;
+  void Preamble();
+  Directory OpenDirectory(double progress);
+  void OpenFiles();
+  Next Recover(const std::vector<HiddenFile>& files);
+  std::filesystem::path Cut(std::uint64_t offset, std::uint64_t length, const std::string& name,
+                            double barValue);
+  void MoveOut(const std::filesystem::path& piece, const std::string& name);
   void SetProgress(double value);
-  std::filesystem::path MoveOut(const std::filesystem::path& piece, const std::string& name);
   Next Over(std::string_view message, Icon icon);
-  Next Unable();
 
   RecoverForm form_;
   Ui& ui_;
   const BigFiles bigFiles_;
-  std::filesystem::path folder_;
-  FileState carrier_;     ///< It must stay in this state.
-  std::string password_;  ///< 8-bit text.
+  std::filesystem::path folder_;  ///< For what is recovered.
+  FileState carrier_;             ///< It must stay in this state.
+  std::string password_;          ///< 8-bit text.
   std::vector<HiddenFile> files_;
-  std::string numberMask_;
-  std::optional<FolderLock> lock_;
   std::optional<ScratchFolder> work_;
-  std::optional<std::filesystem::path> recovered_;
+  std::vector<std::filesystem::path> recovered_;
 };
+
+/// How many files `carrier` hides, which needs no password. Says why there are none, as
+/// ListHiddenFiles does; then the result is nothing.
+std::optional<int> CountHiddenFiles(const std::filesystem::path& carrier, Ui& ui);
 
 /// The hidden files of `carrier`, read without a trace. Says why there are none: with "No File Is
 /// Hidden In This File.", "Incorrect Password. Unable To Recover File." or "Unable To Recover

@@ -28,6 +28,14 @@ void MakeFolder(const std::filesystem::path& path, Access access = Access::Inher
 /// is no failure.
 void RemoveFolder(const std::filesystem::path& path);
 
+/// Makes the folder `path`, which on POSIX nobody but its owner may enter. False when something
+/// bears the name. Throws FileError.
+bool MakeNewFolder(const std::filesystem::path& path);
+
+/// Removes the folder `path` if it is empty. Returns why it could not, directory_not_empty among
+/// others; nothing of that name is no failure.
+std::error_code RemoveEmptyFolder(const std::filesystem::path& path);
+
 /// Removes the file or link `path`. Returns why it could not; nothing of that name is no failure.
 std::error_code RemoveFile(const std::filesystem::path& path);
 

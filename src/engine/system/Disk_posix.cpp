@@ -57,6 +57,18 @@ void RemoveFolder(const fs::path& path) {
   if (error) throw FileError(path, error);
 }
 
+bool MakeNewFolder(const fs::path& path) {
+  if (mkdir(path.c_str(), S_IRWXU) == 0) return true;
+  if (errno != EEXIST) FailWithLastError(path);
+  return false;
+}
+
+std::error_code RemoveEmptyFolder(const fs::path& path) {
+  if (rmdir(path.c_str()) == 0 || errno == ENOENT) return {};
+  if (errno == EEXIST) errno = ENOTEMPTY;
+  return LastError();
+}
+
 std::error_code RemoveFile(const fs::path& path) {
   std::error_code error;
   fs::remove(path, error);

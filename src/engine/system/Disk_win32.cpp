@@ -173,6 +173,17 @@ void RemoveFolder(const fs::path& path) {
   if (!RemoveTree(name, isLink)) FailWithLastError(path);
 }
 
+bool MakeNewFolder(const fs::path& path) {
+  if (CreateDirectoryW(LongPath(path).c_str(), nullptr) != 0) return true;
+  if (GetLastError() != ERROR_ALREADY_EXISTS) FailWithLastError(path);
+  return false;
+}
+
+std::error_code RemoveEmptyFolder(const fs::path& path) {
+  if (RemoveName(LongPath(path), RemoveDirectoryW)) return {};
+  return LastError();
+}
+
 std::error_code RemoveFile(const fs::path& path) {
   if (path.empty() || RemoveName(LongPath(path), DeleteFileW)) return {};
   return LastError();

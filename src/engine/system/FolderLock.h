@@ -1,25 +1,38 @@
 #pragma once
 
-#include <chrono>
 #include <filesystem>
 #include <memory>
-
-#include "engine/system/Ui.h"
+#include <string_view>
 
 namespace slyver {
 
-/// Holds a folder for one job, so that a second program working with the same fixed names in it
-/// waits and cannot mix its files in. The lock goes with the object, or with the process.
+/// The lock of a work folder: a file in it that is held open. It tells a folder that a running job
+/// works in from what a killed one has left, and both from a folder of the user's.
 class FolderLock {
  public:
-  /// Waits for the lock of the folder, which must exist. Throws FileError when another program has
-  /// held it for as long as `patience`, and Cancelled when the user stops the waiting. A file
-  /// system without locks grants it.
-  FolderLock(const std::filesystem::path& folder, Ui& ui,
-             std::chrono::seconds patience = std::chrono::seconds(30));
+  static constexpr std::string_view fileName = "slyver.lock";
+
+  enum class Answer {
+    Taken,     ///< The lock is this object's.
+    Missing,   ///< The folder has no lock, or is not there.
+    Busy,      ///< Another job holds it, or it cannot be asked for.
+    NoFolder,  ///< The name is a file's or a link's.
+  };
+
+  FolderLock();
   ~FolderLock();
   FolderLock(const FolderLock&) = delete;
   FolderLock& operator=(const FolderLock&) = delete;
+
+  /// Puts a lock into a folder that was just made. Missing when another job has taken the empty
+  /// folder for a leftover meanwhile. Throws FileError.
+  Answer Make(const std::filesystem::path& folder);
+
+  /// Takes the lock that is in a folder, without waiting.
+  Answer Take(const std::filesystem::path& folder);
+
+  /// Removes the lock's file and lets it go.
+  void Remove();
 
  private:
   struct State;

@@ -1,41 +1,56 @@
+#include "engine/system/FolderLock.h"
+
 #include <fcntl.h>
-#include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <chrono>
-#include <system_error>
-#include <thread>
 
-#include "engine/system/FileError.h"
-#include "engine/system/FolderLock.h"
+#include "engine/system/Posix.h"
 
 namespace slyver {
 
 struct FolderLock::State {
-  int descriptor = -1;
+  std::filesystem::path path;
+  Descriptor file;
 
-  ~State() {
-    if (descriptor >= 0) close(descriptor);
+  /// Takes the lock of the open file. Missing when somebody has removed it by then.
+  Answer Lock() const {
+    if (!TryLock(file)) return Answer::Busy;
+    struct stat opened = {};
+    return fstat(file.Get(), &opened) == 0 && opened.st_nlink > 0 ? Answer::Taken : Answer::Missing;
   }
 };
 
-FolderLock::FolderLock(const std::filesystem::path& folder, Ui& ui, std::chrono::seconds patience)
-    : state_(std::make_unique<State>()) {
-  state_->descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (state_->descriptor < 0)
-    throw FileError(folder, std::error_code(errno, std::generic_category()));
-  const auto giveUp = std::chrono::steady_clock::now() + patience;
-  while (flock(state_->descriptor, LOCK_EX | LOCK_NB) != 0) {
-    if (errno == EINTR) continue;
-    if (errno != EWOULDBLOCK) return;
-    if (std::chrono::steady_clock::now() >= giveUp)
-      throw FileError(folder, "Another program is working in this folder");
-    if (!ui.GoOn()) throw Cancelled{};
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-  }
+FolderLock::FolderLock() : state_(std::make_unique<State>()) {}
+FolderLock::~FolderLock() = default;
+
+FolderLock::Answer FolderLock::Make(const std::filesystem::path& folder) {
+  state_->path = folder / fileName;
+  do
+    state_->file = Descriptor(
+        open(state_->path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+  while (!state_->file && errno == EINTR);
+  if (state_->file) return state_->Lock() == Answer::Taken ? Answer::Taken : Answer::Missing;
+  if (errno == ENOENT) return Answer::Missing;
+  FailWithLastError(state_->path);
 }
 
-FolderLock::~FolderLock() = default;
+FolderLock::Answer FolderLock::Take(const std::filesystem::path& folder) {
+  state_->path = folder / fileName;
+  const Descriptor there(open(folder.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  if (!there && errno == ENOENT) return Answer::Missing;
+  if (!there) return errno == ENOTDIR || errno == ELOOP ? Answer::NoFolder : Answer::Busy;
+  state_->file = Descriptor(openat(there.Get(), std::string(fileName).c_str(),
+                                   O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  if (!state_->file) return errno == ENOENT ? Answer::Missing : Answer::Busy;
+  return state_->Lock();
+}
+
+void FolderLock::Remove() {
+  // Before it is let go, so that nobody takes what is no lock any more.
+  (void)unlink(state_->path.c_str());
+  state_->file = Descriptor();
+}
 
 }  // namespace slyver

@@ -1,7 +1,8 @@
 #include "engine/system/INIReadWri.h"
 
+#include <algorithm>
 #include <exception>
-#include <optional>
+#include <utility>
 
 #include "engine/system/Ascii.h"
 #include "engine/system/Disk.h"
@@ -12,7 +13,6 @@ namespace slyver {
 
 namespace {
 
-constexpr std::size_t readLimit = 49;
 constexpr std::string_view blanks = " \t\r\n\v\f";
 
 std::string_view TrimmedRight(std::string_view text) {
@@ -28,104 +28,104 @@ std::string_view UpToZero(std::string_view text) {
   return text.substr(0, text.find('\0'));
 }
 
-/// The text of the first line, its line end included.
-std::string_view FirstLine(std::string_view text) {
-  const std::size_t end = text.find('\n');
-  return end == std::string_view::npos ? text : text.substr(0, end + 1);
-}
-
-/// The section that a line opens, if it opens one. The name ends at the first bracket, or with the
-/// line.
-std::optional<std::string_view> SectionOpenedBy(std::string_view line) {
-  line = Trimmed(line);
-  if (line.empty() || line.front() != '[') return std::nullopt;
-  return Trimmed(line.substr(1, line.find(']') - 1));
-}
-
 std::string_view WithoutQuotes(std::string_view value) {
   const bool quoted = value.size() >= 2 && value.front() == value.back() &&
                       (value.front() == '"' || value.front() == '\'');
   return quoted ? value.substr(1, value.size() - 2) : value;
 }
 
-/// Where a value stands, or would stand, in an ini text; offsets in bytes.
-struct Place {
-  bool sectionFound = false;
-  std::size_t sectionEnd = 0;  ///< Behind the section's last line that is not blank.
-  std::optional<std::string_view> line;
-  std::string_view key;  ///< As the line spells it.
-  std::string_view value;
-};
+IniText IniFile(const std::filesystem::path& file) {
+  return IniText(NameIsTaken(file) ? ReadSmallFile(file) : std::string{});
+}
 
-Place Find(std::string_view text, std::string_view section, std::string_view key) {
+}  // namespace
+
+IniText::IniText(std::string_view text) {
+  text = UpToZero(text);
+  while (!text.empty()) {
+    const std::string_view line = text.substr(0, text.find('\n'));
+    const std::size_t size = std::min(line.size() + 1, text.size());
+    lines_.push_back(Parsed(text.substr(0, size)));
+    text.remove_prefix(size);
+  }
+}
+
+IniText::Line IniText::Parsed(std::string_view text) {
+  Line line{std::string(text), false, {}, {}};
+  const std::string_view content = Trimmed(text);
+  const std::size_t equals = content.find('=');
+  if (content.starts_with('[')) {
+    line.opensSection = true;
+    line.name = Trimmed(content.substr(1, content.find(']') - 1));
+  } else if (!content.starts_with(';') && equals != std::string_view::npos) {
+    line.name = TrimmedRight(content.substr(0, equals));
+    line.value = WithoutQuotes(Trimmed(content.substr(equals + 1)));
+  }
+  return line;
+}
+
+IniText::Place IniText::Find(std::string_view section, std::string_view key) const {
   Place place;
-  bool inside = false;
-  for (std::size_t at = 0; at < text.size();) {
-    const std::string_view line = FirstLine(text.substr(at));
-    at += line.size();
-    if (const auto opened = SectionOpenedBy(line)) {
-      if (inside) return place;
-      inside = place.sectionFound = SameIgnoringCase(*opened, section);
+  for (std::size_t i = 0; i < lines_.size(); ++i) {
+    const Line& line = lines_[i];
+    if (line.opensSection) {
+      if (place.sectionFound) return place;
+      place.sectionFound = SameIgnoringCase(line.name, Trimmed(section));
     }
-    if (!inside || Trimmed(line).empty()) continue;
-    place.sectionEnd = at;
-    const std::size_t equals = line.find('=');
-    if (equals == std::string_view::npos || Trimmed(line).front() == ';') continue;
-    place.key = Trimmed(line.substr(0, equals));
-    if (!SameIgnoringCase(place.key, key)) continue;
-    place.line = line;
-    place.value = WithoutQuotes(Trimmed(line.substr(equals + 1)));
+    if (!place.sectionFound) continue;
+    if (!Trimmed(line.text).empty()) place.sectionEnd = i + 1;
+    if (!line.value || !SameIgnoringCase(line.name, Trimmed(key))) continue;
+    place.line = i;
     return place;
   }
   return place;
 }
 
-/// `text`, ending in a line end unless it is empty.
-std::string WithLineEnd(std::string_view text) {
-  std::string result(text);
-  if (!result.empty() && result.back() != '\n') result += "\r\n";
-  return result;
+std::string IniText::Value(std::string_view section, std::string_view key,
+                           std::string_view defaultValue) const {
+  const Place place = Find(section, key);
+  return place.line ? *lines_[*place.line].value : std::string(TrimmedRight(defaultValue));
 }
 
-}  // namespace
-
-std::string IniValueIn(std::string_view text, std::string_view section, std::string_view key,
-                       std::string_view defaultValue) {
-  const Place place = Find(UpToZero(text), Trimmed(section), Trimmed(key));
-  return std::string(place.line ? place.value : TrimmedRight(defaultValue));
+void IniText::Set(std::string_view section, std::string_view key, std::string_view value) {
+  const Place place = Find(section, key);
+  const std::string name(place.line ? std::string_view(lines_[*place.line].name) : Trimmed(key));
+  Line line = Parsed(name + "=" + std::string(UpToZero(value)) + "\r\n");
+  if (place.line) {
+    lines_[*place.line] = std::move(line);
+  } else if (place.sectionFound) {
+    EndLine(place.sectionEnd);
+    lines_.insert(lines_.begin() + static_cast<std::ptrdiff_t>(place.sectionEnd), std::move(line));
+  } else {
+    EndLine(lines_.size());
+    lines_.push_back(Parsed("[" + std::string(Trimmed(section)) + "]\r\n"));
+    lines_.push_back(std::move(line));
+  }
 }
 
-std::string WithIniValue(std::string_view text, std::string_view section, std::string_view key,
-                         std::string_view value) {
-  text = UpToZero(text);
-  section = Trimmed(section);
-  key = Trimmed(key);
-  const Place place = Find(text, section, key);
-  const std::string line =
-      std::string(place.line ? place.key : key) + "=" + std::string(UpToZero(value)) + "\r\n";
-  if (!place.sectionFound) return WithLineEnd(text) + "[" + std::string(section) + "]\r\n" + line;
-  if (!place.line)
-    return WithLineEnd(text.substr(0, place.sectionEnd)) + line +
-           std::string(text.substr(place.sectionEnd));
-  std::string result(text);
-  return result.replace(static_cast<std::size_t>(place.line->data() - text.data()),
-                        place.line->size(), line);
+/// Gives the line before line number `before` a line end.
+void IniText::EndLine(std::size_t before) {
+  if (before > 0 && !lines_[before - 1].text.ends_with('\n')) lines_[before - 1].text += "\r\n";
 }
 
-std::string WithoutIniValue(std::string_view text, std::string_view section, std::string_view key) {
-  text = UpToZero(text);
-  std::string result(text);
-  const Place place = Find(text, Trimmed(section), Trimmed(key));
-  if (place.line)
-    result.erase(static_cast<std::size_t>(place.line->data() - text.data()), place.line->size());
-  return result;
+bool IniText::Remove(std::string_view section, std::string_view key) {
+  const Place place = Find(section, key);
+  if (place.line) lines_.erase(lines_.begin() + static_cast<std::ptrdiff_t>(*place.line));
+  return place.line.has_value();
+}
+
+std::string IniText::Text() const {
+  std::string text;
+  for (const Line& line : lines_) text += line.text;
+  return text;
 }
 
 bool WriteIniValue(const std::filesystem::path& file, std::string_view section,
                    std::string_view key, std::string_view value) {
   try {
-    const std::string text = NameIsTaken(file) ? ReadSmallFile(file) : std::string{};
-    WriteSmallFile(file, WithIniValue(text, section, key, value), Existing::ReplaceScratch);
+    IniText ini = IniFile(file);
+    ini.Set(section, key, value);
+    WriteSmallFile(file, ini.Text(), Existing::ReplaceScratch);
   } catch (const FileError&) {
     return true;  // As with the profile call, whose result nobody looks at.
   } catch (const std::exception&) {
@@ -136,18 +136,13 @@ bool WriteIniValue(const std::filesystem::path& file, std::string_view section,
 
 std::string ReadIniValue(const std::filesystem::path& file, std::string_view section,
                          std::string_view key, std::string_view defaultValue) {
-  std::string text;
+  IniText ini;
   try {
-    text = ReadSmallFile(file);
+    ini = IniFile(file);
   } catch (const FileError&) {
-    text.clear();
+    ini = IniText();
   }
-  return ReadIniValueIn(text, section, key, defaultValue);
-}
-
-std::string ReadIniValueIn(std::string_view text, std::string_view section, std::string_view key,
-                           std::string_view defaultValue) {
-  return IniValueIn(text, section, key, defaultValue).substr(0, readLimit);
+  return ini.Value(section, key, defaultValue).substr(0, iniReadLimit);
 }
 
 }  // namespace slyver

@@ -13,4 +13,8 @@ std::string PathText(const std::filesystem::path& path);
 /// The path that PathText() turned into `text`.
 std::filesystem::path PathFromText(std::string_view text);
 
+/// A file's name (UTF-8) as this system takes it, with "_" for each character that it does not take
+/// there.
+std::string SystemFileName(std::string name);
+
 }  // namespace slyver

@@ -10,4 +10,8 @@ std::filesystem::path PathFromText(std::string_view text) {
   return text;
 }
 
+std::string SystemFileName(std::string name) {
+  return name;
+}
+
 }  // namespace slyver

@@ -33,16 +33,16 @@ std::string SectionOf(RegRoot root, std::string_view keyPath) {
 }
 
 /// Empty when there is no file yet.
-std::string RegistryText() {
+IniText RegistryText() {
   const std::filesystem::path file = RegistryFile();
-  return NameIsTaken(file) ? ReadSmallFile(file) : std::string{};
+  return IniText(NameIsTaken(file) ? ReadSmallFile(file) : std::string{});
 }
 
 }  // namespace
 
 std::string GetRegString(RegRoot root, std::string_view keyPath, std::string_view valueName) {
   try {
-    return IniValueIn(RegistryText(), SectionOf(root, keyPath), valueName, "");
+    return RegistryText().Value(SectionOf(root, keyPath), valueName);
   } catch (const std::exception&) {
     return {};
   }
@@ -52,10 +52,11 @@ void SaveRegString(RegRoot root, std::string_view keyPath, std::string_view valu
                    std::string_view text) {
   try {
     std::filesystem::create_directories(ConfigurationFolder());
+    IniText registry = RegistryText();
     // The quotation marks keep blanks at the ends of the value.
-    const std::string quoted = "\"" + std::string(text.substr(0, text.find('\0'))) + "\"";
-    WriteSmallFile(RegistryFile(),
-                   WithIniValue(RegistryText(), SectionOf(root, keyPath), valueName, quoted));
+    registry.Set(SectionOf(root, keyPath), valueName,
+                 "\"" + std::string(text.substr(0, text.find('\0'))) + "\"");
+    WriteSmallFile(RegistryFile(), registry.Text());
   } catch (const std::exception&) {
     return;  // As with the registry's own calls, whose status nobody looks at.
   }
@@ -63,10 +64,9 @@ void SaveRegString(RegRoot root, std::string_view keyPath, std::string_view valu
 
 std::int32_t DeleteRegValue(RegRoot root, std::string_view keyPath, std::string_view valueName) {
   try {
-    const std::string before = RegistryText();
-    const std::string after = WithoutIniValue(before, SectionOf(root, keyPath), valueName);
-    if (after == before) return ENOENT;
-    WriteSmallFile(RegistryFile(), after);
+    IniText registry = RegistryText();
+    if (!registry.Remove(SectionOf(root, keyPath), valueName)) return ENOENT;
+    WriteSmallFile(RegistryFile(), registry.Text());
     return 0;
   } catch (const std::exception&) {
     return EIO;

@@ -1,18 +1,22 @@
 #include "engine/system/WorkFolders.h"
 
+#include <cstdint>
+#include <exception>
+#include <limits>
+#include <stdexcept>
+#include <string>
+#include <string_view>
 #include <system_error>
 #include <utility>
+#include <vector>
 
+#include "engine/system/Disk.h"
 #include "engine/system/FileError.h"
+#include "engine/system/PathText.h"
 
 namespace slyver {
 
 namespace fs = std::filesystem;
-
-void MakeFreshFolder(const fs::path& path, Access access) {
-  if (FolderExists(path)) RemoveFolder(path);
-  MakeFolder(path, access);
-}
 
 namespace {
 
@@ -20,6 +24,61 @@ void MakeFolders(const fs::path& path) {
   if (path.empty() || FolderExists(path)) return;
   if (path.has_relative_path()) MakeFolders(path.parent_path());
   MakeFolder(path);
+}
+
+/// Whether a job makes files of this name in its work folder: numbered ini files and pieces, and
+/// files that are not complete yet.
+bool IsWorkFile(std::string_view name) {
+  if (name.starts_with(".slyver-")) return name.ends_with(".tmp");
+  if (name.starts_with("tempRRR.tmp")) return true;
+  return name.ends_with(".ini") &&
+         name.substr(0, name.size() - 4).find_first_not_of("0123456789.") == std::string_view::npos;
+}
+
+enum class Leftover { Removed, InUse, NotOurs };
+
+Leftover RemoveEmpty(const fs::path& folder) {
+  const std::error_code error = RemoveEmptyFolder(folder);
+  if (!error) return Leftover::Removed;
+  // Who may not remove it takes another name.
+  return error == std::errc::directory_not_empty ? Leftover::NotOurs : Leftover::InUse;
+}
+
+/// Removes a folder whose lock is held, with the work files and the work folder in it.
+Leftover RemoveHeld(const fs::path& folder, FolderLock& lock) {
+  std::vector<fs::path> files;
+  (void)ListFolder(folder, [&](const fs::path& path, EntryKind kind) {
+    if (kind == EntryKind::File && IsWorkFile(PathText(path.filename()))) files.push_back(path);
+  });
+  for (const fs::path& path : files) (void)RemoveFile(path);
+  FolderLock inner;
+  if (inner.Take(folder / "tempHHH") == FolderLock::Answer::Taken)
+    (void)RemoveHeld(folder / "tempHHH", inner);
+  lock.Remove();
+  return RemoveEmpty(folder);
+}
+
+/// Removes what bears a work folder's name, unless it is in use or not a job's.
+Leftover RemoveLeftover(const fs::path& folder) {
+  FolderLock lock;
+  switch (lock.Take(folder)) {
+    case FolderLock::Answer::Taken:
+      return RemoveHeld(folder, lock);
+    // Without a lock nothing in it is known to be a job's.
+    case FolderLock::Answer::Missing:
+      return RemoveEmpty(folder);
+    case FolderLock::Answer::Busy:
+      return Leftover::InUse;
+    case FolderLock::Answer::NoFolder:
+      break;
+  }
+  throw FileError(folder, std::make_error_code(std::errc::file_exists));
+}
+
+fs::path Numbered(const fs::path& path, int number) {
+  fs::path numbered = path;
+  if (number > 0) numbered += "." + std::to_string(number);
+  return numbered;
 }
 
 }  // namespace
@@ -38,24 +97,47 @@ fs::path WithSeparator(fs::path path) {
   return path;
 }
 
-ScratchFolder::ScratchFolder(fs::path path, Access access) : path_(std::move(path)) {
-  MakeFreshFolder(path_, access);
+ScratchFolder::ScratchFolder(fs::path path) {
+  int number = 0;
+  for (path_ = path; !Make(); path_ = Numbered(path, ++number))
+    if (number == std::numeric_limits<std::int16_t>::max()) throw OverflowError();
+  // What was left by killed jobs that had to take further names.
+  for (int further = 1; further <= 8; ++further) {
+    FolderLock lock;
+    const fs::path left = Numbered(path, number + further);
+    if (lock.Take(left) == FolderLock::Answer::Taken) (void)RemoveHeld(left, lock);
+  }
+}
+
+/// Makes the folder; false when another job works in one of that name.
+bool ScratchFolder::Make() {
+  while (true) {
+    if (MakeNewFolder(path_)) {
+      try {
+        if (lock_.Make(path_) == FolderLock::Answer::Taken) return true;
+      } catch (const FileError&) {
+        (void)RemoveEmptyFolder(path_);
+        throw;
+      }
+      continue;  // Another job has taken it for a leftover.
+    }
+    switch (RemoveLeftover(path_)) {
+      case Leftover::Removed:
+        break;
+      case Leftover::InUse:
+        return false;
+      case Leftover::NotOurs:
+        throw std::runtime_error(PathText(path_) + " Holds Other Files. Move Them Away.");
+    }
+  }
 }
 
 ScratchFolder::~ScratchFolder() {
   try {
-    RemoveFolder(path_);
-  } catch (const FileError&) {
-    return;
+    (void)RemoveHeld(path_, lock_);
+  } catch (const std::exception&) {
+    return;  // The next job removes it.
   }
-}
-
-ScratchFile::ScratchFile(fs::path path) : path_(std::move(path)) {
-  if (const std::error_code error = RemoveFile(path_)) throw FileError(path_, error);
-}
-
-ScratchFile::~ScratchFile() {
-  (void)RemoveFile(path_);
 }
 
 }  // namespace slyver

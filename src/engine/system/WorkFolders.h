@@ -2,13 +2,9 @@
 
 #include <filesystem>
 
-#include "engine/system/Disk.h"
+#include "engine/system/FolderLock.h"
 
 namespace slyver {
-
-/// Makes an empty folder `path`; one of that name, or a link to one, is removed first as
-/// RemoveFolder does. Throws FileError, also when a file bears the name.
-void MakeFreshFolder(const std::filesystem::path& path, Access access = Access::Inherited);
 
 /// Makes every folder of `path` that is followed by a separator, so the last one only when the path
 /// ends in one. Returns false when one could not be made.
@@ -17,12 +13,18 @@ bool MakeSureDirectoryPathExists(const std::filesystem::path& path);
 /// `path` with a separator at its end.
 std::filesystem::path WithSeparator(std::filesystem::path path);
 
-/// A folder that a job works in: made afresh, removed at the end of the object's life whatever
-/// happens; a failure to remove it goes unnoticed.
+/// A folder that a job works in, made for this object and on POSIX open to its owner alone. At the
+/// end of the object's life it goes with the work files in it; whatever else has come into it
+/// stays.
+///
+/// What a killed job has left under the name is removed first. While another job works in it the
+/// next name is taken: `path`.1, `path`.2 and so on, so that no job waits for another.
 class ScratchFolder {
  public:
-  /// Throws FileError when the folder cannot be made.
-  explicit ScratchFolder(std::filesystem::path path, Access access = Access::Inherited);
+  /// Throws FileError when the folder cannot be made or the name is a file's or a link's, and
+  /// std::runtime_error ("... Holds Other Files. Move Them Away.") when a folder of that name holds
+  /// anything that no job makes.
+  explicit ScratchFolder(std::filesystem::path path);
   ~ScratchFolder();
   ScratchFolder(const ScratchFolder&) = delete;
   ScratchFolder& operator=(const ScratchFolder&) = delete;
@@ -30,31 +32,24 @@ class ScratchFolder {
   const std::filesystem::path& Path() const { return path_; }
 
  private:
+  bool Make();
+
   std::filesystem::path path_;
+  FolderLock lock_;
 };
 
-/// A file that a job writes outside its scratch folder: one of that name is removed at the start
-/// and at the end of the object's life; a failure to remove it at the end goes unnoticed.
-class ScratchFile {
- public:
-  /// Throws FileError when what bears the name cannot be removed: it would be taken for the job's.
-  explicit ScratchFile(std::filesystem::path path);
-  ~ScratchFile();
-  ScratchFile(const ScratchFile&) = delete;
-  ScratchFile& operator=(const ScratchFile&) = delete;
-
-  const std::filesystem::path& Path() const { return path_; }
-
- private:
-  std::filesystem::path path_;
-};
-
-/// The folder in which the hide job makes its work folder. On Linux one that only this user may
-/// enter, "slyver" in $XDG_RUNTIME_DIR, else "slyver-" and the user's number in the folder for
-/// temporary files; it is made if need be. On Windows "C:\" where the user can make files there,
-/// else the user's folder for temporary files. Throws FileError when it cannot be made, is no
-/// folder of the user's own, or is open to others and cannot be closed to them.
+/// The folder of the user's own in which the program's runs make theirs: on Linux "slyver" in
+/// $XDG_RUNTIME_DIR where that is a folder of this user's, else "slyver-" and the user's number in
+/// /tmp, open to this user alone; on Windows the user's folder for temporary files. It is made if
+/// need be. Throws FileError when it cannot be made, is no folder of the user's own, or is open to
+/// others and cannot be closed to them.
 std::filesystem::path PrivateFolder();
+
+/// Stands for the root of the disk in the hide job, on every system: a folder that this job alone
+/// works in.
+inline std::filesystem::path RunFolder() {
+  return PrivateFolder() / "slyver-run";
+}
 
 /// Where file dialogs start: the user's home folder; on Windows "c:\".
 std::filesystem::path HomeFolder();

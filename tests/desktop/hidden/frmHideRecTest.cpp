@@ -39,8 +39,8 @@ class frmHideRecTest : public DesktopTest {
     other.ExpectMessage("File Hidden.", Icon::Information);
     other.ExpectEndProgram();
     HideJob job({carrier, folder / name, "geheim", "geheim"}, other, BigFiles::Take);
-    ASSERT_TRUE(job.Check() && job.PrepareHide());
-    ASSERT_EQ(job.CheckIni(), HideJob::Ini::Complete);
+    ASSERT_TRUE(job.Check() == HideJob::Next::GoOn && job.PrepareHide() == HideJob::Next::GoOn);
+    ASSERT_EQ(job.CheckIni(), HideJob::Next::GoOn);
     std::filesystem::rename(job.DoAll().value(), carrier);
     std::filesystem::remove(folder / name);
   }

@@ -11,91 +11,82 @@ using namespace std::string_literals;
 
 TEST(Carrier, TakesBareFileNamesOnly) {
   for (const std::string& name :
-       {"a"s, "my file.txt"s, "...a"s, "a..b"s, "con2"s, "com0"s, "com10"s, "auxiliary.txt"s,
-        "12:30.log"s, "\xE9\x80.bin"s, "-rf"s, " a"s})
+       {"a"s, "my file.txt"s, "...a"s, "a..b"s, "12:30.log"s, "\xE9\x80.bin"s, " a"s, "nul.txt"s})
     EXPECT_TRUE(IsBareFileName(name)) << name;
-  for (const std::string& name :
-       {""s,    "."s,       ".."s,      "/etc/passwd"s, "../a"s,  "a/b"s,  "a\\b"s,  "..\\a"s,
-        "c:a"s, "c:\\a"s,   "a\0b"s,    "a\nb"s,        "a\x1F"s, "\x7F"s, "\x9D"s,  "\x81 a"s,
-        "aux"s, "AUX.txt"s, "nul.a.b"s, "prn "s,        "Con"s,   "com1"s, "lPt9.x"s})
+  for (const std::string& name : {""s, "."s, ".."s, "/etc/passwd"s, "../a"s, "a\\b"s, "c:a"s,
+                                  "a\0b"s, "a\nb"s, "a\x1F"s, "\x7F"s, "\x9D"s, "\x81 a"s})
     EXPECT_FALSE(IsBareFileName(name)) << name;
 }
 
-TEST(Carrier, BelievesNoLength) {
-  const std::uint64_t length = 2500 + 100;  // so there are 100 bytes to share out
-  const auto laysOut = [&](std::string_view main, const std::vector<Record>& records) {
-    return LayOut(main, records, length).has_value();
+TEST(Carrier, StoresNamesThatComeBack) {
+  struct Case {
+    std::string name, stored;
   };
-  EXPECT_TRUE(laysOut("10", {{"a", "90"}}));
-  EXPECT_TRUE(laysOut("1", {{"a", "98"}, {"b", "1"}}));
-  EXPECT_TRUE(laysOut("100", {}));
-  EXPECT_FALSE(laysOut("101", {}));
-  EXPECT_FALSE(laysOut("10", {{"a", "91"}}));
-  EXPECT_FALSE(laysOut("10", {{"a", "1"}, {"b", "90"}}));
-  EXPECT_FALSE(laysOut("1", {{"a", "1"}, {"..", "1"}})) << "one bad name spoils all";
-  for (const char* bad : {"", "0", "00", "-1", "+1", " 1", "1 ", "1.0", "1e1", "0x1", "one", "1\n",
-                          "18446744073709551615", "18446744073709551616", "18446744073709551606",
-                          "99999999999999999999999999"}) {
-    EXPECT_FALSE(laysOut(bad, {{"a", "1"}})) << bad;
-    EXPECT_FALSE(laysOut("10", {{"a", "1"}, {"b", bad}})) << bad;
+  const std::string twenty(20, 'n');
+  for (const Case& c : {
+           Case{twenty + ".jpg", twenty + ".jpg"},
+           Case{twenty + "n.jpg", twenty + ".jpg"},
+           Case{twenty + twenty + ".tar.gz", twenty + "n.gz"},
+           Case{twenty + twenty, twenty + "nnnn"},
+           Case{"n." + twenty + "nnn", "n." + twenty + "nn"},       // too long an extension
+           Case{"n." + twenty + "nn" + "n", "n." + twenty + "nn"},  // one more than fits
+           Case{"a.b" + twenty + ".c", "a.b" + twenty.substr(1) + ".c"},
+           Case{"\u00E9\u20AC?*.bin", "\xE9\x80?*.bin"},
+           Case{"\u0416\xFF.bin", "__.bin"},
+           Case{"a\\b\n\x7F", "a_b__"},
+           Case{"c:a", "c_a"},
+           Case{"12:30", "12:30"},
+       }) {
+    EXPECT_EQ(StoredName(c.name), c.stored);
+    EXPECT_TRUE(IsBareFileName(StoredName(c.name))) << c.name;
   }
-  EXPECT_FALSE(LayOut("1", {}, 2500).has_value());
-  EXPECT_FALSE(LayOut("1", {}, 2499).has_value());
 }
 
 TEST(Carrier, LaysFilesOutOneBehindTheOther) {
-  const auto files = LayOut("5000000000", {{"\xE9", "7"}, {"b", "5000000000"}}, 10000002507);
-  ASSERT_TRUE(files.has_value());
-  ASSERT_EQ(files->size(), 2U);
+  const auto record = [](int i, const std::string& name, const std::string& length) {
+    return "[" + std::to_string(i) + "dfg%]\r\n&hed#=" + Enciphered(name) +
+           "\r\n?Kj*^=" + Enciphered(length) + "\r\n";
+  };
+  const Directory directory(SampleDirectory(Enciphered("5000000000"),
+                                            record(0, "\xE9", "7") + record(1, "b", "5000000000")));
+  const auto files = directory.Files(samplePassword, 10000002507);
+  ASSERT_TRUE(files && files->size() == 2);
   EXPECT_EQ((*files)[0].name, "\u00E9");
   EXPECT_EQ((*files)[0].offset, 5000000000U);
   EXPECT_EQ((*files)[1].offset, 5000000007U);
   EXPECT_EQ((*files)[1].length, 5000000000U);
+  EXPECT_FALSE(directory.Files(samplePassword, 10000002506)) << "one byte short";
+  EXPECT_FALSE(directory.MainLength(samplePassword, 2499));
 }
 
-TEST(Carrier, CountsByLengthAndListsByName) {
-  const auto count = [](const std::string& text) { return CountRecords(DirectoryText(text)); };
-  const auto listed = [](const std::string& text) {
-    return ReadRecords(DirectoryText(text), samplePassword).size();
+TEST(Carrier, CountsByLengthOrByName) {
+  struct Case {
+    std::string text;
+    int lengths, names;
   };
-  const std::string noLength = "[0dfg%]\r\n&hed#=00\r\n?Kj*^=00\r\n[1dfg%]\r\n&hed#=00\r\n";
-  EXPECT_EQ(count(noLength), 1);
-  EXPECT_EQ(listed(noLength), 2U);
-  const std::string gap = "[0dfg%]\r\n&hed#=00\r\n?Kj*^=00\r\n[2dfg%]\r\n&hed#=00\r\n?Kj*^=00\r\n";
-  EXPECT_EQ(count(gap), 1);
-  EXPECT_EQ(listed(gap), 1U);
-  EXPECT_EQ(count(SomeBytes(2500)), 0);
-  EXPECT_EQ(count(""), 0);
+  const std::string first = "[0dfg%]\r\n&hed#=00\r\n?Kj*^=00\r\n";
+  for (const Case& c : {Case{first + "[1dfg%]\r\n&hed#=00\r\n", 1, 2},
+                        Case{first + "[2dfg%]\r\n&hed#=00\r\n?Kj*^=00\r\n", 1, 1},
+                        Case{SomeBytes(2500), 0, 0}, Case{"", 0, 0}}) {
+    EXPECT_EQ(Directory(c.text).Count(lengthKey), c.lengths) << c.text;
+    EXPECT_EQ(Directory(c.text).Records(samplePassword).size(), std::size_t(c.names)) << c.text;
+  }
 }
 
 TEST(Carrier, PadsTo2500Bytes) {
   EXPECT_EQ(Padded("k=v\r\n"), "k=v\r"s + std::string(2496, '\0'));
-  const std::string text = std::string(2497, 'v') + "\r\n";
-  EXPECT_EQ(Padded(text), std::string(2497, 'v') + "\r\0\0"s.substr(0, 3));
-  for (const std::size_t length : {2500U, 2501U}) {
-    const std::string full = std::string(length - 1, 'v') + "\n";
-    EXPECT_EQ(Padded(full), full);
-  }
+  EXPECT_EQ(Padded(std::string(2498, 'v') + "\n"), std::string(2498, 'v') + "\0\0"s);
+  for (const std::size_t length : {2500U, 2501U})
+    EXPECT_EQ(Padded(std::string(length, '\n')), std::string(length, '\n'));
 }
 
-class CarrierFile : public TempFolderTest {};
-
-TEST_F(CarrierFile, HasItsDirectoryInTheLast2500Bytes) {
+TEST_F(TempFolderTest, ADirectoryThatCannotBeReadIsNotAnEmptyOne) {
   const auto path = folder / "m.png";
-  WriteFile(path, SampleCarrier(sampleMains[0], 1));
-  EXPECT_EQ(ReadDirectoryText(path), SampleDirectory("07", sampleFiles[0].record));
-  WriteFile(path, SampleDirectory("07", sampleFiles[0].record));
-  EXPECT_EQ(ErrorOf([&] { ReadDirectoryText(path); }), path.string() + ": The file is too short");
-}
-
-TEST_F(CarrierFile, IsNotReadAsEmptyWhenItCannotBeRead) {
-  const auto path = folder / "1.ini";
-  EXPECT_EQ(ErrorOf([&] { (void)DirectoryFile(path); }),
+  EXPECT_EQ(ErrorOf([&] { (void)Directory::InFile(path); }),
             path.string() + ": No such file or directory");
   WriteFile(path, SampleDirectory("07", sampleFiles[0].record));
-  const ValueReader directory = DirectoryFile(path);
-  std::filesystem::remove(path);
-  EXPECT_EQ(CountRecords(directory), 1) << "one reading serves all questions";
+  EXPECT_EQ(ErrorOf([&] { (void)Directory::OfCarrier(path); }),
+            path.string() + ": The file is too short");
 }
 
 }  // namespace

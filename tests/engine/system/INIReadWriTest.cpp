@@ -2,39 +2,32 @@
 
 #include <gtest/gtest.h>
 
-#include "engine/system/Files.h"
+#include "engine/system/TargetFile.h"
 #include "support/TempFolder.h"
 
 namespace slyver {
 namespace {
 
-class IniFile : public TempFolderTest {
- protected:
-  std::string Read(std::string_view section, std::string_view key) const {
-    return ReadIniValue(folder / "3.ini", section, key, "");
+TEST_F(TempFolderTest, IniFilesHaveTheBytesThatTheProfileCallsWrite) {
+  const auto file = folder / "3.ini";
+  EXPECT_TRUE(WriteIniValue(file, "0dfg%", "&hed#", "7B"));
+  EXPECT_EQ(ReadFile(file), "[0dfg%]\r\n&hed#=7B\r\n");
+  EXPECT_TRUE(WriteIniValue(file, "s@4)", "!`<jhbddfu", "77"));
+  EXPECT_TRUE(WriteIniValue(file, "0dfg%", "?Kj*^", "0A"));
+  EXPECT_TRUE(WriteIniValue(file, "0dfg%", "&hed#", "7C"));
+  EXPECT_EQ(ReadFile(file), "[0dfg%]\r\n&hed#=7C\r\n?Kj*^=0A\r\n[s@4)]\r\n!`<jhbddfu=77\r\n");
+  {
+    const LockedFile other(TemporaryPath(file));
+    EXPECT_TRUE(WriteIniValue(file, "s@4)", "!`<jhbddfu", "78")) << "a failure goes unnoticed";
   }
-  bool Write(std::string_view section, std::string_view key, std::string_view value) const {
-    return WriteIniValue(folder / "3.ini", section, key, value);
-  }
-  std::string Bytes() const { return ReadFile(folder / "3.ini"); }
-};
-
-TEST_F(IniFile, WritesTheBytesThatTheProfileCallsWrite) {
-  EXPECT_TRUE(Write("0dfg%", "&hed#", "7B"));
-  EXPECT_EQ(Bytes(), "[0dfg%]\r\n&hed#=7B\r\n");
-  EXPECT_TRUE(Write("s@4)", "!`<jhbddfu", "77"));
-  EXPECT_TRUE(Write("0dfg%", "?Kj*^", "0A"));
-  EXPECT_TRUE(Write("0dfg%", "&hed#", "7C"));
-  EXPECT_EQ(Bytes(), "[0dfg%]\r\n&hed#=7C\r\n?Kj*^=0A\r\n[s@4)]\r\n!`<jhbddfu=77\r\n");
-  EXPECT_EQ(Read("s@4)", "!`<jhbddfu"), "77");
-}
-
-TEST_F(IniFile, ReadsAtMost49Characters) {
+  EXPECT_EQ(ReadIniValue(file, "s@4)", "!`<jhbddfu", ""), "77");
+  EXPECT_TRUE(WriteIniValue(folder, "s", "k", "v"));
   const std::string digits = "123456789012345678901234567890123456789012345678901234567890";
-  EXPECT_TRUE(Write("s", "k", digits));
-  EXPECT_EQ(Read("s", "k"), digits.substr(0, 49));
-  EXPECT_EQ(ReadIniValue(folder / "none.ini", "s", "k", digits), digits.substr(0, 49));
-  EXPECT_EQ(IniValueIn(Bytes(), "s", "k", ""), digits) << "the text itself holds it whole";
+  EXPECT_EQ(ReadIniValue(folder, "s", "k", digits), digits.substr(0, 49));
+  EXPECT_EQ(ReadIniValue(folder / "none", "s", "k", digits), digits.substr(0, 49));
+  EXPECT_TRUE(WriteIniValue(file, "s", "k", digits));
+  EXPECT_EQ(ReadIniValue(file, "s", "k", ""), digits.substr(0, 49));
+  EXPECT_EQ(IniText(ReadFile(file)).Value("s", "k"), digits) << "the text itself holds it whole";
 }
 
 TEST(IniText, FindsValues) {
@@ -67,7 +60,7 @@ TEST(IniText, FindsValues) {
            Case{std::string("[s]\r\nk=v\r\n\0\0\0", 13), "v"},  // padding
            Case{std::string("[s]\r\n\0k=v\r\n", 11), none},     // nothing counts behind it
        })
-    EXPECT_EQ(IniValueIn(c.text, "s", "k", none), c.value) << c.text;
+    EXPECT_EQ(IniText(c.text).Value("s", "k", none), c.value) << c.text;
 }
 
 TEST(IniText, PutsValuesInTheirPlace) {
@@ -85,23 +78,16 @@ TEST(IniText, PutsValuesInTheirPlace) {
            Case{"[s]\r\nk=1\r\nk=2\r\n", "[s]\r\nk=v\r\nk=2\r\n"},
            Case{"[S]\r\n K =1\r\n", "[S]\r\nK=v\r\n"},  // the spelling stays
            Case{std::string("[s]\r\na=1\r\n\0\0", 12), "[s]\r\na=1\r\nk=v\r\n"},
-       })
-    EXPECT_EQ(WithIniValue(c.before, "s", "k", "v"), c.after);
-  EXPECT_EQ(IniValueIn(WithIniValue("[S]\r\nKEY=1\r\n", "s", "key", "2"), "s", "Key", ""), "2");
-  EXPECT_EQ(WithoutIniValue("[s]\r\na=1\r\nK=2\r\nb=3", "s", "k"), "[s]\r\na=1\r\nb=3");
-  EXPECT_EQ(WithoutIniValue("[s]\r\na=1\r\n", "s", "k"), "[s]\r\na=1\r\n");
-}
-
-TEST_F(IniFile, AFailedWriteLeavesTheFileAndStillReturnsTrue) {
-  EXPECT_TRUE(Write("s", "k", "old"));
-  {
-    const LockedFile other(TemporaryPath(folder / "3.ini"));
-    EXPECT_TRUE(Write("s", "k", "new"));
+       }) {
+    IniText ini(c.before);
+    ini.Set("s", "k", "v");
+    EXPECT_EQ(ini.Text(), c.after);
+    EXPECT_EQ(ini.Value("S", "K"), "v") << c.before;
   }
-  EXPECT_EQ(Bytes(), "[s]\r\nk=old\r\n");
-  EXPECT_TRUE(WriteIniValue(folder / "no folder" / "3.ini", "s", "k", "v"));
-  EXPECT_TRUE(WriteIniValue(folder, "s", "k", "v"));
-  EXPECT_EQ(ReadIniValue(folder, "s", "k", "default"), "default");
+  IniText ini("[s]\r\na=1\r\nK=2\r\nb=3");
+  EXPECT_TRUE(ini.Remove("s", "k"));
+  EXPECT_FALSE(ini.Remove("s", "k"));
+  EXPECT_EQ(ini.Text(), "[s]\r\na=1\r\nb=3");
 }
 
 }  // namespace

@@ -11,38 +11,34 @@ constexpr RegRoot machine = RegRoot::LocalMachine;
 
 class RegistryValues : public TempFolderTest {};
 
-TEST_F(RegistryValues, KeepsValuesByRootKeyAndName) {
+TEST_F(RegistryValues, KeepsTextsByRootKeyAndName) {
+  struct Value {
+    RegRoot root;
+    std::string_view key, name;
+    std::string text;
+  };
+  const Value values[] = {{machine, slyverKey, "RAM", "0"},
+                          {RegRoot::ClassesRoot, slyverKey, "RAM", " blanks "},
+                          {RegRoot::DynData, slyverKey, "RAM", "\"quoted\""},
+                          {machine, R"(Software\Orm Valis\FC)", "RAM", "a=b;[c]"},
+                          {machine, slyverKey, "Other", std::string(200, 'x')}};
   EXPECT_EQ(GetRegString(machine, slyverKey, "RAM"), "");
-  SaveRegString(machine, slyverKey, "RAM", "0");
-  SaveRegString(RegRoot::ClassesRoot, slyverKey, "RAM", "other root");
-  SaveRegString(machine, R"(Software\Orm Valis\FC)", "RAM", "other key");
-  SaveRegString(machine, slyverKey, "Other", "other name");
-  EXPECT_EQ(GetRegString(machine, slyverKey, "RAM"), "0");
-  SaveRegString(machine, slyverKey, "RAM", "");
-  EXPECT_EQ(GetRegString(machine, slyverKey, "RAM"), "");
-  EXPECT_EQ(GetRegString(RegRoot::ClassesRoot, slyverKey, "RAM"), "other root");
-  EXPECT_EQ(GetRegString(machine, R"(Software\Orm Valis\FC)", "RAM"), "other key");
-  EXPECT_EQ(GetRegString(machine, slyverKey, "Other"), "other name");
-}
-
-TEST_F(RegistryValues, KeepsTextsAsTheyAre) {
-  const std::string longText(200, 'x');
-  for (const std::string& text :
-       {std::string(" blanks "), std::string("\"quoted\""), std::string("a=b;[c]"), longText}) {
-    SaveRegString(machine, slyverKey, "Text", text);
-    EXPECT_EQ(GetRegString(machine, slyverKey, "Text"), text);
+  for (const Value& v : values) SaveRegString(v.root, v.key, v.name, v.text);
+  for (const Value& v : values) EXPECT_EQ(GetRegString(v.root, v.key, v.name), v.text);
+  for (const std::string_view text : {std::string_view("before\0behind", 13), std::string_view()}) {
+    SaveRegString(machine, slyverKey, "RAM", text);
+    EXPECT_EQ(GetRegString(machine, slyverKey, "RAM"), text.substr(0, 6));
   }
-  SaveRegString(machine, slyverKey, "Text", std::string_view("before\0behind", 13));
-  EXPECT_EQ(GetRegString(machine, slyverKey, "Text"), "before");
 }
 
 TEST_F(RegistryValues, DeletesValues) {
   DeleteFilePathValue();  // nothing to delete
-  SaveRegString(machine, R"(Software\Orm Valis\FC)", "filepath", "/a");
-  SaveRegString(machine, R"(Software\Orm Valis\FC)", "other", "/b");
+  EXPECT_FALSE(std::filesystem::exists(folder.parent_path() / "config"));
+  for (const char* name : {"filepath", "other"})
+    SaveRegString(machine, R"(Software\Orm Valis\FC)", name, "/a");
   DeleteFilePathValue();
   EXPECT_EQ(GetRegString(machine, R"(Software\Orm Valis\FC)", "filepath"), "");
-  EXPECT_EQ(GetRegString(machine, R"(Software\Orm Valis\FC)", "other"), "/b");
+  EXPECT_EQ(GetRegString(machine, R"(Software\Orm Valis\FC)", "other"), "/a");
   EXPECT_EQ(DeleteRegValue(machine, R"(Software\Orm Valis\FC)", "other"), 0);
   EXPECT_NE(DeleteRegValue(machine, R"(Software\Orm Valis\FC)", "other"), 0);
 }

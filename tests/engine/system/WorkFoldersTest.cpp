@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <optional>
+
+#include "engine/system/Disk.h"
 #include "support/TempFolder.h"
 
 namespace slyver {
@@ -11,70 +15,86 @@ namespace fs = std::filesystem;
 
 class WorkFolders : public TempFolderTest {
  protected:
+  /// What `ScratchFolder` says of "TempRRR" in the folder.
+  std::string Refusal() const {
+    try {
+      const ScratchFolder scratch(work);
+    } catch (const std::runtime_error& error) {
+      return error.what();
+    }
+    return "none";
+  }
   void SetUp() override {
     TempFolderTest::SetUp();
-    work = folder / "work";
-    fs::create_directories(work / "sub" / "deep");
-    WriteFile(work / "sub" / "deep" / "file", "x");
-    fs::create_directory(folder / "outside");
-    WriteFile(folder / "outside" / "kept", "kept");
-    hasLinks = MakeFolderLink(folder / "outside", work / "link");
-  }
-
-  void ExpectOutsideUntouched() const {
-    EXPECT_EQ(Names(folder / "outside"), std::set<std::string>{"kept"});
+    work = folder / "TempRRR";
   }
 
   fs::path work;
-  bool hasLinks = false;
 };
 
-TEST_F(WorkFolders, RemovingTakesAllAndFollowsNoLinks) {
-  RemoveFolder(work);
-  RemoveFolder(work);  // not there any more: no failure
-  EXPECT_EQ(Names(), std::set<std::string>{"outside"});
-  if (!hasLinks) GTEST_SKIP() << "no links here";
-  ExpectOutsideUntouched();
-  ASSERT_TRUE(MakeFolderLink(folder / "outside", work));
-  RemoveFolder(work);
-  EXPECT_EQ(Names(), std::set<std::string>{"outside"});
-  ExpectOutsideUntouched();
-}
-
-TEST_F(WorkFolders, AFreshFolderIsEmptyAndNeverALink) {
-  MakeFreshFolder(work);
-  EXPECT_TRUE(fs::is_empty(work));
-  fs::remove(work);
-  if (MakeFolderLink(folder / "outside", work)) {
-    MakeFreshFolder(work);
-    EXPECT_FALSE(fs::is_symlink(work));
-    EXPECT_TRUE(fs::is_empty(work));
-    ExpectOutsideUntouched();
+TEST_F(WorkFolders, AScratchFolderIsGoneAtTheEndAndEachJobHasItsOwn) {
+  {
+    const ScratchFolder first(work);
+    WriteFile(first.Path() / "1.ini", "x");
+    std::optional<ScratchFolder> second(work);
+    const ScratchFolder third(work);
+    EXPECT_EQ(Names(), (std::set<std::string>{"TempRRR", "TempRRR.1", "TempRRR.2"}));
+    second.reset();
+    EXPECT_EQ(ScratchFolder(work).Path(), folder / "TempRRR.1");
+    EXPECT_EQ(ReadFile(work / "1.ini"), "x");
   }
-
-  const fs::path kept = folder / "outside" / "kept";
-  EXPECT_EQ(ErrorOf([&] { MakeFreshFolder(kept); }), kept.string() + ": File exists");
-  EXPECT_EQ(ReadFile(kept), "kept");
+  EXPECT_EQ(Names(), std::set<std::string>{});
 }
 
-TEST_F(WorkFolders, AScratchFolderIsGoneAtTheEndWhateverHappens) {
-  try {
+TEST_F(WorkFolders, WhatAKilledJobHasLeftGoesAndNothingElse) {
+  // As a killed job leaves them.
+  for (const char* name : {"TempRRR", "TempRRR.2"}) {
+    fs::create_directories(folder / name / "tempHHH");
+    for (const char* file : {"slyver.lock", "1.ini", "1.02.ini", "tempRRR.tmp.01", ".slyver-1.tmp",
+                             "tempHHH/slyver.lock", "tempHHH/3.ini"})
+      WriteFile(folder / name / file, "x");
+  }
+  EXPECT_EQ(ScratchFolder(work).Path(), work);
+  EXPECT_EQ(Names(), std::set<std::string>{});
+  fs::create_directory(work);
+  EXPECT_EQ(Refusal(), "none") << "killed before it could lock it";
+
+  fs::create_directory(folder / "user");
+  WriteFile(folder / "user" / "slyver.lock", "precious");
+  for (const auto& [name, locked] : {std::pair{"1.ini", false},
+                                     {"letter.txt", false},
+                                     {"letter.txt", true},
+                                     {"sub/1.ini", true}}) {
+    fs::create_directories((work / name).parent_path());
+    WriteFile(work / name, "precious");
+    if (locked) WriteFile(work / "slyver.lock", "");
+    EXPECT_EQ(Refusal(), PathText(work) + " Holds Other Files. Move Them Away.") << name;
+    EXPECT_EQ(ReadFile(work / name), "precious");
+    fs::remove_all(work);
+  }
+  {
     const ScratchFolder scratch(work);
-    EXPECT_TRUE(fs::is_empty(scratch.Path()));
-    WriteFile(work / "left", "x");
-    throw Cancelled{};
-  } catch (const Cancelled&) {
-    EXPECT_EQ(Names(), std::set<std::string>{"outside"});
+    WriteFile(work / "letter.txt", "precious");
+    WriteFile(work / "1.ini", "x");
   }
+  EXPECT_EQ(Names(work), std::set<std::string>{"letter.txt"});
+  fs::remove_all(work);
+  WriteFile(work, "precious");
+  EXPECT_EQ(Refusal(), work.string() + ": File exists");
+  fs::remove(work);
+  if (MakeFolderLink(folder / "user", work)) {
+    EXPECT_EQ(Refusal(), work.string() + ": File exists");
+  }
+  EXPECT_EQ(ReadFile(folder / "user" / "slyver.lock"), "precious");
 }
 
 TEST_F(WorkFolders, MakesEveryFolderFollowedByASeparator) {
   EXPECT_TRUE(MakeSureDirectoryPathExists(folder / "a" / "b" / "c"));
-  EXPECT_TRUE(fs::is_directory(folder / "a" / "b"));
-  EXPECT_FALSE(fs::exists(folder / "a" / "b" / "c"));
+  EXPECT_EQ(Names(folder / "a" / "b"), std::set<std::string>{});
   EXPECT_TRUE(MakeSureDirectoryPathExists(WithSeparator(folder / "a" / "b" / "c")));
   EXPECT_TRUE(fs::is_directory(folder / "a" / "b" / "c"));
-  EXPECT_FALSE(MakeSureDirectoryPathExists(folder / "outside" / "kept" / "x" / ""));
+  WriteFile(folder / "file", "x");
+  EXPECT_FALSE(MakeSureDirectoryPathExists(folder / "file" / "x" / ""));
   EXPECT_EQ(WithSeparator("a"), fs::path("a") / "");
   EXPECT_EQ(WithSeparator(fs::path("a") / ""), fs::path("a") / "");
 }
