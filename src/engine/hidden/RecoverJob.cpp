@@ -123,7 +123,8 @@ Directory RecoverJob::OpenDirectory(double progress) {
 }
 
 void RecoverJob::OpenFiles() {
-  files_ = FilesOf(OpenDirectory(40), password_, carrier_.length);
+  const Directory directory = OpenDirectory(40);
+  files_ = FilesOf(directory, password_, carrier_.length);
 }
 
 Next RecoverJob::RecHidden() {
@@ -157,7 +158,7 @@ Next RecoverJob::Recover(const std::vector<HiddenFile>& files) {
   std::vector<fs::path> pieces;
   for (const HiddenFile& file : files)
     pieces.push_back(Cut(file.offset, file.length,
-                         std::string(pieceTitle) + "." + std::to_string(pieces.size()), 75));
+                         std::string(pieceTitle) + "-" + std::to_string(pieces.size()), 75));
   SetProgress(85);
   SetProgress(90);
   for (std::size_t i = 0; i < files.size(); ++i) MoveOut(pieces[i], files[i].name);
@@ -168,7 +169,8 @@ Next RecoverJob::Recover(const std::vector<HiddenFile>& files) {
 
 Next RecoverJob::RecMain() {
   return Guarded([&] {
-    const auto mainLength = OpenDirectory(60).MainLength(password_, carrier_.length);
+    const Directory directory = OpenDirectory(60);
+    const auto mainLength = directory.MainLength(password_, carrier_.length);
     if (!mainLength) throw unable;
     SetProgress(85);
     MoveOut(Cut(0, *mainLength, std::string(pieceTitle), 85), PathText(form_.Text1.filename()));

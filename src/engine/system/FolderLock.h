@@ -24,8 +24,8 @@ class FolderLock {
   FolderLock(const FolderLock&) = delete;
   FolderLock& operator=(const FolderLock&) = delete;
 
-  /// Puts a lock into a folder that was just made. Missing when another job has taken the empty
-  /// folder for a leftover meanwhile. Throws FileError.
+  /// Puts a lock into a folder that was just made. Missing when that is gone again: another job has
+  /// taken it for a leftover, or somebody has put another in its place. Throws FileError.
   Answer Make(const std::filesystem::path& folder);
 
   /// Takes the lock that is in a folder, without waiting.

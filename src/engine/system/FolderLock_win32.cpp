@@ -23,7 +23,8 @@ FolderLock::Answer FolderLock::Make(const std::filesystem::path& folder) {
   state_->path = folder / fileName;
   state_->Open(CREATE_NEW);
   if (state_->file) return Answer::Taken;
-  if (GetLastError() == ERROR_PATH_NOT_FOUND) return Answer::Missing;
+  const DWORD error = GetLastError();
+  if (error == ERROR_PATH_NOT_FOUND || error == ERROR_FILE_EXISTS) return Answer::Missing;
   FailWithLastError(state_->path);
 }
 

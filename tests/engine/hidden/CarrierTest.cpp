@@ -19,26 +19,21 @@ TEST(Carrier, TakesBareFileNamesOnly) {
 }
 
 TEST(Carrier, StoresNamesThatComeBack) {
-  struct Case {
-    std::string name, stored;
-  };
-  const std::string twenty(20, 'n');
-  for (const Case& c : {
-           Case{twenty + ".jpg", twenty + ".jpg"},
-           Case{twenty + "n.jpg", twenty + ".jpg"},
-           Case{twenty + twenty + ".tar.gz", twenty + "n.gz"},
-           Case{twenty + twenty, twenty + "nnnn"},
-           Case{"n." + twenty + "nnn", "n." + twenty + "nn"},       // too long an extension
-           Case{"n." + twenty + "nn" + "n", "n." + twenty + "nn"},  // one more than fits
-           Case{"a.b" + twenty + ".c", "a.b" + twenty.substr(1) + ".c"},
-           Case{"\u00E9\u20AC?*.bin", "\xE9\x80?*.bin"},
-           Case{"\u0416\xFF.bin", "__.bin"},
-           Case{"a\\b\n\x7F", "a_b__"},
-           Case{"c:a", "c_a"},
-           Case{"12:30", "12:30"},
-       }) {
-    EXPECT_EQ(StoredName(c.name), c.stored);
-    EXPECT_TRUE(IsBareFileName(StoredName(c.name))) << c.name;
+  const std::string n20(20, 'n');
+  for (const auto& [name, stored] : {std::pair{n20 + ".jpg", n20 + ".jpg"},
+                                     {n20 + "n.jpg", n20 + ".jpg"},
+                                     {n20 + n20 + ".tar.gz", n20 + "n.gz"},
+                                     {n20 + n20, n20 + "nnnn"},
+                                     {"a.b" + n20 + ".c", "a.b" + n20.substr(1) + ".c"},
+                                     {"nn." + n20 + "nn", "n." + n20 + "nn"},
+                                     {"n." + n20 + "nnn", "n." + n20 + "nn"},
+                                     {"\u00E9\u20AC?*.bin"s, "\xE9\x80?*.bin"s},
+                                     {"\u0416\xFF.bin"s, "__.bin"s},
+                                     {"a\\b\n\x7F"s, "a_b__"s},
+                                     {"c:a"s, "c_a"s},
+                                     {"12:30"s, "12:30"s}}) {
+    EXPECT_EQ(StoredName(name), stored);
+    EXPECT_TRUE(IsBareFileName(stored)) << stored;
   }
 }
 
@@ -60,16 +55,12 @@ TEST(Carrier, LaysFilesOutOneBehindTheOther) {
 }
 
 TEST(Carrier, CountsByLengthOrByName) {
-  struct Case {
-    std::string text;
-    int lengths, names;
-  };
   const std::string first = "[0dfg%]\r\n&hed#=00\r\n?Kj*^=00\r\n";
-  for (const Case& c : {Case{first + "[1dfg%]\r\n&hed#=00\r\n", 1, 2},
-                        Case{first + "[2dfg%]\r\n&hed#=00\r\n?Kj*^=00\r\n", 1, 1},
-                        Case{SomeBytes(2500), 0, 0}, Case{"", 0, 0}}) {
-    EXPECT_EQ(Directory(c.text).Count(lengthKey), c.lengths) << c.text;
-    EXPECT_EQ(Directory(c.text).Records(samplePassword).size(), std::size_t(c.names)) << c.text;
+  for (const auto& [text, lengths, names] : {std::tuple{first + "[1dfg%]\r\n&hed#=00\r\n", 1, 2},
+                                             {first + "[2dfg%]\r\n&hed#=00\r\n?Kj*^=00\r\n", 1, 1},
+                                             {SomeBytes(2500), 0, 0}}) {
+    EXPECT_EQ(Directory(text).Count(lengthKey), lengths) << text;
+    EXPECT_EQ(Directory(text).Count(nameKey), names) << text;
   }
 }
 

@@ -35,31 +35,23 @@ TEST(IniText, FindsValues) {
     std::string text, value;
   };
   const std::string none = "default";
-  for (const Case& c : {
-           Case{"", none},
-           Case{"[s]\r\nk=v\r\n", "v"},
-           Case{"[s]\nk=v", "v"},                          // bare line ends, none at the end
-           Case{"[S]\r\nK=v\r\n", "v"},                    // whatever the case
-           Case{" [ s ] \r\n \tk \t= \tv w \r\n", "v w"},  // blanks around, not within
-           Case{"[s]\r\nk=\r\n", ""},
-           Case{"[s]\r\nk=\"v \"\r\n", "v "},  // one pair of quotes
-           Case{"[s]\r\nk=' v'\r\n", " v"},
-           Case{"[s]\r\nk=\"\"v\"\"\r\n", "\"v\""},
-           Case{"[s]\r\nk=\"v'\r\n", "\"v'"},  // no pair
-           Case{"[s]\r\nk=\"\r\n", "\""},
-           Case{"[s]\r\nk=a=b;c\r\n", "a=b;c"},
-           Case{"[s]\r\nk=1\r\nk=2\r\n", "1"},             // the first counts
-           Case{"[s]\r\na=1\r\n[s]\r\nk=2\r\n", none},     // of sections too
-           Case{"[s]\r\n;k=1\r\n ; k=2\r\nk=3\r\n", "3"},  // comments
-           Case{"[s]\r\nk\r\n", none},                     // no value
-           Case{"k=1\r\n[t]\r\nk=2\r\n", none},            // other places
-           Case{"[t]\r\nk=1\r\n\r\n[s]\r\n\r\nk=2\r\n", "2"},
-           Case{"[s\r\nk=1\r\n", "1"},  // the bracket may be missing
-           Case{"[s] t]\r\nk=1\r\n", "1"},
-           Case{"[s]k=1\r\n", none},
-           Case{std::string("[s]\r\nk=v\r\n\0\0\0", 13), "v"},  // padding
-           Case{std::string("[s]\r\n\0k=v\r\n", 11), none},     // nothing counts behind it
-       })
+  for (const Case& c :
+       {Case{"", none}, Case{"[s]\r\nk=v\r\n", "v"}, Case{"[s]\nk=v", "v"},
+        Case{"[S]\r\nK=v\r\n", "v"}, Case{" [ s ] \r\n \tk \t= \tv w \r\n", "v w"},
+        // One pair of quotes.
+        Case{"[s]\r\nk=\"v \"\r\n", "v "}, Case{"[s]\r\nk=' v'\r\n", " v"},
+        Case{"[s]\r\nk=\"\"v\"\"\r\n", "\"v\""}, Case{"[s]\r\nk=\"v'\r\n", "\"v'"},
+        Case{"[s]\r\nk=\"\r\n", "\""}, Case{"[s]\r\nk=\r\n", ""},
+        Case{"[s]\r\nk=a=b;c\r\n", "a=b;c"},
+        // The first counts, comments and other places do not.
+        Case{"[s]\r\nk=1\r\nk=2\r\n", "1"}, Case{"[s]\r\na=1\r\n[s]\r\nk=2\r\n", none},
+        Case{"[s]\r\n;k=1\r\n ; k=2\r\nk=3\r\n", "3"}, Case{"[s]\r\nk\r\n", none},
+        Case{"k=1\r\n[t]\r\nk=2\r\n", none}, Case{"[s]k=1\r\n", none},
+        Case{"[t]\r\nk=1\r\n\r\n[s]\r\n\r\nk=2\r\n", "2"},
+        // The bracket may be missing; a zero ends the text.
+        Case{"[s\r\nk=1\r\n", "1"}, Case{"[s] t]\r\nk=1\r\n", "1"},
+        Case{std::string("[s]\r\nk=v\r\n\0\0\0", 13), "v"},
+        Case{std::string("[s]\r\n\0k=v\r\n", 11), none}})
     EXPECT_EQ(IniText(c.text).Value("s", "k", none), c.value) << c.text;
 }
 

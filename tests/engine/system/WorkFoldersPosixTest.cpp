@@ -12,22 +12,22 @@ namespace {
 namespace fs = std::filesystem;
 
 TEST_F(TempFolderTest, WorkFoldersAreTheUsersAlone) {
-  EXPECT_EQ(fs::status(ScratchFolder(folder / "TempRRR").Path()).permissions(),
-            fs::perms::owner_all);
+  const auto modeOf = [](const fs::path& path) { return fs::status(path).permissions(); };
+  EXPECT_EQ(modeOf(ScratchFolder(folder / "TempRRR").Path()), fs::perms::owner_all);
   const fs::path run = folder.parent_path() / "run";
   const fs::path expected = run / "slyver";
   EXPECT_EQ(PrivateFolder(), expected);
   fs::permissions(expected, fs::perms::all);
   EXPECT_EQ(PrivateFolder(), expected);
-  EXPECT_EQ(fs::status(expected).permissions(), fs::perms::owner_all) << "closed to others";
+  EXPECT_EQ(modeOf(expected), fs::perms::owner_all) << "closed to others";
   fs::remove(expected);
   fs::create_directory_symlink(folder, expected);
   EXPECT_EQ(ErrorOf([] { (void)PrivateFolder(); }), expected.string() + ": Not a folder");
   fs::remove(expected);
 
-  const fs::path fallback = "/tmp/slyver-" + std::to_string(geteuid());
+  const fs::path otherwise = "/tmp/slyver-" + std::to_string(geteuid());
   setenv("XDG_RUNTIME_DIR", (run / "gone" / "deep").c_str(), 1);
-  EXPECT_EQ(PrivateFolder(), fallback) << "a runtime folder that is not there is not made";
+  EXPECT_EQ(PrivateFolder(), otherwise) << "a runtime folder that is not there is not made";
   EXPECT_FALSE(fs::exists(run / "gone"));
   setenv("XDG_RUNTIME_DIR", run.c_str(), 1);
   fs::create_directory(expected);
@@ -35,7 +35,7 @@ TEST_F(TempFolderTest, WorkFoldersAreTheUsersAlone) {
   EXPECT_EQ(ErrorOf([] { (void)PrivateFolder(); }),
             expected.string() + ": The folder belongs to another user");
   EXPECT_EQ(chown(run.c_str(), 1, 1), 0);
-  EXPECT_EQ(PrivateFolder(), fallback) << "another user's runtime folder";
+  EXPECT_EQ(PrivateFolder(), otherwise) << "another user's runtime folder";
 }
 
 }  // namespace

@@ -13,26 +13,20 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class WorkFolders : public TempFolderTest {
- protected:
-  /// What `ScratchFolder` says of "TempRRR" in the folder.
-  std::string Refusal() const {
-    try {
-      const ScratchFolder scratch(work);
-    } catch (const std::runtime_error& error) {
-      return error.what();
-    }
-    return "none";
-  }
-  void SetUp() override {
-    TempFolderTest::SetUp();
-    work = folder / "TempRRR";
-  }
+using WorkFolders = TempFolderTest;
 
-  fs::path work;
-};
+/// What is said when a job is to work in `work`.
+std::string RefusalOf(const fs::path& work) {
+  try {
+    const ScratchFolder scratch(work);
+  } catch (const std::runtime_error& error) {
+    return error.what();
+  }
+  return "none";
+}
 
 TEST_F(WorkFolders, AScratchFolderIsGoneAtTheEndAndEachJobHasItsOwn) {
+  const fs::path work = folder / "TempRRR";
   {
     const ScratchFolder first(work);
     WriteFile(first.Path() / "1.ini", "x");
@@ -47,7 +41,7 @@ TEST_F(WorkFolders, AScratchFolderIsGoneAtTheEndAndEachJobHasItsOwn) {
 }
 
 TEST_F(WorkFolders, WhatAKilledJobHasLeftGoesAndNothingElse) {
-  // As a killed job leaves them.
+  const fs::path work = folder / "TempRRR";
   for (const char* name : {"TempRRR", "TempRRR.2"}) {
     fs::create_directories(folder / name / "tempHHH");
     for (const char* file : {"slyver.lock", "1.ini", "1.02.ini", "tempRRR.tmp.01", ".slyver-1.tmp",
@@ -57,7 +51,7 @@ TEST_F(WorkFolders, WhatAKilledJobHasLeftGoesAndNothingElse) {
   EXPECT_EQ(ScratchFolder(work).Path(), work);
   EXPECT_EQ(Names(), std::set<std::string>{});
   fs::create_directory(work);
-  EXPECT_EQ(Refusal(), "none") << "killed before it could lock it";
+  EXPECT_EQ(RefusalOf(work), "none") << "killed before it could lock it";
 
   fs::create_directory(folder / "user");
   WriteFile(folder / "user" / "slyver.lock", "precious");
@@ -68,7 +62,7 @@ TEST_F(WorkFolders, WhatAKilledJobHasLeftGoesAndNothingElse) {
     fs::create_directories((work / name).parent_path());
     WriteFile(work / name, "precious");
     if (locked) WriteFile(work / "slyver.lock", "");
-    EXPECT_EQ(Refusal(), PathText(work) + " Holds Other Files. Move Them Away.") << name;
+    EXPECT_EQ(RefusalOf(work), PathText(work) + " Holds Other Files. Move Them Away.") << name;
     EXPECT_EQ(ReadFile(work / name), "precious");
     fs::remove_all(work);
   }
@@ -80,23 +74,22 @@ TEST_F(WorkFolders, WhatAKilledJobHasLeftGoesAndNothingElse) {
   EXPECT_EQ(Names(work), std::set<std::string>{"letter.txt"});
   fs::remove_all(work);
   WriteFile(work, "precious");
-  EXPECT_EQ(Refusal(), work.string() + ": File exists");
+  EXPECT_EQ(RefusalOf(work), work.string() + ": File exists");
   fs::remove(work);
   if (MakeFolderLink(folder / "user", work)) {
-    EXPECT_EQ(Refusal(), work.string() + ": File exists");
+    EXPECT_EQ(RefusalOf(work), work.string() + ": File exists");
   }
   EXPECT_EQ(ReadFile(folder / "user" / "slyver.lock"), "precious");
 }
 
 TEST_F(WorkFolders, MakesEveryFolderFollowedByASeparator) {
-  EXPECT_TRUE(MakeSureDirectoryPathExists(folder / "a" / "b" / "c"));
+  const fs::path deep = folder / "a" / "b" / "c";
+  EXPECT_TRUE(MakeSureDirectoryPathExists(deep));
   EXPECT_EQ(Names(folder / "a" / "b"), std::set<std::string>{});
-  EXPECT_TRUE(MakeSureDirectoryPathExists(WithSeparator(folder / "a" / "b" / "c")));
-  EXPECT_TRUE(fs::is_directory(folder / "a" / "b" / "c"));
-  WriteFile(folder / "file", "x");
-  EXPECT_FALSE(MakeSureDirectoryPathExists(folder / "file" / "x" / ""));
-  EXPECT_EQ(WithSeparator("a"), fs::path("a") / "");
-  EXPECT_EQ(WithSeparator(fs::path("a") / ""), fs::path("a") / "");
+  EXPECT_TRUE(MakeSureDirectoryPathExists(WithSeparator(WithSeparator(deep))));
+  EXPECT_TRUE(fs::is_directory(deep));
+  WriteFile(deep / "file", "x");
+  EXPECT_FALSE(MakeSureDirectoryPathExists(deep / "file" / "x" / ""));
 }
 
 }  // namespace
