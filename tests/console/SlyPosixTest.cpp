@@ -93,7 +93,8 @@ constexpr Case scripts[] = {
     {"cp a.bin aaaaaaaaaaaaaaaaaaaaaaaaa; $SLY hide -q $P m.png aaaaaaaaaaaaaaaaaaaaaaaaa", 0,
      "@/Hidden File m.png\n",
      "aaaaaaaaaaaaaaaaaaaaaaaaa: The Name Will Come Back As aaaaaaaaaaaaaaaaaaaaaaaa\n"},
-    {"mkdir temprrr TempRRR; touch temprrr/mine TempRRR/1.ini; printf 1 >a.1.sly; printf 2 >a.2.sly;"
+    {"mkdir temprrr TempRRR; touch temprrr/mine TempRRR/1.ini; printf 1 >a.1.sly; printf 2 "
+     ">a.2.sly;"
      "$SLY join a.1.sly; $SLY recover $P one; echo ab | $SLY recover --password-file - one;"
      "rm temprrr/mine TempRRR/1.ini; rmdir temprrr TempRRR; rm a.1.sly a.2.sly",
      0, "",
