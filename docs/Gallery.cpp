@@ -18,6 +18,8 @@ namespace {
 
 using namespace slyver;
 
+}  // namespace
+
 /// Shows one form with sample contents, for a picture of it. The argument is the form's name.
 class Gallery final : public wxApp {
  public:
@@ -104,7 +106,5 @@ class Gallery final : public wxApp {
   WxUi ui_;
   std::unique_ptr<Desktop> desktop_;
 };
-
-}  // namespace
 
 wxIMPLEMENT_APP(Gallery);

@@ -2,8 +2,6 @@
 #include <wx/app.h>
 #include <wx/evtloop.h>
 
-namespace {
-
 /// Runs the tests inside an application, as the forms need one.
 class TestApp final : public wxApp {
  public:
@@ -17,8 +15,6 @@ class TestApp final : public wxApp {
     return RUN_ALL_TESTS();
   }
 };
-
-}  // namespace
 
 wxIMPLEMENT_APP_NO_MAIN(TestApp);
 

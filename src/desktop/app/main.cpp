@@ -43,6 +43,9 @@ class Program {
   Desktop desktop_;
 };
 
+}  // namespace
+
+// The macro below makes a function of this type that others may call, so it cannot be unnamed.
 class SlyverApp final : public wxApp {
  public:
   bool OnInit() override {
@@ -65,7 +68,5 @@ class SlyverApp final : public wxApp {
  private:
   std::unique_ptr<Program> program_;
 };
-
-}  // namespace
 
 wxIMPLEMENT_APP(SlyverApp);
