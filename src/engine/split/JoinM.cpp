@@ -26,11 +26,11 @@ constexpr std::size_t mostPieces = std::numeric_limits<std::int16_t>::max();
 constexpr std::string_view pieceFilter = "Sly File (*.Sly)|*.Sly;|";
 
 /// What was found under the number of a piece. A piece in the folder counts before those below it.
+/// It holds no name, since there may be 32767 of them.
 struct Piece {
   std::uint32_t count = 0;  ///< How many there are at the best place.
-  bool below = false;       ///< In a subfolder.
-  /// The path below the folder, where it differs from the plain name: there may be 32767 pieces.
-  std::string path;
+  std::string below;        ///< The subfolder that it lies in; empty for the folder itself.
+  std::string ending;       ///< ".sly", in letters of either case.
 };
 
 /// The pieces of one split, number 1 first.
@@ -52,8 +52,10 @@ class Pieces {
   }
 
   fs::path PathOf(std::size_t number) const {
-    const std::string& path = found_[number - 1].path;
-    return folder_ / PathFromText(path.empty() ? NameOf(number) : path);
+    const Piece& piece = found_[number - 1];
+    std::string name = NameOf(number);
+    name.replace(name.size() - piece.ending.size(), piece.ending.size(), piece.ending);
+    return folder_ / PathFromText(piece.below) / PathFromText(name);
   }
 
   /// Whether the numbers are 1 to n, each once, and the piece `chosen` (0 for none) is among those
@@ -61,7 +63,8 @@ class Pieces {
   bool AreWhole(std::size_t chosen, Ui& ui) const {
     for (std::size_t number = 1; number <= Count(); ++number) {
       const Piece& piece = found_[number - 1];
-      if (piece.count == 0 || (number == chosen && piece.below)) return Missing(number, ui);
+      if (piece.count == 0 || (number == chosen && !piece.below.empty()))
+        return Missing(number, ui);
       if (piece.count == 1) continue;
       ui.Message(NameOf(number) + " Is There More Than Once.", Icon::Critical);
       return false;
@@ -78,11 +81,10 @@ class Pieces {
     if (number > found_.size()) found_.resize(number);
     Piece& piece = found_[number - 1];
     const bool below = path.parent_path() != folder_;
-    if (piece.count > 0 && below == piece.below) ++piece.count;
-    if (piece.count > 0 && below >= piece.below) return;
-    std::string relative = PathText(path.lexically_relative(folder_));
-    if (relative == NameOf(number)) relative.clear();
-    piece = {1, below, std::move(relative)};
+    if (piece.count > 0 && below != piece.below.empty()) ++piece.count;
+    if (piece.count > 0 && (below || piece.below.empty())) return;
+    piece = {1, below ? PathText(path.parent_path().lexically_relative(folder_)) : "",
+             PathText(path.extension())};
   }
 
   /// Throws FileError where something that is no readable file bears the piece's name.
