@@ -1,10 +1,11 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "engine/system/Ascii.h"
 #include "engine/system/INIReadWri.h"
 #include "fuzz/Require.h"
 
@@ -14,36 +15,23 @@ namespace {
 
 constexpr std::string_view missing = "(missing)";
 
-/// A word that no writer has to quote: what stands in a directory is made of such.
+/// The characters of words that no writer has to quote: what stands in a directory is made of such.
+constexpr std::string_view plain =
+    "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz@)&#?*^!`<%-.";
+
 bool IsPlain(std::string_view word) {
-  static constexpr std::string_view punctuation = "@)&#?*^!`<%-.";
-  return !word.empty() && std::all_of(word.begin(), word.end(), [](char c) {
-    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
-           punctuation.find(c) != std::string_view::npos;
-  });
+  return !word.empty() && word.find_first_not_of(plain) == std::string_view::npos;
 }
 
-std::string Lower(std::string_view word) {
-  std::string lower(word);
-  for (char& c : lower)
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  return lower;
-}
-
-/// The plain words of a text, in lower case: some of them are its sections and keys.
-std::set<std::string> Words(std::string_view text) {
-  std::set<std::string> words;
-  std::string word;
-  for (const char c : text.substr(0, text.find('\0'))) {
-    if (IsPlain({&c, 1})) {
-      word += c;
-      continue;
-    }
-    if (!word.empty()) words.insert(Lower(word));
-    word.clear();
-    if (words.size() >= 12) break;
+/// The first plain words of a text: some of them are its sections and keys.
+std::vector<std::string_view> Words(std::string_view text) {
+  std::vector<std::string_view> words;
+  text = text.substr(0, text.find('\0'));
+  std::size_t at = 0;
+  while (words.size() < 12 && (at = text.find_first_of(plain, at)) != std::string_view::npos) {
+    words.push_back(text.substr(at, text.find_first_not_of(plain, at) - at));
+    at += words.back().size();
   }
-  if (!word.empty()) words.insert(Lower(word));
   return words;
 }
 
@@ -74,10 +62,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Require(written.Value(section, key) == value);
   const IniText again(written.Text());
   Require(again.Value(section, key) == value);
-  const std::set<std::string> words = Words(text);
-  for (const std::string& otherSection : words)
-    for (const std::string& otherKey : words)
-      if (otherSection != Lower(section) || otherKey != Lower(key))
+  const std::vector<std::string_view> words = Words(text);
+  for (const std::string_view otherSection : words)
+    for (const std::string_view otherKey : words)
+      if (!SameIgnoringCase(otherSection, section) || !SameIgnoringCase(otherKey, key))
         Require(again.Value(otherSection, otherKey, missing) ==
                 before.Value(otherSection, otherKey, missing));
   return 0;

@@ -167,10 +167,23 @@ TEST_F(Join, WritesIntoTheOutputFolderAlone) {
 }
 
 TEST_F(Join, AScratchFolderCostsNobodysData) {
-  MakeFiles(folder, "temprrr/f.1.sly=ab temprrr/f.2.sly=cd");
+  MakeFiles(folder, "temprrr/f.1.sly=ab temprrr/f.2.sly=cd temprrr/temprrr/data=precious");
   folder /= "temprrr";  // Its own name is no harm.
-  WriteFile(folder / "temprrr", "precious");
-  Run("f.1.sly", {"x " + (folder / "temprrr").string() + ": File exists"});
+  const fs::path scratch = folder / "temprrr";
+  Run("f.1.sly", {"x " + scratch.string() + " Holds Other Files. Move Them Away."});
+  fs::rename(scratch, folder / "user");
+  if (MakeFolderLink(folder / "user", scratch)) {
+    Run("f.1.sly", {"x " + scratch.string() + ": File exists"});
+    fs::remove(scratch);
+  }
+  WriteFile(scratch, "precious");
+  Run("f.1.sly", {"x " + scratch.string() + ": File exists"});
+  fs::remove(scratch);
+  fs::create_directory(scratch);  // Left by a join that was killed.
+  ScriptedUi ui;
+  Expect(ui, {"p Joining Files", "i File Joined.", "end"});
+  EXPECT_EQ(PathOf(JoinPieces(folder / "f.1.sly", ui)), folder / "f");
+  EXPECT_FALSE(fs::exists(scratch));
 }
 
 TEST_F(Join, JoinFolderRefusesAnExistingTargetAndTooManyRanges) {
