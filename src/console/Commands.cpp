@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <iostream>
+#include <sstream>
 #include <vector>
 
 #include "engine/hidden/HideJob.h"
@@ -23,15 +24,21 @@ fs::path TypedPath(const std::string& typed) {
   return FullPathOf(PathFromText(typed));
 }
 
-/// Prints the path of a file made; whether there is one.
-bool Print(const std::optional<fs::path>& made) {
-  if (made) std::cout << PathText(*made) << '\n';
-  return made.has_value();
+/// The folder for what is made from `source`: that of --output, which is made if the user agrees,
+/// else the source's own. Nothing when the user does not agree. Throws FileError.
+std::optional<fs::path> OutputFolder(const Arguments& arguments, const fs::path& source, Ui& ui) {
+  if (arguments.output.empty()) return source.parent_path();
+  fs::path folder = TypedPath(arguments.output);
+  if (FolderExists(folder)) return folder;
+  (void)StateOf(source);  // No folder is made for a job that cannot begin.
+  if (!OfferFolder(folder, ui)) return std::nullopt;
+  MakeFolder(folder);  // If it could not be made, this tells why.
+  return folder;
 }
 
 /// Prints the paths of the files made; whether there are any.
-bool PrintAll(const std::vector<fs::path>& made) {
-  for (const fs::path& path : made) (void)Print(path);
+bool Print(const std::vector<fs::path>& made) {
+  for (const fs::path& path : made) std::cout << PathText(path) << '\n';
   return !made.empty();
 }
 
@@ -67,11 +74,14 @@ std::optional<std::string> Password(const Arguments& arguments, ConsoleUi& ui, c
     password = ui.MaskedInputBox("Enter Password :");
     if (password && again != nullptr) repeated = ui.MaskedInputBox(again).value_or("");
   }
-  if (password)
+  if (password) {
     ui.UsePassword(*password);
-  else
-    ui.Message("Enter Password. (Nobody is at the terminal; --password-file names a file with it.)",
+  } else {
+    ui.Message(Terminal::CanAsk() ? "Enter Password."
+                                  : "Enter Password. (Nobody is at the terminal; --password-file "
+                                    "names a file with it.)",
                Icon::Critical);
+  }
   return password;
 }
 
@@ -80,9 +90,20 @@ std::optional<std::string> Password(const Arguments& arguments, ConsoleUi& ui) {
   return Password(arguments, ui, nullptr, unused);
 }
 
-void PrintList(const std::vector<HiddenFile>& files, std::ostream& stream) {
+void WarnOf(const fs::path& file, const std::string& note, Ui& ui) {
+  if (!note.empty()) ui.Message(PathText(file.filename()) + ": " + note, Icon::None);
+}
+
+std::string ListOf(const std::vector<HiddenFile>& files) {
+  std::ostringstream list;
   for (std::size_t i = 0; i < files.size(); ++i)
-    stream << i << '\t' << files[i].length << '\t' << files[i].name << '\n';
+    list << (i > 0 ? "\n" : "") << i << '\t' << files[i].length << '\t' << files[i].name;
+  return list.str();
+}
+
+bool NoSuchFile(Ui& ui) {
+  ui.Message("There is no such file.", Icon::Critical);
+  return false;
 }
 
 /// The serial number (from 0) of the file to recover of several: from the argument or from the
@@ -90,14 +111,16 @@ void PrintList(const std::vector<HiddenFile>& files, std::ostream& stream) {
 std::optional<std::size_t> ChooseFile(const Arguments& arguments,
                                       const std::vector<HiddenFile>& files, ConsoleUi& ui) {
   if (arguments.number) return *arguments.number;
-  PrintList(files, std::cerr);
+  ui.Message(ListOf(files), Icon::None);
   const std::optional<std::string> line = ui.AskLine("Serial number of the file to recover, 0 to " +
                                                      std::to_string(files.size() - 1) + ":");
   for (std::size_t i = 0; line && i < files.size(); ++i)
     if (*line == std::to_string(i)) return i;
-  ui.Message(line ? "There is no such file."
-                  : "There are several hidden files; name one of them with --file.",
-             Icon::Critical);
+  if (line)
+    (void)NoSuchFile(ui);
+  else
+    ui.Message("There are several hidden files; name one of them with --file, or all with --all.",
+               Icon::Critical);
   return std::nullopt;
 }
 
@@ -106,71 +129,92 @@ std::optional<std::size_t> ChooseFile(const Arguments& arguments,
 bool Split(const Arguments& arguments, ConsoleUi& ui) {
   SplitForm form;
   form.Text1 = TypedPath(arguments.file);
-  form.Text2 = arguments.output.empty() ? form.Text1.parent_path() : TypedPath(arguments.output);
+  const std::optional<fs::path> folder = OutputFolder(arguments, form.Text1, ui);
+  if (!folder) return false;
+  form.Text2 = *folder;
   TakeSize(form, arguments);
   const int pieces = SlyIt(form, ui, AfterFailure::End);
+  if (pieces < 1) return false;
+  ui.Message(std::to_string(pieces) + " pieces of " +
+                 (form.Option2 ? form.Text3 : std::to_string(predefinedSize)) + " bytes in " +
+                 (arguments.output.empty() ? PathText(*folder) : arguments.output),
+             Icon::Information);
   const std::string name = PathText(form.Text1.filename());
   for (int i = 1; arguments.verbose && i <= pieces; ++i)
-    Print(form.Text2 / PathFromText(PieceNameOf(name, i)));
-  return pieces > 0;
+    (void)Print({*folder / PathFromText(PieceNameOf(name, i))});
+  return true;
 }
 
 bool Join(const Arguments& arguments, ConsoleUi& ui) {
-  const std::optional<JoinedFile> joined = JoinPieces(TypedPath(arguments.file), ui);
-  return Print(joined ? std::optional(joined->path) : std::nullopt);
+  const fs::path piece = TypedPath(arguments.file);
+  const std::optional<fs::path> folder = OutputFolder(arguments, piece, ui);
+  if (!folder) return false;
+  const std::optional<JoinedFile> joined = JoinPieces(piece, ui, *folder);
+  if (!joined) return false;
+  ui.Message(std::to_string(joined->pieces) + " pieces, " + std::to_string(joined->length) +
+                 " bytes in all" +
+                 (joined->allAlike ? "; " + joined->lastPiece + " is taken for the last one" : ""),
+             Icon::Information);
+  return Print({joined->path});
 }
 
 bool Hide(const Arguments& arguments, ConsoleUi& ui) {
   HideForm form;
   form.Text1 = TypedPath(arguments.file);
   form.Text2 = TypedPath(arguments.hidden);
+  if (!HideJob(form, ui, BigFiles::Take).CheckFiles()) return false;
+  const std::optional<fs::path> folder = OutputFolder(arguments, form.Text1, ui);
+  if (!folder) return false;
+  form.output = *folder;
+  WarnOf(form.Text2, NameNote(form.Text2), ui);
+  WarnOf(form.Text1, FormatNote(form.Text1), ui);
   const std::optional<std::string> password =
       Password(arguments, ui, "Re-Enter Password :", form.Text4);
   if (!password) return false;
   form.Text3 = *password;
-  if (const std::string note = NameNote(form.Text2); !note.empty())
-    ui.Message(PathText(form.Text2.filename()) + ": " + note, Icon::None);
-  if (const std::string note = FormatNote(form.Text1); !note.empty())
-    ui.Message(PathText(form.Text1.filename()) + ": " + note, Icon::None);
   HideJob job(form, ui, BigFiles::Take);
   using Next = HideJob::Next;
   if (job.Check() != Next::GoOn || job.PrepareHide() != Next::GoOn) return false;
   Next next = Next::Wait;
   while (next == Next::Wait) next = job.CheckIni();
-  return next == Next::GoOn && Print(job.DoAll());
+  if (next != Next::GoOn) return false;
+  const std::optional<fs::path> carrier = job.DoAll();
+  return carrier && Print({*carrier});
 }
 
 bool List(const Arguments& arguments, ConsoleUi& ui) {
+  const fs::path carrier = TypedPath(arguments.file);
+  if (!CountHiddenFiles(carrier, ui)) return false;
   const std::optional<std::string> password = Password(arguments, ui);
   if (!password) return false;
-  const auto files = ListHiddenFiles(TypedPath(arguments.file), *password, ui);
-  if (files) PrintList(*files, std::cout);
+  const auto files = ListHiddenFiles(carrier, *password, ui);
+  if (files) std::cout << ListOf(*files) << '\n';
   return files.has_value();
 }
 
 bool Recover(const Arguments& arguments, ConsoleUi& ui) {
+  RecoverForm form;
+  form.Text1 = TypedPath(arguments.file);
+  const std::optional<int> count = CountHiddenFiles(form.Text1, ui);
+  if (!count) return false;
+  if (arguments.number && *arguments.number >= static_cast<std::uint64_t>(*count))
+    return NoSuchFile(ui);
+  const std::optional<fs::path> folder = OutputFolder(arguments, form.Text1, ui);
+  if (!folder) return false;
+  form.output = *folder;
   const std::optional<std::string> password = Password(arguments, ui);
   if (!password) return false;
-  const RecoverForm form{TypedPath(arguments.file), *password};
+  form.Text2 = *password;
   RecoverJob job(form, ui, BigFiles::Take);
   if (arguments.main) {
     (void)job.RecMain();
-    return PrintAll(job.Recovered());
-  }
-  if (arguments.number) {
-    // A single hidden file is recovered unasked, so a wrong number must be found before.
-    const auto files = ListHiddenFiles(form.Text1, *password, ui);
-    if (!files) return false;
-    if (*arguments.number >= files->size()) {
-      ui.Message("There is no such file.", Icon::Critical);
-      return false;
-    }
-  }
-  if (job.RecHidden() == RecoverJob::Next::Choose) {
+  } else if (arguments.all) {
+    (void)job.RecAll();
+  } else if (job.RecHidden() == RecoverJob::Next::Choose) {
     const std::optional<std::size_t> chosen = ChooseFile(arguments, job.Files(), ui);
     if (chosen) (void)job.DorestOfStuff(static_cast<int>(*chosen) + 1);
   }
-  return PrintAll(job.Recovered());
+  return Print(job.Recovered());
 }
 
 }  // namespace slyver

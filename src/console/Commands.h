@@ -27,6 +27,7 @@ struct Arguments {
   std::string hidden;       ///< The file to hide.
   std::string passwordFile;
   std::optional<std::uint64_t> number;  ///< Of the hidden file to recover, from 0.
+  bool all = false;                     ///< All hidden files are to be recovered.
   bool main = false;                    ///< The main file is to be recovered.
 };
 

@@ -113,6 +113,7 @@ void AddJoin(CLI::App& app, Arguments& arguments) {
   CLI::App& command =
       *app.add_subcommand("join", "Join the pieces of a split; prints the path of the joined file");
   AddPath(command, "PIECE", arguments.file, "Any one of the pieces").required();
+  AddOutput(command, arguments, "The folder for the joined file [the folder of PIECE]");
   AddCommonOptions(command, arguments);
   command.callback([&arguments] { arguments.job = Join; });
 }
@@ -133,6 +134,7 @@ void AddHide(CLI::App& app, Arguments& arguments) {
   command.footer(
       "The hidden file's contents are not encrypted: anyone can read them in the new file. "
       "The password only guards the list of names and lengths.");
+  AddOutput(command, arguments, "The folder for the copy [the folder of MAIN]");
   AddPasswordFile(command, arguments);
   AddCommonOptions(command, arguments);
   command.callback([&arguments] { arguments.job = Hide; });
@@ -155,7 +157,12 @@ void AddRecover(CLI::App& app, Arguments& arguments) {
                                   "a serial number; give one that list prints",
                                   "The serial number of the hidden file, as list prints it");
   number.type_name("NUMBER");
-  command.add_flag("-m,--main", arguments.main, "Recover the main file")->excludes(&number);
+  CLI::Option* const all =
+      command.add_flag("-a,--all", arguments.all, "Recover every hidden file")->excludes(&number);
+  command.add_flag("-m,--main", arguments.main, "Recover the main file")
+      ->excludes(&number)
+      ->excludes(all);
+  AddOutput(command, arguments, "The folder for what is recovered [the folder of CARRIER]");
   AddPasswordFile(command, arguments);
   AddCommonOptions(command, arguments);
   command.callback([&arguments] { arguments.job = Recover; });

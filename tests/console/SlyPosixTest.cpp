@@ -68,14 +68,26 @@ constexpr Case scripts[] = {
      "split -b 20000 -a 2 --numeric-suffixes=1 'my f.v1.dat' gnu.;"
      "for p in gnu.*; do i=$((i + 1)); cmp $p \"my f.v1.dat.$i.sly\" || exit; done; echo $i;"
      "mv 'my f.v1.dat' old; $SLY join 'my f.v1.dat.10.sly'; cmp old 'my f.v1.dat'",
-     0, "30\n@/my f.v1.dat\n", "File Successfully Sly.\nFile Joined.\n"},
+     0, "30\n@/my f.v1.dat\n",
+     "File Successfully Sly.\n30 pieces of 20000 bytes in @\nFile Joined.\n30 pieces, 588888 "
+     "bytes in all\n"},
     {"$SLY split e.bin --size 2KiB -o new/out --yes --verbose --quiet; wc -c <new/out/e.bin.3.sly",
      0, "@/new/out/e.bin.1.sly\n@/new/out/e.bin.2.sly\n@/new/out/e.bin.3.sly\n904\n", ""},
     {"$SLY split b.bin --count 7 -q; wc -c <b.bin.1.sly; wc -c <b.bin.7.sly", 0, "429\n426\n", ""},
     {"printf old >a; printf 12 >a.1.sly; printf 3 >a.2.sly; $SLY join a.1.sly -q; cat a;"
      "$SLY join a.1.sly --yes; cat a; $SLY join a.1.sly -y -q",
-     0, "old@/a\n123@/a\n", REPLACE NOBODY REPLACE " Yes (--yes)\nFile Joined.\n"},
+     0, "old@/a\n123@/a\n",
+     REPLACE NOBODY REPLACE " Yes (--yes)\nFile Joined.\n2 pieces, 3 bytes in all\n"},
+    {"$SLY split b.bin -n 3 -q; mv b.bin old; $SLY join b.bin.1.sly -o new/d -y; cmp old "
+     "new/d/b.bin",
+     0, "@/new/d/b.bin\n",
+     "@/new/d Does Not Exists. Do You Want To Create It? Yes (--yes)\nFile Joined.\n"
+     "3 pieces, 3000 bytes in all; b.bin.3.sly is taken for the last one\n"},
     // Hiding, listing and recovering.
+    {"mkdir d; $SLY hide $P m.png a.bin -o d -q; $SLY recover $P two --all --output d -q;"
+     "cmp 'd/Hidden File m.png' one && cmp a.bin 'd/Original a.bin' && cmp b.bin 'd/Original "
+     "b.bin'",
+     0, "@/d/Hidden File m.png\n@/d/Original a.bin\n@/d/Original b.bin\n", ""},
     {"$SLY hide $P m.png a.bin && cmp 'Hidden File m.png' one", 0, "@/Hidden File m.png\n",
      "File Hidden.\n"},
     {"$SLY hide $P one b.bin --yes -q && cmp 'Hidden File one' two", 0, "@/Hidden File one\n", ""},
@@ -128,18 +140,22 @@ constexpr Case scripts[] = {
     {"$SLY list six --password-file .", 1, "", ".: Is a directory\n"},
     {"$SLY list six --password-file /dev/null", 1, "", "Enter Password.\n"},
     {"$SLY hide --password-file - m.png a.bin", 1, "", "Enter Password.\n"},
-    {"$SLY list $P none", 1, "", "@/none: No such file or directory\n"},
-    {"$SLY list $P m.png --quiet", 1, "", "No File Is Hidden In This File.\n"},
-    {"$SLY list $P a.bin", 1, "", "Unable To Recover File.\n"},
+    // These need no password, and none is asked for.
+    {"$SLY list none", 1, "", "@/none: No such file or directory\n"},
+    {"$SLY list m.png --quiet", 1, "", "No File Is Hidden In This File.\n"},
+    {"$SLY recover --main a.bin", 1, "", "Unable To Recover File.\n"},
     {"echo ab | $SLY recover six --main --password-file -", 1, "",
      "Incorrect Password. Unable To Recover File.\n"},
     {"$SLY recover $P six", 1, "",
-     LIST "There are several hidden files; name one of them with --file.\n"},
-    {"$SLY recover $P one --file 1", 1, "", "There is no such file.\n"},
-    {"$SLY recover $P six --file 65535", 1, "", "There is no such file.\n"},
+     LIST "There are several hidden files; name one of them with --file, or all with --all.\n"},
+    {"$SLY recover one --file 1", 1, "", "There is no such file.\n"},
+    {"$SLY recover six --file 65536", 1, "", "There is no such file.\n"},
     {"$SLY hide $P one b.bin", 1, "", ADD NOBODY},
     {"echo other | $SLY hide --password-file - one b.bin --yes -q", 1, "", "Incorrect Password.\n"},
-    {"$SLY hide $P six a.bin --yes", 1, "",
+    {"$SLY hide none a.bin", 1, "", "@/none: No such file or directory\n"},
+    {"$SLY hide m.png none -o new", 1, "", "@/none: No such file or directory\n"},
+    {"$SLY join none.1.sly -o new -y", 1, "", "@/none.1.sly: No such file or directory\n"},
+    {"$SLY hide six a.bin --yes", 1, "",
      "There Are Aready 6 Files Hidden In This File. Unable To Hide File. Please Select Another "
      "File.\n"},
     // A signal that the caller ignores stays ignored.
@@ -184,6 +200,7 @@ TEST_F(Sly, TellsWrongUsageInALine) {
                              Usage{"split a -n 2x", "--count: \"2x\""},
                              Usage{"join a.1.sly -s 5", "-s"},
                              Usage{"recover six -f 0 -m $P", "--file excludes --main"},
+                             Usage{"recover six --all -m $P", "--all excludes --main"},
                              Usage{"recover six -f -1 $P", "--file: \"-1\""},
                              Usage{"list six --password Ab", "--password"},
                              Usage{"split ''", "FILE"},

@@ -32,18 +32,20 @@ std::optional<std::uint64_t> SizeAskedFor(const SplitForm& form, Ui& ui) {
 
 }  // namespace
 
+bool OfferFolder(const std::filesystem::path& folder, Ui& ui) {
+  if (FolderExists(folder)) return true;
+  if (!AskYesNo(ui, PathText(folder) + " Does Not Exists. Do You Want To Create It?")) return false;
+  (void)MakeSureDirectoryPathExists(WithSeparator(folder));
+  return true;
+}
+
 std::int16_t SlyIt(SplitForm& form, Ui& ui, AfterFailure afterFailure) {
   if (form.Text3 == unableToDivide || form.Nofile == unableToDivide) {
     ui.Message("Unable To Divide File.", Icon::Critical);
     DeleteFilePathValue();
     return 0;
   }
-  if (!FolderExists(form.Text2)) {
-    if (!AskYesNo(ui, PathText(form.Text2) + " Does Not Exists. Do You Want To Create It?"))
-      return 0;
-    // What could not be made shows when the first piece is written.
-    (void)MakeSureDirectoryPathExists(form.Text2);
-  }
+  if (!OfferFolder(form.Text2, ui)) return 0;
   form.Text2 = WithSeparator(form.Text2);
   const std::optional<std::uint64_t> size = SizeAskedFor(form, ui);
   if (!size) return 0;

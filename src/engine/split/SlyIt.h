@@ -24,6 +24,10 @@ struct SplitForm {
 /// the form, or, where there is no form, is not.
 enum class AfterFailure { Ask, End };
 
+/// Asks whether a folder that is missing shall be made, and makes it. False when the user does not
+/// want it; a folder that cannot be made shows when something is to be written in it.
+bool OfferFolder(const std::filesystem::path& folder, Ui& ui);
+
 /// "Sly It": checks the form, makes the output folder if the user agrees, splits and reports. All
 /// is said and asked through `ui`. `form.Text2` gets a separator at its end.
 ///
