@@ -4,9 +4,9 @@
 
 #include <algorithm>
 
+#include "engine/split/Scene.h"
 #include "engine/system/FileError.h"
 #include "support/SampleCarrier.h"
-#include "support/ScriptedUi.h"
 
 namespace slyver {
 namespace {
@@ -14,11 +14,12 @@ namespace {
 namespace fs = std::filesystem;
 using Next = RecoverJob::Next;
 
-constexpr const char* unable = "Unable To Recover File.";
-constexpr const char* noneHidden = "No File Is Hidden In This File.";
-constexpr const char* incorrect = "Incorrect Password. Unable To Recover File.";
-constexpr const char* bigQuestion =
-    "The File Size Is Quite Big. It Will Take Several Minutes To Recover From This File. Please "
+const std::string progress = "p Recovering Files";
+const std::string unable = "x Unable To Recover File.";
+const std::string noneHidden = "i No File Is Hidden In This File.";
+const std::string incorrect = "x Incorrect Password. Unable To Recover File.";
+const std::string big =
+    " The File Size Is Quite Big. It Will Take Several Minutes To Recover From This File. Please "
     "Exit Other Applications You Might Be Running. Do You Want To Continue?";
 constexpr int all = -1;
 constexpr int theMainFile = -2;
@@ -42,8 +43,7 @@ class Recover : public TempFolderTest {
   /// Recovers the main file, all files, or file `chosen` (1-based) of several; 0: of one.
   std::vector<fs::path> Recovered(int chosen = 0) const {
     ScriptedUi ui;
-    ui.ExpectProgressForm("Recovering Files");
-    ui.ExpectMessage("File Recovered.", Icon::Information);
+    Expect(ui, {progress, "i File Recovered."});
     if (chosen != theMainFile) ui.ExpectEndProgram();
     RecoverJob job(form, ui, BigFiles::Take);
     if (chosen > 0) {
@@ -64,24 +64,22 @@ class Recover : public TempFolderTest {
   static Next Run(RecoverJob& job, int what) {
     return what == theMainFile ? job.RecMain() : what == all ? job.RecAll() : job.RecHidden();
   }
-  /// All procedures and the list refuse with `message`, after what is said before it; nothing is
-  /// written. What needs the password only counts where that is asked for.
-  void ExpectRefused(const std::string& message, Icon icon, bool alsoMain = true,
+  /// All procedures and the list refuse with `message`; nothing is written. Not all of them look at
+  /// the hidden files, or need a password.
+  void ExpectRefused(const std::string& message, bool alsoMain = true,
                      bool alsoCount = false) const {
     const std::set<std::string> before = Names();
     ScriptedUi ui;
     for (const int what : {0, all, theMainFile}) {
       if (what == theMainFile && !alsoMain) continue;
-      ui.ExpectProgressForm("Recovering Files");
-      ui.ExpectMessage(message, icon);
-      ui.ExpectEndProgram();
+      Expect(ui, {progress, message, "end"});
       RecoverJob job(form, ui, BigFiles::Take);
       EXPECT_EQ(Run(job, what), Next::Over);
       EXPECT_TRUE(job.Recovered().empty());
     }
-    ui.ExpectMessage(message, icon);
+    Expect(ui, {message});
     EXPECT_EQ(ListHiddenFiles(form.Text1, form.Text2, ui), std::nullopt);
-    if (alsoCount) ui.ExpectMessage(message, icon);
+    if (alsoCount) Expect(ui, {message});
     EXPECT_EQ(CountHiddenFiles(form.Text1, ui).has_value(), !alsoCount);
     EXPECT_EQ(Names(), before);
     EXPECT_EQ(Names(folder.parent_path()), (std::set<std::string>{"run", "work"}));
@@ -134,16 +132,15 @@ TEST_F(Recover, ASmallMainFileOfABigCarrier) {
 
   ScriptedUi ui;
   for (const int what : {0, theMainFile}) {
-    ui.ExpectQuestion(bigQuestion, Answer::No);
-    ui.ExpectEndProgram();
+    Expect(ui, {"n" + big, "end"});
     RecoverJob job(form, ui, BigFiles::Ask);
     EXPECT_EQ(Run(job, what), Next::Over);
   }
   form.Text2.clear();
   for (const std::uintmax_t length : {10000001U, 10000000U}) {
     fs::resize_file(form.Text1, length);
-    if (length > 10000000) ui.ExpectQuestion(bigQuestion, Answer::Yes);
-    ui.ExpectMessage("Enter Password.", Icon::Information);
+    if (length > 10000000) Expect(ui, {"y" + big});
+    Expect(ui, {"i Enter Password."});
     EXPECT_EQ(RecoverJob(form, ui, BigFiles::Ask).RecHidden(), Next::Form);
   }
 }
@@ -152,17 +149,17 @@ TEST_F(Recover, RefusesWrongPasswordsAndFilesWithoutADirectory) {
   PutCarrier(SampleCarrier(sampleMains[0], 2));
   for (const char* wrong : {"AB", "ab", "A", "Abc", "Ab ", "\u00E9", "7757"}) {
     form.Text2 = wrong;
-    ExpectRefused(incorrect, Icon::Critical);
+    ExpectRefused(incorrect);
   }
   PutCarrierOf("");
-  ExpectRefused(noneHidden, Icon::Information, true, true);
+  ExpectRefused(noneHidden, true, true);
   form.Text2 = samplePassword;
   PutCarrier(SomeBytes(3000));
-  ExpectRefused(noneHidden, Icon::Information, true, true);
+  ExpectRefused(noneHidden, true, true);
   PutCarrier(SampleDirectory("05", sampleFiles[0].record));
-  ExpectRefused(unable, Icon::Critical, true, true);
+  ExpectRefused(unable, true, true);
   PutCarrier("");
-  ExpectRefused(unable, Icon::Critical, true, true);
+  ExpectRefused(unable, true, true);
   ScriptedUi ui;
   PutCarrier(SampleCarrier(sampleMains[0], 2));
   EXPECT_EQ(CountHiddenFiles(form.Text1, ui), 2);
@@ -171,15 +168,15 @@ TEST_F(Recover, RefusesWrongPasswordsAndFilesWithoutADirectory) {
 TEST_F(Recover, WhatCanBeMendedReturnsToTheForm) {
   PutCarrier(SampleCarrier(sampleMains[0], 1));
   for (const auto& [carrier, typed, message] :
-       {std::tuple{form.Text1, "", "Enter Password."},
+       {std::tuple{form.Text1, "", "i Enter Password."},
         {form.Text1, "1234567890123456789012345",
-         "A Password Has 24 Characters At Most. Choose A Shorter One."},
+         "i A Password Has 24 Characters At Most. Choose A Shorter One."},
         {form.Text1, "\u0416",
-         "The Password Has A Character That Cannot Be Used. Choose Another Password."},
-        {fs::path(), "", "Main File Is Missing. Select The File Again."}}) {
+         "i The Password Has A Character That Cannot Be Used. Choose Another Password."},
+        {fs::path(), "", "i Main File Is Missing. Select The File Again."}}) {
     form = {carrier, typed};
     ScriptedUi ui;
-    for (int i = 0; i < 3; ++i) ui.ExpectMessage(message, Icon::Information);
+    Expect(ui, {message, message, message});
     EXPECT_EQ(RecoverJob(form, ui, BigFiles::Take).RecHidden(), Next::Form);
     EXPECT_EQ(RecoverJob(form, ui, BigFiles::Take).RecMain(), Next::Form);
     EXPECT_EQ(ListHiddenFiles(carrier, typed, ui), std::nullopt);
@@ -193,22 +190,23 @@ TEST_F(Recover, HostileDirectoriesWriteNothingAnywhere) {
            "\r\n?Kj*^=" + Enciphered(length) + "\r\n";
   };
   // The carrier has 100 bytes behind its main file of 3.
-  for (const char* name : {"../a", "/tmp/slyver-evil", "..", "a\\b", "c:a", "a\nb", "\x1B[2J"})
+  for (const char* name :
+       {"../a", "/tmp/slyver-evil", "..", "a\\b", "c:a", "a\nb", "\x1F", "\x7F", "\x9D;x", "."})
     for (const int i : {0, 1}) {
       PutCarrierOf((i == 0 ? "" : record(0, "a", "1")) + record(i, name, "1"));
-      ExpectRefused(unable, Icon::Critical, false);
+      ExpectRefused(unable, false);
     }
   for (const char* length : {"", "0", "-1", "x", "1.5", " 1", "1 ", "101", "18446744073709551615",
                              "18446744073709551617", "999999999999999999999999"}) {
     PutCarrierOf(record(0, "a", length));
-    ExpectRefused(unable, Icon::Critical, false);
+    ExpectRefused(unable, false);
     PutCarrierOf(record(0, "a", "1") + record(1, "b", length));
-    ExpectRefused(unable, Icon::Critical, false);
+    ExpectRefused(unable, false);
     PutCarrierOf(record(0, "a", "1"), Enciphered(std::string(length) == "101" ? "104" : length));
-    ExpectRefused(unable, Icon::Critical);
+    ExpectRefused(unable);
   }
   PutCarrierOf(record(0, "a", "60") + record(1, "b", "41"));
-  ExpectRefused(unable, Icon::Critical, false);
+  ExpectRefused(unable, false);
 }
 
 TEST_F(Recover, NamesComeBackAsTheyWereStored) {
@@ -228,25 +226,21 @@ TEST_F(Recover, CancelAndFailureLeaveNothing) {
   for (const int what : {0, all, theMainFile}) {
     ScriptedUi ui;
     ui.StopAtBytes(1);
-    ui.ExpectProgressForm("Recovering Files");
+    Expect(ui, {progress});
     RecoverJob job(form, ui, BigFiles::Take);
     EXPECT_THROW((void)Run(job, what), Cancelled);
   }
   ScriptedUi ui;
-  ui.ExpectProgressForm("Recovering Files");
+  Expect(ui, {progress});
   RecoverJob job(form, ui, BigFiles::Take);
   EXPECT_EQ(job.RecHidden(), Next::Choose);
   WriteFile(folder / "other", ReadFile(form.Text1));
   fs::rename(folder / "other", form.Text1);  // The same length and bytes are not enough.
-  ui.ExpectMessage(form.Text1.string() + ": The file was changed while it was being recovered from",
-                   Icon::Critical);
-  ui.ExpectMessage(unable, Icon::Critical);
-  ui.ExpectEndProgram();
+  const std::string path = "x " + form.Text1.string();
+  Expect(ui, {path + ": The file was changed while it was being recovered from", unable, "end",
+              path + ": No such file or directory", unable, "end"});
   EXPECT_EQ(job.DorestOfStuff(1), Next::Over);
   fs::remove(form.Text1);
-  ui.ExpectMessage(form.Text1.string() + ": No such file or directory", Icon::Critical);
-  ui.ExpectMessage(unable, Icon::Critical);
-  ui.ExpectEndProgram();
   EXPECT_EQ(RecoverJob(form, ui, BigFiles::Take).RecMain(), Next::Over);
   EXPECT_EQ(Names(), std::set<std::string>{});
 }
