@@ -111,8 +111,15 @@ TEST_F(Join, NamesTheFileThatStandsInItsWay) {
         {"y" + replace, "x " + target.string() + ": Another program is writing this file"});
   }
   fs::remove(TemporaryPath(target));
+  const auto isFolder = [&](const char* name) {
+    return "x " + ErrorOf([&] { (void)StateOf(folder / name); });
+  };
+  fs::create_directory(folder / "f.5.sly");
+  Run("f.5.sly", {"y" + replace, isFolder("f.5.sly")});
   fs::create_directory(folder / "f.3.sly");
-  Run("f.2.sly", {"y" + replace, "x " + ErrorOf([&] { (void)StateOf(folder / "f.3.sly"); })});
+  Run("f.2.sly", {"y" + replace, isFolder("f.3.sly")});
+  MakeFiles(folder, "sub/f.3.sly=e");
+  Run("f.3.sly", {"y" + replace, isFolder("f.3.sly")});
 }
 
 /// A user who does something else while a question is open.
