@@ -12,6 +12,7 @@
 #include "engine/split/SizeArithmetic.h"
 #include "engine/split/SlyIt.h"
 #include "engine/system/Disk.h"
+#include "engine/system/Files.h"
 #include "engine/system/PathText.h"
 
 namespace slyver {

@@ -12,6 +12,7 @@
 #include "engine/system/Attributes.h"
 #include "engine/system/Disk.h"
 #include "engine/system/FileError.h"
+#include "engine/system/Files.h"
 #include "engine/system/INIReadWri.h"
 #include "engine/system/PathText.h"
 #include "engine/system/StepProgress.h"
@@ -282,14 +283,18 @@ std::optional<fs::path> HideJob::DoAll() {
                    Existing::ReplaceScratch);
     (void)RemoveFile(InWork("4.ini"));
     RenameFile(InWork("3.ini"), directory);
-    const std::array<ByteRange, 3> parts = {ByteRange{form_.Text1, 0, mainBytes_, main_},
-                                            ByteRange{form_.Text2, 0, hidden_.length, hidden_},
-                                            ByteRange{directory, 0, FileLength(directory)}};
-    const Output joined{OutputPath(), mainBytes_ + hidden_.length + parts[2].length, parts.size(),
-                        [&](std::size_t i) { return parts.at(i); }};
+    const fs::path carrierPath = OutputPath();
+    const FileState directoryState = StateOf(directory);
+    CopyPlan joined;
+    joined.ranges = {{joined.sources.Add(form_.Text1, main_), 0, mainBytes_},
+                     {joined.sources.Add(form_.Text2, hidden_), 0, hidden_.length},
+                     {joined.sources.Add(directory, directoryState), 0, directoryState.length}};
+    joined.EndTarget();
+    joined.names = {carrierPath.parent_path(), PathText(carrierPath.filename()), "", 0};
+    joined.rights = Narrowed(main_.rights, hidden_.rights);
     const auto stay = [](double value, std::size_t) { return value; };
     if (JoinFolder(joined, false, ui_, StepProgress(ui_, "PB1", 0, stay)) < 1) return std::nullopt;
-    return joined.target;
+    return carrierPath;
   });
   if (carrier)
     (void)Over("File Hidden.", Icon::Information);

@@ -10,6 +10,7 @@
 #include "engine/split/PieceName.h"
 #include "engine/system/Disk.h"
 #include "engine/system/FileError.h"
+#include "engine/system/Files.h"
 #include "engine/system/PathText.h"
 #include "engine/system/Registry.h"
 #include "engine/system/StepProgress.h"
@@ -100,27 +101,32 @@ class Pieces {
   std::vector<Piece> found_;
 };
 
-/// The states of all pieces, which are those of one split: whoever replaces the pieces meanwhile
-/// replaces the first one too. Throws FileError, and Cancelled.
-std::vector<FileState> StatesOf(const Pieces& pieces, Ui& ui) {
-  std::vector<FileState> states;
-  states.reserve(pieces.Count());
+/// The plan of a join into `target`. The states of the pieces are those of one split: whoever
+/// replaces the pieces meanwhile replaces the first one too. Nobody may read the joined file who
+/// may not read all pieces. Throws FileError, and Cancelled.
+CopyPlan PlanOf(const Pieces& pieces, const fs::path& target, Ui& ui) {
+  CopyPlan plan;
+  plan.names = {target.parent_path(), PathText(target.filename()), "", 0};
   for (std::size_t number = 1; number <= pieces.Count(); ++number) {
     if (!ui.GoOn()) throw Cancelled{};
-    states.push_back(StateOf(pieces.PathOf(number)));
+    const fs::path path = pieces.PathOf(number);
+    const FileState state = StateOf(path);
+    plan.rights = number == 1 ? state.rights : Narrowed(plan.rights, state.rights);
+    plan.ranges.push_back({plan.sources.Add(path, state), 0, state.length});
   }
-  if (StateOf(pieces.PathOf(1)) != states.front())
+  plan.EndTarget();
+  if (StateOf(pieces.PathOf(1)) != plan.sources.State(0))
     throw FileError(pieces.PathOf(1), fileWasChanged);
-  return states;
+  return plan;
 }
 
 /// The number of the first piece whose size is not that of one split: all are alike but the last,
 /// which is not larger. 0 when there is none.
-std::size_t OddPiece(const std::vector<FileState>& states) {
-  const std::uint64_t common = states.front().length;
-  for (std::size_t i = 1; i + 1 < states.size(); ++i)
-    if (states[i].length != common) return i + 1;
-  return states.back().length > common ? states.size() : 0;
+std::size_t OddPiece(const std::vector<ByteRange>& pieces) {
+  const std::uint64_t common = pieces.front().length;
+  for (std::size_t i = 1; i + 1 < pieces.size(); ++i)
+    if (pieces[i].length != common) return i + 1;
+  return pieces.back().length > common ? pieces.size() : 0;
 }
 
 bool HasSixDigits(std::string_view pieceName, std::string_view origName) {
@@ -156,10 +162,10 @@ Ending Join(const fs::path& FullPath, const std::string& OrigName, JoinedFile& j
   joined.pieces = pieces.Count();
   joined.lastPiece = pieces.NameOf(pieces.Count());
   if (joined.pieces > mostPieces) throw OverflowError();
-  const std::vector<FileState> states = StatesOf(pieces, ui);
-  for (const FileState& state : states) joined.length += state.length;
-  joined.allAlike = states.back().length == states.front().length;
-  if (const std::size_t odd = OddPiece(states);
+  CopyPlan plan = PlanOf(pieces, joined.path, ui);
+  joined.length = plan.TotalLength();
+  joined.allAlike = plan.ranges.back().length == plan.ranges.front().length;
+  if (const std::size_t odd = OddPiece(plan.ranges);
       odd > 0 && !AskYesNo(ui, pieces.NameOf(odd) +
                                    " Does Not Have The Size Of The Other Pieces. Do You Want To "
                                    "Join Them All The Same?"))
@@ -167,14 +173,11 @@ Ending Join(const fs::path& FullPath, const std::string& OrigName, JoinedFile& j
 
   scratch.emplace(joined.path.parent_path() / scratchName);
   ui.ShowProgressForm("Joining Files");
-  const Output output{joined.path, joined.length, joined.pieces, [&](std::size_t i) {
-                        return ByteRange{pieces.PathOf(i + 1), 0, states[i].length, states[i]};
-                      }};
   // The bar's steps grow with the index, so that it fills quickly when there are many pieces.
   const Watch watch = StepProgress(ui, "PB1", 0, [](double value, std::size_t index) {
     return value + static_cast<double>(index) * 5;
   });
-  return JoinFolder(output, replace, ui, watch) < 1 ? Ending::Failed : Ending::Joined;
+  return JoinFolder(plan, replace, ui, watch) < 1 ? Ending::Failed : Ending::Joined;
 }
 
 void End(Ui& ui) {
@@ -194,18 +197,17 @@ bool ExitWithoutFile(Ui& ui) {
 
 }  // namespace
 
-std::int16_t JoinFolder(const Output& joined, bool overwrite, Ui& ui, const Watch& watch) {
-  if (!overwrite && NameIsTaken(joined.target)) {
-    ui.Message("'" + PathText(joined.target) + "' already exists, action canceled", Icon::Critical);
+std::int16_t JoinFolder(CopyPlan& joined, bool overwrite, Ui& ui, const Watch& watch) {
+  const fs::path target = joined.names.Path(0);
+  if (!overwrite && NameIsTaken(target)) {
+    ui.Message("'" + PathText(target) + "' already exists, action canceled", Icon::Critical);
     return 0;
   }
   return ShowingErrors(ui, 0, [&]() -> std::int16_t {
-    if (joined.rangeCount > mostPieces) throw OverflowError();
-    Output output = joined;
-    output.existing = overwrite ? Existing::Replace : Existing::Keep;
-    WriteOutputs(
-        1, [&](std::size_t) { return output; }, output.length, watch);
-    return static_cast<std::int16_t>(joined.rangeCount);
+    if (joined.ranges.size() > mostPieces) throw OverflowError();
+    joined.existing = overwrite ? Existing::Replace : Existing::Keep;
+    Copy(joined, watch);
+    return static_cast<std::int16_t>(joined.ranges.size());
   });
 }
 

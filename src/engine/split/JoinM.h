@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "engine/system/Files.h"
+#include "engine/system/Copy.h"
 #include "engine/system/Ui.h"
 
 namespace slyver {
@@ -45,9 +45,9 @@ std::optional<JoinedFile> JoinFromCommandLine(const std::filesystem::path& FileP
 std::optional<JoinedFile> JoinPieces(const std::filesystem::path& FullPath, Ui& ui,
                                      const std::filesystem::path& outputFolder = {});
 
-/// Joins the ranges of `joined` in order into the file joined.target. Replaces a file of that name
-/// if `overwrite`; else says that it exists, and does nothing. Returns the number of ranges, 1 to
-/// 32767, or 0 when refused or failed; errors are shown. Throws Cancelled.
-std::int16_t JoinFolder(const Output& joined, bool overwrite, Ui& ui, const Watch& watch);
+/// Carries out `joined`, a plan of one target. Replaces a file of its name if `overwrite`; else
+/// says that it exists, and does nothing. Returns the number of ranges, 1 to 32767, or 0 when
+/// refused or failed; errors are shown. Throws Cancelled.
+std::int16_t JoinFolder(CopyPlan& joined, bool overwrite, Ui& ui, const Watch& watch);
 
 }  // namespace slyver

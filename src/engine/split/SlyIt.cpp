@@ -34,6 +34,8 @@ std::optional<std::uint64_t> SizeAskedFor(const SplitForm& form, Ui& ui) {
 
 bool OfferFolder(const std::filesystem::path& folder, Ui& ui) {
   if (FolderExists(folder)) return true;
+  // What cannot even be looked at is not to be made.
+  if (!ShowingErrors(ui, false, [&] { return NameIsTaken(folder) || true; })) return false;
   if (!AskYesNo(ui, PathText(folder) + " Does Not Exists. Do You Want To Create It?")) return false;
   (void)MakeSureDirectoryPathExists(WithSeparator(folder));
   return true;
@@ -61,11 +63,10 @@ std::int16_t SlyIt(SplitForm& form, Ui& ui, AfterFailure afterFailure) {
   }
   SplitOptions options;
   options.outputFolder = form.Text2;
-  // Another split may have made its pieces there since the look.
-  if (form.Text2.lexically_normal() == WithSeparator(form.Text1.parent_path()).lexically_normal())
-    options.firstPiece = Existing::Keep;
-  std::int16_t pieces = 0;
-  if (taken) pieces = SplitFile(form.Text1, *size, options, ui).pieces;
+  SplitResult result;
+  if (taken) result = SplitFile(form.Text1, *size, options, ui);
+  if (result.declined) return 0;
+  const std::int16_t pieces = result.pieces;
   if (pieces < 1) {
     if (afterFailure == AfterFailure::End ||
         AskYesNo(ui, "Unable To Sly File. Do You Want To Exit?"))

@@ -1,11 +1,11 @@
 #include "engine/split/SplitM.h"
 
 #include <algorithm>
-#include <functional>
 #include <limits>
 #include <stdexcept>
 
 #include "engine/split/PieceName.h"
+#include "engine/system/Copy.h"
 #include "engine/system/Disk.h"
 #include "engine/system/FileError.h"
 #include "engine/system/Files.h"
@@ -36,42 +36,25 @@ std::string ZeroPerDigit(std::uint64_t count) {
   return mask;
 }
 
-std::string Filled(int number, const std::string& mask) {
-  const std::string digits = std::to_string(number);
-  return mask.substr(std::min(digits.size(), mask.size())) + digits;
+/// Adds a target that holds `length` bytes of the plan's only source from `offset` on, or what the
+/// source has of them.
+void AddPiece(CopyPlan& plan, std::uint64_t offset, std::uint64_t length) {
+  const std::uint64_t all = plan.sources.State(0).length;
+  plan.ranges.push_back({0, offset, std::min(length, all - offset)});
+  plan.EndTarget();
 }
 
-/// One cut of a file: how many pieces are written, which bytes piece `number` holds, and the number
-/// of the first piece.
-struct Cut {
-  std::size_t written = 0;
-  std::function<ByteRange(int number)> range;
-  int first = 1;
-};
-
-Cut CutOf(const std::filesystem::path& source, const FileState& state, std::uint64_t size,
-          std::uint64_t count, const SplitOptions& options) {
-  const std::uint64_t length = state.length;
-  const auto rangeAt = [source, state](std::uint64_t offset, std::uint64_t wanted) {
-    return ByteRange{source, offset, std::min(wanted, state.length - offset), state};
-  };
+void AddPieces(CopyPlan& plan, std::uint64_t size, std::uint64_t count,
+               const SplitOptions& options) {
+  const std::uint64_t length = plan.sources.State(0).length;
   if (options.SkipThenRange || options.SkipThenTrailer) {
-    const std::uint64_t wanted =
-        options.SkipThenRange ? options.SecondPieceSize : options.TrailerSize;
-    return {1, [=](int) { return rangeAt(size, wanted); }};
+    AddPiece(plan, size, options.SkipThenRange ? options.SecondPieceSize : options.TrailerSize);
+  } else if (options.TwoPieceMode) {
+    AddPiece(plan, 0, size);
+    AddPiece(plan, size, count == 2 && length % size > 0 ? length % size : options.SecondPieceSize);
+  } else {
+    for (std::uint64_t i = 0; i < count; ++i) AddPiece(plan, i * size, size);
   }
-  if (options.TwoPieceMode) {
-    const std::uint64_t second =
-        count == 2 && length % size > 0 ? length % size : options.SecondPieceSize;
-    const auto range = [=](int number) {
-      return number == 1 ? rangeAt(0, size) : rangeAt(size, second);
-    };
-    return {2, range};
-  }
-  const auto range = [=](int number) {
-    return rangeAt(size * (static_cast<std::uint64_t>(number) - 1), size);
-  };
-  return {static_cast<std::size_t>(count), range};
 }
 
 /// Takes the bar from `value` to `end` in `count` steps, one for each piece begun; a bar that
@@ -83,18 +66,16 @@ Watch StepsTo(double end, std::uint64_t count, Ui& ui, std::string_view bar, dou
   });
 }
 
-/// Writes the pieces of a cut, the first one last.
-void WritePieces(const Cut& cut, const std::function<std::filesystem::path(int number)>& nameOf,
-                 Existing firstPiece, const Watch& watch) {
-  const auto output = [&](std::size_t index) {
-    const int number = cut.first + (index + 1 == cut.written ? 0 : static_cast<int>(index) + 1);
-    ByteRange range = cut.range(number);
-    return Output{nameOf(number), range.length, 1, [range](std::size_t) { return range; },
-                  number == cut.first ? firstPiece : Existing::Replace};
-  };
-  std::uint64_t total = 0;
-  for (int i = 0; i < static_cast<int>(cut.written); ++i) total += cut.range(cut.first + i).length;
-  WriteOutputs(cut.written, output, total, watch);
+/// Whether pieces of `name` are in the folder. Throws FileError when it cannot be listed.
+bool HoldsPieces(const std::filesystem::path& folder, std::string_view name) {
+  bool holds = false;
+  const std::error_code error =
+      ListFolder(folder, [&](const std::filesystem::path& path, EntryKind kind) {
+        holds = holds ||
+                (kind != EntryKind::Folder && PieceNumberOf(PathText(path.filename()), name) > 0);
+      });
+  if (error) throw FileError(folder, error);
+  return holds;
 }
 
 }  // namespace
@@ -114,14 +95,27 @@ SplitResult SplitFile(const std::filesystem::path& source, std::uint64_t pieceSi
     MakeFolder(options.outputFolder);
 
     const std::string name = options.title.empty() ? PathText(source.filename()) : options.title;
-    const auto nameOf = [&](int number) {
-      return options.outputFolder / PathFromText(options.forRecovery
-                                                     ? name + "." + Filled(number, mask)
-                                                     : PieceNameOf(name, number));
-    };
-    WritePieces(CutOf(source, state, pieceSize, count, options), nameOf, options.firstPiece,
-                options.forRecovery ? StepsTo(30, count, ui, "PB1", options.barValue)
-                                    : StepsTo(100, count, ui, "pb", options.barValue));
+    CopyPlan plan;
+    plan.sources.Add(source, state);
+    AddPieces(plan, pieceSize, count, options);
+    plan.names = {options.outputFolder, name + ".", "", 1};
+    if (options.forRecovery) {
+      plan.names.width = mask.size();
+      plan.rights = WithoutExecute(state.rights);
+      plan.existing = Existing::ReplaceScratch;
+      Copy(plan, StepsTo(30, count, ui, "PB1", options.barValue));
+      return {pieces, mask};
+    }
+    plan.names.after = ".sly";
+    plan.rights = state.rights;
+    plan.numberInSet = [&](std::string_view fileName) { return PieceNumberOf(fileName, name); };
+    if (HoldsPieces(options.outputFolder, name)) {
+      if (!AskYesNo(ui, "Pieces Of An Earlier Split Of " + name + " Are In " +
+                            FolderText(options.outputFolder) + ". Do You Want To Replace Them?"))
+        return {0, mask, true};
+      plan.existing = Existing::Replace;
+    }
+    Copy(plan, StepsTo(100, count, ui, "pb", options.barValue));
     return {pieces, mask};
   });
 }
@@ -142,18 +136,16 @@ ChunkResult ChunkToTemp(const std::filesystem::path& source, std::uint64_t chunk
     MakeFolder(options.folder);
 
     const std::uint64_t tailSize = options.SmallTailChunks ? options.TrailerSize : chunkSize;
-    const std::uint64_t tailLength = length - chunkSize;
-    const auto range = [&](int number) {
-      if (number == 1) return ByteRange{source, 0, chunkSize, state};
-      const std::uint64_t offset = chunkSize + tailSize * (static_cast<std::uint64_t>(number) - 2);
-      return ByteRange{source, offset, std::min(tailSize, length - offset), state};
-    };
-    const std::uint64_t written = std::min(1 + CountPieces(tailLength, tailSize), count);
-    const Cut cut = options.only > 0 ? Cut{1, range, options.only}
-                                     : Cut{static_cast<std::size_t>(written), range};
-    WritePieces(
-        cut, [&](int number) { return options.folder / ("1." + Filled(number, mask) + ".ini"); },
-        Existing::Replace, StepsTo(30, count, ui, "PB1", options.barValue));
+    const std::uint64_t tails = std::min(CountPieces(length - chunkSize, tailSize), count - 1);
+    CopyPlan plan;
+    plan.sources.Add(source, state);
+    if (options.only != 2) AddPiece(plan, 0, chunkSize);
+    for (std::uint64_t i = 0; options.only != 1 && i < (options.only == 2 ? 1 : tails); ++i)
+      AddPiece(plan, chunkSize + i * tailSize, tailSize);
+    plan.names = {options.folder, "1.", ".ini", std::max(options.only, 1), mask.size()};
+    plan.rights = state.rights;
+    plan.existing = Existing::ReplaceScratch;
+    Copy(plan, StepsTo(30, count, ui, "PB1", options.barValue));
     return {chunks, mask};
   });
 }

@@ -20,11 +20,10 @@ struct SplitOptions {
   std::uint64_t SecondPieceSize = 0;  ///< In bytes.
   std::uint64_t TrailerSize = 0;      ///< In bytes.
   std::optional<FileState> state;     ///< The state that the source must still be in, if known.
-  Existing firstPiece = Existing::Replace;  ///< What becomes of a file with the name of piece 1.
-  std::string NumberMask;                   ///< The zeros that an earlier call returned.
-  double barValue = 0;                      ///< Where the progress bar stands, 0 to 100.
+  std::string NumberMask;          ///< The zeros that an earlier call returned.
+  double barValue = 0;             ///< Where the progress bar stands, 0 to 100.
   /// Pieces of a recovery are named name + "." + number, filled with zeros to the length of
-  /// NumberMask; those of a split are named by PieceNameOf().
+  /// NumberMask, and replace scratch files unasked; those of a split are named by PieceNameOf().
   bool forRecovery = false;
 };
 
@@ -33,18 +32,20 @@ struct SplitResult {
   /// skips to one piece, a larger number counts as 32767.
   std::int16_t pieces = 0;
   std::string NumberMask;  ///< options.NumberMask and one more "0" for each digit of the number.
+  bool declined = false;   ///< The user keeps the pieces of an earlier split.
 };
 
 /// Cuts `source` into pieces of `pieceSize` bytes (1 or more), the last one holding the rest: piece
-/// i, counted from 1, holds the bytes from (i - 1) * pieceSize on. A piece replaces a file of its
-/// name, but for what `options` say of piece 1. Two programs at once cannot mix their pieces: only
-/// one of them gets to write a split's first piece.
+/// i, counted from 1, holds the bytes from (i - 1) * pieceSize on. Where pieces of the same name,
+/// of any number, are in the output folder, the user is asked whether the new set may replace them;
+/// they stay until it is complete. Two programs at once cannot mix their pieces: only one of them
+/// gets to write a split's first piece. Where piece 1 stands, its set stands.
 ///
 /// A file not longer than a piece is refused with "Chunk Size Bigger Than File Size.", one that
 /// would give more than 32767 pieces with "Overflow". Any other failure is shown by its own
-/// description. In all these cases the result is 0 pieces; pieces that were complete before a
-/// failure stay. Piece 1 is written last: where it stands, the split is whole. Throws Cancelled
-/// when the user stops it; then no piece stays.
+/// description. In all these cases the result is 0 pieces. After a failure the pieces that were
+/// complete stay, or the earlier set. Throws Cancelled when the user stops it; then no new piece
+/// stays.
 SplitResult SplitFile(const std::filesystem::path& source, std::uint64_t pieceSize,
                       const SplitOptions& options, Ui& ui);
 

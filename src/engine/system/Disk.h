@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -16,6 +17,17 @@ bool NameIsTaken(const std::filesystem::path& path);
 
 /// Whether `path` is a folder, or a link to one. A path that cannot be looked at is none.
 bool FolderExists(const std::filesystem::path& path);
+
+/// Whether `path` is a folder and no link to one.
+bool IsFolderItself(const std::filesystem::path& path);
+
+/// How many bytes this user can still write in the folder `path`; where that cannot be told, as
+/// many as there are numbers.
+std::uint64_t FreeSpace(const std::filesystem::path& path);
+
+/// Waits until the names in the folder `path` are on the disk as they are now. Where folders cannot
+/// be flushed it does nothing. Throws FileError.
+void FlushFolder(const std::filesystem::path& path);
 
 /// Who may enter a new folder: those who may enter the folder that it lies in, or this user alone.
 enum class Access { Inherited, OwnerOnly };

@@ -1,4 +1,8 @@
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
+
+#include <limits>
 
 #include "engine/system/Disk.h"
 #include "engine/system/Posix.h"
@@ -38,6 +42,28 @@ bool NameIsTaken(const fs::path& path) {
 bool FolderExists(const fs::path& path) {
   std::error_code ignored;
   return fs::is_directory(path, ignored);
+}
+
+bool IsFolderItself(const fs::path& path) {
+  std::error_code ignored;
+  return fs::is_directory(fs::symlink_status(path, ignored));
+}
+
+std::uint64_t FreeSpace(const fs::path& path) {
+  struct statvfs found = {};
+  // A file system that does not know its size reports none.
+  if (statvfs(path.c_str(), &found) != 0 || found.f_blocks == 0)
+    return std::numeric_limits<std::uint64_t>::max();
+  // A part is kept for the administrator.
+  return std::uint64_t{found.f_frsize} * (geteuid() == 0 ? found.f_bfree : found.f_bavail);
+}
+
+void FlushFolder(const fs::path& path) {
+  const Descriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  // Who may not list a folder cannot open it, but can make files in it.
+  if (!folder && errno == EACCES) return;
+  if (!folder || (fsync(folder.Get()) != 0 && errno != EINVAL && errno != EBADF))
+    FailWithLastError(path);
 }
 
 void MakeFolder(const fs::path& path, Access access) {

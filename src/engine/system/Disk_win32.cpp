@@ -3,6 +3,7 @@
 #include <sddl.h>
 
 #include <array>
+#include <limits>
 
 #include "engine/system/Disk.h"
 #include "engine/system/FileError.h"
@@ -146,6 +147,23 @@ bool FolderExists(const fs::path& path) {
   return folder && GetFileInformationByHandle(folder.Get(), &information) != 0 &&
          IsFolder(information.dwFileAttributes);
 }
+
+bool IsFolderItself(const fs::path& path) {
+  const Search itself(LongPath(path));
+  return itself.handle != INVALID_HANDLE_VALUE && IsFolder(itself.found.dwFileAttributes) &&
+         !IsLink(itself.found);
+}
+
+std::uint64_t FreeSpace(const fs::path& path) {
+  ULARGE_INTEGER free = {};
+  // With a separator at the end it need not be the root of a drive.
+  if (GetDiskFreeSpaceExW(LongPath(path / "").c_str(), &free, nullptr, nullptr) == 0)
+    return std::numeric_limits<std::uint64_t>::max();
+  return free.QuadPart;
+}
+
+// The system keeps a journal of names itself.
+void FlushFolder(const fs::path& /*path*/) {}
 
 void MakeFolder(const fs::path& path, Access access) {
   const std::wstring name = LongPath(path);

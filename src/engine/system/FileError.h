@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <stdexcept>
 #include <string_view>
@@ -14,6 +15,12 @@ class FileError : public std::runtime_error {
   FileError(const std::filesystem::path& path, std::string_view cause);
   /// The cause is the operating system's own description of `code`.
   FileError(const std::filesystem::path& path, std::error_code code);
+};
+
+/// A disk without room for what is to be written. what() tells both byte counts.
+class SpaceError : public std::runtime_error {
+ public:
+  SpaceError(const std::filesystem::path& folder, std::uint64_t needed, std::uint64_t free);
 };
 
 /// A 16-bit count has passed 32767. what() is "Overflow".

@@ -10,6 +10,11 @@ namespace slyver {
 /// file names are bytes, they come out as they are.
 std::string PathText(const std::filesystem::path& path);
 
+/// The same of a folder's path, without a separator at its end.
+inline std::string FolderText(const std::filesystem::path& folder) {
+  return PathText(folder.has_filename() ? folder : folder.parent_path());
+}
+
 /// The path that PathText() turned into `text`.
 std::filesystem::path PathFromText(std::string_view text);
 

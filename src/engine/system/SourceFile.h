@@ -6,22 +6,26 @@
 #include <span>
 #include <string_view>
 
+#include "engine/system/Rights.h"
+
 namespace slyver {
 
-/// What is said of a file whose state is not what it was when a job began with it.
+/// Said of a file that is no longer what it was when a job began.
 inline constexpr std::string_view fileWasChanged = "The file was changed while it was being read";
 
-/// One state of one file. Two that are equal tell of the same file, with nothing written to it in
-/// between.
+/// One state of one file. Equal states: the same file, and nothing was written in between.
 struct FileState {
   std::uint64_t length = 0;  ///< In bytes.
   std::uint64_t device = 0;  ///< The file system's number of the disk, and of the file on it.
   std::uint64_t number = 0;
   std::int64_t seconds = 0;  ///< When it was last written to, in the system's own time.
-  std::int64_t nanoseconds = 0;
-  bool sparse = false;  ///< Whether some of it may take no space on the disk.
+  std::int32_t nanoseconds = 0;
+  Rights rights;            ///< Does not count.
+  std::uint64_t space = 0;  ///< What it takes on the disk, in bytes; changes by itself and so
+                            ///< does not count either.
 
-  /// Whether a file takes space may change by itself and does not count.
+  /// Whether some of it may take no space.
+  bool IsSparse() const { return space < length; }
   bool operator==(const FileState& other) const;
 };
 

@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 
 #include <algorithm>
 
@@ -10,15 +11,24 @@ namespace slyver {
 
 namespace {
 
+constexpr std::uint64_t blockLength = 512;
+
 FileState StateIn(const struct stat& found) {
-  constexpr std::int64_t blockLength = 512;
-  const bool sparse = found.st_blocks < found.st_size / blockLength;
-  return {static_cast<std::uint64_t>(found.st_size),
+  const auto length = static_cast<std::uint64_t>(found.st_size);
+  const std::uint64_t space = static_cast<std::uint64_t>(found.st_blocks) * blockLength;
+  return {length,
           found.st_dev,
           found.st_ino,
           found.st_mtim.tv_sec,
-          found.st_mtim.tv_nsec,
-          sparse};
+          static_cast<std::int32_t>(found.st_mtim.tv_nsec),
+          {static_cast<std::uint16_t>(found.st_mode & 0777), false, found.st_gid},
+          space + blockLength > length ? std::max(space, length) : space};
+}
+
+/// Whether the file has a list of single users and groups. Then the group's bits are the most that
+/// any of them may do, and say nothing of the group.
+bool HasList(const Descriptor& file) {
+  return fgetxattr(file.Get(), "system.posix_acl_access", nullptr, 0) > 0;
 }
 
 }  // namespace
@@ -39,6 +49,7 @@ SourceFile::SourceFile(const std::filesystem::path& path) : state_(std::make_uni
     throw FileError(path, std::make_error_code(std::errc::is_a_directory));
   if (!S_ISREG(found.st_mode)) throw FileError(path, "Not a regular file");
   state_->opened = StateIn(found);
+  if (HasList(state_->descriptor)) state_->opened.rights = ForAnyGroup(state_->opened.rights);
 }
 
 SourceFile::~SourceFile() = default;
@@ -64,7 +75,7 @@ void SourceFile::Read(std::uint64_t offset, std::span<char> buffer) const {
 }
 
 std::uint64_t SourceFile::NextData(std::uint64_t offset, std::uint64_t end) const {
-  if (!state_->opened.sparse) return offset;
+  if (!state_->opened.IsSparse()) return offset;
   // The descriptor's own position, which this moves, is never read from.
   const off_t data = lseek(state_->descriptor.Get(), static_cast<off_t>(offset), SEEK_DATA);
   if (data < 0) return errno == ENXIO ? end : offset;

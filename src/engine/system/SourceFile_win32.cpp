@@ -15,7 +15,18 @@ std::uint64_t Joined(DWORD high, DWORD low) {
   return (std::uint64_t{high} << 32U) | low;
 }
 
-FileState StateIn(const BY_HANDLE_FILE_INFORMATION& found) {
+/// What the file takes on the disk, in bytes; where it is not sparse, its length.
+std::uint64_t SpaceOf(const Handle& file, const BY_HANDLE_FILE_INFORMATION& found) {
+  const std::uint64_t length = Joined(found.nFileSizeHigh, found.nFileSizeLow);
+  FILE_STANDARD_INFO information = {};
+  if ((found.dwFileAttributes & FILE_ATTRIBUTE_SPARSE_FILE) == 0 ||
+      GetFileInformationByHandleEx(file.Get(), FileStandardInfo, &information,
+                                   sizeof information) == 0)
+    return length;
+  return static_cast<std::uint64_t>(information.AllocationSize.QuadPart);
+}
+
+FileState StateIn(const Handle& file, const BY_HANDLE_FILE_INFORMATION& found) {
   // The system counts time in steps of 100 nanoseconds.
   constexpr std::uint64_t stepsPerSecond = 10'000'000;
   const std::uint64_t written =
@@ -24,8 +35,9 @@ FileState StateIn(const BY_HANDLE_FILE_INFORMATION& found) {
           found.dwVolumeSerialNumber,
           Joined(found.nFileIndexHigh, found.nFileIndexLow),
           static_cast<std::int64_t>(written / stepsPerSecond),
-          static_cast<std::int64_t>(written % stepsPerSecond * 100),
-          (found.dwFileAttributes & FILE_ATTRIBUTE_SPARSE_FILE) != 0};
+          static_cast<std::int32_t>(written % stepsPerSecond * 100),
+          {},
+          SpaceOf(file, found)};
 }
 
 }  // namespace
@@ -49,7 +61,7 @@ SourceFile::SourceFile(const std::filesystem::path& path) : state_(std::make_uni
   if (GetFileInformationByHandle(state_->handle.Get(), &found) == 0) FailWithLastError(path);
   if ((found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
     throw FileError(path, std::make_error_code(std::errc::is_a_directory));
-  state_->opened = StateIn(found);
+  state_->opened = StateIn(state_->handle, found);
 }
 
 SourceFile::~SourceFile() = default;
@@ -80,7 +92,7 @@ void SourceFile::Read(std::uint64_t offset, std::span<char> buffer) const {
 }
 
 std::uint64_t SourceFile::NextData(std::uint64_t offset, std::uint64_t end) const {
-  if (!state_->opened.sparse || offset >= end) return offset;
+  if (!state_->opened.IsSparse() || offset >= end) return offset;
   FILE_ALLOCATED_RANGE_BUFFER asked = {};
   asked.FileOffset.QuadPart = static_cast<LONGLONG>(offset);
   asked.Length.QuadPart = static_cast<LONGLONG>(end - offset);
@@ -98,7 +110,7 @@ std::uint64_t SourceFile::NextData(std::uint64_t offset, std::uint64_t end) cons
 void SourceFile::ThrowIfChanged() const {
   BY_HANDLE_FILE_INFORMATION now = {};
   if (GetFileInformationByHandle(state_->handle.Get(), &now) == 0) FailWithLastError(state_->path);
-  if (StateIn(now) != state_->opened) throw FileError(state_->path, fileWasChanged);
+  if (StateIn(state_->handle, now) != state_->opened) throw FileError(state_->path, fileWasChanged);
 }
 
 }  // namespace slyver

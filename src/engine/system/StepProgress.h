@@ -4,7 +4,7 @@
 #include <functional>
 #include <string_view>
 
-#include "engine/system/Files.h"
+#include "engine/system/Copy.h"
 #include "engine/system/Ui.h"
 
 namespace slyver {

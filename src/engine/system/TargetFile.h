@@ -5,6 +5,8 @@
 #include <memory>
 #include <span>
 
+#include "engine/system/Rights.h"
+
 namespace slyver {
 
 /// What becomes of a file that already has the target's name. Where it is replaced, it goes only
@@ -24,11 +26,12 @@ std::filesystem::path TemporaryPath(const std::filesystem::path& target);
 /// an object that is destroyed without Commit() leaves nothing behind.
 class TargetFile {
  public:
-  /// Starts a file and reserves the space for `length` bytes where the file system can.
-  /// Throws FileError, naming `target`, when the folder cannot be written, the disk has no room,
-  /// `target` is a folder or a device, `target` exists and `existing` is Keep, or another program
-  /// is writing it.
-  TargetFile(std::filesystem::path target, std::uint64_t length, Existing existing);
+  /// Starts a file and reserves the space for `length` bytes where the file system can. Its rights
+  /// are `rights`, or those in place of the file that it replaces, before the first byte is
+  /// written. Throws FileError: the folder cannot be written to, the disk has no room, `target` is
+  /// a folder or a device, it exists and `existing` is Keep, or another program is writing it.
+  TargetFile(std::filesystem::path target, std::uint64_t length, Existing existing,
+             Rights rights = {});
   ~TargetFile();
   TargetFile(const TargetFile&) = delete;
   TargetFile& operator=(const TargetFile&) = delete;
@@ -37,13 +40,22 @@ class TargetFile {
   /// once. Throws FileError.
   void Write(std::uint64_t offset, std::span<const char> bytes);
 
-  /// Gives the file its name. Throws FileError; then the target's name is as it was before.
+  /// Waits until all bytes are on the disk. Throws FileError.
+  void Flush();
+
+  /// Gives the file its name; one that replaces another is flushed before, and its folder after.
+  /// Throws FileError; then the name is as it was before, unless it is the folder that fails.
   void Commit();
 
  private:
   struct State;
   std::unique_ptr<State> state_;
 };
+
+/// The rights of a file whose source has `source` and which is to take the place of `path`: those
+/// of the file there, for people who may read the source too; `source` where none is there. Throws
+/// FileError where what bears the name is neither a file nor a link.
+Rights RightsInPlaceOf(const std::filesystem::path& path, const Rights& source);
 
 /// Gives the file `from` the name `to` in the same file system. False when `to` is taken; then
 /// nothing has changed. Throws FileError.

@@ -3,6 +3,7 @@
 
 #include <cstdio>
 
+#include "engine/system/Disk.h"
 #include "engine/system/Posix.h"
 #include "engine/system/TargetFile.h"
 
@@ -22,6 +23,15 @@ bool NameStillBelongs(const std::filesystem::path& path, const Descriptor& file)
          SameFile(named, opened);
 }
 
+/// Whether the file is this user's. Leaves errno as it is.
+bool IsOwn(const std::filesystem::path& path) {
+  const int error = errno;
+  struct stat found = {};
+  const bool own = lstat(path.c_str(), &found) == 0 && found.st_uid == geteuid();
+  errno = error;
+  return own;
+}
+
 /// Removes what bears the temporary name already. A file that a killed run has left is not locked;
 /// it is removed, never written to, because the name could be another link to the user's data.
 void RemoveLeftover(const std::filesystem::path& temporary, const std::filesystem::path& target) {
@@ -29,19 +39,22 @@ void RemoveLeftover(const std::filesystem::path& temporary, const std::filesyste
   Descriptor file(open(temporary.c_str(), O_RDWR | flags));
   if (!file && errno == EACCES) file = Descriptor(open(temporary.c_str(), O_RDONLY | flags));
   if (!file && errno == ENOENT) return;
-  // A link, a socket, a file that may not be read: none of them is a copy at work.
-  if (!file && errno != ELOOP && errno != ENXIO && errno != EACCES) FailWithLastError(temporary);
+  // A link, a socket, a file of this user's that may not be opened: none is a copy at work. What
+  // another user keeps closed may be one.
+  if (!file && errno != ELOOP && errno != ENXIO && (errno != EACCES || !IsOwn(temporary)))
+    FailWithLastError(temporary);
   if (file && !TryLock(file)) throw FileError(target, "Another program is writing this file");
   if (file && !NameStillBelongs(temporary, file)) return;
   if (unlink(temporary.c_str()) != 0 && errno != ENOENT) FailWithLastError(temporary);
 }
 
-/// Creates and locks the temporary file.
+/// Creates and locks the temporary file. This user can always write it until it is complete, so
+/// that who cannot open it is not its writer.
 Descriptor CreateTemporary(const std::filesystem::path& temporary,
-                           const std::filesystem::path& target) {
+                           const std::filesystem::path& target, mode_t bits) {
   while (true) {
-    Descriptor file(
-        open(temporary.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666));
+    Descriptor file(open(temporary.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW,
+                         bits | S_IRUSR | S_IWUSR));
     if (file) {
       // Between creation and lock another program may have taken the file for a leftover.
       if (TryLock(file)) {
@@ -53,10 +66,41 @@ Descriptor CreateTemporary(const std::filesystem::path& temporary,
       }
     } else if (errno == EEXIST) {
       RemoveLeftover(temporary, target);
+    } else if (errno == EACCES || errno == EPERM || errno == EROFS) {
+      FailWithLastError(target.parent_path());
     } else if (errno != EINTR) {
       FailWithLastError(target);
     }
   }
+}
+
+/// The bits of a file of the group `group`. Where `rights` are about another group, this one's
+/// members count as anybody.
+mode_t BitsFor(const Rights& rights, gid_t group) {
+  const bool known = rights.group == Rights::anyGroup || rights.group == group;
+  return known ? rights.bits : ForAnyGroup(rights).bits;
+}
+
+/// The group that a new file in the folder will have, as far as can be told.
+gid_t GroupIn(const std::filesystem::path& folder) {
+  struct stat found = {};
+  if (stat(folder.c_str(), &found) == 0 && (found.st_mode & S_ISGID) != 0) return found.st_gid;
+  return getegid();
+}
+
+/// Sets what creating the file could not: rights that the user's mask must not narrow, and those of
+/// a file that got another group than expected. `complete`: the owner's too.
+void SetRights(const Descriptor& file, const Rights& rights, bool complete,
+               const std::filesystem::path& target) {
+  struct stat found = {};
+  if (fstat(file.Get(), &found) != 0) FailWithLastError(target);
+  if (rights.exact && !complete && rights.group != found.st_gid &&
+      fchown(file.Get(), static_cast<uid_t>(-1), rights.group) == 0)
+    found.st_gid = rights.group;
+  mode_t bits = BitsFor(rights, found.st_gid);
+  if (!rights.exact) bits &= found.st_mode;
+  if (!complete) bits |= S_IRUSR | S_IWUSR;
+  if (bits != (found.st_mode & 0777U) && fchmod(file.Get(), bits) != 0) FailWithLastError(target);
 }
 
 void Reserve(int descriptor, std::uint64_t length, const std::filesystem::path& target) {
@@ -93,7 +137,9 @@ struct TargetFile::State {
   std::filesystem::path target;
   std::filesystem::path temporary;
   Existing existing = Existing::Keep;
+  Rights rights;
   Descriptor file;
+  bool flushed = false;
   bool named = false;
 
   ~State() {
@@ -101,25 +147,22 @@ struct TargetFile::State {
   }
 };
 
-TargetFile::TargetFile(std::filesystem::path target, std::uint64_t length, Existing existing)
+TargetFile::TargetFile(std::filesystem::path target, std::uint64_t length, Existing existing,
+                       Rights rights)
     : state_(std::make_unique<State>()) {
   state_->temporary = TemporaryPath(target);
   state_->target = std::move(target);
   state_->existing = existing;
+  state_->rights = rights;
+  if (existing == Existing::Replace) state_->rights = RightsInPlaceOf(state_->target, rights);
+  state_->file = CreateTemporary(state_->temporary, state_->target,
+                                 BitsFor(state_->rights, GroupIn(state_->target.parent_path())));
   // What bears the name is looked at under the lock: another program may have given it just now.
-  state_->file = CreateTemporary(state_->temporary, state_->target);
-  struct stat found = {};
-  if (lstat(state_->target.c_str(), &found) == 0) {
-    if (S_ISDIR(found.st_mode))
-      throw FileError(state_->target, std::make_error_code(std::errc::is_a_directory));
-    if (!S_ISREG(found.st_mode) && !S_ISLNK(found.st_mode))
-      throw FileError(state_->target, "Not a regular file");
-    if (existing == Existing::Keep)
-      throw FileError(state_->target, std::make_error_code(std::errc::file_exists));
-  } else if (errno != ENOENT) {
-    // A name that is too long, say, is better known now than after the long work.
-    FailWithLastError(state_->target);
-  }
+  const Rights now = RightsInPlaceOf(state_->target, rights);
+  if (existing == Existing::Keep && NameIsTaken(state_->target))
+    throw FileError(state_->target, std::make_error_code(std::errc::file_exists));
+  if (existing == Existing::Replace) state_->rights = now;
+  SetRights(state_->file, state_->rights, false, state_->target);
   Reserve(state_->file.Get(), length, state_->target);
 }
 
@@ -137,24 +180,42 @@ void TargetFile::Write(std::uint64_t offset, std::span<const char> bytes) {
   }
 }
 
+void TargetFile::Flush() {
+  if (fsync(state_->file.Get()) != 0) FailWithLastError(state_->target);
+  state_->flushed = true;
+}
+
 void TargetFile::Commit() {
   const State& state = *state_;
-  struct stat found = {};
-  const bool replaces =
-      state.existing == Existing::Replace && lstat(state.target.c_str(), &found) == 0;
-  if (replaces && fsync(state.file.Get()) != 0) FailWithLastError(state.target);
+  const bool replaces = state.existing == Existing::Replace && NameIsTaken(state.target);
+  SetRights(state.file, state.rights, true, state.target);
+  if (replaces && !state.flushed) Flush();
   // Some file systems report a failed write only at close. Closing a duplicate asks for that
   // report and keeps the lock.
   const int duplicate = fcntl(state.file.Get(), F_DUPFD_CLOEXEC, 0);
   if (duplicate < 0 || close(duplicate) != 0) FailWithLastError(state.target);
   if (!NameStillBelongs(state.temporary, state.file))
-    throw FileError(state.target,
-                    "Another program has removed the file while it was being written");
+    throw FileError(state.target, "Another program has removed it while it was being written");
   const bool renamed = state.existing == Existing::Keep
                            ? RenameToFreeName(state.temporary, state.target)
                            : rename(state.temporary.c_str(), state.target.c_str()) == 0;
   if (!renamed) FailWithLastError(state.target);
   state_->named = true;
+  if (replaces) FlushFolder(state.target.parent_path());
+}
+
+Rights RightsInPlaceOf(const std::filesystem::path& path, const Rights& source) {
+  struct stat found = {};
+  if (lstat(path.c_str(), &found) != 0) {
+    // A name that is too long, say, is better known now than after the long work.
+    if (errno != ENOENT) FailWithLastError(path);
+    return source;
+  }
+  if (S_ISDIR(found.st_mode))
+    throw FileError(path, std::make_error_code(std::errc::is_a_directory));
+  if (S_ISLNK(found.st_mode)) return source;
+  if (!S_ISREG(found.st_mode)) throw FileError(path, "Not a regular file");
+  return Narrowed({static_cast<std::uint16_t>(found.st_mode & 0777), true, found.st_gid}, source);
 }
 
 bool MoveToFreeName(const std::filesystem::path& from, const std::filesystem::path& to) {

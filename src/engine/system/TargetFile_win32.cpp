@@ -87,6 +87,7 @@ bool RenameOpenFile(HANDLE handle, const std::filesystem::path& target, bool rep
 struct TargetFile::State {
   std::filesystem::path target;
   Existing existing = Existing::Keep;
+  bool flushed = false;
   Handle handle;  ///< Closed when the file has its name.
 
   ~State() {
@@ -98,7 +99,9 @@ struct TargetFile::State {
   }
 };
 
-TargetFile::TargetFile(std::filesystem::path target, std::uint64_t length, Existing existing)
+// Who may read the file is up to its folder.
+TargetFile::TargetFile(std::filesystem::path target, std::uint64_t length, Existing existing,
+                       Rights rights)
     : state_(std::make_unique<State>()) {
   state_->target = std::move(target);
   state_->existing = existing;
@@ -107,8 +110,7 @@ TargetFile::TargetFile(std::filesystem::path target, std::uint64_t length, Exist
   state_->handle = CreateTemporary(TemporaryPath(state_->target), state_->target);
   const DWORD attributes = GetFileAttributesW(LongPath(state_->target).c_str());
   if (attributes != INVALID_FILE_ATTRIBUTES) {
-    if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
-      throw FileError(state_->target, std::make_error_code(std::errc::is_a_directory));
+    (void)RightsInPlaceOf(state_->target, rights);
     if (existing == Existing::Keep)
       throw FileError(state_->target, std::make_error_code(std::errc::file_exists));
     if (existing == Existing::Replace) RequireReplaceable(state_->target, attributes);
@@ -138,15 +140,26 @@ void TargetFile::Write(std::uint64_t offset, std::span<const char> bytes) {
   }
 }
 
+void TargetFile::Flush() {
+  if (FlushFileBuffers(state_->handle.Get()) == 0) FailWithLastError(state_->target);
+  state_->flushed = true;
+}
+
 void TargetFile::Commit() {
   State& state = *state_;
   const DWORD attributes = GetFileAttributesW(LongPath(state.target).c_str());
   const bool replaces = state.existing != Existing::Keep && attributes != INVALID_FILE_ATTRIBUTES;
   if (replaces) RequireReplaceable(state.target, attributes);
-  if (replaces && state.existing == Existing::Replace && FlushFileBuffers(state.handle.Get()) == 0)
-    FailWithLastError(state.target);
+  if (replaces && state.existing == Existing::Replace && !state.flushed) Flush();
   if (!RenameOpenFile(state.handle.Get(), state.target, replaces)) FailWithLastError(state.target);
   state.handle.Close();
+}
+
+Rights RightsInPlaceOf(const std::filesystem::path& path, const Rights& source) {
+  const DWORD attributes = GetFileAttributesW(LongPath(path).c_str());
+  if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
+    throw FileError(path, std::make_error_code(std::errc::is_a_directory));
+  return source;
 }
 
 bool MoveToFreeName(const std::filesystem::path& from, const std::filesystem::path& to) {

@@ -1,6 +1,7 @@
 #include "engine/split/JoinM.h"
 
 #include "engine/split/Scene.h"
+#include "engine/system/Files.h"
 #include "engine/system/Registry.h"
 #include "engine/system/WorkFolders.h"
 
@@ -196,12 +197,17 @@ TEST_F(Join, AScratchFolderCostsNobodysData) {
 TEST_F(Join, JoinFolderRefusesAnExistingTargetAndTooManyRanges) {
   MakeFiles(folder, "piece=bytes");
   const fs::path target = folder / "f";
-  Output joined{target, 0, 32768, [&](std::size_t) { return ByteRange{folder / "piece", 0, 0}; }};
+  CopyPlan joined;
+  joined.names = {folder, "f", "", 0};
+  joined.ranges.assign(
+      32768, ByteRange{joined.sources.Add(folder / "piece", StateOf(folder / "piece")), 0, 0});
+  joined.rangeEnds = {32768};
   const Watch watch = [](const CopyProgress&) { return true; };
   ScriptedUi ui;
   Expect(ui, {"x Overflow"});
   EXPECT_EQ(JoinFolder(joined, false, ui, watch), 0);
-  joined.rangeCount = 32767;
+  joined.ranges.pop_back();
+  joined.rangeEnds = {32767};
   EXPECT_EQ(JoinFolder(joined, false, ui, watch), 32767);
   Expect(ui, {"x '" + target.string() + "' already exists, action canceled"});
   EXPECT_EQ(JoinFolder(joined, false, ui, watch), 0);

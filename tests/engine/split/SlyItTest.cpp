@@ -1,6 +1,7 @@
 #include "engine/split/SlyIt.h"
 
 #include "engine/split/Scene.h"
+#include "engine/system/Disk.h"
 #include "engine/system/Registry.h"
 
 namespace slyver {
@@ -43,6 +44,10 @@ TEST_F(SlyItJob, ChecksTheFormInOrderThenSplits) {
   const auto at = [&](const char* name) { return (folder / name).string(); };
   const std::string exit = " Unable To Sly File. Do You Want To Exit?";
   const std::string tooBig = "i Chunk Size Bigger Than File Size.";
+  const std::string earlier =
+      "Pieces Of An Earlier Split Of a.dat Are In " + at("out") + ". Do You Want To Replace Them?";
+  std::string tooDeep = "d";
+  while (tooDeep.size() < 40000) tooDeep += "/" + std::string(200, 'd');
   const std::vector<Case> cases = {
       {"a.dat", "none", marker, "", {"x Unable To Divide File."}},
       {"a.dat", "none", "", marker, {"x Unable To Divide File."}},
@@ -60,14 +65,19 @@ TEST_F(SlyItJob, ChecksTheFormInOrderThenSplits) {
        {"y " + at("a.dat") + create, "x " + (folder / "a.dat" / "").string() + ": File exists",
         "n" + exit}},
       {"a.dat", "b/c", "6.", "", {"y " + at("b/c") + create, done[0], done[1]}, 2},
-      {"a.dat", "out", "6", "", done, 2}};
+      {"a.dat", tooDeep, "6", "", {"x " + ErrorOf([&] {
+                                     (void)NameIsTaken(at(tooDeep.c_str()));
+                                   })}},
+      {"a.dat", "out", "6", "", {"n " + earlier}},
+      {"a.dat", "out", "6", "", {"y " + earlier, done[0], done[1]}, 2}};
   for (const Case& c : cases) {
     form = {folder / c.file, folder / c.to, true, c.size, c.count};
     const Files before = FilesIn(folder);
     const bool marked = c.size == marker || c.count == marker;
     EXPECT_EQ(Press(c.script, marked), c.pieces) << c.script.front();
     EXPECT_TRUE(c.pieces > 0 || FilesIn(folder) == before) << c.script.front();
-    EXPECT_EQ(form.Text2.has_filename(), marked || c.script[0][0] == 'n') << form.Text2;
+    const bool early = c.to == tooDeep || c.script[0] == "n " + at(c.to.c_str()) + create;
+    EXPECT_EQ(form.Text2.has_filename(), marked || early) << form.Text2;
   }
   for (const char* to : {"b/c/", "out/"}) {
     EXPECT_EQ(ReadFile(folder / to / "a.dat.1.sly"), "012345");

@@ -2,6 +2,7 @@
 
 #include "engine/split/Scene.h"
 #include "engine/system/Disk.h"
+#include "engine/system/Files.h"
 
 namespace slyver {
 namespace {
@@ -127,29 +128,25 @@ TEST_F(SplitM, RefusesAndWritesNothing) {
   refused(1, "x " + ErrorOf([&] { MakeFolder(source); }));
 }
 
-TEST_F(SplitM, KeepsCompletePiecesOnFailureAndWritesPieceOneLast) {
-  MakeFiles(folder, "f=abcd out/f.1.sly=old out/f.2.sly=old out/f.4.sly/x=");
-  Expect(ui, {"x " + (out / "f.4.sly").string() + ": Is a directory"});
-  EXPECT_EQ(SplitFile(source, 1, options, ui).pieces, 0);
-  fs::remove_all(out / "f.4.sly");
-  EXPECT_EQ(FilesIn(out), (Files{{"f.2.sly", "b"}, {"f.3.sly", "c"}}))
-      << "an old piece 1 would make a mixture look whole";
-}
-
-TEST_F(SplitM, TouchesNoPieceThatAnotherSplitIsWritingOrHasWritten) {
-  MakeFiles(folder, "f=abcd out/f.1.sly=old out/f.3.sly=old");
+TEST_F(SplitM, AnEarlierSetStaysUntilTheUserAgreesAndTheNewOneIsComplete) {
+  MakeFiles(folder, "f=abcd out/f.1.sly=old out/f.7.SLY=old out/ff.1.sly=other");
   const Files old = FilesIn(out);
+  const std::string question =
+      "Pieces Of An Earlier Split Of f Are In " + out.string() + ". Do You Want To Replace Them?";
+  Expect(ui, {"n " + question});
+  const SplitResult result = SplitFile(source, 2, options, ui);
+  EXPECT_TRUE(result.pieces == 0 && result.declined);
   const std::string first = (out / "f.1.sly").string();
   {
     const LockedFile other(TemporaryPath(first));
-    Expect(ui, {"x " + first + ": Another program is writing this file"});
-    EXPECT_EQ(SplitFile(source, 1, options, ui).pieces, 0);
+    Expect(ui, {"y " + question, "x " + first + ": Another program is writing this file"});
+    EXPECT_EQ(SplitFile(source, 2, options, ui).pieces, 0);
   }
   fs::remove(TemporaryPath(first));
-  options.firstPiece = Existing::Keep;
-  Expect(ui, {"x " + first + ": File exists"});
-  EXPECT_EQ(SplitFile(source, 1, options, ui).pieces, 0);
   EXPECT_EQ(FilesIn(out), old);
+  Expect(ui, {"y " + question});
+  EXPECT_EQ(SplitFile(source, 2, options, ui).pieces, 2);
+  EXPECT_EQ(FilesIn(out), (Files{{"f.1.sly", "ab"}, {"f.2.sly", "cd"}, {"ff.1.sly", "other"}}));
 }
 
 TEST_F(SplitM, CutsOnlyTheStateThatWasAskedForAndNothingWhenCancelled) {

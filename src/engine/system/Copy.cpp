@@ -1,0 +1,205 @@
+#include "engine/system/Copy.h"
+
+#include <algorithm>
+#include <atomic>
+#include <exception>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "engine/system/FileError.h"
+#include "engine/system/Mutex.h"
+#include "engine/system/TargetSet.h"
+#include "engine/system/Workers.h"
+
+namespace slyver {
+
+namespace {
+
+constexpr std::size_t bufferSize = std::size_t{128} * 1024;
+constexpr std::uint64_t worthASecondThread = std::uint64_t{1} * 1024 * 1024;
+
+/// A source that is being read. Consecutive ranges of one file are read from one opening of it, so
+/// that a file put in its place meanwhile cannot mix in.
+struct OpenSource {
+  OpenSource(const CopyPlan& plan, std::uint32_t itsNumber)
+      : number(itsNumber), file(plan.sources.Path(itsNumber)) {
+    file.ThrowUnlessOpenedAs(plan.sources.State(itsNumber));
+  }
+  std::uint32_t number;
+  SourceFile file;
+};
+
+/// A target that is being written.
+struct OpenTarget {
+  OpenTarget(TargetSet& targets, const CopyPlan& plan, std::size_t itsNumber)
+      : number(itsNumber),
+        length(plan.Length(itsNumber)),
+        file(targets.Begin(itsNumber)),
+        left(length + plan.rangeEnds[itsNumber] - plan.FirstRange(itsNumber)) {}
+  std::size_t number;
+  std::uint64_t length;
+  std::shared_ptr<TargetFile> file;
+  std::atomic<std::uint64_t> left;  ///< Bytes to be written, and ranges to be begun.
+};
+
+/// A slice and the files that it is copied between.
+struct Job {
+  Slice slice;
+  std::shared_ptr<const OpenSource> source;
+  std::shared_ptr<OpenTarget> target;
+};
+
+/// One carrying out of a plan.
+class Copying {
+ public:
+  Copying(const CopyPlan& plan, const Watch& watch)
+      : plan_(plan),
+        watch_(watch),
+        bytesTotal_(plan.TotalLength()),
+        targets_(plan),
+        cursor_(plan) {}
+
+  void Run() {
+    const auto tell = [this] { Tell(); };
+    RunOnThreads(
+        bytesTotal_ < worthASecondThread ? 1 : 2, [this](const Tick& between) { Work(between); },
+        tell);
+    Tell();
+    const Ending ending = HasFailed() ? Ending::Failed : stop_ ? Ending::Cancelled : Ending::Copied;
+    // What takes long at the end, too, is done while the window stays alive.
+    RunOnThreads(
+        1, [&](const Tick&) { End(ending); }, tell);
+    const Lock lock(failureMutex_);
+    if (failure_) std::rethrow_exception(failure_);
+    if (ending == Ending::Cancelled) throw Cancelled{};
+  }
+
+ private:
+  enum class Ending { Copied, Failed, Cancelled };
+
+  void Tell() {
+    try {
+      if (!watch_({rangesStarted_, bytesDone_, bytesTotal_})) stop_ = true;
+    } catch (...) {
+      Stop(std::current_exception());
+    }
+  }
+
+  void Stop(std::exception_ptr failure) EXCLUDES(failureMutex_) {
+    const Lock lock(failureMutex_);
+    stop_ = true;
+    if (!failure_) failure_ = std::move(failure);
+  }
+
+  void Work(const Tick& between) {
+    try {
+      std::vector<char> buffer(bufferSize);
+      while (const std::optional<Job> job = Next()) {
+        CopySlice(*job, buffer, between);
+        if (stop_) return;
+        job->source->file.ThrowIfChanged();
+        const std::uint64_t share = job->slice.length + (job->slice.beginsRange ? 1 : 0);
+        if (job->target->left.fetch_sub(share) == share)
+          targets_.Complete(job->target->number, *job->target->file);
+      }
+    } catch (...) {
+      Stop(std::current_exception());
+    }
+  }
+
+  std::optional<Job> Next() EXCLUDES(nextMutex_) {
+    const Lock lock(nextMutex_);
+    if (stop_) return std::nullopt;
+    const std::optional<Slice> slice = cursor_.Next();
+    if (!slice) return std::nullopt;
+    if (!target_ || target_->number != slice->target)
+      target_ = std::make_shared<OpenTarget>(targets_, plan_, slice->target);
+    if (!source_ || source_->number != slice->source)
+      source_ = std::make_shared<OpenSource>(plan_, slice->source);
+    if (slice->beginsRange) ++rangesStarted_;
+    return Job{*slice, source_, target_};
+  }
+
+  void CopySlice(const Job& job, std::vector<char>& buffer, const Tick& between) {
+    const Slice& slice = job.slice;
+    for (std::uint64_t done = 0; done < slice.length && !stop_; between()) {
+      const std::uint64_t data = SkipHole(job, done);
+      bytesDone_ += data - done;
+      done = data;
+      const std::span part(buffer.data(), static_cast<std::size_t>(std::min<std::uint64_t>(
+                                              buffer.size(), slice.length - done)));
+      if (part.empty()) return;
+      job.source->file.Read(slice.sourceOffset + done, part);
+      job.target->file->Write(slice.targetOffset + done, part);
+      done += part.size();
+      bytesDone_ += part.size();
+    }
+  }
+
+  /// How much of the slice is done where the next bytes are that take space. What is skipped stays
+  /// a hole in the target too, whose last byte is written so that it gets its length.
+  static std::uint64_t SkipHole(const Job& job, std::uint64_t done) {
+    const Slice& slice = job.slice;
+    const std::uint64_t next =
+        job.source->file.NextData(slice.sourceOffset + done, slice.sourceOffset + slice.length) -
+        slice.sourceOffset;
+    const std::uint64_t end = job.target->length;
+    if (next > done && slice.targetOffset + next == end)
+      job.target->file->Write(end - 1, std::string_view("\0", 1));
+    return next;
+  }
+
+  /// Gives the names that are left, or takes them back.
+  void End(Ending ending) EXCLUDES(nextMutex_, failureMutex_) {
+    {
+      const Lock lock(nextMutex_);
+      source_.reset();
+      target_.reset();
+    }
+    try {
+      if (ending == Ending::Copied) targets_.Finish();
+    } catch (...) {
+      Stop(std::current_exception());
+    }
+    targets_.CleanUp(ending == Ending::Cancelled);
+  }
+
+  bool HasFailed() EXCLUDES(failureMutex_) {
+    const Lock lock(failureMutex_);
+    return failure_ != nullptr;
+  }
+
+  const CopyPlan& plan_;
+  const Watch& watch_;
+  const std::uint64_t bytesTotal_;
+  TargetSet targets_;
+
+  std::atomic<bool> stop_ = false;
+  std::atomic<std::size_t> rangesStarted_ = 0;
+  std::atomic<std::uint64_t> bytesDone_ = 0;
+
+  Mutex nextMutex_;
+  CopyCursor cursor_ GUARDED_BY(nextMutex_);
+  std::shared_ptr<const OpenSource> source_ GUARDED_BY(nextMutex_);
+  std::shared_ptr<OpenTarget> target_ GUARDED_BY(nextMutex_);
+
+  Mutex failureMutex_;
+  std::exception_ptr failure_ GUARDED_BY(failureMutex_);
+};
+
+}  // namespace
+
+void Copy(const CopyPlan& plan, const Watch& watch) {
+  for (const ByteRange& range : plan.ranges) {
+    const std::uint64_t length = plan.sources.State(range.source).length;
+    if (range.length > length || range.offset > length - range.length)
+      throw FileError(plan.sources.Path(range.source), "The file is too short");
+  }
+  Copying(plan, watch).Run();
+}
+
+}  // namespace slyver

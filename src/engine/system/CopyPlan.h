@@ -1,0 +1,111 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engine/system/Rights.h"
+#include "engine/system/SourceFile.h"
+#include "engine/system/TargetFile.h"
+
+namespace slyver {
+
+/// The files that a plan reads: a path each, and the state that the file must still be in. The
+/// paths are packed: there may be 32767, and path objects take several times the memory.
+class SourceList {
+ public:
+  /// Returns the new source's number, counted from 0.
+  std::uint32_t Add(const std::filesystem::path& path, const FileState& state);
+
+  std::filesystem::path Path(std::uint32_t number) const;
+  const FileState& State(std::uint32_t number) const { return states_[number]; }
+
+ private:
+  std::string paths_;
+  std::vector<std::size_t> ends_;  ///< Where in `paths_` each one ends.
+  std::vector<FileState> states_;
+};
+
+/// A run of bytes of one source: `length` bytes from `offset`, both in bytes, offsets from 0.
+struct ByteRange {
+  std::uint32_t source = 0;
+  std::uint64_t offset = 0;
+  std::uint64_t length = 0;
+};
+
+/// What the targets are called.
+struct TargetNames {
+  std::filesystem::path folder;
+  std::string before;  ///< A name is this, the target's number, and `after`.
+  std::string after;
+  int first = 0;          ///< The first target's number; 0 where there is one, and it has none.
+  std::size_t width = 0;  ///< Numbers are filled with zeros to so many digits.
+
+  /// The path of target `index`, counted from 0.
+  std::filesystem::path Path(std::size_t index) const;
+};
+
+/// What is to be copied, as plain data: every target is made of one range or more, in order.
+struct CopyPlan {
+  SourceList sources;
+  std::vector<ByteRange> ranges;         ///< Target after target.
+  std::vector<std::uint32_t> rangeEnds;  ///< Where in `ranges` each target's end.
+  TargetNames names;
+  Rights rights;
+  Existing existing = Existing::Keep;  ///< What becomes of files that bear the names already.
+
+  /// Where the targets are one set of numbered files: the number of a name in their folder that
+  /// belongs to such a set, and 0 for any other. With Existing::Keep there must be none; with
+  /// Existing::Replace all of them go when the new set is complete.
+  std::function<int(std::string_view name)> numberInSet;
+
+  /// Closes a target that is made of the ranges added since the last one.
+  void EndTarget() { rangeEnds.push_back(static_cast<std::uint32_t>(ranges.size())); }
+
+  std::size_t TargetCount() const { return rangeEnds.size(); }
+  std::size_t FirstRange(std::size_t target) const {
+    return target == 0 ? 0 : rangeEnds[target - 1];
+  }
+  /// The length of a target in bytes.
+  std::uint64_t Length(std::size_t target) const;
+  /// The sum of all lengths in bytes.
+  std::uint64_t TotalLength() const;
+  /// The most space, in bytes, that the targets can take: holes in sources take none.
+  std::uint64_t SpaceNeeded() const;
+  /// Whether parts of a target may take no space.
+  bool HasHoles(std::size_t target) const;
+};
+
+/// What is copied at a time: a part of one range, without bytes where the range has none.
+struct Slice {
+  std::size_t target = 0;
+  std::uint32_t source = 0;
+  std::uint64_t sourceOffset = 0;
+  std::uint64_t targetOffset = 0;
+  std::uint64_t length = 0;
+  bool beginsRange = false;
+};
+
+/// Hands out a plan's slices in order.
+class CopyCursor {
+ public:
+  /// `plan` outlives the cursor.
+  explicit CopyCursor(const CopyPlan& plan) : plan_(plan) {}
+
+  /// The next slice; nothing after the last one.
+  std::optional<Slice> Next();
+
+ private:
+  const CopyPlan& plan_;
+  std::size_t target_ = 0;
+  std::size_t range_ = 0;
+  std::uint64_t rangeDone_ = 0;
+  std::uint64_t targetDone_ = 0;
+};
+
+}  // namespace slyver

@@ -1,0 +1,193 @@
+#include "engine/system/TargetSet.h"
+
+#include <stdexcept>
+#include <string_view>
+#include <utility>
+
+#include "engine/system/Disk.h"
+#include "engine/system/FileError.h"
+#include "engine/system/PathText.h"
+
+namespace slyver {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+void RequireRoom(const CopyPlan& plan) {
+  const std::uint64_t needed = plan.SpaceNeeded();
+  const std::uint64_t free = FreeSpace(plan.names.folder);
+  if (needed > free) throw SpaceError(plan.names.folder, needed, free);
+}
+
+constexpr std::string_view asideName = "earlier";
+
+/// Whether a job makes a file of this name in its staging folder.
+bool IsStaged(std::string_view name, const CopyPlan& plan) {
+  return plan.numberInSet(name) > 0 || (name.starts_with(".slyver-") && name.ends_with(".tmp"));
+}
+
+/// Removes the files of a set, new ones and earlier ones, that are in `staging`, and the folder
+/// itself if nothing else is in it. Returns why it could not.
+std::error_code RemoveStaging(const fs::path& staging, const CopyPlan& plan) {
+  for (const fs::path& folder : {staging / asideName, staging}) {
+    std::vector<std::string> names;
+    (void)ListFolder(folder, [&](const fs::path& path, EntryKind kind) {
+      std::string name = PathText(path.filename());
+      if (kind != EntryKind::Folder && IsStaged(name, plan)) names.push_back(std::move(name));
+    });
+    for (const std::string& name : names) (void)RemoveFile(folder / PathFromText(name));
+    if (const std::error_code error = RemoveEmptyFolder(folder)) return error;
+  }
+  return {};
+}
+
+/// The folder that a set which begins with `first` is written into where it replaces another.
+fs::path StagingPath(const fs::path& first) {
+  return TemporaryPath(first).replace_extension(".set");
+}
+
+/// Removes what a killed run has left in place of the staging folder.
+void RemoveLeftover(const fs::path& staging, const CopyPlan& plan) {
+  if (!IsFolderItself(staging)) return;
+  const std::error_code error = RemoveStaging(staging, plan);
+  if (error == std::errc::directory_not_empty)
+    throw std::runtime_error(PathText(staging) + " Holds Other Files. Move Them Away.");
+  if (error) throw FileError(staging, error);
+}
+
+void MakeOwnFolder(const fs::path& path) {
+  if (!MakeNewFolder(path)) throw FileError(path, std::make_error_code(std::errc::file_exists));
+}
+
+/// Moves a file to a name that has to be free.
+void Move(const fs::path& from, const fs::path& to) {
+  if (!MoveToFreeName(from, to)) throw FileError(to, std::make_error_code(std::errc::file_exists));
+}
+
+}  // namespace
+
+TargetSet::TargetSet(const CopyPlan& plan) : plan_(plan) {
+  // The last name is the longest. Whether it can be given is better known before the long work.
+  (void)NameIsTaken(plan.names.Path(plan.TargetCount() - 1));
+  RequireRoom(plan);
+  first_ = std::make_shared<TargetFile>(plan.names.Path(0), plan.HasHoles(0) ? 0 : plan.Length(0),
+                                        plan.existing, plan.rights);
+  if (!plan.numberInSet) return;
+  const fs::path staging = StagingPath(plan.names.Path(0));
+  RemoveLeftover(staging, plan);
+  FindEarlier();
+  if (earlier_.empty()) return;
+  MakeOwnFolder(staging);
+  try {
+    MakeOwnFolder(staging / asideName);
+  } catch (const FileError&) {
+    (void)RemoveEmptyFolder(staging);
+    throw;
+  }
+  staging_ = staging;
+}
+
+/// Looks under the lock: another program may have made its set just now.
+void TargetSet::FindEarlier() {
+  const auto found = [&](const fs::path& path, EntryKind kind) {
+    const std::string name = PathText(path.filename());
+    const int number = plan_.numberInSet(name);
+    if (number == 0) return;
+    const bool isTarget = static_cast<std::size_t>(number) <= plan_.TargetCount();
+    if (kind == EntryKind::Folder && !isTarget) return;
+    (void)RightsInPlaceOf(path, plan_.rights);
+    if (plan_.existing == Existing::Keep)
+      throw FileError(path, std::make_error_code(std::errc::file_exists));
+    earlier_.push_back(name);
+    if (number == 1) std::swap(earlier_.front(), earlier_.back());
+  };
+  if (const std::error_code error = ListFolder(plan_.names.folder, found))
+    throw FileError(plan_.names.folder, error);
+}
+
+std::shared_ptr<TargetFile> TargetSet::Begin(std::size_t index) {
+  if (index == 0) return first_;
+  const fs::path target = plan_.names.Path(index);
+  const std::uint64_t length = plan_.HasHoles(index) ? 0 : plan_.Length(index);
+  if (staging_.empty()) {
+    const Existing existing = plan_.numberInSet ? Existing::Keep : plan_.existing;
+    return std::make_shared<TargetFile>(target, length, existing, plan_.rights);
+  }
+  return std::make_shared<TargetFile>(staging_ / target.filename(), length, Existing::Keep,
+                                      RightsInPlaceOf(target, plan_.rights));
+}
+
+void TargetSet::Complete(std::size_t index, TargetFile& file) {
+  if (!staging_.empty()) file.Flush();
+  if (index == 0) return;
+  file.Commit();
+  const Lock lock(mutex_);
+  if (staging_.empty()) named_.push_back(index);
+}
+
+void TargetSet::Finish() {
+  if (staging_.empty())
+    first_->Commit();
+  else
+    Exchange();
+}
+
+/// The earlier set's first file goes first and the new one's comes last, and neither before the
+/// disk has all between: after a power failure too, where a first file stands its set stands.
+void TargetSet::Exchange() {
+  const fs::path& folder = plan_.names.folder;
+  std::size_t movedAside = 0;
+  std::size_t named = 0;
+  try {
+    FlushFolder(staging_);
+    for (; movedAside < earlier_.size(); ++movedAside) {
+      Move(folder / PathFromText(earlier_[movedAside]), Aside(movedAside));
+      if (movedAside == 0) FlushFolder(folder);
+    }
+    for (std::size_t i = 1; i < plan_.TargetCount(); ++i, ++named) {
+      const fs::path target = plan_.names.Path(i);
+      Move(staging_ / target.filename(), target);
+    }
+    FlushFolder(folder);
+    first_->Commit();
+    ++named;
+    FlushFolder(folder);
+  } catch (const FileError&) {
+    UndoExchange(movedAside, named);
+    throw;
+  }
+}
+
+/// Where the disk takes no more changes, the earlier files stay where they were moved to, until the
+/// same split runs again.
+void TargetSet::UndoExchange(std::size_t movedAside, std::size_t named) {
+  const std::size_t count = plan_.TargetCount();
+  bool undone = true;
+  if (named == count) undone = !RemoveFile(plan_.names.Path(0));
+  for (std::size_t i = 1; i < count && i <= named; ++i)
+    undone = !RemoveFile(plan_.names.Path(i)) && undone;
+  try {
+    while (undone && movedAside > 0) {
+      --movedAside;
+      Move(Aside(movedAside), plan_.names.folder / PathFromText(earlier_[movedAside]));
+    }
+  } catch (const FileError&) {
+    undone = false;
+  }
+  if (!undone) staging_.clear();
+}
+
+fs::path TargetSet::Aside(std::size_t index) const {
+  return staging_ / asideName / PathFromText(earlier_[index]);
+}
+
+void TargetSet::CleanUp(bool removeTargets) {
+  first_.reset();
+  if (!staging_.empty()) (void)RemoveStaging(staging_, plan_);
+  const Lock lock(mutex_);
+  for (const std::size_t index : named_)
+    if (removeTargets) (void)RemoveFile(plan_.names.Path(index));
+}
+
+}  // namespace slyver

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "engine/system/CopyPlan.h"
+#include "engine/system/Mutex.h"
+#include "engine/system/TargetFile.h"
+
+namespace slyver {
+
+/// Gives the targets of a plan their names.
+///
+/// A new set is written into its folder and each target named when it is complete, the first one
+/// last. A set that replaces an earlier one is written into a folder of its own, flushed, and
+/// exchanged for the earlier one when it is complete.
+class TargetSet {
+ public:
+  /// Locks the set: its first target is begun, so that no other program writes these files. Throws
+  /// FileError where that fails, a name cannot be given, or files stand there that are to be kept;
+  /// SpaceError where there is no room. `plan` outlives the object.
+  explicit TargetSet(const CopyPlan& plan);
+
+  TargetSet(const TargetSet&) = delete;
+  TargetSet& operator=(const TargetSet&) = delete;
+
+  /// The file of target `index`, begun. Throws FileError.
+  std::shared_ptr<TargetFile> Begin(std::size_t index);
+
+  /// Takes over a target whose bytes are all written; from any thread. Throws FileError.
+  void Complete(std::size_t index, TargetFile& file) EXCLUDES(mutex_);
+
+  /// Gives the names that are left when all targets are complete. Throws FileError; then an
+  /// earlier set is as it was.
+  void Finish();
+
+  /// Leaves nothing behind but what has its name, and, where `removeTargets` says so, not even
+  /// that. To be called at the end, whatever came before.
+  void CleanUp(bool removeTargets) EXCLUDES(mutex_);
+
+ private:
+  void FindEarlier();
+  void Exchange();
+  void UndoExchange(std::size_t movedAside, std::size_t named);
+  std::filesystem::path Aside(std::size_t earlier) const;
+
+  const CopyPlan& plan_;
+  std::shared_ptr<TargetFile> first_;
+  std::vector<std::string> earlier_;  ///< The names of the set that is replaced, number 1 first.
+  std::filesystem::path staging_;     ///< Empty where no set is replaced.
+
+  Mutex mutex_;
+  std::vector<std::size_t> named_ GUARDED_BY(mutex_);  ///< Targets of a new set.
+};
+
+}  // namespace slyver

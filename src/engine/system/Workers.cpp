@@ -1,0 +1,74 @@
+#include "engine/system/Workers.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+#include "engine/system/Mutex.h"
+
+namespace slyver {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+constexpr std::chrono::milliseconds tickInterval{50};
+
+/// How many threads are still at work.
+class Running {
+ public:
+  void Begin() {
+    const Lock lock(mutex_);
+    ++count_;
+  }
+  void End() {
+    const Lock lock(mutex_);
+    if (--count_ == 0) none_.notify_one();
+  }
+  /// Whether none is left; waits for that until `end`.
+  bool NoneUntil(Clock::time_point end) {
+    const Lock lock(mutex_);
+    while (count_ > 0)
+      if (none_.wait_until(mutex_, end) == std::cv_status::timeout) return count_ == 0;
+    return true;
+  }
+
+ private:
+  Mutex mutex_;
+  std::condition_variable_any none_;
+  unsigned count_ GUARDED_BY(mutex_) = 0;
+};
+
+}  // namespace
+
+void RunOnThreads(unsigned count, const std::function<void(const Tick& between)>& work,
+                  const Tick& tick) {
+  Running running;
+  std::vector<std::jthread> threads;
+  threads.reserve(count);
+  while (threads.size() < count) {
+    running.Begin();
+    try {
+      threads.emplace_back([&] {
+        work([] {});
+        running.End();
+      });
+    } catch (const std::system_error&) {
+      running.End();
+      break;
+    }
+  }
+  if (!threads.empty()) {
+    while (!running.NoneUntil(Clock::now() + tickInterval)) tick();
+    return;
+  }
+  Clock::time_point next = Clock::now() + tickInterval;
+  work([&] {
+    if (Clock::now() < next) return;
+    tick();
+    next = Clock::now() + tickInterval;
+  });
+}
+
+}  // namespace slyver

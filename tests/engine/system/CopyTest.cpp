@@ -1,0 +1,342 @@
+#include "engine/system/Copy.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <limits>
+#include <stdexcept>
+#include <thread>
+
+#include "engine/system/Disk.h"
+#include "engine/system/FileError.h"
+#include "engine/system/Files.h"
+#include "engine/system/Workers.h"
+#include "support/TempFolder.h"
+
+namespace slyver {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::uint64_t mebibyte = std::uint64_t{1024} * 1024;
+
+bool GoOn(const CopyProgress& /*progress*/) {
+  return true;
+}
+bool StopNow(const CopyProgress& /*progress*/) {
+  return false;
+}
+
+struct Part {
+  fs::path path;
+  std::uint64_t offset, length;
+};
+
+class Copied : public TempFolderTest {
+ protected:
+  void SetUp() override {
+    TempFolderTest::SetUp();
+    source = folder / "source";
+    target = folder / "target";
+    WriteFile(source, bytes);
+    whole = {{source, 0, bytes.size()}};
+  }
+
+  CopyPlan PlanOf(const std::vector<Part>& parts, Existing existing = Existing::Keep) const {
+    CopyPlan plan;
+    for (const Part& part : parts)
+      plan.ranges.push_back(
+          {plan.sources.Add(part.path, StateOf(part.path)), part.offset, part.length});
+    plan.EndTarget();
+    plan.names = {target.parent_path(), PathText(target.filename()), "", 0};
+    plan.existing = existing;
+    return plan;
+  }
+
+  /// A set of `count` targets of 10 bytes of the source each: "s1", "s2" and so on.
+  CopyPlan SetOf(std::size_t count, Existing existing) const {
+    CopyPlan plan;
+    plan.sources.Add(source, StateOf(source));
+    for (std::size_t i = 0; i < count; ++i) {
+      plan.ranges.push_back({0, 10 * i, 10});
+      plan.EndTarget();
+    }
+    plan.names = {folder / "out", "s", "", 1};
+    plan.numberInSet = [](std::string_view name) {
+      return name.size() == 2 && (name[0] == 's' || name[0] == 'S') ? name[1] - '0' : 0;
+    };
+    plan.existing = existing;
+    return plan;
+  }
+
+  const std::string bytes = SomeBytes(1000);
+  fs::path source;
+  fs::path target;
+  std::vector<Part> whole;
+};
+
+TEST_F(Copied, RangesOfSeveralFilesAcrossSlices) {
+  const std::string big = SomeBytes(9 * mebibyte + 3);
+  WriteFile(folder / "big", big);
+  CopyProgress last;
+  Copy(PlanOf({{folder / "big", 1, big.size() - 1},
+               {source, 7, 0},
+               {source, 997, 3},
+               {folder / "big", 4 * mebibyte - 1, 5 * mebibyte},
+               {source, 1000, 0},
+               {source, 0, 1000}}),
+       [&](const CopyProgress& progress) {
+         EXPECT_GE(progress.bytesDone, last.bytesDone);
+         last = progress;
+         return true;
+       });
+  const std::string expected =
+      big.substr(1) + bytes.substr(997) + big.substr(4 * mebibyte - 1, 5 * mebibyte) + bytes;
+  EXPECT_TRUE(ReadFile(target) == expected);
+  EXPECT_EQ(last.rangesStarted, 6U);
+  EXPECT_EQ(last.bytesDone, expected.size());
+  EXPECT_EQ(last.bytesTotal, expected.size());
+  EXPECT_EQ(Names(), (std::set<std::string>{"big", "source", "target"}));
+
+  target = folder / std::string(255, 'n');
+  Copy(PlanOf({{source, 0, 0}}), GoOn);
+  EXPECT_EQ(ReadFile(target), "");
+}
+
+TEST_F(Copied, HolesStayHolesAlsoBeyondFourGibibytes) {
+  constexpr std::uint64_t far = 5000 * mebibyte;
+  fs::resize_file(source, far);
+  std::ofstream(source, std::ios::binary | std::ios::app) << "far";
+  if (SpaceTaken(source) >= far) GTEST_SKIP() << "the file system has no holes";
+  WriteFile(folder / "dense", bytes);
+  CopyProgress last;
+  // The first range ends with data, the last one in a hole.
+  Copy(PlanOf({{source, 3, far}, {folder / "dense", 0, 1000}, {source, 500, 8 * mebibyte}}),
+       [&](const CopyProgress& progress) {
+         last = progress;
+         return true;
+       });
+  EXPECT_EQ(last.bytesDone, last.bytesTotal);
+  EXPECT_EQ(FileLength(target), far + 1000 + 8 * mebibyte);
+  const SourceFile made(target);
+  std::string found(2003, 'x');
+  made.Read(far - 1003, found);
+  EXPECT_TRUE(found == std::string(1000, '\0') + "far" + bytes);
+  EXPECT_LT(SpaceTaken(target), mebibyte);
+}
+
+TEST_F(Copied, KeepsOrReplacesWhatBearsTheName) {
+  WriteFile(target, "old");
+  const auto error = [&](Existing existing, const Watch& watch) {
+    return ErrorOf([&] { Copy(PlanOf(whole, existing), watch); });
+  };
+  EXPECT_EQ(error(Existing::Keep, GoOn), target.string() + ": File exists");
+  EXPECT_THROW(Copy(PlanOf(whole, Existing::Replace), StopNow), Cancelled);
+  const auto fails = [](const CopyProgress&) -> bool { throw std::runtime_error("the watch"); };
+  EXPECT_THROW(Copy(PlanOf(whole, Existing::Replace), fails), std::runtime_error);
+  EXPECT_EQ(ReadFile(target), "old");
+  EXPECT_EQ(Names(), (std::set<std::string>{"source", "target"}));
+  EXPECT_EQ(error(Existing::Replace, GoOn), "no error");
+  EXPECT_EQ(ReadFile(target), bytes);
+
+  fs::remove(target);
+  const auto takesTheName = [&](const CopyProgress&) {
+    WriteFile(target, "came meanwhile");
+    return true;
+  };
+  EXPECT_EQ(error(Existing::Keep, takesTheName), target.string() + ": File exists");
+  EXPECT_EQ(ReadFile(target), "came meanwhile");
+  const auto removesTheFile = [&](const CopyProgress&) {
+    fs::remove(TemporaryPath(target));
+    return true;
+  };
+  if (fs::exists("/dev/null")) {  // Elsewhere an open file cannot be removed.
+    EXPECT_EQ(error(Existing::Replace, removesTheFile),
+              target.string() + ": Another program has removed it while it was being written");
+    EXPECT_EQ(ReadFile(target), "came meanwhile");
+  }
+  EXPECT_EQ(Names(), (std::set<std::string>{"source", "target"}));
+
+  if (!MakeFileLink(folder / "none", folder / "link")) GTEST_SKIP() << "no links here";
+  target = folder / "link";
+  EXPECT_EQ(error(Existing::Keep, GoOn), target.string() + ": File exists");
+  EXPECT_EQ(error(Existing::Replace, GoOn), "no error");
+  EXPECT_FALSE(fs::is_symlink(target));
+  EXPECT_FALSE(fs::exists(folder / "none"));
+}
+
+TEST_F(Copied, RemovesWhatAKilledRunHasLeftAndNeverWritesThroughIt) {
+  const fs::path temporary = TemporaryPath(target);
+  const fs::path userData = folder / "user data";
+  WriteFile(userData, "precious");
+  const std::array<std::function<void()>, 4> leftovers = {
+      [&] { WriteFile(temporary, SomeBytes(5000)); },
+      [&] {
+        WriteFile(temporary, "");
+        fs::permissions(temporary, fs::perms::owner_read);
+      },
+      [&] { (void)MakeFileLink(userData, temporary); },
+      [&] { fs::create_hard_link(userData, temporary); }};
+  for (const auto& leave : leftovers) {
+    leave();
+    Copy(PlanOf(whole, Existing::Replace), GoOn);
+    EXPECT_EQ(ReadFile(target), bytes);
+    EXPECT_EQ(ReadFile(userData), "precious");
+    EXPECT_EQ(Names(), (std::set<std::string>{"source", "target", "user data"}));
+  }
+  const LockedFile other(temporary);
+  EXPECT_EQ(ErrorOf([&] { Copy(PlanOf(whole, Existing::Replace), GoOn); }),
+            target.string() + ": Another program is writing this file");
+  EXPECT_TRUE(fs::exists(temporary));
+}
+
+TEST_F(Copied, RefusesWhatCannotBeDone) {
+  fs::create_directory(folder / "sub");
+  const FileState state = StateOf(source);
+  constexpr std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
+  struct Case {
+    const char* source;
+    const char* target;
+    std::uint64_t offset, length;
+    std::string error;
+  };
+  for (const Case& c : {Case{"source", "sub", 0, 1, "sub: Is a directory"},
+                        Case{"source", "no/t", 0, 1, "no/t: No such file or directory"},
+                        Case{"sub", "target", 0, 1, "sub: Is a directory"},
+                        Case{"none", "target", 0, 1, "none: No such file or directory"},
+                        Case{"none", "target", 0, 4 * mebibyte, "none: No such file or directory"},
+                        Case{"source", "target", 0, 1001, "source: The file is too short"},
+                        Case{"source", "target", 1001, 0, "source: The file is too short"},
+                        Case{"source", "target", most, 2, "source: The file is too short"}}) {
+    target = folder / fs::path(c.target).make_preferred();
+    CopyPlan plan = PlanOf({});
+    FileState expected = state;
+    expected.length = std::max(expected.length, c.length);
+    const bool itself = std::string_view(c.source) == "source";
+    plan.ranges = {
+        {plan.sources.Add(folder / c.source, itself ? state : expected), c.offset, c.length}};
+    plan.rangeEnds = {1};
+    const fs::path named = folder / fs::path(c.error.substr(0, c.error.find(':'))).make_preferred();
+    EXPECT_EQ(ErrorOf([&] { Copy(plan, GoOn); }),
+              named.string() + c.error.substr(c.error.find(':')));
+  }
+  FileState huge = state;
+  huge.length = huge.space = std::uint64_t{1} << 60U;
+  CopyPlan plan = PlanOf({});
+  plan.ranges = {{plan.sources.Add(source, huge), 0, huge.length}};
+  plan.rangeEnds = {1};
+  try {
+    Copy(plan, GoOn);
+    ADD_FAILURE() << "no error";
+  } catch (const SpaceError& error) {
+    EXPECT_EQ(std::string(error.what())
+                  .find("Not Enough Space In " + folder.string() +
+                        ": 1152921504606846976 Bytes Are Needed, "),
+              0U);
+  }
+  EXPECT_EQ(Names(), (std::set<std::string>{"source", "sub"}));
+}
+
+TEST_F(Copied, ASourceThatChangesIsNoticed) {
+  {
+    const SourceFile file(source);
+    std::string read(1000, '\0');
+    WriteFile(folder / "other", "other");
+    fs::rename(folder / "other", source);
+    file.Read(0, read);
+    EXPECT_EQ(read, bytes) << "another file under its name does not mix in";
+    EXPECT_EQ(ErrorOf([&] { file.Read(1, read); }), source.string() + ": The file ends too early");
+  }
+  WriteFile(source, SomeBytes(32 * mebibyte));
+  const CopyPlan plan = PlanOf({{source, 0, 32 * mebibyte}});
+  std::jthread writer([&](const std::stop_token& stop) {
+    while (!stop.stop_requested())
+      if (fs::exists(TemporaryPath(target))) std::ofstream(source, std::ios::app) << "more";
+  });
+  EXPECT_EQ(ErrorOf([&] { Copy(plan, GoOn); }),
+            source.string() + ": The file was changed while it was being read");
+  EXPECT_FALSE(fs::exists(target));
+}
+
+TEST_F(Copied, TheFirstOfASetComesLast) {
+  fs::create_directories(folder / "out" / "s3");
+  CopyPlan plan = SetOf(4, Existing::Keep);
+  EXPECT_EQ(ErrorOf([&] { Copy(plan, GoOn); }),
+            (folder / "out" / "s3").string() + ": Is a directory");
+  EXPECT_EQ(Names(folder / "out"), std::set<std::string>{"s3"});
+  plan.numberInSet = nullptr;
+  EXPECT_EQ(ErrorOf([&] { Copy(plan, GoOn); }),
+            (folder / "out" / "s3").string() + ": Is a directory");
+  EXPECT_EQ(Names(folder / "out"), (std::set<std::string>{"s2", "s3"})) << "complete ones stay";
+  fs::remove_all(folder / "out");
+  fs::create_directories(folder / "out");
+  EXPECT_THROW(Copy(SetOf(4, Existing::Keep), StopNow), Cancelled);
+  EXPECT_EQ(Names(folder / "out"), std::set<std::string>{});
+  Copy(SetOf(4, Existing::Keep), GoOn);
+  EXPECT_EQ(Names(folder / "out"), (std::set<std::string>{"s1", "s2", "s3", "s4"}));
+  EXPECT_EQ(ReadFile(folder / "out" / "s3"), bytes.substr(20, 10));
+  fs::remove(folder / "out" / "s1");
+  EXPECT_TRUE(ErrorOf([&] { Copy(SetOf(1, Existing::Keep), GoOn); }).ends_with(": File exists"));
+}
+
+TEST_F(Copied, ASetReplacesAnotherAsOne) {
+  const fs::path out = folder / "out";
+  const std::set<std::string> earlier = {"S5", "s1", "s3", "s9"};
+  fs::create_directory(out);
+  for (const std::string& name : earlier) WriteFile(out / name, "old");
+  const auto expectEarlier = [&] {
+    EXPECT_EQ(Names(out), earlier);
+    for (const std::string& name : earlier) EXPECT_EQ(ReadFile(out / name), "old");
+  };
+  const CopyPlan plan = SetOf(4, Existing::Replace);
+  EXPECT_THROW(Copy(plan, StopNow), Cancelled);
+  expectEarlier();
+  const auto fails = [](const CopyProgress&) -> bool { throw std::runtime_error("the watch"); };
+  EXPECT_THROW(Copy(plan, fails), std::runtime_error);
+  expectEarlier();
+  // A name that is taken in the middle of the exchange: everything goes back.
+  const auto takesAName = [&](const CopyProgress&) {
+    fs::create_directory(out / "s2");
+    return true;
+  };
+  EXPECT_NE(ErrorOf([&] { Copy(plan, takesAName); }), "no error");
+  fs::remove(out / "s2");
+  expectEarlier();
+
+  const fs::path staging = TemporaryPath(out / "s1").replace_extension(".set");
+  fs::create_directories(staging / "earlier");
+  WriteFile(staging / "s2", "left by a killed run");
+  WriteFile(staging / "earlier" / "s1", "left by a killed run");
+  WriteFile(staging / "notes", "the user's");
+  EXPECT_THROW(Copy(plan, GoOn), std::runtime_error);
+  EXPECT_EQ(ReadFile(staging / "notes"), "the user's");
+  fs::remove(staging / "notes");
+  Copy(plan, GoOn);
+  EXPECT_EQ(Names(out), (std::set<std::string>{"s1", "s2", "s3", "s4"}));
+  EXPECT_EQ(ReadFile(out / "s1"), bytes.substr(0, 10));
+  EXPECT_EQ(ReadFile(out / "s3"), bytes.substr(20, 10));
+}
+
+TEST_F(Copied, WithoutThreadsTheWorkIsDoneHere) {
+  int ticks = 0;
+  bool done = false;
+  RunOnThreads(
+      0,
+      [&](const Tick& between) {
+        while (ticks < 2) between();
+        done = true;
+      },
+      [&] { ++ticks; });
+  EXPECT_TRUE(done);
+}
+
+TEST_F(Copied, NamesAreTakenByLinksThatLeadNowhereAndByWhatCannotBeSeen) {
+  EXPECT_TRUE(NameIsTaken(folder));
+  EXPECT_FALSE(NameIsTaken(folder / "none"));
+  EXPECT_FALSE(NameIsTaken(source / "below a file"));
+  if (!MakeFileLink(folder / "none", target)) GTEST_SKIP() << "no links here";
+  EXPECT_TRUE(NameIsTaken(target));
+}
+
+}  // namespace
+}  // namespace slyver
