@@ -20,8 +20,8 @@ struct SplitOptions {
   std::uint64_t SecondPieceSize = 0;  ///< In bytes.
   std::uint64_t TrailerSize = 0;      ///< In bytes.
   std::optional<FileState> state;     ///< The state that the source must still be in, if known.
-  std::string NumberMask;          ///< The zeros that an earlier call returned.
-  double barValue = 0;             ///< Where the progress bar stands, 0 to 100.
+  std::string NumberMask;             ///< The zeros that an earlier call returned.
+  double barValue = 0;                ///< Where the progress bar stands, 0 to 100.
   /// Pieces of a recovery are named name + "." + number, filled with zeros to the length of
   /// NumberMask, and replace scratch files unasked; those of a split are named by PieceNameOf().
   bool forRecovery = false;
