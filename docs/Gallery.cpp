@@ -24,11 +24,11 @@ using namespace slyver;
 class Gallery final : public wxApp {
  public:
   bool OnInit() override {
-    desktop_ =
-        std::make_unique<Desktop>(ui_, Surroundings{.anotherInstanceRuns = [] { return false; },
-                                                    .memoryStatus = slyver::GlobalMemoryStatus,
-                                                    .helpPage = {},
-                                                    .open = [](const std::filesystem::path&) {}});
+    desktop_ = std::make_unique<Desktop>(
+        ui_, Surroundings{.anotherInstanceRuns = [] { return false; },
+                          .memoryStatus = slyver::GlobalMemoryStatus,
+                          .helpPage = {},
+                          .open = [](const std::filesystem::path&) { return true; }});
     ui_.Serve(*desktop_);
     CallAfter([this] { Show(argc > 1 ? FromWx(argv[1]) : ""); });
     return true;
@@ -46,6 +46,8 @@ class Gallery final : public wxApp {
       return;
     }
     desktop_->Start("/home/ann/Videos/holiday.mkv");
+    // The file is not there.
+    Fill("frmSplitter", "Text4", "");
     if (form == "frmSplitter") return;
     if (form == "Message") {
       ui_.Message("File Successfully Sly.", Icon::Information);

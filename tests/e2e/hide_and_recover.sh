@@ -1,5 +1,5 @@
 #!/bin/bash
-# Two files are hidden in a picture and recovered again through the real forms and dialogs.
+# A second file is hidden in a picture and recovered through the real forms and dialogs.
 # usage: hide_and_recover.sh PROGRAM SLY, on a display of its own; SLY is the terminal program
 . "$(dirname "$0")/lib.sh"
 sly=$2
@@ -11,10 +11,11 @@ printf 'the second one' >"second file.txt"
 echo geheim >password
 "$sly" hide --quiet picture.png first.zip --password-file password >/dev/null
 mv "Hidden File picture.png" by_sly_1
+cp by_sly_1 carrier.png
 "$sly" hide --quiet --yes by_sly_1 "second file.txt" --password-file password >/dev/null
-mv "Hidden File by_sly_1" by_sly_2
+mv "Hidden File by_sly_1" by_sly
 
-# opens N: from the selection form to the form of its button number N, by keyboard.
+# opens N FORM: from the selection form to the form of its button number N, by keyboard.
 opens() {
   start
   await form Selection
@@ -22,69 +23,48 @@ opens() {
   key space
   await form "$2"
 }
+# recovers: opens the recover form, with the carrier and the password.
+recovers() {
+  opens 3 Recover
+  key space # Browse
+  choose "Select File From Which You Want To Recover File" "$home/files/carrier.png"
+  await form Recover
+  xdotool type geheim
+}
 
-# The first file, by keyboard.
+# By mouse where there is something to click on.
 opens 2 "Hide File"
-key space       # Browse
-choose "Select File In Which You Want To Hide File." "$home/files/picture.png"
-choose "Select File You Want To Hide." "$home/files/first.zip"
-await form "Hide File"
-xdotool type geheim
-key Tab
-xdotool type geheim
-key Return
-confirm         # File Hidden.
-await_end
-cmp "Hidden File picture.png" by_sly_1 || fail "the window has hidden other bytes than sly"
-
-# The second one, by mouse where there is something to click on.
-mv "Hidden File picture.png" carrier.png
-opens 2 "Hide File"
-point "Hide File" -50 75
-xdotool click 1 # Browse
+click "Hide File" -50 75 # Browse
 choose "Select File In Which You Want To Hide File." "$home/files/carrier.png"
 choose "Select File You Want To Hide." "$home/files/second file.txt"
 await form "Hide File"
 xdotool type x
 key Tab
 xdotool type x
-point "Hide File" -130 -30
-xdotool click 1 # Hide
-confirm         # Add another?
+click "Hide File" -130 -30 # Hide
+confirm                    # Add another?
 await dialog Slyver
 xdotool type geheim
-confirm         # The password of the last file.
-confirm         # File Hidden.
+confirm # The password of the last file.
+confirm # File Hidden.
 await_end
-cmp "Hidden File carrier.png" by_sly_2 || fail "the window has added other bytes than sly"
 mv "Hidden File carrier.png" carrier.png
+same carrier.png by_sly
 
-# The second file is chosen in the list.
-opens 3 Recover
-key space       # Browse
-choose "Select File From Which You Want To Recover File" "$home/files/carrier.png"
-await form Recover
-xdotool type geheim
+# The second file is chosen in the list; then the main file, by mouse.
+recovers
 key Return
 await form "Select File To Recover :"
 key Down Return
-confirm         # File Recovered.
+confirm # File Recovered.
 await_end
-cmp "Original second file.txt" "second file.txt" || fail "the second file is not the same"
+same "Original second file.txt" "second file.txt"
 [ ! -e "Original first.zip" ] || fail "a file that was not chosen was recovered"
-
-# The main file, by mouse.
-opens 3 Recover
-key space
-choose "Select File From Which You Want To Recover File" "$home/files/carrier.png"
-await form Recover
-xdotool type geheim
-point Recover -130 -30
-xdotool click 1 # Rec Main
-confirm         # File Recovered.
+recovers
+click Recover -130 -30 # Rec Main
+confirm                # File Recovered.
 await_end
-cmp "Original carrier.png" picture.png || fail "the main file is not the same"
-[ ! -e TempRRR ] || fail "the work folder is still there"
-[ ! -e "$(private_folder)/tempHHH" ] || fail "the private work folder is still there"
+same "Original carrier.png" picture.png
+[ -z "$(find "$home" -iname 'temp[HPR]*')" ] || fail "a work folder is still there"
 
 echo "hide and recover: passed"

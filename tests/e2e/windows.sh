@@ -1,34 +1,41 @@
 #!/bin/bash
-# The window chrome under a window manager: by mouse and by keyboard.
+# The window chrome under a window manager, by mouse and by keyboard, and how the program starts.
 # usage: windows.sh PROGRAM, on a display of its own
 . "$(dirname "$0")/lib.sh"
 
 state_has() { xprop -id "$form" _NET_WM_STATE | grep -q "$1"; }
-width_is() { measure Slyver && [ "$WIDTH" = "$1" ]; }
+# The pointer goes on until the window follows: the window manager takes it over in its own time.
+drags() { # drags VARIABLE PIXELS: the form's X or WIDTH grows with the pointer.
+  xdotool mousemove_relative "$2" 0 && measure Slyver && [ "${!1}" -gt "$before" ]
+}
+drag() { # drag VARIABLE X Y: takes hold of the form there.
+  measure Slyver
+  before=${!1}
+  point Slyver "$2" "$3"
+  xdotool mousedown 1
+  until_true "$1 to grow" drags "$1" 7
+  xdotool mouseup 1
+}
+opens_menu() { # opens_menu KEY...
+  key "$@"
+  until_true "the menu" menu_is_open
+}
+chooses() { # chooses SETTING KEY...: what is chosen in the open menu is stored.
+  key "${@:2}"
+  until_true "the setting" ram_setting_is "$1"
+  until_true "the end of the menu" menu_is_closed
+}
+system_menu() {
+  click Slyver 200 12 3
+  until_true "the window's menu" menu_is_open
+}
 
 touch "$home/files/file"
 start "$home/files/file"
 await form Slyver
 form=$(window form Slyver)
-
-# Moved by the title bar.
-measure Slyver
-x0=$X
-point Slyver 200 12
-xdotool mousedown 1
-# The pointer goes on until the window follows: the window manager takes it over in its own time.
-moved() { xdotool mousemove_relative 10 0 && measure Slyver && [ "$X" -gt "$x0" ]; }
-until_true "the window to move" moved
-xdotool mouseup 1
-
-# Made wider by its right edge.
-measure Slyver
-width=$WIDTH
-point Slyver -2 150
-xdotool mousedown 1
-wider() { xdotool mousemove_relative 5 0 && measure Slyver && [ "$WIDTH" -gt "$width" ]; }
-until_true "the window to grow" wider
-xdotool mouseup 1
+drag X 200 12
+drag WIDTH -2 150
 
 # Maximized by a double-click, restored by its button.
 measure Slyver
@@ -36,77 +43,81 @@ width=$WIDTH
 point Slyver 200 12
 xdotool click --repeat 2 --delay 50 1
 is_maximized() { measure Slyver && [ "$X" = 0 ] && [ "$WIDTH" -gt 1000 ]; }
+is_restored() { measure Slyver && [ "$WIDTH" = "$width" ]; }
 until_true "the maximized window" is_maximized
-point_at_caption_button Slyver 2
-xdotool click 1
-until_true "the restored window" width_is "$width"
+click_caption Slyver 2
+until_true "the restored window" is_restored
 
 # Minimized by its button, and back.
-measure Slyver
-point_at_caption_button Slyver 3
-xdotool click 1
+click_caption Slyver 3
 until_true "the minimized window" state_has HIDDEN
 xdotool windowactivate "$form"
 await form Slyver
 
 # Menus by keyboard: by letter, then by the arrows from the other one.
-key alt+r
-is_closed() { ! menu_is_open; }
-until_true "the menu" menu_is_open
-key Return
-until_true "the setting" ram_setting_is 0
-until_true "the end of the menu" is_closed
-key F10 Right Down
-until_true "the Help menu" menu_is_open
-key Right
-key Down Return
-until_true "the setting" ram_setting_is ""
-until_true "the end of the menu" is_closed
-key alt+h
-until_true "the Help menu" menu_is_open
+opens_menu alt+r
+chooses 0 Return
+key F10 Right
+opens_menu Down
+chooses "" Right Down Return
+opens_menu alt+h
 key Escape
-until_true "the end of the menu" is_closed
+until_true "the end of the menu" menu_is_closed
 
-# Moved by keyboard through the window's own menu, which a right click opens, and closed by it.
+# Moved by keyboard through the window's own menu, and closed by it.
 measure Slyver
 x0=$X
-point Slyver 200 12
-xdotool click 3
-until_true "the window's menu" menu_is_open
+system_menu
 key m
-until_true "the end of the menu" is_closed
+until_true "the end of the menu" menu_is_closed
 moves_by_key() { key Right && measure Slyver && [ "$X" -gt "$x0" ]; }
 until_true "the window to move by keys" moves_by_key
 key Return
-point Slyver 200 12
-xdotool click 3
-until_true "the window's menu" menu_is_open
+system_menu
 key c
 await_end
 
-# Esc leaves the selection form.
-start
-await form Selection
-key Escape
-await_end
-
-# A second instance asks.
+# Esc leaves the selection form. A second instance asks; the first one goes on.
 start
 await form Selection
 first=$slyver
 start
-await dialog Slyver
-key Escape
+answer Escape
 await_end
 kill -0 "$first" || fail "the first instance has ended too"
 slyver=$first
-point_at_caption_button Selection 1
-xdotool click 1
+key Escape
 await_end
 
-# A folder is refused.
+# A folder is refused. The message is in the middle of the screen, where there is no form.
 start "$home/files"
 confirm
 await_end
+
+# Without a runtime folder there is nothing to say at the end.
+if [ -z "${SLYVER_E2E_WINE:-}" ]; then
+  XDG_RUNTIME_DIR=/proc/none/x start
+  await form Selection
+  click_caption Selection 1
+  await_end
+  # A name that is no text in any locale comes through as it is.
+  name=$(printf 'b\344d')
+  head -c 100 /dev/zero >"$home/files/$name"
+  LC_ALL=C start "$home/files/$name"
+  await form Slyver
+  for i in 1 2 3; do key shift+Tab; done
+  key Down space Tab Tab
+  xdotool type 2
+  key Return
+  confirm # File Successfully Sly.
+  await_end
+  [ -s "$home/files/$name.2.sly" ] || fail "the pieces of a name that is no text are not there"
+  # In a terminal it answers.
+  "$program" --help | grep -q sly && "$program" --version | grep -q '[0-9]' || fail "no help"
+  "$program" a b 2>"$home/refusal" && fail "two files were taken"
+  grep -q 'one file at a time' "$home/refusal" || fail "two files: $(cat "$home/refusal")"
+  DISPLAY='' "$program" 2>"$home/refusal" && fail "it needs a display"
+  grep -q 'use sly' "$home/refusal" || fail "without a display: $(cat "$home/refusal")"
+fi
 
 echo "windows: passed"

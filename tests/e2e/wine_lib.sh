@@ -11,7 +11,6 @@ launch() {
 }
 caption_button_width=32  # The font is smaller.
 native() { printf 'Z:%s' "$1" | tr / '\\'; }
-private_folder() { echo "$WINEPREFIX/drive_c"; }
 
 # A window is active before one of its controls has the keyboard, and nobody is told of the latter.
 await() {
@@ -39,10 +38,9 @@ menu_is_open() {
 
 # A form draws its own border, so that the window manager is asked for none; a dialog does not.
 window() {
-  local id decorations
+  local id
   for id in $(xdotool search --onlyvisible --name "^$2\$" 2>/dev/null); do
-    decorations=$(xprop -id "$id" _MOTIF_WM_HINTS 2>/dev/null | cut -d, -f3)
-    case $1:$decorations in
+    case $1:$(xprop -id "$id" _MOTIF_WM_HINTS 2>/dev/null | cut -d, -f3) in
       form:' 0x0' | dialog:' 0x'[1-9a-f]*) echo "$id" && return 0 ;;
     esac
   done

@@ -2,17 +2,26 @@
 
 #include <gtest/gtest.h>
 #include <wx/app.h>
+#include <wx/dialog.h>
+#include <wx/dnd.h>
 #include <wx/evtloop.h>
+#include <wx/modalhook.h>
+#include <wx/msgdlg.h>
+#include <wx/stattext.h>
 #include <wx/textctrl.h>
 #include <wx/toplevel.h>
 
 #include <chrono>
 #include <filesystem>
 #include <functional>
+#include <memory>
+#include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "desktop/app/Desktop.h"
+#include "desktop/app/WxUi.h"
 #include "desktop/system/WxText.h"
 #include "engine/system/Registry.h"
 #include "support/ScriptedUi.h"
@@ -22,7 +31,7 @@ namespace slyver {
 
 /// Runs the window system's events until `done`; false when it takes too long.
 inline bool RunEventsUntil(const std::function<bool()>& done) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
   while (!done()) {
     if (std::chrono::steady_clock::now() > deadline) return false;
     wxEventLoopBase::GetActive()->YieldFor(wxEVT_CATEGORY_ALL);
@@ -37,36 +46,51 @@ inline wxTopLevelWindow* FindForm(const wxString& name) {
       return dynamic_cast<wxTopLevelWindow*>(window);
   return nullptr;
 }
-
-inline bool IsShown(const wxString& form) {
-  const wxTopLevelWindow* const found = FindForm(form);
-  return found != nullptr && found->IsShown();
-}
-
 inline bool IsLoaded(const wxString& form) {
   return FindForm(form) != nullptr;
 }
-
-/// The control `name` of the form `form`. Throws when there is none.
-template <typename Control>
-Control& ControlOf(const wxString& form, const wxString& name) {
-  wxTopLevelWindow* const found = FindForm(form);
-  auto* const control =
-      found == nullptr ? nullptr : dynamic_cast<Control*>(wxWindow::FindWindowByName(name, found));
-  if (control == nullptr) throw std::runtime_error(FromWx("no control " + name + " in " + form));
-  return *control;
+inline bool IsShown(const wxString& form) {
+  return IsLoaded(form) && FindForm(form)->IsShown();
 }
 
+/// The control `name` of a form or dialog. Throws when there is none.
+template <typename Control = wxWindow>
+Control& ControlOf(wxWindow* form, const wxString& name) {
+  auto* const control =
+      form == nullptr ? nullptr : dynamic_cast<Control*>(wxWindow::FindWindowByName(name, form));
+  if (control == nullptr) throw std::runtime_error(FromWx("no control " + name));
+  return *control;
+}
+template <typename Control = wxWindow>
+Control& ControlOf(const wxString& form, const wxString& name) {
+  return ControlOf<Control>(FindForm(form), name);
+}
 inline std::string TextOf(const wxString& form, const wxString& name) {
   return FromWx(ControlOf<wxTextCtrl>(form, name).GetValue());
 }
 
-inline void Click(const wxString& form, const wxString& name) {
-  auto& button = ControlOf<wxWindow>(form, name);
-  ASSERT_TRUE(button.IsEnabled()) << name;
+/// Changes the text of a box as its user does by pasting.
+inline void Paste(const wxString& form, const wxString& name, const std::string& text) {
+  auto& box = ControlOf<wxTextCtrl>(form, name);
+  ASSERT_TRUE(box.IsEnabled()) << name;
+  box.SetValue(ToWx(text));
+}
+
+/// Takes the window system's answers to all that came before.
+inline void Settle() {
+  (void)wxGetMousePosition();
+  wxEventLoopBase::GetActive()->YieldFor(wxEVT_CATEGORY_ALL);
+}
+
+inline void Click(wxWindow& button) {
+  Settle();
+  ASSERT_TRUE(button.IsEnabled()) << button.GetName();
   wxCommandEvent event(wxEVT_BUTTON, button.GetId());
   event.SetEventObject(&button);
   button.HandleWindowEvent(event);
+}
+inline void Click(const wxString& form, const wxString& name) {
+  Click(ControlOf(form, name));
 }
 
 /// Presses a key in a control; returns whether the control took it to type it.
@@ -86,20 +110,98 @@ inline void Type(const wxString& form, const wxString& name, const std::string& 
     if (Press(box, key)) box.AppendText(wxString(1, key));
 }
 
-/// Rubs out all that a text box holds, a character at a time.
-inline void RubOut(const wxString& form, const wxString& name) {
-  auto& box = ControlOf<wxTextCtrl>(form, name);
-  while (!box.IsEmpty()) {
-    ASSERT_TRUE(Press(box, WXK_BACK));
-    box.Remove(box.GetLastPosition() - 1, box.GetLastPosition());
-  }
+/// Drops files on a window.
+inline void Drop(wxWindow& window, const std::vector<std::filesystem::path>& paths) {
+  auto* const target = dynamic_cast<wxFileDropTarget*>(window.GetDropTarget());
+  ASSERT_NE(target, nullptr);
+  wxArrayString files;
+  for (const std::filesystem::path& path : paths) files.Add(PathToWx(path));
+  EXPECT_TRUE(target->OnDropFiles(0, 0, files));
+  wxTheApp->ProcessPendingEvents();
 }
+
+/// The desktop's own user interface. What comes is held against a script and then shown for real;
+/// its user presses the button, or types, that the script tells. Dialogs for files are the window
+/// system's: the tests by keyboard and mouse have them.
+class ShownUi final : public WxUi, private wxModalDialogHook {
+ public:
+  explicit ShownUi(ScriptedUi& script) : script_(script) { Register(); }
+  ~ShownUi() override { Unregister(); }
+
+  /// Called with each dialog while it is shown.
+  std::function<void(wxDialog&)> look = [](wxDialog&) {};
+  /// Called when a job first tells how far it has come.
+  std::function<void()> atProgress = [] {};
+
+  void Message(std::string_view text, Icon icon) override {
+    script_.Message(text, icon);
+    Prepare(text, wxID_OK);
+    WxUi::Message(text, icon);
+  }
+  Answer Question(std::string_view text, Buttons buttons, Icon icon) override {
+    const Answer answer = script_.Question(text, buttons, icon);
+    const bool agrees = answer == Answer::Yes || answer == Answer::Ok;
+    Prepare(text, buttons == Buttons::YesNo ? (agrees ? wxID_YES : wxID_NO)
+                                            : (agrees ? wxID_OK : wxID_CANCEL));
+    EXPECT_EQ(WxUi::Question(text, buttons, icon), answer);
+    return answer;
+  }
+  std::optional<std::string> MaskedInputBox(std::string_view prompt) override {
+    const std::optional<std::string> typed = script_.MaskedInputBox(prompt);
+    Prepare(typed.value_or(""), typed ? wxID_OK : wxID_CANCEL);
+    EXPECT_EQ(WxUi::MaskedInputBox(prompt), typed);
+    return typed;
+  }
+  std::optional<std::filesystem::path> OpenFile(
+      std::string_view title, std::string_view filter,
+      const std::filesystem::path& initialFolder) override {
+    return script_.OpenFile(title, filter, initialFolder);
+  }
+  std::optional<std::filesystem::path> PickFolder() override { return script_.PickFolder(); }
+  void ShowProgressForm(std::string_view caption) override {
+    script_.ShowProgressForm(caption);
+    WxUi::ShowProgressForm(caption);
+  }
+  void SetProgress(const Progress& progress) override {
+    std::exchange(atProgress, [] {})();
+    script_.SetProgress(progress);
+    WxUi::SetProgress(progress);
+  }
+  bool GoOn() override { return WxUi::GoOn() && script_.GoOn(); }
+  void EndProgram() override { script_.EndProgram(); }
+
+ private:
+  void Prepare(std::string_view text, int button) {
+    text_ = ToWx(text);
+    text_.Replace("\r\n", "\n");
+    button_ = button;
+  }
+  int Enter(wxDialog* dialog) override {
+    if (dynamic_cast<wxMessageDialogBase*>(dialog) != nullptr) return button_;  // The system's own.
+    dialog->CallAfter([this, dialog] {
+      EXPECT_TRUE(dialog->IsShown());
+      wxWindow& shown = ControlOf(dialog, "Text");
+      if (auto* const box = dynamic_cast<wxTextCtrl*>(&shown))
+        box->SetValue(text_);
+      else
+        EXPECT_EQ(dynamic_cast<wxStaticText&>(shown).GetLabelText(), text_);
+      look(*dialog);
+      Click(*dialog->FindWindow(button_));
+    });
+    return wxID_NONE;
+  }
+  void Exit(wxDialog* /*dialog*/) override {}
+
+  ScriptedUi& script_;
+  wxString text_;
+  int button_ = wxID_OK;
+};
 
 inline std::string RamValue() {
   return GetRegString(RegRoot::LocalMachine, slyverKey, "RAM");
 }
 
-/// The real forms with a scripted user and a computer that is as the test makes it.
+/// The real forms, with a user who follows a script, and a computer that is as the test makes it.
 class DesktopTest : public TempFolderTest {
  protected:
   void SetUp() override {
@@ -116,18 +218,24 @@ class DesktopTest : public TempFolderTest {
   /// A program that is not yet started; one that is there goes.
   void MakeDesktop() {
     desktop = std::make_unique<Desktop>(
-        ui, Surroundings{
-                .anotherInstanceRuns = [this] { return anotherRuns; },
-                .memoryStatus = [this] { return memory; },
-                .helpPage = folder / "index.html",
-                .open = [this](const std::filesystem::path& file) { opened.push_back(file); }});
+        shown, Surroundings{.anotherInstanceRuns = [this] { return anotherRuns; },
+                            .memoryStatus = [this] { return memory; },
+                            .helpPage = folder / "index.html",
+                            .open =
+                                [this](const std::filesystem::path& file) {
+                                  opened.push_back(file);
+                                  return hasViewer;
+                                }});
+    shown.Serve(*desktop);
   }
 
   /// Starts the program with a path that the user has typed.
   void Start(const std::filesystem::path& path = {}) { desktop->Start(PathText(path)); }
 
   ScriptedUi ui;
+  ShownUi shown{ui};
   bool anotherRuns = false;
+  bool hasViewer = true;
   MemoryStatus memory{.totalPhysical = 8'000'000'000, .availablePhysical = 4'000'000'000};
   std::vector<std::filesystem::path> opened;
   std::unique_ptr<Desktop> desktop;

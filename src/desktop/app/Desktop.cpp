@@ -1,5 +1,6 @@
 #include "desktop/app/Desktop.h"
 
+#include <wx/appprogress.h>
 #include <wx/window.h>
 
 #include <utility>
@@ -9,6 +10,8 @@
 #include "desktop/app/frmFirst.h"
 #include "desktop/app/frmInit.h"
 #include "desktop/app/frmSplitJoin.h"
+#include "desktop/chrome/WindowSystem.h"
+#include "desktop/chrome/modWinXP.h"
 #include "desktop/hidden/frmHideFile.h"
 #include "desktop/hidden/frmHideRec.h"
 #include "desktop/split/frmJoin.h"
@@ -21,6 +24,8 @@
 namespace slyver {
 
 namespace {
+
+constexpr int taskBarRange = 1000;
 
 /// All forms of `desktop` that there are, those among them that wait to be deleted.
 std::vector<ModernForm*> AllForms(const Desktop& desktop) {
@@ -42,7 +47,9 @@ std::vector<ModernForm*> Forms(const Desktop& desktop) {
 }  // namespace
 
 Desktop::Desktop(Ui& ui, Surroundings surroundings)
-    : ui_(ui), surroundings_(std::move(surroundings)), icon_(AppIcon()) {}
+    : ui_(ui), surroundings_(std::move(surroundings)), icon_(AppIcon()) {
+  SetDefaultIcons(IconsOf(icon_));
+}
 
 Desktop::~Desktop() {
   // At once, since their timers and events would still ask for this object.
@@ -67,8 +74,8 @@ void Desktop::Start(const std::string& commandLine) {
 
 FileToSplit Desktop::ChosenFile() const {
   if (splitJoin_ && !splitJoin_->FullPath.empty())
-    return {splitJoin_->FullPath, splitJoin_->Folder};
-  return {first_->FilePath, first_->FileFolder};
+    return {splitJoin_->FullPath, splitJoin_->Folder, splitJoin_->Remark};
+  return {first_->FilePath, first_->FileFolder, {}};
 }
 
 void Desktop::LoadSplitJoin() {
@@ -157,6 +164,9 @@ void Desktop::RunStep(const std::function<bool()>& step) {
   if (stepRuns_) return;
   if (!jobRuns_) {
     stopAsked_ = false;
+    jobBegan_ = std::chrono::steady_clock::now();
+    // A window of none is any of the program's.
+    taskBar_ = std::make_unique<wxAppProgressIndicator>(nullptr, taskBarRange);
     SetBusy(true);
   }
   stepRuns_ = true;
@@ -171,11 +181,21 @@ void Desktop::RunStep(const std::function<bool()>& step) {
   if (!more) SetBusy(false);
 }
 
+void Desktop::AskToStop() {
+  stopAsked_ = true;
+  for (ModernForm* const form : Forms(*this)) form->Say("Stopping ...");
+}
+
 void Desktop::ShowProgress(const Progress& progress) const {
+  // Of what is done while the job stops nothing stays.
+  if (stopAsked_) return;
+  if (taskBar_ && progress.bytesTotal > 0)
+    taskBar_->SetValue(static_cast<int>(progress.bytesDone * taskBarRange / progress.bytesTotal));
   for (ModernForm* const form : Forms(*this)) form->ShowProgress(progress);
 }
 
 void Desktop::SetBusy(bool busy) {
+  if (!busy) taskBar_.reset();
   jobRuns_ = busy;
   for (ModernForm* const form : Forms(*this)) form->SetBusy(busy);
 }

@@ -3,6 +3,7 @@
 #include <wx/bmpbndl.h>
 #include <wx/weakref.h>
 
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -13,6 +14,8 @@
 #include "desktop/system/FormHost.h"
 #include "engine/system/Memory.h"
 #include "engine/system/Ui.h"
+
+class wxAppProgressIndicator;
 
 namespace slyver {
 
@@ -30,8 +33,9 @@ enum class Job { Split, Join, Hide, Recover };
 struct Surroundings {
   std::function<bool()> anotherInstanceRuns;
   std::function<MemoryStatus()> memoryStatus;
-  std::filesystem::path helpPage;                          ///< Empty when there is no help.
-  std::function<void(const std::filesystem::path&)> open;  ///< Opens a file in its viewer.
+  std::filesystem::path helpPage;  ///< Empty when there is no help.
+  /// Opens a file in its viewer; false when there is none.
+  std::function<bool(const std::filesystem::path&)> open;
 };
 
 /// The desktop program: it owns the forms, leads from one to the other and runs their jobs.
@@ -73,8 +77,12 @@ class Desktop final : public FormHost {
   void RunJob(const std::function<void()>& job) override;
   void RunStep(const std::function<bool()>& step) override;
   bool JobRuns() const override { return jobRuns_; }
-  void AskToStop() override { stopAsked_ = true; }
+  void AskToStop() override;
   bool StopAsked() const { return stopAsked_; }
+  /// For how long the job has been running that runs.
+  std::chrono::steady_clock::duration JobHasRun() const {
+    return std::chrono::steady_clock::now() - jobBegan_;
+  }
 
   /// Sets the progress bar that it concerns.
   void ShowProgress(const Progress& progress) const;
@@ -92,6 +100,8 @@ class Desktop final : public FormHost {
   wxWeakRef<frmJoin> join_;
   wxWeakRef<frmHideFile> hideFile_;
   wxWeakRef<frmHideRec> hideRec_;
+  std::unique_ptr<wxAppProgressIndicator> taskBar_;  ///< What the task bar shows of a job.
+  std::chrono::steady_clock::time_point jobBegan_;
   bool jobRuns_ = false;
   bool stepRuns_ = false;
   bool stopAsked_ = false;

@@ -4,6 +4,9 @@
 #include <wx/dirdlg.h>
 #include <wx/evtloop.h>
 #include <wx/filedlg.h>
+#include <wx/log.h>
+#include <wx/notifmsg.h>
+#include <wx/window.h>
 
 #include <string>
 
@@ -11,6 +14,7 @@
 #include "desktop/system/InputBoxM.h"
 #include "desktop/system/MessageBox.h"
 #include "desktop/system/WxText.h"
+#include "engine/system/WorkFolders.h"
 
 namespace slyver {
 
@@ -34,7 +38,10 @@ wxWindow* DialogParent(bool jobRuns) {
   wxTopLevelWindow* parent = nullptr;
   for (wxWindow* const window : wxTopLevelWindows) {
     auto* const form = dynamic_cast<wxTopLevelWindow*>(window);
-    if (form == nullptr || !form->IsShown() || form->IsBeingDeleted()) continue;
+    // A dialog would go together with a form that waits to be deleted.
+    if (form == nullptr || !form->IsShown() || form->IsBeingDeleted() ||
+        wxPendingDelete.Member(form))
+      continue;
     parent = form;
     if (!jobRuns && form->IsActive()) break;
   }
@@ -63,7 +70,21 @@ std::filesystem::path PathOf(const wxString& chosen) {
 
 }  // namespace
 
+/// At the end of a long job whose user works with another program, the system's own notification
+/// says so.
+void WxUi::TellWhoIsAway(std::string_view text) const {
+  constexpr std::chrono::seconds longJob{10};
+  if (!desktop_->JobRuns() || desktop_->JobHasRun() < longJob) return;
+  for (wxWindow* const window : wxTopLevelWindows)
+    if (auto* const form = dynamic_cast<wxTopLevelWindow*>(window);
+        form != nullptr && form->IsActive())
+      return;
+  const wxLogNull noServiceForIt;
+  wxNotificationMessage("Slyver", ToWx(text)).Show();
+}
+
 void WxUi::Message(std::string_view text, Icon icon) {
+  TellWhoIsAway(text);
   (void)ShowMessageBox(DialogParent(desktop_->JobRuns()), text, icon, wxOK);
 }
 
@@ -77,10 +98,18 @@ Answer WxUi::Question(std::string_view text, Buttons buttons, Icon icon) {
 
 std::optional<std::filesystem::path> WxUi::OpenFile(std::string_view title, std::string_view filter,
                                                     const std::filesystem::path& initialFolder) {
-  wxFileDialog dialog(DialogParent(desktop_->JobRuns()), ToWx(title), PathToWx(initialFolder), "",
+  // A folder that the job names is that of the piece on the command line.
+  const bool anyFolder = initialFolder.empty() || initialFolder == HomeFolder();
+  const std::filesystem::path& folder =
+      anyFolder && !lastFolder_.empty() ? lastFolder_ : initialFolder;
+  const wxString selected =
+      anyFolder ? wxString() : PathToWx(desktop_->ChosenFile().file.filename());
+  wxFileDialog dialog(DialogParent(desktop_->JobRuns()), ToWx(title), PathToWx(folder), selected,
                       WildcardOf(filter), wxFD_OPEN | wxFD_FILE_MUST_EXIST);
   if (dialog.ShowModal() != wxID_OK) return std::nullopt;
-  return PathOf(dialog.GetPath());
+  std::filesystem::path chosen = PathOf(dialog.GetPath());
+  lastFolder_ = chosen.parent_path();
+  return chosen;
 }
 
 std::optional<std::filesystem::path> WxUi::PickFolder() {

@@ -9,7 +9,7 @@ namespace slyver {
 
 /// Talks to the user through the toolkit's dialogs, all of which have the title "Slyver" where
 /// they are given none, and through the forms' progress bars.
-class WxUi final : public Ui {
+class WxUi : public Ui {
  public:
   /// The forms that show progress are those of `desktop`. To be called before a job runs.
   void Serve(Desktop& desktop) { desktop_ = &desktop; }
@@ -27,8 +27,11 @@ class WxUi final : public Ui {
   void EndProgram() override;
 
  private:
+  void TellWhoIsAway(std::string_view text) const;
+
   Desktop* desktop_ = nullptr;
   std::chrono::steady_clock::time_point lastYield_;
+  std::filesystem::path lastFolder_;  ///< Of the file chosen last.
 };
 
 }  // namespace slyver

@@ -3,7 +3,6 @@
 #include <wx/sizer.h>
 
 #include "desktop/system/Controls.h"
-#include "engine/hidden/Carrier.h"
 
 namespace slyver {
 
@@ -23,8 +22,7 @@ frmInit::frmInit(FormHost& host)
 }
 
 void frmInit::ShowProgress(const Progress& progress) {
-  // Of all that is copied only the carrier is worth showing.
-  if (progress.bytesTotal > directoryLength) view_.Show(progress);
+  view_.Show(progress);
 }
 
 }  // namespace slyver

@@ -1,6 +1,7 @@
 #include "desktop/app/frmMainMenu.h"
 
 #include "desktop/app/Desktop.h"
+#include "engine/system/PathText.h"
 #include "engine/system/Registry.h"
 
 namespace slyver {
@@ -22,14 +23,19 @@ frmMainMenu::frmMainMenu(Desktop& desktop)
 }
 
 void frmMainMenu::Form_Load() {
+  ShowSetting();
+}
+
+void frmMainMenu::ShowSetting() {
   RamSetting_ = GetRegString(RegRoot::LocalMachine, slyverKey, "RAM");
-  Sly.at(RamSetting_.empty() ? 1 : 0)->Check();
+  Sly[0]->Check(!RamSetting_.empty());
+  Sly[1]->Check(RamSetting_.empty());
 }
 
 void frmMainMenu::Sly_Click(int Index) {
   SaveRegString(RegRoot::LocalMachine, slyverKey, "RAM", Index == 0 ? "0" : "");
-  Sly[0]->Check(Index == 0);
-  Sly[1]->Check(Index == 1);
+  // What could not be stored does not hold.
+  ShowSetting();
 }
 
 void frmMainMenu::ab_Click(int Index) {
@@ -38,8 +44,10 @@ void frmMainMenu::ab_Click(int Index) {
         "This Software Has Been Developed By:\r\nOrm Valis\r\nEmail Address:\r\n"
         "orm.valis@slyver.example",
         Icon::None);
-  else if (!desktop_.System().helpPage.empty())
-    desktop_.System().open(desktop_.System().helpPage);
+  else if (const auto& page = desktop_.System().helpPage;
+           !page.empty() && !desktop_.System().open(page))
+    desktop_.Talk().Message("No Program Opens The Help. It Lies In " + PathText(page) + ".",
+                            Icon::Information);
 }
 
 }  // namespace slyver

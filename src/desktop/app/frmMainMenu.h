@@ -22,6 +22,7 @@ class frmMainMenu {
 
  private:
   void Form_Load();
+  void ShowSetting();
   void Sly_Click(int Index);
   void ab_Click(int Index);
 

@@ -42,8 +42,8 @@ frmSplitJoin::frmSplitJoin(Desktop& desktop)
   column->Add(Label1_, wxSizerFlags().Border(wxBOTTOM, 2 * Gap()));
   column->Add(grid, wxSizerFlags().Expand());
   column->Add(Command3_, wxSizerFlags().Right().Border(wxTOP, 2 * Gap()));
-  AcceptDroppedFile(*ClientArea(),
-                    [this](const std::filesystem::path& dropped) { FileDropped(dropped); });
+  AcceptDroppedFile(*ClientArea(), [this](const std::filesystem::path& path,
+                                          const std::string& remark) { Dropped(path, remark); });
   FitAndCentre(column);
   Command1_->SetDefault();
   Command1_->SetFocus();
@@ -92,13 +92,14 @@ void frmSplitJoin::Command2_Click() {
 }
 
 // A piece is joined, any other file opens the split form.
-void frmSplitJoin::FileDropped(const std::filesystem::path& path) {
+void frmSplitJoin::Dropped(const std::filesystem::path& path, const std::string& remark) {
   if (App().JobRuns()) return;
   if (FolderExists(path)) {
     Talk().Message("Unable To Sly Folder.", Icon::Information);
   } else if (OrigNameOf(PathText(path.filename()))) {
     App().RunJob([this, &path] { (void)JoinFile(Talk(), path); });
   } else {
+    Remark = remark;
     SplitFileChosen(path);
   }
 }

@@ -17,6 +17,7 @@ class frmSplitJoin final : public ModernForm {
 
   std::filesystem::path FullPath;  ///< The file chosen for the split.
   std::filesystem::path Folder;    ///< Its folder, ending in a separator.
+  std::string Remark;              ///< What there is to say of the choice, or nothing.
 
   /// Does what the button of this job does.
   void Choose(Job job);
@@ -29,7 +30,7 @@ class frmSplitJoin final : public ModernForm {
   void Command4_Click();
   void Command5_Click();
   void SplitFileChosen(const std::filesystem::path& chosen);
-  void FileDropped(const std::filesystem::path& path);
+  void Dropped(const std::filesystem::path& path, const std::string& remark);
 
   Desktop& desktop_;
   wxStaticText* Label1_;

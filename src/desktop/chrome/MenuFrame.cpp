@@ -12,7 +12,9 @@
 
 namespace slyver {
 
-MenuFrame::MenuFrame(wxWindow* parent, const wxString& name) {
+MenuFrame::MenuFrame(wxWindow* parent, const wxString& name, std::function<void()> closed)
+    : closed_(std::move(closed)) {
+  wxEvtHandler::AddFilter(this);
   SetBackgroundStyle(wxBG_STYLE_PAINT);
   Create(parent, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxBORDER_NONE, name);
   SetAccessibleRole(*this, Role::MenuBar);
@@ -24,6 +26,22 @@ MenuFrame::MenuFrame(wxWindow* parent, const wxString& name) {
     if (!keys_) Select(none);
   });
   Bind(wxEVT_LEFT_DOWN, [this](wxMouseEvent& event) { Open(MenuAt(event.GetPosition()), false); });
+}
+
+MenuFrame::~MenuFrame() {
+  wxEvtHandler::RemoveFilter(this);
+}
+
+/// A click anywhere leaves the bar.
+int MenuFrame::FilterEvent(wxEvent& event) {
+  const wxEventType type = event.GetEventType();
+  if (keys_ && (type == wxEVT_LEFT_DOWN || type == wxEVT_RIGHT_DOWN)) LeaveBar();
+  return Event_Skip;
+}
+
+void MenuFrame::LeaveBar() {
+  keys_ = false;
+  Select(none);
 }
 
 void MenuFrame::SetMenus(std::vector<BarMenu> menus) {
@@ -115,6 +133,7 @@ void MenuFrame::Open(int index, bool byKeyboard) {
     index = next;
   }
   open_ = none;
+  closed_();
   Select(MenuAt(ScreenToClient(wxGetMousePosition())));
   Refresh();
 }
@@ -138,8 +157,7 @@ bool MenuFrame::TakeKeyWhileSelected(int key) {
   }
   // Any other key leaves the bar; Esc and F10 do nothing else.
   const int letter = MenuOfLetter(key);
-  keys_ = false;
-  Select(none);
+  LeaveBar();
   if (letter != none) Open(letter, true);
   return letter != none || key == WXK_ESCAPE || key == WXK_F10;
 }

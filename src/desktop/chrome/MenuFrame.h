@@ -1,5 +1,6 @@
 #pragma once
 
+#include <wx/eventfilter.h>
 #include <wx/menu.h>
 #include <wx/window.h>
 
@@ -16,9 +17,14 @@ struct BarMenu {
 
 /// The menu bar of a form, drawn in a window of its own. Menus open by a click, by Alt and their
 /// letter, or by F10 and the arrow keys; Esc leaves them.
-class MenuFrame final : public wxWindow {
+class MenuFrame final : public wxWindow, private wxEventFilter {
  public:
-  explicit MenuFrame(wxWindow* parent, const wxString& name);
+  /// `closed` is called when a menu that was open is not any more.
+  MenuFrame(wxWindow* parent, const wxString& name, std::function<void()> closed);
+  ~MenuFrame() override;
+
+  /// Whether one of the menus is open.
+  bool IsOpen() const { return open_ != none; }
 
   void SetMenus(std::vector<BarMenu> menus);
 
@@ -44,8 +50,11 @@ class MenuFrame final : public wxWindow {
   void Select(int index);
   void Open(int index, bool byKeyboard);
   bool TakeKeyWhileSelected(int key);
+  void LeaveBar();
+  int FilterEvent(wxEvent& event) override;
   void Paint();
 
+  std::function<void()> closed_;
   std::vector<BarMenu> menus_;
   int hot_ = none;     ///< Under the pointer, or reached by the keyboard.
   int open_ = none;    ///< Whose menu is open.

@@ -19,7 +19,7 @@ void WinXPApe::XP_FormLoad(wxFrame& form, std::vector<BarMenu> menus) {
       form_, colours_,
       {[this] { form_->Iconize(); }, [this] { ToggleMaximized(); }, [this] { form_->Close(); },
        [this](const wxPoint& position) { ShowSystemMenu(position); }});
-  picMnuFrame_ = new MenuFrame(form_, "picMnuFrame");
+  picMnuFrame_ = new MenuFrame(form_, "picMnuFrame", [this] { ShowActive(form_->IsActive()); });
   pEdgesL_ = new ResizeEdge(form_, Edge::Left, "pEdgesL");
   pEdgesR_ = new ResizeEdge(form_, Edge::Right, "pEdgesR");
   pEdgesB_ = new ResizeEdge(form_, Edge::Bottom, "pEdgesB");
@@ -44,9 +44,8 @@ void WinXPApe::XP_FormLoad(wxFrame& form, std::vector<BarMenu> menus) {
   TitleBarColor(standard.title, standard.titleInactive);
 
   form_->Bind(wxEVT_ACTIVATE, [this](wxActivateEvent& event) {
-    active_ = event.GetActive();
-    titleBar_->SetActive(active_);
-    ColourEdges();
+    // Its own menu takes the keyboard, but the form stays the one that is worked with.
+    ShowActive(event.GetActive() || picMnuFrame_->IsOpen());
     event.Skip();
   });
   form_->Bind(wxEVT_SIZE, [this](wxSizeEvent& event) {
@@ -67,10 +66,7 @@ void WinXPApe::RefreshCaption() {
 }
 
 void WinXPApe::RefreshIcon(const wxBitmapBundle& icon) {
-  wxIconBundle icons;
-  for (const int side : {16, 24, 32, 48, 64, 128})
-    if (icon.IsOk()) icons.AddIcon(icon.GetIcon(wxSize(side, side)));
-  form_->SetIcons(icons);
+  form_->SetIcons(IconsOf(icon));
   titleBar_->SetIcon(icon);
 }
 
@@ -114,6 +110,12 @@ void WinXPApe::TitleBarColor(const wxColour& active, const wxColour& inactive) {
 void WinXPApe::EnableMenus(bool enable) {
   picMnuFrame_->Enable(enable);
   picMnuFrame_->Refresh();
+}
+
+void WinXPApe::ShowActive(bool active) {
+  active_ = active;
+  titleBar_->SetActive(active_);
+  ColourEdges();
 }
 
 void WinXPApe::ColourEdges() {

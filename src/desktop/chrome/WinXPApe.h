@@ -57,6 +57,7 @@ class WinXPApe {
   void TakeKey(wxKeyEvent& event);
   void ShowSystemMenu(const wxPoint& position);
   void ToggleMaximized();
+  void ShowActive(bool active);
   void ColourEdges();
 
   wxFrame* form_ = nullptr;

@@ -24,6 +24,13 @@ void AllowResizing(wxFrame& frame, bool allowed);
 /// Whether the window system has been given `window` to show, which the toolkit may put off.
 bool IsOnScreen(const wxTopLevelWindow& window);
 
+/// Lets `dialog` appear in the middle of the window that it belongs to, wherever that is by then,
+/// or of the screen. To be called before the dialog is shown or moved.
+void CentreOnOwner(wxTopLevelWindow& dialog);
+
+/// The icon of windows that are given none.
+void SetDefaultIcons(const wxIconBundle& icons);
+
 /// Lets the window system move `frame` with the pointer, whose left button is down, until the
 /// button is let go.
 void BeginMove(wxFrame& frame);
@@ -42,6 +49,9 @@ void SetAccessibleRole(wxWindow& control, Role role);
 
 /// Shows `character` for each one typed into a masked text box.
 void SetMaskCharacter(wxTextCtrl& box, wxChar character);
+
+/// The letter marked in `label`, together with Alt, leads to `field`.
+void SetMnemonicTarget(wxWindow& label, wxWindow& field);
 
 /// The colour of a progress bar's trough, and of its filling.
 void SetTroughColour(wxGauge& bar, const wxColour& colour);

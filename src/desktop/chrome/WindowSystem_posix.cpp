@@ -116,6 +116,21 @@ bool IsOnScreen(const wxTopLevelWindow& window) {
   return gtk_widget_get_mapped(window.GetHandle()) != 0;
 }
 
+// The toolkit's own way asks where the owner is, which it may not know yet.
+void CentreOnOwner(wxTopLevelWindow& dialog) {
+  gtk_window_set_position(GTK_WINDOW(dialog.GetHandle()), dialog.GetParent() == nullptr
+                                                              ? GTK_WIN_POS_CENTER
+                                                              : GTK_WIN_POS_CENTER_ON_PARENT);
+}
+
+void SetDefaultIcons(const wxIconBundle& icons) {
+  GList* list = nullptr;
+  for (std::size_t i = 0; i < icons.GetIconCount(); ++i)
+    list = g_list_prepend(list, icons.GetIconByIndex(i).GetPixbuf());
+  gtk_window_set_default_icon_list(list);
+  g_list_free(list);
+}
+
 void BeginMove(wxFrame& frame) {
   Move(frame, leftButton);
 }
@@ -144,6 +159,11 @@ void SetAccessibleRole(wxWindow& control, Role role) {
 
 void SetMaskCharacter(wxTextCtrl& box, wxChar character) {
   gtk_entry_set_invisible_char(GTK_ENTRY(box.GetHandle()), static_cast<gunichar>(character));
+}
+
+void SetMnemonicTarget(wxWindow& label, wxWindow& field) {
+  if (GTK_IS_LABEL(label.GetHandle()))
+    gtk_label_set_mnemonic_widget(GTK_LABEL(label.GetHandle()), field.GetHandle());
 }
 
 void SetTroughColour(wxGauge& bar, const wxColour& colour) {

@@ -150,6 +150,13 @@ bool IsOnScreen(const wxTopLevelWindow& window) {
   return IsWindowVisible(WindowOf(window)) != 0;
 }
 
+void CentreOnOwner(wxTopLevelWindow& dialog) {
+  dialog.CentreOnParent();
+}
+
+// The system takes the program's own.
+void SetDefaultIcons(const wxIconBundle& /*icons*/) {}
+
 void BeginMove(wxFrame& frame) {
   Command(frame, SC_MOVE | HTCAPTION);
 }
@@ -190,6 +197,9 @@ void SetAccessibleRole(wxWindow& control, Role role) {
 void SetMaskCharacter(wxTextCtrl& box, wxChar character) {
   (void)SendMessageW(WindowOf(box), EM_SETPASSWORDCHAR, character, 0);
 }
+
+// The system takes the control behind the label.
+void SetMnemonicTarget(wxWindow& /*label*/, wxWindow& /*field*/) {}
 
 void SetTroughColour(wxGauge& bar, const wxColour& colour) {
   LeaveTheme(bar);

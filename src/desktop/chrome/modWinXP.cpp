@@ -9,7 +9,7 @@ namespace slyver {
 
 ChromeColours DefaultChromeColours() {
   return {.title = wxColour(38, 70, 83),
-          .titleInactive = wxColour(120, 134, 141),
+          .titleInactive = wxColour(94, 107, 114),
           .caption = wxColour(255, 255, 255),
           .captionInactive = wxColour(233, 237, 239),
           .hover = wxColour(66, 104, 119),
@@ -74,6 +74,13 @@ void DrawCaptionSign(wxGraphicsContext& context, CaptionSign sign, const wxSize&
       context.StrokeLine(left, top + side, left + side, top);
       break;
   }
+}
+
+wxIconBundle IconsOf(const wxBitmapBundle& icon) {
+  wxIconBundle icons;
+  for (const int side : {16, 24, 32, 48, 64, 128})
+    if (icon.IsOk()) icons.AddIcon(icon.GetIcon(wxSize(side, side)));
+  return icons;
 }
 
 wxString FittingText(wxDC& dc, const wxString& text, int width) {

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <wx/bmpbndl.h>
 #include <wx/colour.h>
 #include <wx/graphics.h>
+#include <wx/iconbndl.h>
 #include <wx/window.h>
 
 /// The looks of the window chrome: its colours, its measures and its shapes.
@@ -36,6 +38,9 @@ wxColour ButtonColour(const ChromeColours& colours, CaptionSign sign, ButtonStat
 /// Draws the sign of a caption button in the middle of an area of `size`.
 void DrawCaptionSign(wxGraphicsContext& context, CaptionSign sign, const wxSize& size,
                      const wxColour& colour);
+
+/// `icon` in the sizes that window systems show; none when there is no icon.
+wxIconBundle IconsOf(const wxBitmapBundle& icon);
 
 /// `text` cut to `width` pixels, with an ellipsis at its end when something is missing.
 wxString FittingText(wxDC& dc, const wxString& text, int width);

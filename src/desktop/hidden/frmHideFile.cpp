@@ -28,16 +28,16 @@ frmHideFile::frmHideFile(FormHost& host)
 // In the order in which Tab visits them.
 void frmHideFile::MakeControls() {
   wxPanel* const area = ClientArea();
+  note_ = NewStatusLine(area, "Note");
   Label1_ = NewLabel(area, "Main File :", "Label1");
   Text1_ = NewTextBox(area, "Text1", "Main File :");
   Command1_ = NewButton(area, "Browse", "Command1");
   Label4_ = NewLabel(area, "File To Hide :", "Label4");
   Text2_ = NewTextBox(area, "Text2", "File To Hide :");
   Label2_ = NewLabel(area, "Enter Password :", "Label2");
-  Text3_ = NewMaskedBox(area, "Text3", "Enter Password :");
+  Text3_ = NewMaskedBox(area, "Text3", "Enter Password :", *note_);
   Label3_ = NewLabel(area, "Re-Enter Password :", "Label3");
-  Text4_ = NewMaskedBox(area, "Text4", "Re-Enter Password :");
-  note_ = NewStatusLine(area, "Note");
+  Text4_ = NewMaskedBox(area, "Text4", "Re-Enter Password :", *note_);
   Command2_ = NewButton(area, "Hide", "Command2");
   Command3_ = NewButton(area, "Cancel", "Command3");
 }
@@ -48,7 +48,7 @@ void frmHideFile::LayOut() {
   FieldRow(*fields, Label4_, Text2_);
   FieldRow(*fields, Label2_, Text3_);
   FieldRow(*fields, Label3_, Text4_);
-  Text1_->SetMinSize(ConvertDialogToPixels(wxSize(200, -1)));
+  Text1_->SetMinSize({ConvertDialogToPixels(wxSize(200, -1)).x, Text1_->GetMinHeight()});
 
   auto* const column = new wxBoxSizer(wxVERTICAL);
   column->Add(fields, wxSizerFlags().Expand());
@@ -58,6 +58,7 @@ void frmHideFile::LayOut() {
               wxSizerFlags().Expand().Border(wxTOP, Gap()));
   Command2_->SetDefault();
   SetEscapeButton(Command3_);
+  SetStatusLine(note_);
   FitAndCentre(column);
 }
 
@@ -71,7 +72,10 @@ void frmHideFile::Wire() {
   Text4_->Bind(wxEVT_TEXT_ENTER, [this](wxCommandEvent&) { Text4_KeyPress(); });
   for (wxTextCtrl* const path : {Text1_, Text2_})
     AcceptDroppedFile(
-        *path, [path](const std::filesystem::path& dropped) { path->SetValue(PathToWx(dropped)); });
+        *path, [this, path](const std::filesystem::path& dropped, const std::string& remark) {
+          path->SetValue(PathToWx(dropped));
+          if (!remark.empty()) Say(remark);
+        });
   CheckIniTim_.Bind(wxEVT_TIMER, [this](wxTimerEvent&) { CheckIniTim_Timer(); });
   tmrDoAll_.Bind(wxEVT_TIMER, [this](wxTimerEvent&) { tmrDoAll_Timer(); });
 }
@@ -114,8 +118,8 @@ void frmHideFile::Command1_Click() {
 
 void frmHideFile::Command2_Click() {
   RunStep([this] {
-    job_.emplace(HideForm{PathFromWx(Text1_->GetValue()), PathFromWx(Text2_->GetValue()),
-                          FromWx(Text3_->GetValue()), FromWx(Text4_->GetValue())},
+    job_.emplace(HideForm{PathIn(*Text1_), PathIn(*Text2_), FromWx(Text3_->GetValue()),
+                          FromWx(Text4_->GetValue())},
                  Talk(), BigFiles::Ask);
     if (job_->Check() != HideJob::Next::GoOn) {
       const HideForm& form = job_->Form();
@@ -123,6 +127,8 @@ void frmHideFile::Command2_Click() {
       Text2_->SetValue(PathToWx(form.Text2));
       Text3_->ChangeValue(ToWx(form.Text3));
       Text4_->ChangeValue(ToWx(form.Text4));
+      for (const wxTextCtrl* const box : {Text4_, Text3_, Text2_, Text1_})
+        if (box->IsEmpty()) FocusWhenFree(*box);
       return false;
     }
     Hide();

@@ -5,6 +5,7 @@
 #include "desktop/hidden/frmShowList.h"
 #include "desktop/system/Controls.h"
 #include "desktop/system/FileDrop.h"
+#include "desktop/system/StatusLine.h"
 #include "desktop/system/WxText.h"
 
 namespace slyver {
@@ -19,11 +20,12 @@ frmHideRec::frmHideRec(FormHost& host) : ModernForm(host, "frmHideRec", "Recover
 // In the order in which Tab visits them.
 void frmHideRec::MakeControls() {
   wxPanel* const area = ClientArea();
+  note_ = NewStatusLine(area, "Note");
   Label1_ = NewLabel(area, "Main File Name :", "Label1");
   Text1_ = NewTextBox(area, "Text1", "Main File Name :");
   Command3_ = NewButton(area, "Browse", "Command3");
   Label2_ = NewLabel(area, "Enter Password :", "Label2");
-  Text2_ = NewMaskedBox(area, "Text2", "Enter Password :");
+  Text2_ = NewMaskedBox(area, "Text2", "Enter Password :", *note_);
   Command1_ = NewButton(area, "Rec Hidden", "Command1");
   Command1_->SetToolTip("Click To Recover One Of The Hidden Files.");
   Command4_ = NewButton(area, "Rec Main", "Command4");
@@ -35,15 +37,17 @@ void frmHideRec::LayOut() {
   wxFlexGridSizer* const fields = NewFieldGrid(Gap());
   FieldRow(*fields, Label1_, Text1_, Command3_);
   FieldRow(*fields, Label2_, Text2_);
-  Text1_->SetMinSize(ConvertDialogToPixels(wxSize(200, -1)));
+  Text1_->SetMinSize({ConvertDialogToPixels(wxSize(200, -1)).x, Text1_->GetMinHeight()});
 
   auto* const column = new wxBoxSizer(wxVERTICAL);
   column->Add(fields, wxSizerFlags().Expand());
+  column->Add(note_, wxSizerFlags().Expand().Border(wxTOP, Gap()));
   column->AddStretchSpacer();
   column->Add(ButtonRow(Gap(), {}, {Command1_, Command4_, Command2_}),
-              wxSizerFlags().Expand().Border(wxTOP, 2 * Gap()));
+              wxSizerFlags().Expand().Border(wxTOP, Gap()));
   Command1_->SetDefault();
   SetEscapeButton(Command2_);
+  SetStatusLine(note_);
   FitAndCentre(column);
 }
 
@@ -53,9 +57,11 @@ void frmHideRec::Wire() {
   OnClick(Command3_, this, &frmHideRec::Command3_Click);
   OnClick(Command4_, this, &frmHideRec::Command4_Click);
   Text2_->Bind(wxEVT_TEXT_ENTER, [this](wxCommandEvent&) { Command1_Click(); });
-  AcceptDroppedFile(*Text1_, [this](const std::filesystem::path& dropped) {
-    Text1_->SetValue(PathToWx(dropped));
-  });
+  AcceptDroppedFile(*Text1_,
+                    [this](const std::filesystem::path& dropped, const std::string& remark) {
+                      Text1_->SetValue(PathToWx(dropped));
+                      Say(remark);
+                    });
 }
 
 void frmHideRec::Command3_Click() {
@@ -85,9 +91,9 @@ void frmHideRec::Command2_Click() {
 
 void frmHideRec::Start(RecoverJob::Next (RecoverJob::*procedure)()) {
   Run([this, procedure] {
+    const RecoverForm form{PathIn(*Text1_), FromWx(Text2_->GetValue())};
     Hide();
-    job_.emplace(RecoverForm{PathFromWx(Text1_->GetValue()), FromWx(Text2_->GetValue())}, Talk(),
-                 BigFiles::Ask);
+    job_.emplace(form, Talk(), BigFiles::Ask);
     return ((*job_).*procedure)();
   });
 }

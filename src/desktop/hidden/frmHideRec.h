@@ -42,6 +42,7 @@ class frmHideRec final : public ModernForm {
   wxButton* Command3_ = nullptr;
   wxStaticText* Label2_ = nullptr;
   wxTextCtrl* Text2_ = nullptr;
+  wxTextCtrl* note_ = nullptr;  ///< A line that tells what there is to tell.
   wxButton* Command1_ = nullptr;
   wxButton* Command4_ = nullptr;
   wxButton* Command2_ = nullptr;

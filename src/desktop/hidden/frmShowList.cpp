@@ -1,5 +1,6 @@
 #include "desktop/hidden/frmShowList.h"
 
+#include <wx/display.h>
 #include <wx/settings.h>
 #include <wx/sizer.h>
 
@@ -47,6 +48,14 @@ frmShowList::frmShowList(FormHost& host, frmHideRec& recover, const std::vector<
     else
       Command2_Click();
   });
+  LV1_->Bind(wxEVT_SIZE, [this](wxSizeEvent& event) {
+    event.Skip();
+    UseTheRoom();
+  });
+  LV1_->Bind(wxEVT_MOTION, [this](wxMouseEvent& event) {
+    event.Skip();
+    ShowWholeName(event.GetPosition());
+  });
   LV1_->Select(0);
   LV1_->Focus(0);
   LV1_->SetFocus();
@@ -65,6 +74,20 @@ void frmShowList::LayOut() {
   FitAndCentre(column);
 }
 
+/// The names get what room the other columns leave.
+void frmShowList::UseTheRoom() {
+  int room = LV1_->GetClientSize().x;
+  for (int i = 1; i < LV1_->GetColumnCount(); ++i) room -= LV1_->GetColumnWidth(i);
+  if (room > nameWidth_ && room != LV1_->GetColumnWidth(0)) LV1_->SetColumnWidth(0, room);
+}
+
+void frmShowList::ShowWholeName(const wxPoint& pointer) {
+  int where = 0;
+  const long row = LV1_->HitTest(pointer, where);
+  const wxString name = row == wxNOT_FOUND ? wxString() : LV1_->GetItemText(row);
+  if (name != LV1_->GetToolTipText()) LV1_->SetToolTip(name);
+}
+
 void frmShowList::GetAllIcons(const std::vector<HiddenFile>& files) {
   for (const Column& column : columns)
     LV1_->AppendColumn(column.caption, wxLIST_FORMAT_LEFT,
@@ -77,6 +100,14 @@ void frmShowList::GetAllIcons(const std::vector<HiddenFile>& files) {
     LV1_->SetItem(row, 1, ToWx(std::to_string(i)));
     LV1_->SetItem(row, 2, ToWx(std::to_string(files[i].length) + " bytes"));
   }
+  // The widths are the least: longer texts get more, as far as a screen has it.
+  const int widest = wxDisplay(this).GetClientArea().width / 2;
+  for (int i = 0; i < LV1_->GetColumnCount(); ++i) {
+    const int least = LV1_->GetColumnWidth(i);
+    LV1_->SetColumnWidth(i, wxLIST_AUTOSIZE);
+    LV1_->SetColumnWidth(i, std::clamp(LV1_->GetColumnWidth(i), least, widest));
+  }
+  nameWidth_ = LV1_->GetColumnWidth(0);
 }
 
 void frmShowList::Command1_Click() {

@@ -21,12 +21,15 @@ class frmShowList final : public ModernForm {
  private:
   void LayOut();
   void GetAllIcons(const std::vector<HiddenFile>& files);
+  void UseTheRoom();
+  void ShowWholeName(const wxPoint& pointer);
   void Command1_Click();
   void Command2_Click();
 
   frmHideRec& recover_;
   IconList ImageList_;
   wxListView* LV1_;
+  int nameWidth_ = 0;  ///< The least width of the column of names, in pixels.
   wxButton* Command1_;
   wxButton* Command2_;
 };

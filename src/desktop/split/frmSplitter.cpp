@@ -1,14 +1,15 @@
 #include "desktop/split/frmSplitter.h"
 
+#include <wx/menu.h>
 #include <wx/sizer.h>
 
+#include <array>
 #include <exception>
 #include <string>
 
 #include "desktop/system/Controls.h"
 #include "desktop/system/FileDrop.h"
 #include "desktop/system/WxText.h"
-#include "engine/split/SizeArithmetic.h"
 #include "engine/split/SlyIt.h"
 #include "engine/system/Disk.h"
 #include "engine/system/Files.h"
@@ -40,29 +41,34 @@ void frmSplitter::MakeControls() {
   const auto option = [this](const wxString& caption, const wxString& name, long style) {
     auto* const made =
         new wxRadioButton(Frame1_, wxID_ANY, caption, wxDefaultPosition, wxDefaultSize, style);
-    NameControl(*made, name, caption);
+    NameControl(*made, name, wxControl::RemoveMnemonics(caption));
     return made;
   };
-  Label1_ = NewLabel(area, "File To Split:", "Label1");
+  Label1_ = NewLabel(area, "&File To Split:", "Label1");
   Text1_ = NewTextBox(area, "Text1", "File To Split:", wxTE_PROCESS_ENTER);
   Command6_ = NewButton(area, "Browse", "Command6");
-  Label2_ = NewLabel(area, "Output Directory:", "Label2");
+  Label2_ = NewLabel(area, "&Output Directory:", "Label2");
   Text2_ = NewTextBox(area, "Text2", "Output Directory:", wxTE_PROCESS_ENTER);
   Command2_ = NewButton(area, "Change Dir", "Command2");
   Frame1_ = new wxStaticBox(area, wxID_ANY, "File Settings :");
   Frame1_->SetName("Frame1");
-  Option1_ = option("Predefined File Size : ", "Option1", wxRB_GROUP);
+  Option1_ = option("&Predefined File Size : ", "Option1", wxRB_GROUP);
   Label3_ = NewLabel(Frame1_, "1.38 MB Or 1450000 Bytes", "Label3");
-  Option2_ = option("Specified File Size :", "Option2", 0);
+  Option2_ = option("&Specified File Size :", "Option2", 0);
   Text3_ = NewTextBox(Frame1_, "Text3", "Specified File Size : In Bytes.", wxTE_PROCESS_ENTER);
+  sizes_ = new wxButton(Frame1_, wxID_ANY, wxString::FromUTF8("\u25BE"), wxDefaultPosition,
+                        wxDefaultSize, wxBU_EXACTFIT);
+  NameControl(*sizes_, "Sizes", "Common Sizes");
+  // By keyboard Down does the same in the field itself.
+  sizes_->DisableFocusFromKeyboard();
   Label6_ = NewLabel(Frame1_, " In Bytes.", "Label6");
-  Label5_ = NewLabel(Frame1_, "Or Number Of Files :", "Label5");
+  Label5_ = NewLabel(Frame1_, "Or &Number Of Files :", "Label5");
   Nofile_ = NewTextBox(Frame1_, "Nofile", "Or Number Of Files :", wxTE_PROCESS_ENTER);
   view_ = std::make_unique<ProgressView>(area, "pb", "Text4");
-  Command1_ = NewButton(area, "Sly It", "Command1");
-  Command3_ = NewButton(area, "Cancel", "Command3");
   Command4_ = NewButton(area, "Hide File", "Command4");
   Command5_ = NewButton(area, "Recover File", "Command5");
+  Command1_ = NewButton(area, "Sly It", "Command1");
+  Command3_ = NewButton(area, "Cancel", "Command3");
 }
 
 void frmSplitter::LayOut() {
@@ -73,7 +79,10 @@ void frmSplitter::LayOut() {
 
   auto* const settings = new wxFlexGridSizer(3, Gap(), Gap());
   FieldRow(*settings, Option1_, Label3_);
-  FieldRow(*settings, Option2_, Text3_, Label6_);
+  auto* const unit = new wxBoxSizer(wxHORIZONTAL);
+  unit->Add(sizes_, wxSizerFlags().Expand());
+  unit->Add(Label6_, wxSizerFlags().CentreVertical());
+  FieldRow(*settings, Option2_, Text3_, unit);
   FieldRow(*settings, Label5_, Nofile_);
   settings->GetItem(Label5_)->SetFlag(wxALIGN_CENTRE_VERTICAL | wxALIGN_RIGHT);
   auto* const frame = new wxStaticBoxSizer(Frame1_, wxVERTICAL);
@@ -94,6 +103,7 @@ void frmSplitter::LayOut() {
 }
 
 void frmSplitter::Wire() {
+  OnClick(sizes_, this, &frmSplitter::OfferSizes);
   OnClick(Command1_, this, &frmSplitter::Command1_Click);
   OnClick(Command2_, this, &frmSplitter::Command2_Click);
   OnClick(Command3_, this, &frmSplitter::Command3_Click);
@@ -105,8 +115,13 @@ void frmSplitter::Wire() {
   Text1_->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { Text1_Change(); });
   Text3_->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { Text3_Change(); });
   Nofile_->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { Nofile_Change(); });
-  Text3_->Bind(wxEVT_CHAR, &frmSplitter::Text3_KeyPress, this);
-  Nofile_->Bind(wxEVT_CHAR, &frmSplitter::Nofile_KeyPress, this);
+  for (wxTextCtrl* const size : {Text3_, Nofile_})
+    size->Bind(wxEVT_CHAR, &frmSplitter::FilterKey, this);
+  Nofile_->Bind(wxEVT_KILL_FOCUS, [this, field = Nofile_](wxFocusEvent& event) {
+    event.Skip();
+    // The field also loses the focus when the form goes.
+    if (!wxGetTopLevelParent(field)->IsBeingDeleted()) ComputeAnew();
+  });
   Option1_->Bind(wxEVT_RADIOBUTTON, [this](wxCommandEvent&) { Option1_Click(); });
   Option2_->Bind(wxEVT_RADIOBUTTON, [this](wxCommandEvent&) { Option2_Click(); });
   for (wxRadioButton* const option : {Option1_, Option2_})
@@ -116,12 +131,16 @@ void frmSplitter::Wire() {
       else
         event.Skip();
     });
-  AcceptDroppedFile(*Text1_, [this](const std::filesystem::path& dropped) {
-    Text1_->SetValue(PathToWx(dropped));
-  });
-  AcceptDroppedFile(*Text2_, [this](const std::filesystem::path& dropped) {
-    Text2_->SetValue(PathToWx(FolderExists(dropped) ? dropped : dropped.parent_path()));
-  });
+  AcceptDroppedFile(*Text1_,
+                    [this](const std::filesystem::path& dropped, const std::string& remark) {
+                      Text1_->SetValue(PathToWx(dropped));
+                      if (!remark.empty()) Say(remark);
+                    });
+  AcceptDroppedFile(
+      *Text2_, [this](const std::filesystem::path& dropped, const std::string& remark) {
+        Text2_->SetValue(PathToWx(FolderExists(dropped) ? dropped : dropped.parent_path()));
+        Say(remark);
+      });
   Bind(wxEVT_TIMER, [this](wxTimerEvent&) { tmr_Timer(); });
 }
 
@@ -131,6 +150,8 @@ void frmSplitter::Form_Load() {
   Text2_->ChangeValue(PathToWx(chosen.folder));
   Option1_->SetValue(true);
   Option1_Click();
+  if (!chosen.file.empty()) (void)SourceLength();
+  if (!chosen.remark.empty()) Say(chosen.remark);
   Command1_->SetFocus();
   tmr_.Start(housekeepingInterval);
 }
@@ -143,49 +164,53 @@ void frmSplitter::ShowProgress(const Progress& progress) {
 /// file; the line below the bar then says why.
 std::uint64_t frmSplitter::SourceLength() {
   try {
-    const std::uint64_t length = FileLength(PathFromWx(Text1_->GetValue()));
-    view_->SetLine("");
+    const std::uint64_t length = FileLength(PathIn(*Text1_));
+    Say("");
     return length;
   } catch (const std::exception& error) {
-    view_->SetLine(error.what());
+    Say(error.what());
     return 0;
   }
 }
 
 // What was computed for another file no longer holds.
 void frmSplitter::Text1_Change() {
-  if (NofileTyping_ && !Nofile_->IsEmpty()) {
-    Text3_->ChangeValue("");
-    Nofile_Change();
-  } else if (!Text3_->IsEmpty()) {
-    Text3_Change();
-  }
+  if (NofileTyping_ && !Nofile_->IsEmpty())
+    ComputeAnew();
+  else if (!Text3_->IsEmpty())
+    ShowCount(CountFromSize(FromWx(Text3_->GetValue()), SourceLength()));
+  else
+    (void)SourceLength();
 }
 
+// Both run on changes by the user only, be it by key, by paste or by drop: what the form writes
+// into the other field makes no event.
 void frmSplitter::Nofile_Change() {
-  if (!NofileTyping_) return;
+  NofileTyping_ = true;
   const FieldChange change =
       SizeFromCount(FromWx(Nofile_->GetValue()), FromWx(Text3_->GetValue()), SourceLength());
+  if (change.other) Text3_->ChangeValue(ToWx(*change.other));
   if (change.askForWholeNumber) Talk().Message("Please Enter Whole Numbers.", Icon::Information);
-  if (change.other) Text3_->SetValue(ToWx(*change.other));
 }
 
 void frmSplitter::Text3_Change() {
-  if (NofileTyping_) return;
+  NofileTyping_ = false;
   const FieldChange change = CountFromSize(FromWx(Text3_->GetValue()), SourceLength());
+  ShowCount(change);
   if (change.askForWholeNumber) Talk().Message("Please Enter Whole Numbers.", Icon::Information);
-  if (change.other) Nofile_->SetValue(ToWx(*change.other));
+}
+
+void frmSplitter::ShowCount(const FieldChange& change) {
+  if (change.other) Nofile_->ChangeValue(ToWx(*change.other));
   if (change.clearTyped) Text3_->ChangeValue("");
 }
 
-void frmSplitter::Nofile_KeyPress(wxKeyEvent& event) {
-  NofileTyping_ = true;
-  FilterKey(event);
-}
-
-void frmSplitter::Text3_KeyPress(wxKeyEvent& event) {
-  NofileTyping_ = false;
-  FilterKey(event);
+/// The size for the number that stands in the field, once it is complete: on the way to 12 the
+/// marker for 1 has come and stays.
+void frmSplitter::ComputeAnew() {
+  if (!NofileTyping_ || Nofile_->IsEmpty()) return;
+  const FieldChange change = SizeFromCount(FromWx(Nofile_->GetValue()), "", SourceLength());
+  if (change.other) Text3_->ChangeValue(ToWx(*change.other));
 }
 
 void frmSplitter::FilterKey(wxKeyEvent& event) {
@@ -194,13 +219,37 @@ void frmSplitter::FilterKey(wxKeyEvent& event) {
     Command1_Click();
     return;
   }
+  if (key == WXK_DOWN && event.GetEventObject() == Text3_) {
+    OfferSizes();
+    return;
+  }
   // Keys that type nothing, as the arrows, Tab and those together with Ctrl, are left alone.
   const bool types =
       event.GetUnicodeKey() >= WXK_SPACE && key != WXK_DELETE && !event.HasModifiers();
   if (!types || (key >= '0' && key <= '9')) event.Skip();
 }
 
+/// Sizes that people need, in bytes.
+void frmSplitter::OfferSizes() {
+  struct Size {
+    const char* caption;
+    const char* bytes;
+  };
+  static constexpr std::array<Size, 5> sizes = {{{"25 MB (Mail)", "25000000"},
+                                                 {"650 MB (CD)", "650000000"},
+                                                 {"700 MB (CD)", "700000000"},
+                                                 {"4 GB Less One Byte (FAT32)", "4294967295"},
+                                                 {"4.7 GB (DVD)", "4700000000"}}};
+  wxMenu menu;
+  for (const Size& size : sizes) menu.Append(wxID_ANY, size.caption);
+  const wxPoint below = {0, Text3_->GetSize().y};
+  const int chosen = Text3_->GetPopupMenuSelectionFromUser(menu, below);
+  for (std::size_t i = 0; i < sizes.size(); ++i)
+    if (menu.FindItemByPosition(i)->GetId() == chosen) Text3_->SetValue(sizes.at(i).bytes);
+}
+
 void frmSplitter::Option1_Click() {
+  sizes_->Disable();
   for (wxTextCtrl* const field : {Text3_, Nofile_}) {
     field->ChangeValue("");
     field->Disable();
@@ -208,14 +257,16 @@ void frmSplitter::Option1_Click() {
 }
 
 void frmSplitter::Option2_Click() {
+  sizes_->Enable();
   Text3_->Enable();
   Nofile_->Enable();
 }
 
 void frmSplitter::Command1_Click() {
+  ComputeAnew();
   App().RunJob([this] {
-    SplitForm form{.Text1 = PathFromWx(Text1_->GetValue()),
-                   .Text2 = PathFromWx(Text2_->GetValue()),
+    SplitForm form{.Text1 = PathIn(*Text1_),
+                   .Text2 = PathIn(*Text2_),
                    .Option2 = Option2_->GetValue(),
                    .Text3 = FromWx(Text3_->GetValue()),
                    .Nofile = FromWx(Nofile_->GetValue())};

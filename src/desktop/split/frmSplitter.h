@@ -12,6 +12,7 @@
 
 #include "desktop/system/ModernForm.h"
 #include "desktop/system/ProgressView.h"
+#include "engine/split/SizeArithmetic.h"
 
 namespace slyver {
 
@@ -31,9 +32,10 @@ class frmSplitter final : public ModernForm {
   void Text1_Change();
   void Text3_Change();
   void Nofile_Change();
-  void Text3_KeyPress(wxKeyEvent& event);
-  void Nofile_KeyPress(wxKeyEvent& event);
+  void ShowCount(const FieldChange& change);
+  void ComputeAnew();
   void FilterKey(wxKeyEvent& event);
+  void OfferSizes();
   void Option1_Click();
   void Option2_Click();
   void Command1_Click();
@@ -55,6 +57,7 @@ class frmSplitter final : public ModernForm {
   wxStaticText* Label3_ = nullptr;
   wxRadioButton* Option2_ = nullptr;
   wxTextCtrl* Text3_ = nullptr;
+  wxButton* sizes_ = nullptr;  ///< Drops sizes for Text3 down.
   wxStaticText* Label6_ = nullptr;
   wxStaticText* Label5_ = nullptr;
   wxTextCtrl* Nofile_ = nullptr;
@@ -64,8 +67,7 @@ class frmSplitter final : public ModernForm {
   wxButton* Command1_ = nullptr;
   wxButton* Command3_ = nullptr;
   wxTimer tmr_;
-  /// The user types the number of pieces, so that a change of the size is the program's own and
-  /// must not be computed back.
+  /// Of the two fields the user has changed the number of pieces last, so that the size follows it.
   bool NofileTyping_ = false;
 };
 

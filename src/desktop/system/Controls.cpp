@@ -2,7 +2,9 @@
 
 #include "desktop/chrome/WindowSystem.h"
 #include "desktop/system/ModernForm.h"
+#include "desktop/system/WxText.h"
 #include "engine/hidden/Carrier.h"
+#include "engine/system/Disk.h"
 
 namespace slyver {
 
@@ -17,11 +19,26 @@ wxTextCtrl* NewTextBox(wxWindow* parent, const wxString& name, const wxString& l
   return box;
 }
 
-wxTextCtrl* NewMaskedBox(wxWindow* parent, const wxString& name, const wxString& label) {
+wxTextCtrl* NewMaskedBox(wxWindow* parent, const wxString& name, const wxString& label,
+                         wxTextCtrl& line) {
+  const wxString full = "A Password Has At Most 24 Characters.";
   wxTextCtrl* const box = NewTextBox(parent, name, label, wxTE_PASSWORD | wxTE_PROCESS_ENTER);
   box->SetMaxLength(maxNameLength);
   SetMaskCharacter(*box, '*');
+  box->Bind(wxEVT_TEXT_MAXLEN, [&line, full](wxCommandEvent&) {
+    wxBell();
+    line.ChangeValue(full);
+  });
+  box->Bind(wxEVT_TEXT, [box, &line, full](wxCommandEvent& event) {
+    event.Skip();
+    if (line.GetValue() == full && box->GetValue().length() < maxNameLength) line.ChangeValue("");
+  });
   return box;
+}
+
+std::filesystem::path PathIn(const wxTextCtrl& box) {
+  const std::filesystem::path typed = PathFromWx(box.GetValue());
+  return typed.empty() ? typed : FullPathOf(typed);
 }
 
 wxButton* NewButton(wxWindow* parent, const wxString& caption, const wxString& name) {
@@ -38,12 +55,16 @@ wxFlexGridSizer* NewFieldGrid(int gap) {
 }
 
 void FieldRow(wxFlexGridSizer& grid, wxWindow* label, wxWindow* field, wxWindow* behind) {
+  auto* const end = new wxBoxSizer(wxHORIZONTAL);
+  if (behind != nullptr) end->Add(behind, wxSizerFlags(1).Expand());
+  FieldRow(grid, label, field, end);
+}
+
+void FieldRow(wxFlexGridSizer& grid, wxWindow* label, wxWindow* field, wxSizer* behind) {
+  SetMnemonicTarget(*label, *field);
   grid.Add(label, wxSizerFlags().CentreVertical());
   grid.Add(field, wxSizerFlags(1).Expand().CentreVertical());
-  if (behind == nullptr)
-    grid.AddSpacer(0);
-  else
-    grid.Add(behind, wxSizerFlags().Expand().CentreVertical());
+  grid.Add(behind, wxSizerFlags().Expand());
 }
 
 wxSizer* ButtonRow(int gap, std::initializer_list<wxButton*> left,

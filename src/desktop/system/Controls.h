@@ -5,6 +5,7 @@
 #include <wx/stattext.h>
 #include <wx/textctrl.h>
 
+#include <filesystem>
 #include <initializer_list>
 
 namespace slyver {
@@ -19,8 +20,12 @@ wxTextCtrl* NewTextBox(wxWindow* parent, const wxString& name, const wxString& l
                        long style = 0);
 
 /// A text box that shows "*" for each character and takes 24 at most: a longer password does not
-/// survive in a carrier.
-wxTextCtrl* NewMaskedBox(wxWindow* parent, const wxString& name, const wxString& label);
+/// survive in a carrier. At the 25th it beeps, and `line` says why until something else is typed.
+wxTextCtrl* NewMaskedBox(wxWindow* parent, const wxString& name, const wxString& label,
+                         wxTextCtrl& line);
+
+/// The path typed into `box`, made absolute; empty when there is none. Throws FileError.
+std::filesystem::path PathIn(const wxTextCtrl& box);
 
 wxButton* NewButton(wxWindow* parent, const wxString& caption, const wxString& name);
 
@@ -29,6 +34,7 @@ wxFlexGridSizer* NewFieldGrid(int gap);
 
 /// Adds a row: a label, the field that it is for, and what stands behind the field, if anything.
 void FieldRow(wxFlexGridSizer& grid, wxWindow* label, wxWindow* field, wxWindow* behind = nullptr);
+void FieldRow(wxFlexGridSizer& grid, wxWindow* label, wxWindow* field, wxSizer* behind);
 
 /// A row of buttons, some at its left end and some at its right.
 wxSizer* ButtonRow(int gap, std::initializer_list<wxButton*> left,

@@ -12,25 +12,26 @@ namespace {
 
 class FileDrop final : public wxFileDropTarget {
  public:
-  FileDrop(wxWindow& target, std::function<void(const std::filesystem::path&)> dropped)
-      : target_(target), dropped_(std::move(dropped)) {}
+  FileDrop(wxWindow& target, FileDropped dropped) : target_(target), dropped_(std::move(dropped)) {}
 
   bool OnDropFiles(wxCoord /*x*/, wxCoord /*y*/, const wxArrayString& files) override {
     if (files.empty() || !target_.IsEnabled()) return false;
     // The sender waits for the end of the drop, and what follows may ask questions.
-    target_.CallAfter([this, path = PathFromWx(files[0])] { dropped_(path); });
+    const std::string remark =
+        files.size() == 1 ? std::string()
+                          : "The First Of " + std::to_string(files.size()) + " Files Was Taken.";
+    target_.CallAfter([this, path = PathFromWx(files[0]), remark] { dropped_(path, remark); });
     return true;
   }
 
  private:
   wxWindow& target_;
-  std::function<void(const std::filesystem::path&)> dropped_;
+  FileDropped dropped_;
 };
 
 }  // namespace
 
-void AcceptDroppedFile(wxWindow& target,
-                       std::function<void(const std::filesystem::path&)> dropped) {
+void AcceptDroppedFile(wxWindow& target, FileDropped dropped) {
   target.SetDropTarget(new FileDrop(target, std::move(dropped)));
 }
 

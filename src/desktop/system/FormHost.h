@@ -18,6 +18,7 @@ class ModernForm;
 struct FileToSplit {
   std::filesystem::path file;
   std::filesystem::path folder;
+  std::string remark;  ///< What there is to say of the choice, or nothing.
 };
 
 /// What a form asks of the program around it. The forms know no more of the program than this, so

@@ -1,24 +1,32 @@
 #include "desktop/system/InputBoxM.h"
 
-#include <wx/textctrl.h>
-#include <wx/textdlg.h>
-
-#include "desktop/chrome/WindowSystem.h"
+#include "desktop/system/Controls.h"
+#include "desktop/system/Dialog.h"
+#include "desktop/system/StatusLine.h"
 #include "desktop/system/WxText.h"
-#include "engine/hidden/Carrier.h"
 
 namespace slyver {
 
 namespace {
 
-class MaskedInputBox final : public wxPasswordEntryDialog {
+class MaskedInputBox final : public Dialog {
  public:
-  MaskedInputBox(wxWindow* parent, const wxString& prompt)
-      : wxPasswordEntryDialog(parent, prompt, "Slyver") {
-    SetMaxLength(maxNameLength);
-    SetMaskCharacter(*m_textctrl, '*');
-    SetAccessibleName(*m_textctrl, prompt);
+  MaskedInputBox(wxWindow* parent, const wxString& prompt) : Dialog(parent) {
+    auto* const column = new wxBoxSizer(wxVERTICAL);
+    column->Add(NewLabel(this, prompt, "Prompt"));
+    line_ = NewStatusLine(this, "Note");
+    box_ = NewMaskedBox(this, "Text", prompt, *line_);
+    column->Add(box_, wxSizerFlags().Expand().Border(wxTOP | wxBOTTOM, Margin() / 2));
+    column->Add(line_, wxSizerFlags().Expand());
+    Complete(column, wxOK | wxCANCEL);
+    box_->SetFocus();
+    box_->Bind(wxEVT_TEXT_ENTER, [this](wxCommandEvent&) { EndModal(wxID_OK); });
   }
+  wxString Typed() const { return box_->GetValue(); }
+
+ private:
+  wxTextCtrl* line_;
+  wxTextCtrl* box_;
 };
 
 }  // namespace
@@ -26,7 +34,7 @@ class MaskedInputBox final : public wxPasswordEntryDialog {
 std::optional<std::string> MaskedInput(wxWindow* parent, std::string_view prompt) {
   MaskedInputBox box(parent, ToWx(prompt));
   if (box.ShowModal() != wxID_OK) return std::nullopt;
-  return FromWx(box.GetValue());
+  return FromWx(box.Typed());
 }
 
 }  // namespace slyver

@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "desktop/chrome/WindowSystem.h"
+#include "desktop/system/WxText.h"
 
 namespace slyver {
 
@@ -62,6 +63,10 @@ void ModernForm::SetBusy(bool busy) {
   for (wxWindow* const control : ClientArea()->GetChildren())
     if (control != escapeButton_ && control != statusLine_) control->Enable(!busy);
   if (wxWindow* const before = busy ? nullptr : FindWindow(focusBefore_)) before->SetFocus();
+}
+
+void ModernForm::Say(const std::string& text) {
+  if (statusLine_ != nullptr) statusLine_->ChangeValue(ToWx(text));
 }
 
 void ModernForm::FitAndCentre(wxSizer* content) {

@@ -2,6 +2,7 @@
 
 #include <wx/frame.h>
 #include <wx/panel.h>
+#include <wx/textctrl.h>
 
 #include "desktop/chrome/WinXPApe.h"
 #include "desktop/system/FormHost.h"
@@ -27,6 +28,9 @@ class ModernForm : public wxFrame {
   /// While a job runs, the form takes no input but its title bar and its button to cancel.
   void SetBusy(bool busy);
 
+  /// Says something in the form's status line, if it has one.
+  void Say(const std::string& text);
+
   /// Sets the form's progress bar, if `progress` concerns it.
   virtual void ShowProgress(const Progress& /*progress*/) {}
 
@@ -44,8 +48,11 @@ class ModernForm : public wxFrame {
   void SetEscapeButton(wxWindow* button) { escapeButton_ = button; }
 
   /// While a job runs, this control has the keyboard focus: neither a key held too long nor the
-  /// next one typed then does anything.
-  void SetStatusLine(wxWindow* line) { statusLine_ = line; }
+  /// next one typed then does anything. The form says there what goes on.
+  void SetStatusLine(wxTextCtrl* line) { statusLine_ = line; }
+
+  /// Gives `control` the keyboard focus, once the job that runs has ended.
+  void FocusWhenFree(const wxWindow& control) { focusBefore_ = control.GetId(); }
 
   /// The space between and around controls, in pixels, which follows the font.
   int Gap() const;
@@ -56,7 +63,7 @@ class ModernForm : public wxFrame {
   FormHost& host_;
   WinXPApe chrome_;
   wxWindow* escapeButton_ = nullptr;
-  wxWindow* statusLine_ = nullptr;
+  wxTextCtrl* statusLine_ = nullptr;
   wxWindowID focusBefore_ = wxID_NONE;
   bool unloaded_ = false;
 };

@@ -1,5 +1,7 @@
 #include "desktop/system/ProgressView.h"
 
+#include <wx/settings.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -7,16 +9,31 @@
 #include "desktop/system/ModernForm.h"
 #include "desktop/system/StatusLine.h"
 #include "desktop/system/WxText.h"
+#include "engine/hidden/Carrier.h"
 #include "engine/system/ProgressText.h"
 
 namespace slyver {
 
+namespace {
+
+/// A colour that stands out a little from the background of `window`, be it light or dark.
+wxColour QuietColour(const wxWindow& window) {
+  constexpr unsigned char part = 40;  // Of 255.
+  const wxColour text = wxSystemSettings::GetColour(wxSYS_COLOUR_BTNTEXT);
+  const wxColour behind = window.GetParent()->GetBackgroundColour();
+  const auto blend = [](unsigned char over, unsigned char under) {
+    return static_cast<unsigned char>((over * part + under * (255 - part)) / 255);
+  };
+  return {blend(text.Red(), behind.Red()), blend(text.Green(), behind.Green()),
+          blend(text.Blue(), behind.Blue())};
+}
+
+}  // namespace
+
 double BarPosition(const Progress& progress, double before) {
-  if (progress.value <= 0 && progress.bytesDone == 0) return 0;
-  const double position = progress.bytesTotal > 0 ? 100 * static_cast<double>(progress.bytesDone) /
-                                                        static_cast<double>(progress.bytesTotal)
-                                                  : progress.value;
-  return std::clamp(position, before, 100.0);
+  if (progress.bytesTotal > directoryLength)
+    return 100 * static_cast<double>(progress.bytesDone) / static_cast<double>(progress.bytesTotal);
+  return progress.value <= 0 ? 0 : std::clamp(progress.value, before, 100.0);
 }
 
 void Change_pb_Color(wxGauge& bar, const wxColour& colour) {
@@ -30,7 +47,7 @@ void Change_pb_ForeColor(wxGauge& bar, const wxColour& colour) {
 ProgressView::ProgressView(wxWindow* parent, const wxString& barName, const wxString& lineName)
     : bar_(new wxGauge(parent, wxID_ANY, range)), line_(NewStatusLine(parent, lineName)) {
   NameControl(*bar_, barName, "Progress");
-  Change_pb_Color(*bar_, wxColour(214, 220, 222));
+  Change_pb_Color(*bar_, QuietColour(*bar_));
   Change_pb_ForeColor(*bar_, wxColour(42, 157, 143));
   bar_->SetMinSize({-1, bar_->GetCharHeight() / 2});
 }
@@ -46,10 +63,11 @@ void ProgressView::Show(const Progress& progress) {
 
   const Clock::time_point now = Clock::now();
   if (!copying_) started_ = now;
-  copying_ = progress.bytesTotal > 0;
-  // Twice a second is as fast as one can read.
+  copying_ = progress.bytesTotal > directoryLength;
+  // Twice a second is as fast as one can read. The end is always told.
   constexpr std::chrono::milliseconds lineInterval{500};
-  if ((!copying_ && progress.searched == 0) || now - lineSet_ < lineInterval) return;
+  const bool atEnd = copying_ && progress.bytesDone == progress.bytesTotal;
+  if ((!copying_ && progress.searched == 0) || (now - lineSet_ < lineInterval && !atEnd)) return;
   lineSet_ = now;
   const std::string line =
       ProgressLine(progress, std::chrono::duration<double>(now - started_).count());

@@ -10,9 +10,9 @@
 
 namespace slyver {
 
-/// Where a bar stands, 0 to 100, after `progress` has come, when it stood at `before`: at the value
-/// set, or while bytes are copied at their share, since a job may set the value of a step that has
-/// gigabytes before it. It goes back only when a job starts at 0.
+/// Where a bar stands, 0 to 100, after `progress` has come, when it stood at `before`: at the share
+/// of the bytes copied, whatever the step, since a step may have gigabytes before it. Without
+/// bytes, and while a directory is read, at the value set; it does not go back then, but to 0.
 double BarPosition(const Progress& progress, double before);
 
 /// The colour of a progress bar's trough, and of its filling.

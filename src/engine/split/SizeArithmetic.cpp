@@ -53,7 +53,11 @@ FieldChange SizeFromCount(std::string_view count, std::string_view size, std::ui
 FieldChange CountFromSize(std::string_view size, std::uint64_t length) {
   if (size == "0" || size.empty()) return {.other = "", .clearTyped = true};
   if (size == "1" || size.starts_with("Un")) return {};
-  return Divide(size, length);
+  // A fraction counts as it will be cut.
+  const std::optional<std::uint64_t> whole = WholeBytes(size);
+  FieldChange change = Divide(whole ? std::to_string(*whole) : std::string(size), length);
+  change.askForWholeNumber = size.ends_with('.');
+  return change;
 }
 
 std::optional<std::uint64_t> WholeBytes(std::string_view text) {

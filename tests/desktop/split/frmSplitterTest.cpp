@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "desktop/app/WxUi.h"
-#include "engine/system/FileError.h"
 #include "support/DesktopTest.h"
 
 namespace slyver {
@@ -17,7 +15,6 @@ class frmSplitterTest : public DesktopTest {
   void SetUp() override {
     DesktopTest::SetUp();
     file = folder / "file.bin";
-    bytes = SomeBytes(1000);
     WriteFile(file, bytes);
     Start(file);
   }
@@ -28,72 +25,79 @@ class frmSplitterTest : public DesktopTest {
     event.SetEventObject(&option);
     option.HandleWindowEvent(event);
   }
-  /// Types a number of pieces into the empty field and returns the size that shows.
-  static std::string SizeFor(const std::string& count) {
-    RubOut(form, "Nofile");
-    Type(form, "Nofile", count);
-    EXPECT_EQ(TextOf(form, "Nofile"), count);
-    return TextOf(form, "Text3");
-  }
   void ExpectSuccess() {
     ui.ExpectMessage("File Successfully Sly.", Icon::Information);
     ui.ExpectEndProgram();
   }
 
+  const std::string bytes = SomeBytes(1000);
   std::filesystem::path file;
-  std::string bytes;
 };
 
 TEST_F(frmSplitterTest, ComesUpWithThePredefinedSize) {
-  EXPECT_EQ(FindForm(form)->GetTitle(), "Slyver");
-  EXPECT_TRUE(ControlOf<wxRadioButton>(form, "Option1").GetValue());
-  EXPECT_FALSE(ControlOf<wxTextCtrl>(form, "Text3").IsEnabled());
-  EXPECT_FALSE(ControlOf<wxTextCtrl>(form, "Nofile").IsEnabled());
+  for (const char* const field : {"Text3", "Nofile"})
+    EXPECT_FALSE(ControlOf(form, field).IsEnabled());
   ui.ExpectMessage("Chunk Size Bigger Than File Size.", Icon::Information);
   ui.ExpectQuestion("Unable To Sly File. Do You Want To Exit?", Answer::No);
   Click(form, "Command1");
   EXPECT_TRUE(IsShown(form));
-  EXPECT_TRUE(ControlOf<wxWindow>(form, "Command1").IsEnabled());
+  EXPECT_TRUE(ControlOf(form, "Command1").IsEnabled());
 }
 
-TEST_F(frmSplitterTest, CountGivesSize) {
+// However the user changes a field, the other one follows it.
+TEST_F(frmSplitterTest, SizeAndNumberFollowEachOther) {
+  struct Change {
+    const char *field, *text, *size, *count;
+  };
+  const std::vector<Change> changes = {
+      {"Nofile", "3", "334", "3"},      {"Nofile", "4", "250", "4"},
+      {"Text3", "600", "600", "2"},     {"Nofile", "1", marker, "1"},
+      {"Nofile", "0", "", "0"},         {"Nofile", "1000", marker, "1000"},
+      {"Text3", "250", "250", "4"},     {"Text3", "1000", "1000", marker},
+      {"Text3", "333.4", "333.4", "4"},  // 333 bytes are cut, four times.
+      {"Text3", "333.6", "333.6", "3"},  // 334 bytes.
+      {"Text3", "0", "", ""},           {"Nofile", "x", marker, "x"}};
   ChooseOption("Option2");
-  EXPECT_EQ(SizeFor("3"), "334");
-  EXPECT_EQ(SizeFor("4"), "250");
-  EXPECT_EQ(SizeFor("1"), marker);
-  EXPECT_EQ(SizeFor("999"), "2");
-  EXPECT_EQ(SizeFor("0"), "");
-  ControlOf<wxTextCtrl>(form, "Nofile").SetValue("");
-  // As a whole: digit by digit the marker for "1" would stay.
-  ControlOf<wxTextCtrl>(form, "Nofile").SetValue("1000");
-  EXPECT_EQ(TextOf(form, "Text3"), marker);
-}
-
-TEST_F(frmSplitterTest, SizeGivesCount) {
-  ChooseOption("Option2");
-  Type(form, "Text3", "1");
-  EXPECT_EQ(TextOf(form, "Nofile"), "");
-  RubOut(form, "Text3");
-  Type(form, "Text3", "250");
-  EXPECT_EQ(TextOf(form, "Nofile"), "4");
-  EXPECT_EQ(TextOf(form, "Text3"), "250");
-  Type(form, "Text3", "0");
-  EXPECT_EQ(TextOf(form, "Nofile"), marker);
-  RubOut(form, "Text3");
-  EXPECT_EQ(TextOf(form, "Nofile"), "");
+  for (const Change& change : changes) {
+    SCOPED_TRACE(std::string(change.field) + " " + change.text);
+    Paste(form, change.field, change.text);
+    EXPECT_EQ(TextOf(form, "Text3"), change.size);
+    EXPECT_EQ(TextOf(form, "Nofile"), change.count);
+    if (TextOf(form, "Text3") == marker) Paste(form, "Text3", "");
+  }
   ui.ExpectMessage("Please Enter Whole Numbers.", Icon::Information);
-  ControlOf<wxTextCtrl>(form, "Text3").SetValue("300.");
+  Paste(form, "Text3", "300.");
   EXPECT_EQ(TextOf(form, "Nofile"), "4");
-}
-
-TEST_F(frmSplitterTest, OnlyDigitsAreTaken) {
-  ChooseOption("Option2");
+  Paste(form, "Text3", "");
   Type(form, "Nofile", "x-4.y e");
-  EXPECT_EQ(TextOf(form, "Nofile"), "4");
-  EXPECT_EQ(TextOf(form, "Text3"), "250");
-  EXPECT_TRUE(Press(ControlOf<wxTextCtrl>(form, "Nofile"), WXK_LEFT));
+  EXPECT_EQ(TextOf(form, "Nofile") + " " + TextOf(form, "Text3"), "4 250");
+  EXPECT_TRUE(Press(ControlOf(form, "Nofile"), WXK_LEFT));
   ChooseOption("Option1");
   EXPECT_EQ(TextOf(form, "Nofile") + TextOf(form, "Text3"), "");
+}
+
+TEST_F(frmSplitterTest, NumberIsComputedAnewWhenItIsComplete) {
+  ChooseOption("Option2");
+  Type(form, "Nofile", "12");
+  EXPECT_EQ(TextOf(form, "Text3"), marker);
+  wxFocusEvent leaves(wxEVT_KILL_FOCUS);
+  ControlOf(form, "Nofile").HandleWindowEvent(leaves);
+  EXPECT_EQ(TextOf(form, "Text3"), "84");
+  Paste(form, "Nofile", "");
+  Type(form, "Nofile", "13");
+  ExpectSuccess();
+  EXPECT_FALSE(Press(ControlOf(form, "Nofile"), WXK_RETURN));
+  EXPECT_EQ(ReadFile(folder / "file.bin.1.sly"), bytes.substr(0, 77));
+  EXPECT_EQ(ReadFile(folder / "file.bin.13.sly"), bytes.substr(12 * 77));
+}
+
+TEST_F(frmSplitterTest, MarkerIsRefused) {
+  ChooseOption("Option2");
+  Type(form, "Nofile", "1");
+  ui.ExpectMessage("Unable To Divide File.", Icon::Critical);
+  Click(form, "Command1");
+  EXPECT_TRUE(IsShown(form));
+  EXPECT_EQ(Names(), std::set<std::string>{"file.bin"});
 }
 
 TEST_F(frmSplitterTest, AnotherFileIsComputedAnew) {
@@ -106,28 +110,11 @@ TEST_F(frmSplitterTest, AnotherFileIsComputedAnew) {
   EXPECT_EQ(TextOf(form, "Text3"), "500");
   EXPECT_EQ(TextOf(form, "Text2"), PathText(folder / ""));
   // A file that is not there cannot be divided; the line below the bar says why.
-  ControlOf<wxTextCtrl>(form, "Text1").SetValue(PathToWx(folder / "none"));
+  Drop(ControlOf(form, "Text1"), {folder / "none"});
   EXPECT_EQ(TextOf(form, "Text3"), marker);
   EXPECT_NE(TextOf(form, "Text4").find("none: "), std::string::npos);
-}
-
-TEST_F(frmSplitterTest, MarkerIsRefused) {
-  ChooseOption("Option2");
-  Type(form, "Nofile", "1");
-  ui.ExpectMessage("Unable To Divide File.", Icon::Critical);
-  Click(form, "Command1");
-  EXPECT_TRUE(IsShown(form));
-  EXPECT_EQ(Names(), std::set<std::string>{"file.bin"});
-}
-
-TEST_F(frmSplitterTest, EnterInAFieldSplits) {
-  ChooseOption("Option2");
-  Type(form, "Nofile", "3");
-  ExpectSuccess();
-  EXPECT_FALSE(Press(ControlOf<wxTextCtrl>(form, "Nofile"), WXK_RETURN));
-  EXPECT_EQ(ReadFile(folder / "file.bin.1.sly"), bytes.substr(0, 334));
-  EXPECT_EQ(ReadFile(folder / "file.bin.3.sly"), bytes.substr(668));
-  EXPECT_EQ(ui.Values().back(), 100);
+  Drop(ControlOf(form, "Text2"), {file});
+  EXPECT_EQ(TextOf(form, "Text2"), PathText(folder));
 }
 
 TEST_F(frmSplitterTest, OutputFolderIsChosenAndMade) {
@@ -136,59 +123,44 @@ TEST_F(frmSplitterTest, OutputFolderIsChosenAndMade) {
   EXPECT_EQ(TextOf(form, "Text2"), PathText(folder / ""));
   ui.ExpectPickFolder(folder / "out");
   Click(form, "Command2");
-  EXPECT_EQ(TextOf(form, "Text2"), PathText(folder / "out"));
   ChooseOption("Option2");
+  Type(form, "Text3", "600");
   const std::string question =
       PathText(folder / "out") + " Does Not Exists. Do You Want To Create It?";
   ui.ExpectQuestion(question, Answer::No);
   Click(form, "Command1");
+  EXPECT_TRUE(IsShown(form));
   ui.ExpectQuestion(question, Answer::Yes);
-  ui.ExpectMessage("Please Specify The Size Of The File.", Icon::Information);
-  Click(form, "Command1");
-  EXPECT_EQ(TextOf(form, "Text2"), PathText(folder / "out" / ""));
-  Type(form, "Text3", "600");
-  // Only folders followed by a separator were made before the question for the size.
-  if (!std::filesystem::exists(folder / "out"))
-    ui.ExpectQuestion(PathText(folder / "out" / "") + " Does Not Exists. Do You Want To Create It?",
-                      Answer::Yes);
   ExpectSuccess();
   Click(form, "Command1");
   EXPECT_EQ(ReadFile(folder / "out" / "file.bin.2.sly"), bytes.substr(600));
+  // The bar and its line end at what was done.
+  EXPECT_EQ(TextOf(form, "Text2"), PathText(folder / "out" / ""));
 }
 
-TEST_F(frmSplitterTest, StoppedJobLeavesNothingAndEnds) {
-  ChooseOption("Option2");
-  Type(form, "Nofile", "4");
-  ui.StopAtBytes(1);
+TEST_F(frmSplitterTest, ClosingTheFormStopsTheJob) {
+  std::filesystem::resize_file(file, 4'000'000'000);
+  Paste(form, "Text1", PathText(file));
+  shown.atProgress = [] { FindForm(form)->Close(); };
   ui.ExpectEndProgram();
   Click(form, "Command1");
+  EXPECT_EQ(TextOf(form, "Text4"), "Stopping ...");
   EXPECT_EQ(Names(), std::set<std::string>{"file.bin"});
 }
 
-TEST_F(frmSplitterTest, CancelEnds) {
-  SaveRegString(RegRoot::LocalMachine, "Software\\Orm Valis\\FC", "filepath", "x");
-  ui.ExpectEndProgram();
-  Click(form, "Command3");
-  EXPECT_EQ(GetRegString(RegRoot::LocalMachine, "Software\\Orm Valis\\FC", "filepath"), "");
-}
-
 TEST_F(frmSplitterTest, WhileAJobRunsOnlyCancelAndCloseAct) {
-  auto& close = ControlOf<wxWindow>(form, "CloseButton");
   desktop->RunJob([&] {
     for (const char* name : {"Text1", "Command6", "Frame1", "Option1", "Command1", "Command4"})
-      EXPECT_FALSE(ControlOf<wxWindow>(form, name).IsEnabled()) << name;
-    EXPECT_TRUE(close.IsEnabled());
-    EXPECT_FALSE(desktop->StopAsked());
-    FindForm(form)->Close();
-    EXPECT_TRUE(desktop->StopAsked());
-    EXPECT_TRUE(IsShown(form));
-  });
-  EXPECT_TRUE(ControlOf<wxWindow>(form, "Text1").IsEnabled());
-  desktop->RunJob([&] {
+      EXPECT_FALSE(ControlOf(form, name).IsEnabled()) << name;
+    EXPECT_TRUE(ControlOf(form, "CloseButton").IsEnabled());
     EXPECT_FALSE(desktop->StopAsked());
     Click(form, "Command3");
     EXPECT_TRUE(desktop->StopAsked());
+    EXPECT_TRUE(IsShown(form));
   });
+  EXPECT_TRUE(ControlOf(form, "Text1").IsEnabled());
+  ui.ExpectEndProgram();
+  Click(form, "Command3");
 }
 
 }  // namespace

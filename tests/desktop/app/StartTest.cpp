@@ -1,0 +1,273 @@
+#include <gtest/gtest.h>
+#include <wx/menu.h>
+
+#include "desktop/app/Instance.h"
+#include "desktop/app/frmFirst.h"
+#include "desktop/app/frmSplitJoin.h"
+#include "engine/system/WorkFolders.h"
+#include "support/DesktopTest.h"
+
+namespace slyver {
+namespace {
+
+constexpr const char* together =
+    "Please Make Sure All The Sly Files Are In The Same Folder. Are They In The Same Folder?";
+constexpr const char* noFile = "No File Selected. Do You Want To Exit?";
+constexpr const char* fcKey = "Software\\Orm Valis\\FC";
+
+/// The value that outside components leave and that goes at most exits.
+bool FilePathValueIsThere() {
+  return !GetRegString(RegRoot::LocalMachine, fcKey, "filepath").empty();
+}
+
+/// The start-up form, and the selection form with its menus.
+class StartTest : public DesktopTest {
+ protected:
+  void SetUp() override {
+    DesktopTest::SetUp();
+    SaveRegString(RegRoot::LocalMachine, fcKey, "filepath", "x");
+    WriteFile(folder / "x.1.sly", "one");
+    WriteFile(folder / "x.2.sly", "two");
+  }
+  void ExpectJoined() {
+    ui.ExpectProgressForm("Joining Files");
+    ui.ExpectMessage("File Joined.", Icon::Information);
+    ui.ExpectEndProgram();
+  }
+  static void Choose(wxMenu& menu, const wxMenuItem& item) {
+    // What the toolkit does when an item is clicked.
+    if (item.IsCheckable()) menu.Check(item.GetId(), !item.IsChecked());
+    menu.SendEvent(item.GetId(), item.IsCheckable() && item.IsChecked() ? 1 : 0);
+  }
+};
+
+TEST_F(StartTest, CommandLineDecidesWhatComesFirst) {
+  const auto comes = [&](const std::string& commandLine, const char* form) {
+    SCOPED_TRACE(commandLine);
+    MakeDesktop();
+    desktop->Start(commandLine);
+    for (const char* const each : {"frmSplitJoin", "frmSplitter"})
+      EXPECT_EQ(IsShown(each), std::string(form) == each) << each;
+    EXPECT_FALSE(IsShown("frmFirst"));
+  };
+  comes("", "frmSplitJoin");
+  comes(PathText(folder / "part.Sly"), "frmSplitter");  // Mixed case: no piece.
+  EXPECT_EQ(TextOf("frmSplitter", "Text1"), PathText(folder / "part.Sly"));
+  EXPECT_EQ(TextOf("frmSplitter", "Text2"), PathText(folder / ""));
+  // A file that is not there is said at once.
+  EXPECT_NE(TextOf("frmSplitter", "Text4").find("part.Sly: "), std::string::npos);
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(folder);
+  comes("x.2.sly x", "frmSplitter");
+  std::filesystem::current_path(before);
+  EXPECT_EQ(TextOf("frmSplitter", "Text1"), PathText(folder / "x.2.sly x"));
+  for (const std::string& piece : {PathText(folder / "X.1.SLY"), std::string("\"/a b/c.iso\"")}) {
+    ui.ExpectQuestion(together, Answer::No);
+    ui.ExpectEndProgram();
+    comes(piece, "");
+  }
+  EXPECT_FALSE(FilePathValueIsThere());
+  SaveRegString(RegRoot::ClassesRoot, "StrTempSly", "filepath", "x");
+  ui.ExpectMessage("Unable To Sly Folder.", Icon::Information);
+  ui.ExpectEndProgram();
+  comes(PathText(folder), "");
+  EXPECT_EQ(GetRegString(RegRoot::ClassesRoot, "StrTempSly", "filepath"), "");
+}
+
+TEST_F(StartTest, OptionsNameTheJob) {
+  struct Case {
+    std::string commandLine;
+    const char* form;
+    const char* field;  ///< Where the file comes to stand, if one is given.
+  };
+  const std::string file = PathText(folder / "x.1.sly");
+  const std::vector<Case> cases = {{"--split " + file, "frmSplitter", "Text1"},
+                                   {"--hide " + file, "frmHideFile", "Text2"},
+                                   {"--hide", "frmHideFile", nullptr},
+                                   {"--recover", "frmHideRec", nullptr}};
+  for (const Case& given : cases) {
+    SCOPED_TRACE(given.commandLine);
+    MakeDesktop();
+    desktop->Start(given.commandLine);
+    ASSERT_TRUE(RunEventsUntil([&] { return IsShown(given.form); }));
+    if (given.field != nullptr) {
+      EXPECT_EQ(TextOf(given.form, given.field), file);
+    }
+  }
+  MakeDesktop();
+  ui.ExpectOpenFile("Select File To Sly", "", HomeFolder(), file);
+  desktop->Start("--split");
+  EXPECT_TRUE(RunEventsUntil([] { return IsShown("frmSplitter"); }));
+}
+
+TEST_F(StartTest, SecondInstanceIsAskedFor) {
+  const std::string question =
+      "Slyver Is Already Running. Do You Want To Create Another Instance Of It?";
+  anotherRuns = true;
+  ui.ExpectQuestion(question, Answer::Ok, Buttons::OkCancel);
+  Start();
+  EXPECT_TRUE(IsShown("frmSplitJoin") && FilePathValueIsThere());
+  MakeDesktop();
+  ui.ExpectQuestion(question, Answer::Cancel, Buttons::OkCancel);
+  ui.ExpectEndProgram();
+  Start();
+  EXPECT_FALSE(IsLoaded("frmSplitJoin") || FilePathValueIsThere());
+
+  auto first = std::make_unique<Instance>();
+  EXPECT_FALSE(first->AnotherRuns());
+  const Instance second;
+  EXPECT_TRUE(second.AnotherRuns());
+  first.reset();
+  EXPECT_TRUE(Instance().AnotherRuns());
+}
+
+TEST_F(StartTest, MemoryFiguresDecideWhichWarningComes) {
+  constexpr const char* lowTotal =
+      "Computer's RAM Is Less Than The Minimum Requirement i.e. 64mb And Less Than 30% Of The "
+      "Physical Memory Is Free. Exit Other Applications That You May Be Running Or Slyver Will "
+      "Take A Lot Of Time To Execute. Do You Want To Continue?";
+  constexpr const char* lowFree =
+      "Less Than 15% Of The Physical Memory Is Free. Exit Any Other Applications That You May Be "
+      "Running Or Slyver Will Take A Lot Of Time To Execute. Do You Want To Continue?";
+  constexpr const char* again = "Do You Want To See This RAM Warning Again?";
+  struct Case {
+    std::uint64_t total;
+    std::uint64_t available;
+    const char* warning;
+  };
+  const std::vector<Case> cases = {
+      {67'108'864, 14'000'000, nullptr},  // 64.3: not below 64, and 20% free.
+      {67'108'864, 10'000'000, lowFree},  // 14%.
+      {66'000'000, 19'900'000, nullptr},  // 30%.
+      {66'000'000, 19'700'000, lowTotal},      {8'000'000'000, 1'199'000'000, lowFree},
+      {8'000'000'000, 1'201'000'000, nullptr}, {0, 0, nullptr}};  // A system that does not tell.
+  for (const Case& figures : cases) {
+    SCOPED_TRACE(figures.available);
+    memory = {.totalPhysical = figures.total, .availablePhysical = figures.available};
+    if (figures.warning != nullptr) {
+      ui.ExpectQuestion(figures.warning, Answer::Yes);
+      ui.ExpectQuestion(again, Answer::Yes);
+    }
+    MakeDesktop();
+    Start();
+    EXPECT_TRUE(IsShown("frmSplitJoin"));
+    EXPECT_EQ(RamValue(), "");
+  }
+  memory = {.totalPhysical = 8'000'000'000, .availablePhysical = 100'000'000};
+  MakeDesktop();
+  ui.ExpectQuestion(lowFree, Answer::No);
+  ui.ExpectEndProgram();
+  Start();
+  EXPECT_FALSE(IsLoaded("frmSplitJoin"));
+  EXPECT_TRUE(FilePathValueIsThere());
+  MakeDesktop();
+  ui.ExpectQuestion(lowFree, Answer::Yes);
+  ui.ExpectQuestion(again, Answer::No);
+  Start();
+  EXPECT_EQ(RamValue(), "0");
+  MakeDesktop();
+  Start();  // No question this time.
+  EXPECT_TRUE(desktop->MainMenu().Sly[0]->IsChecked());
+}
+
+TEST_F(StartTest, PieceOnTheCommandLineIsJoinedFromTheDialog) {
+  const auto dialog = [&](const std::optional<std::filesystem::path>& chosen) {
+    ui.ExpectOpenFile("Please Select Any Other File To Join.", "Sly File (*.Sly)|*.Sly;|",
+                      folder / "", chosen);
+  };
+  ui.ExpectQuestion(together, Answer::Yes);
+  dialog(std::nullopt);
+  ui.ExpectQuestion(noFile, Answer::No);
+  dialog(folder / "x.1.sly");
+  ExpectJoined();
+  Start(folder / "x.7.sly");
+  EXPECT_EQ(ReadFile(folder / "x"), "onetwo");
+  EXPECT_FALSE(IsShown("frmSplitJoin") || FilePathValueIsThere());
+  MakeDesktop();
+  ui.ExpectQuestion(together, Answer::Yes);
+  dialog(std::nullopt);
+  ui.ExpectQuestion(noFile, Answer::Yes);
+  ui.ExpectEndProgram();
+  Start(folder / "x.1.sly");
+}
+
+TEST_F(StartTest, SelectionHandsAFileToTheSplitForm) {
+  Start();
+  const auto dialog = [&](const std::optional<std::filesystem::path>& chosen) {
+    ui.ExpectOpenFile("Select File To Sly", "", HomeFolder(), chosen);
+  };
+  dialog(std::nullopt);
+  ui.ExpectQuestion(noFile, Answer::No);
+  Click("frmSplitJoin", "Command1");
+  EXPECT_TRUE(IsShown("frmSplitJoin") && !desktop->First().SplitReady);
+  dialog(std::nullopt);
+  ui.ExpectQuestion(noFile, Answer::Yes);
+  ui.ExpectEndProgram();
+  Click("frmSplitJoin", "Command1");
+  dialog(folder / "a.iso");
+  Click("frmSplitJoin", "Command1");
+  EXPECT_TRUE(RunEventsUntil([] { return IsShown("frmSplitter"); }));
+  EXPECT_FALSE(IsLoaded("frmSplitJoin"));
+  EXPECT_EQ(TextOf("frmSplitter", "Text1"), PathText(folder / "a.iso"));
+}
+
+TEST_F(StartTest, SelectionJoinsFromOnePiece) {
+  Start();
+  ui.ExpectQuestion(together, Answer::No);
+  ui.ExpectQuestion("Do You Want To Exit?", Answer::No);
+  ui.ExpectOpenFile("Select File To Join.", "Sly File (*.Sly)|*.Sly;|", HomeFolder(),
+                    folder / "x.2.sly");
+  ExpectJoined();
+  Click("frmSplitJoin", "Command2");
+  EXPECT_EQ(ReadFile(folder / "x"), "onetwo");
+}
+
+TEST_F(StartTest, SelectionTakesWhatIsDropped) {
+  Start();
+  wxWindow& area = ControlOf("frmSplitJoin", "ClientArea");
+  ui.ExpectMessage("Unable To Sly Folder.", Icon::Information);
+  Drop(area, {folder});
+  ui.ExpectQuestion(together, Answer::Yes);
+  ExpectJoined();
+  Drop(area, {folder / "x.2.sly"});
+  Drop(area, {folder / "x", folder / "y"});
+  EXPECT_TRUE(RunEventsUntil([] { return IsShown("frmSplitter"); }));
+  EXPECT_EQ(TextOf("frmSplitter", "Text1"), PathText(folder / "x"));
+  EXPECT_EQ(TextOf("frmSplitter", "Text4"), "The First Of 2 Files Was Taken.");
+}
+
+TEST_F(StartTest, CancelEndsAtOnceAndClosingCleansUp) {
+  Start();
+  ui.ExpectEndProgram();
+  Click("frmSplitJoin", "Command3");
+  EXPECT_TRUE(FilePathValueIsThere());
+  ui.ExpectEndProgram();
+  FindForm("frmSplitJoin")->Close();
+  EXPECT_FALSE(FilePathValueIsThere());
+}
+
+TEST_F(StartTest, MenusStoreAndTell) {
+  Start();
+  frmMainMenu& menus = desktop->MainMenu();
+  for (const int item : {0, 0, 1}) {  // The second click leaves the mark where it is.
+    Choose(*menus.hel, *menus.Sly.at(static_cast<std::size_t>(item)));
+    EXPECT_EQ(menus.Sly[0]->IsChecked(), item == 0);
+    EXPECT_EQ(menus.Sly[1]->IsChecked(), item == 1);
+    EXPECT_EQ(RamValue(), item == 0 ? "0" : "");
+  }
+  ui.ExpectMessage(
+      "This Software Has Been Developed By:\r\nOrm Valis\r\nEmail Address:\r\n"
+      "orm.valis@slyver.example",
+      Icon::None);
+  Choose(*menus.he, *menus.ab[0]);
+  Choose(*menus.he, *menus.ab[1]);
+  hasViewer = false;
+  const std::filesystem::path page = folder / "index.html";
+  ui.ExpectMessage("No Program Opens The Help. It Lies In " + PathText(page) + ".",
+                   Icon::Information);
+  Choose(*menus.he, *menus.ab[1]);
+  EXPECT_EQ(opened, (std::vector{page, page}));
+}
+
+}  // namespace
+}  // namespace slyver

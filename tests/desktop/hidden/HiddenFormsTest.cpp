@@ -1,0 +1,274 @@
+#include <gtest/gtest.h>
+#include <wx/listctrl.h>
+
+#include "desktop/hidden/ListViewIcon.h"
+#include "desktop/hidden/frmHideFile.h"
+#include "desktop/hidden/frmHideRec.h"
+#include "engine/system/WorkFolders.h"
+#include "support/DesktopTest.h"
+#include "support/SampleCarrier.h"
+
+namespace slyver {
+namespace {
+
+constexpr const char* noFile = "No File Selected. Do You Want To Exit?";
+
+/// The form is filled with a carrier of `hiddenFiles` files, or a main file with none.
+class HiddenFormTest : public DesktopTest {
+ protected:
+  void Open(const char* button, std::size_t hiddenFiles) {
+    WriteFile(carrier = folder / "m.png",
+              hiddenFiles == 0 ? main : SampleCarrier(sampleMains[7], hiddenFiles));
+    WriteFile(toHide = folder / "hide.dat", "hidden bytes");
+    Start();
+    Click("frmSplitJoin", button);
+    Settle();
+  }
+  static void FillHide(const std::filesystem::path& mainFile, const std::filesystem::path& hidden,
+                       const std::string& password, const std::string& again) {
+    Paste("frmHideFile", "Text1", PathText(mainFile));
+    Paste("frmHideFile", "Text2", PathText(hidden));
+    Paste("frmHideFile", "Text3", password);
+    Paste("frmHideFile", "Text4", again);
+  }
+  void FillRecover(const std::string& password) {
+    Paste("frmHideRec", "Text1", PathText(carrier));
+    Paste("frmHideRec", "Text2", password);
+  }
+  void ExpectRecovered() {
+    ui.ExpectMessage("File Recovered.", Icon::Information);
+    ui.ExpectEndProgram();
+  }
+  /// Runs the timers to the end of the job.
+  void RunToTheEnd() {
+    EXPECT_TRUE(IsShown("frmInit"));
+    EXPECT_FALSE(IsShown("frmHideFile"));
+    EXPECT_TRUE(RunEventsUntil([this] { return !desktop->JobRuns(); }));
+    EXPECT_FALSE(IsLoaded("frmInit"));
+  }
+
+  const std::string main = SomeBytes(5000);
+  std::filesystem::path carrier, toHide;
+};
+
+TEST_F(HiddenFormTest, HideBrowsesForBothFiles) {
+  Open("Command4", 0);
+  using Choice = std::optional<std::filesystem::path>;
+  const auto browses = [&](const Choice& first, const std::optional<Choice>& second) {
+    ui.ExpectOpenFile("Select File In Which You Want To Hide File.", "", HomeFolder(), first);
+    if (second) ui.ExpectOpenFile("Select File You Want To Hide.", "", HomeFolder(), *second);
+  };
+  browses(carrier, toHide);
+  Click("frmHideFile", "Command1");
+  EXPECT_EQ(TextOf("frmHideFile", "Text1"), PathText(carrier));
+  EXPECT_EQ(TextOf("frmHideFile", "Text2"), PathText(toHide));
+  browses(carrier, carrier);
+  ui.ExpectMessage("Select Some Other File to Hide.", Icon::Information);
+  Click("frmHideFile", "Command1");
+  browses(std::nullopt, std::nullopt);
+  ui.ExpectQuestion(noFile, Answer::No);
+  Click("frmHideFile", "Command1");
+  browses(carrier, Choice());
+  ui.ExpectQuestion(noFile, Answer::Yes);
+  ui.ExpectEndProgram();
+  Click("frmHideFile", "Command1");
+  Click("frmHideFile", "Command3");
+  EXPECT_TRUE(!IsLoaded("frmHideFile") && IsShown("frmSplitJoin"));
+}
+
+TEST_F(HiddenFormTest, HideRefusesAndLeadsToTheFirstEmptyBox) {
+  Open("Command4", 0);
+  struct Case {
+    std::filesystem::path main, hidden;
+    const char *password, *again, *message, *focus;
+  };
+  const std::vector<Case> cases = {
+      {"", "", "", "", "Main File Is Missing. Select The File Again.", "Text1"},
+      {folder / "a.html", toHide, "p", "p",
+       "Select Some Other File Format In Which You Want To Hide File. Unable To Hide File In tml "
+       "Format.",
+       "Text1"},
+      {carrier, "", "p", "p", "File To Hide Is Missing. Select The File Again.", "Text2"},
+      {carrier, toHide, "p", "q", "Passwords Do Not Match. Re-Enter Them.", "Text3"}};
+  for (const Case& refused : cases) {
+    SCOPED_TRACE(refused.message);
+    FillHide(refused.main, refused.hidden, refused.password, refused.again);
+    ui.ExpectMessage(refused.message, Icon::Information);
+    Click("frmHideFile", "Command2");
+    EXPECT_TRUE(IsShown("frmHideFile") && !desktop->JobRuns());
+    EXPECT_EQ(TextOf("frmHideFile", refused.focus), "");
+    EXPECT_EQ(wxWindow::FindFocus(), &ControlOf("frmHideFile", refused.focus));
+  }
+}
+
+TEST_F(HiddenFormTest, HidesAFirstFile) {
+  Open("Command4", 0);
+  ui.ExpectMessage("File Hidden.", Icon::Information);
+  ui.ExpectEndProgram();
+  FillHide(carrier, toHide, "geheim", "geheim");
+  // Enter in the second password box.
+  wxCommandEvent enter(wxEVT_TEXT_ENTER);
+  ControlOf("frmHideFile", "Text4").HandleWindowEvent(enter);
+  RunToTheEnd();
+  EXPECT_TRUE(ReadFile(folder / "Hidden File m.png").starts_with(main + "hidden bytes[s@4)]"));
+}
+
+TEST_F(HiddenFormTest, HidesAnotherFileUnderTheLastPassword) {
+  Open("Command4", 2);
+  const auto asked = [&](std::optional<std::string> password) {
+    ui.ExpectQuestion(
+        "There are Files Already Hidden In This File. Do You Want To Add Another File In It?",
+        Answer::Yes);
+    ui.ExpectMaskedInputBox("Enter Password Of The Last File.", std::move(password));
+  };
+  FillHide(carrier, toHide, "x", "x");
+  asked("wrong");
+  ui.ExpectMessage("Incorrect Password.", Icon::Critical);
+  ui.ExpectEndProgram();
+  Click("frmHideFile", "Command2");
+  asked(samplePassword);
+  ui.ExpectMessage("File Hidden.", Icon::Information);
+  ui.ExpectEndProgram();
+  Click("frmHideFile", "Command2");
+  RunToTheEnd();
+  EXPECT_TRUE(ReadFile(folder / "Hidden File m.png")
+                  .starts_with(main + SampleBytes(0) + SampleBytes(1) + "hidden bytes[s@4)]"));
+}
+
+TEST_F(HiddenFormTest, ClosingTheWaitFormStopsTheJob) {
+  Open("Command4", 0);
+  FillHide(carrier, toHide, "p", "p");
+  Click("frmHideFile", "Command2");
+  ui.ExpectEndProgram();
+  wxTheApp->CallAfter([] { FindForm("frmInit")->Close(); });
+  RunToTheEnd();
+  EXPECT_EQ(Names(), (std::set<std::string>{"m.png", "hide.dat"}));
+}
+
+TEST_F(HiddenFormTest, LinesTellOfLongNamesAndFullBoxes) {
+  Open("Command4", 0);
+  const auto note = [&](const std::string& name) {
+    Paste("frmHideFile", "Text2", name);
+    return TextOf("frmHideFile", "Note");
+  };
+  EXPECT_EQ(note("/x/" + std::string(24, 'a')), "");
+  EXPECT_NE(note("/x/" + std::string(25, 'a')), "");
+  EXPECT_EQ(note(""), "");
+  Click("frmSplitJoin", "Command5");
+  const std::vector<std::pair<const char*, const char*>> boxes = {
+      {"frmHideFile", "Text3"}, {"frmHideFile", "Text4"}, {"frmHideRec", "Text2"}};
+  for (const auto& [form, name] : boxes) {
+    auto& box = ControlOf<wxTextCtrl>(form, name);
+    EXPECT_TRUE(box.HasFlag(wxTE_PASSWORD));
+    for (int i = 0; i < 24; ++i) box.AppendText("x");
+    EXPECT_EQ(TextOf(form, "Note"), "");
+    box.AppendText("x");
+    EXPECT_EQ(box.GetValue().length(), 24U);
+    EXPECT_EQ(TextOf(form, "Note"), "A Password Has At Most 24 Characters.");
+    Paste(form, name, "short");
+    EXPECT_EQ(TextOf(form, "Note"), "");
+  }
+  for (const auto& [form, name] : std::vector<std::pair<const char*, const char*>>{
+           {"frmHideFile", "Text1"}, {"frmHideFile", "Text2"}, {"frmHideRec", "Text1"}}) {
+    Drop(ControlOf(form, name), {folder / "dropped"});
+    EXPECT_EQ(TextOf(form, name), PathText(folder / "dropped"));
+  }
+}
+
+TEST_F(HiddenFormTest, RecoverBrowsesUntilAFileIsChosen) {
+  Open("Command5", 1);
+  const char* const title = "Select File From Which You Want To Recover File";
+  ui.ExpectOpenFile(title, "", {}, std::nullopt);
+  ui.ExpectQuestion(noFile, Answer::No);
+  ui.ExpectOpenFile(title, "", {}, carrier);
+  Click("frmHideRec", "Command3");
+  EXPECT_EQ(TextOf("frmHideRec", "Text1"), PathText(carrier));
+  ui.ExpectOpenFile(title, "", {}, std::nullopt);
+  ui.ExpectQuestion(noFile, Answer::Yes);
+  ui.ExpectEndProgram();
+  Click("frmHideRec", "Command3");
+  EXPECT_EQ(TextOf("frmHideRec", "Text1"), "");
+  ui.ExpectEndProgram();
+  Click("frmHideRec", "Command2");
+}
+
+TEST_F(HiddenFormTest, RecoverComesBackWithoutAPasswordAndEndsWithAWrongOne) {
+  Open("Command5", 1);
+  for (const char* const button : {"Command1", "Command4"}) {
+    FillRecover("");
+    ui.ExpectMessage("Enter Password.", Icon::Information);
+    Click("frmHideRec", button);
+    EXPECT_TRUE(IsShown("frmHideRec"));
+    FillRecover("falsch");
+    ui.ExpectProgressForm("Recovering Files");
+    ui.ExpectMessage("Incorrect Password. Unable To Recover File.", Icon::Critical);
+    ui.ExpectEndProgram();
+    Click("frmHideRec", button);
+    EXPECT_FALSE(IsShown("frmHideRec"));
+  }
+}
+
+TEST_F(HiddenFormTest, RecoversASingleFileAndTheMainFile) {
+  Open("Command5", 1);
+  // A relative path is one in the current folder.
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(folder);
+  carrier = carrier.filename();
+  for (const char* const button : {"Command1", "Command4"}) {
+    FillRecover(samplePassword);
+    ui.ExpectProgressForm("Recovering Files");
+    ExpectRecovered();
+    Click("frmHideRec", button);
+  }
+  std::filesystem::current_path(before);
+  EXPECT_FALSE(IsLoaded("frmShowList"));
+  EXPECT_EQ(ReadFile(folder / "Original a.bin"), SampleBytes(0));
+  EXPECT_EQ(ReadFile(folder / "Original m.png"), main);
+}
+
+TEST_F(HiddenFormTest, RecoversTheFileChosenInTheList) {
+  Open("Command5", 3);
+  FillRecover(samplePassword);
+  const auto lists = [&] {
+    ui.ExpectProgressForm("Recovering Files");
+    Click("frmHideRec", "Command1");
+    ASSERT_TRUE(IsShown("frmShowList") && !IsShown("frmHideRec"));
+  };
+  lists();
+  auto& list = ControlOf<wxListView>("frmShowList", "LV1");
+  ASSERT_EQ(list.GetItemCount(), 3);
+  EXPECT_EQ(list.GetItemText(1, 0) + list.GetItemText(1, 1) + list.GetItemText(1, 2),
+            "b.bin13000 bytes");
+  // Leaving the list is coming back, with nothing left of the job.
+  const auto comesBack = [&] {
+    EXPECT_TRUE(IsShown("frmHideRec"));
+    EXPECT_EQ(Names(), (std::set<std::string>{"m.png", "hide.dat"}));
+  };
+  Click("frmShowList", "Command2");
+  comesBack();
+  lists();
+  FindForm("frmShowList")->Close();
+  comesBack();
+  lists();
+  ControlOf<wxListView>("frmShowList", "LV1").Select(1);
+  ExpectRecovered();
+  Click("frmShowList", "Command1");
+  EXPECT_EQ(ReadFile(folder / "Original b.bin"), SampleBytes(1));
+  EXPECT_EQ(Names().size(), 3U);
+}
+
+TEST(ListViewIcon, LooksUpEachKindOnce) {
+  wxFrame window(nullptr, wxID_ANY, "");
+  IconList icons(window);
+  for (const char* const name : {"noextension", "ends with.", "a.eXe"})
+    EXPECT_EQ(GetFileIconKey(name, icons, "DEFAULT"), "DEFAULT");
+  EXPECT_EQ(icons.Images().GetImageCount(), 1);
+  EXPECT_EQ(GetFileIconKey("a.b.Zip", icons, "DEFAULT"), "ZIP");
+  EXPECT_EQ(GetFileIconKey("c.ZIP", icons, "DEFAULT"), "ZIP");
+  EXPECT_EQ(GetFileIconKey("c.nosuchkind", icons, "DEFAULT"), "NOSUCHKIND");
+  EXPECT_EQ(icons.Images().GetImageCount(), 3);
+  EXPECT_EQ(icons.IndexOf("ZIP"), 1);
+}
+
+}  // namespace
+}  // namespace slyver
