@@ -58,11 +58,12 @@ def _losses(setting, job, home, outcome, effect, struck, then):
     if effect is faults.KILL:
         return _losses_of_killed(setting, job, home, outcome)
     if effect is faults.STOP:
-        return jobs.losses(job, home, outcome, expected=(0, -signal.SIGINT))
+        return jobs.losses(job, home, outcome, expected=(0, jobs.STOPPED))
     if then:
         return then.losses(outcome)
     if effect is faults.DEAD_DISK:  # Nothing can be removed any more.
-        return jobs.losses(job, home, outcome, spared=_of_others(job, home))
+        kept = job.ways(None) if outcome.status else None
+        return jobs.losses(job, home, outcome, _of_others(job, home), ways=kept)
     place = pathlib.PurePath(path).relative_to(home)
     # What was not to be removed stays, and so do the folders it lies in.
     spared = {str(place), *map(str, place.parents)} if call in REMOVALS else ()

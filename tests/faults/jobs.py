@@ -22,7 +22,7 @@ PASSWORD = b"geheim"
 WITH_PASSWORD = ("--password-file", "password")
 SETTINGS = "config/slyver/registry.ini"
 PRIVATE = "run/slyver"  # The private folder; made when needed, and it may stay, empty.
-STOPS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
+STOPPED = -signal.SIGINT  # The status of a job that Ctrl-C has stopped.
 PATIENCE = 60  # Seconds after which a job hangs.
 ABSENT = None
 
@@ -73,15 +73,20 @@ class Job:
     def ways(self, status):
         """What may lie there after this exit status; a negative one is a signal's."""
         results, settings = self.results, {SETTINGS: self.settings}
-        final = only(self.sources | self.replaced | results) | settings
+        start = only(dict.fromkeys(results) | self.sources | self.replaced) | settings
+        final = only(self.sources | dict.fromkeys(self.replaced) | results) | settings
         if status == 0:
             return [final]
-        start = only(dict.fromkeys(results) | self.sources | self.replaced) | settings
-        if status is not None and -status in STOPS:
+        # A set of pieces that was to be replaced is kept whole.
+        replaces_set = any(path.endswith(".sly") for path in self.replaced)
+        if status == STOPPED or (status == 1 and replaces_set):
             return [start]
         # A part of the results may stay; but where piece 1 stands, all stand.
-        part = {name: (self.replaced.get(name, ABSENT), data) for name, data in results.items()}
-        part |= {name: (ABSENT,) for name in results if name.endswith(".1.sly")}
+        part = {}
+        for path in results | self.replaced:
+            part[path] = self.replaced.get(path), results.get(path)
+            if path.endswith(".sly"):
+                part[path] = (ABSENT,) if path.endswith(".1.sly") else (ABSENT, *part[path])
         return [start, start | part, final]
 
 
@@ -147,6 +152,8 @@ def make_jobs(unit=1000, piece=None, seed=1):
         Job("split", split, in_files(whole_bin=whole), cut_into(""), **settings),
         Job("split into a new folder", (*split, "--output", "new/pieces", "--yes"),
             in_files(whole_bin=whole), cut_into("new/pieces/"), **settings),
+        Job("split over pieces", (*split, "--yes"), in_files(whole_bin=whole), cut_into(""), **settings,
+            replaced=cut(rng.randbytes(4 * unit), piece * 4 // 5, "files/whole.bin")),
         Job("join", ("join", "whole.bin.1.sly"), **join, **settings),
         Job("join over a file", ("join", "whole.bin.1.sly", "--yes"), **join, **settings,
             replaced=in_files(whole_bin=old)),
@@ -254,10 +261,11 @@ def wrong_ending(outcome, expected=(0, 1)):
     return ["status 1 without a message"] if outcome.status == 1 and not outcome.err.strip() else []
 
 
-def losses(job, home, outcome, spared=(), expected=(0, 1)):
+def losses(job, home, outcome, spared=(), expected=(0, 1), ways=None):
     """All that must not be after a job; empty when all is well. `spared` is what may be left."""
     lost = wrong_ending(outcome, expected)
-    lost += [f"wrong: {path}" for path in differing(look(home), job.ways(outcome.status), spared)]
+    ways = ways or job.ways(outcome.status)
+    lost += [f"wrong: {path}" for path in differing(look(home), ways, spared)]
     if outcome.status == 0 and outcome.out != job.out.replace("{files}", str(home / "files")):
         lost.append(f"wrong output: {outcome.out!r}")
     return lost

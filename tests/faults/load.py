@@ -75,7 +75,7 @@ def many_folders(home, sly, rng, count):
 
 
 def sparse_file(home, sly):
-    """64 GiB that hold a few bytes here and there; a copy of the rest would not fit in memory."""
+    """64 GiB that hold a few bytes here and there, and holes that stay holes."""
     files, size = home / "files", 64 * GIB
     parts = {0: b"begin", 5 * GIB - 3: b"across", 31 * GIB + 12345: b"middle", size - 3: b"end"}
     with (files / "w").open("wb") as file:
@@ -85,7 +85,7 @@ def sparse_file(home, sly):
         print("The file system has no holes: no file of 64 GiB is tried.")
         return
     sly("split", "w", "--size", "4GiB")
-    (files / "w").rename(files / "original")
+    (files / "w").unlink()
     sly("join", "w.16.sly")
     (files / "password").write_text("geheim\n")
     (files / "small").write_text("hidden")
@@ -93,24 +93,11 @@ def sparse_file(home, sly):
     sly("hide", "w", "small", *password)
     sly("recover", "Hidden File w", *password)
     sly("recover", "Hidden File w", "--main", *password)
-    for name in ("original", "w", "Original Hidden File w"):
-        if (files / name).stat().st_size != size or dict(data_in(files / name)) != dict(
-                data_in(files / "original")):
+    for name in ("w", "Original Hidden File w"):
+        found = (files / name).stat()
+        with (files / name).open("rb") as file:
+            right = all(os.pread(file.fileno(), len(data), at) == data for at, data in parts.items())
+        if not right or found.st_size != size or found.st_blocks * 512 > GIB:
             yield f"wrong: {name}"
     if (files / "Original small").read_text() != "hidden":
         yield "wrong: Original small"
-
-
-def data_in(path):
-    """The parts of 4 KiB of a file that are not all zeros, with where they stand."""
-    with path.open("rb", buffering=0) as file:
-        end = 0
-        while True:
-            try:
-                at = os.lseek(file.fileno(), end, os.SEEK_DATA) // 4096 * 4096
-            except OSError:  # There are no more.
-                return
-            end = os.lseek(file.fileno(), at, os.SEEK_HOLE)
-            for offset in range(at, end, 4096):
-                if (part := os.pread(file.fileno(), 4096, offset)).strip(b"\0"):
-                    yield offset, part

@@ -69,6 +69,10 @@ std::string PathAt(int folder, const char* name) {
   return *name == '/' ? std::string(name) : PathOf(folder) + "/" + name;
 }
 
+std::string At(const char* name) {
+  return PathAt(AT_FDCWD, name);
+}
+
 void Report(long number, const char* call, const std::string& path, const std::string& asked) {
   const std::string line = std::to_string(number) + "\t" + call + "\t" + path + "\t" + asked + "\n";
   const int file = static_cast<int>(
@@ -124,11 +128,12 @@ std::string Digits(const void* bytes, std::size_t size) {
 #define REAL(name) \
   static const auto real = reinterpret_cast<decltype(&name)>(dlsym(RTLD_NEXT, #name))
 
-#define CALL(type, name, parameters, failed, struck, ...) \
-  type name parameters {                                  \
-    REAL(name);                                           \
-    if (struck) return failed;                            \
-    return real(__VA_ARGS__);                             \
+#define UNPACKED(...) __VA_ARGS__
+#define CALL(type, name, parameters, failed, kind, where, ...)     \
+  type name parameters {                                           \
+    REAL(name);                                                    \
+    if (Strikes(#name, Kind::kind, UNPACKED where)) return failed; \
+    return real(__VA_ARGS__);                                      \
   }
 
 // What is closed is closed, whatever the call returns.
@@ -177,8 +182,7 @@ extern "C" {
 OPEN(open, (const char* path, int flags, ...), AT_FDCWD, path);
 OPEN(openat, (int folder, const char* path, int flags, ...), folder, folder, path);
 
-CALL_64(FILE*, fopen, (const char* path, const char* mode), nullptr,
-        Strikes("fopen", Kind::Look, PathAt(AT_FDCWD, path)), path, mode);
+CALL_64(FILE*, fopen, (const char* path, const char* mode), nullptr, Look, (At(path)), path, mode);
 CLOSE(int, close, file)
 CLOSE(FILE*, fclose, fileno(file))
 CLOSE(DIR*, closedir, dirfd(file))
@@ -219,40 +223,30 @@ MOVE(pwrite, (int descriptor, const void* buffer, std::size_t size, off_t offset
      std::to_string(offset) + "\t" + Digits(buffer, size), descriptor, buffer, size, offset)
 ALSO_64(pwrite);
 
-CALL_64(int, fallocate, (int descriptor, int mode, off_t offset, off_t length), -1,
-        Strikes("fallocate", Kind::Change, PathOf(descriptor), std::to_string(offset + length)),
-        descriptor, mode, offset, length);
-CALL(int, fsync, (int descriptor), -1, Strikes("fsync", Kind::Change, PathOf(descriptor)),
-     descriptor)
+CALL_64(int, fallocate, (int file, int mode, off_t offset, off_t length), -1, Change,
+        (PathOf(file)), file, mode, offset, length);
+CALL(int, fsync, (int file), -1, Change, (PathOf(file)), file)
+CALL_64(int, stat, (const char* path, struct stat* found) noexcept, -1, Look, (At(path)), path,
+        found);
+CALL_64(int, lstat, (const char* path, struct stat* found) noexcept, -1, Look, (At(path)), path,
+        found);
+CALL_64(int, fstat, (int file, struct stat* found) noexcept, -1, Look, (PathOf(file)), file, found);
 
-CALL_64(int, stat, (const char* path, struct stat* found) noexcept, -1,
-        Strikes("stat", Kind::Look, PathAt(AT_FDCWD, path)), path, found);
-CALL_64(int, lstat, (const char* path, struct stat* found) noexcept, -1,
-        Strikes("lstat", Kind::Look, PathAt(AT_FDCWD, path)), path, found);
-CALL_64(int, fstat, (int descriptor, struct stat* found) noexcept, -1,
-        Strikes("fstat", Kind::Look, PathOf(descriptor)), descriptor, found);
-
-CALL(int, rename, (const char* from, const char* to) noexcept, -1,
-     Strikes("rename", Kind::Change, PathAt(AT_FDCWD, from), PathAt(AT_FDCWD, to)), from, to)
+// A name that only moves needs no room.
+CALL(int, rename, (const char* from, const char* to) noexcept, -1, Look, (At(from), At(to)), from,
+     to)
 CALL(int, renameat2,
      (int fromFolder, const char* from, int toFolder, const char* to, unsigned flags) noexcept, -1,
-     Strikes("renameat2", Kind::Change, PathAt(fromFolder, from), PathAt(toFolder, to)), fromFolder,
-     from, toFolder, to, flags)
-CALL(int, mkdir, (const char* path, mode_t mode) noexcept, -1,
-     Strikes("mkdir", Kind::Change, PathAt(AT_FDCWD, path)), path, mode)
-CALL(int, unlink, (const char* path) noexcept, -1,
-     Strikes("unlink", Kind::Look, PathAt(AT_FDCWD, path)), path)
-CALL(int, unlinkat, (int folder, const char* path, int flags) noexcept, -1,
-     Strikes("unlinkat", Kind::Look, PathAt(folder, path)), folder, path, flags)
-CALL(int, rmdir, (const char* path) noexcept, -1,
-     Strikes("rmdir", Kind::Look, PathAt(AT_FDCWD, path)), path)
-CALL(int, remove, (const char* path) noexcept, -1,
-     Strikes("remove", Kind::Look, PathAt(AT_FDCWD, path)), path)
+     Look, (PathAt(fromFolder, from), PathAt(toFolder, to)), fromFolder, from, toFolder, to, flags)
+CALL(int, mkdir, (const char* path, mode_t mode) noexcept, -1, Change, (At(path)), path, mode)
+CALL(int, unlink, (const char* path) noexcept, -1, Look, (At(path)), path)
+CALL(int, unlinkat, (int folder, const char* path, int flags) noexcept, -1, Look,
+     (PathAt(folder, path)), folder, path, flags)
+CALL(int, rmdir, (const char* path) noexcept, -1, Look, (At(path)), path)
+CALL(int, remove, (const char* path) noexcept, -1, Look, (At(path)), path)
 
-CALL(DIR*, fdopendir, (int descriptor), nullptr,
-     Strikes("fdopendir", Kind::Look, PathOf(descriptor)), descriptor)
-CALL_64(struct dirent*, readdir, (DIR * folder), nullptr,
-        Strikes("readdir", Kind::Look, PathOf(dirfd(folder))), folder);
+CALL(DIR*, fdopendir, (int folder), nullptr, Look, (PathOf(folder)), folder)
+CALL_64(struct dirent*, readdir, (DIR * folder), nullptr, Look, (PathOf(dirfd(folder))), folder);
 
 }  // extern "C"
 // NOLINTEND(bugprone-macro-parentheses, readability-inconsistent-declaration-parameter-name)

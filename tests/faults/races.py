@@ -23,7 +23,6 @@ class Race:
     # what it does not name is absent.
     ways: callable
     stop: bool = False  # Whether one of the two is stopped by Ctrl-C.
-    own_private: bool = False  # Whether each has a private folder of its own.
     effect: faults.Effect | None = None
 
 
@@ -39,15 +38,13 @@ def attempt(race, setting, home, rng):
     while time.monotonic() < budget:
         case.tried += 1
         jobs.prepare(home, in_files(race.contents))
-        (home / "run2").mkdir(mode=0o700)
         delay = rng.choice((0, rng.uniform(0, duration)))
         stopped, stop_delay = rng.randrange(2), rng.uniform(0, duration)
         variables = race.effect and faults.environment(setting.built, home, race.effect) or {}
-        own = {"XDG_RUNTIME_DIR": str(home / "run2")} if race.own_private else {}
         begun = time.monotonic()
         processes = [jobs.start(setting.sly, race.commands[0], home, variables)]
         time.sleep(delay)
-        processes.append(jobs.start(setting.sly, race.commands[1], home, variables | own))
+        processes.append(jobs.start(setting.sly, race.commands[1], home, variables))
         if race.stop:
             time.sleep(stop_delay)
             processes[stopped].send_signal(signal.SIGINT)
@@ -60,14 +57,14 @@ def attempt(race, setting, home, rng):
 def losses(race, outcomes, home):
     lost = []
     for outcome in outcomes:
-        lost += jobs.wrong_ending(outcome, (0, 1, -signal.SIGINT) if race.stop else (0, 1))
+        lost += jobs.wrong_ending(outcome, (0, 1, jobs.STOPPED) if race.stop else (0, 1))
     done = [outcome.status == 0 for outcome in outcomes]
     if not race.stop and not any(done):
         lost.append("neither has ended well")
     ways = [jobs.only(in_files(way)) for way in race.ways(*done)]
-    # The folders may stay that were made for what is not there.
-    folders = {"files/out", "run2", "run2/slyver"}
-    lost += [f"wrong: {path}" for path in jobs.differing(jobs.look(home), ways or [{}], folders)]
+    # A folder may stay that was made for what is not there.
+    found = jobs.differing(jobs.look(home), ways or [{}], {"files/out"})
+    lost += [f"wrong: {path}" for path in found]
     said = [(outcome.status, outcome.err[-200:]) for outcome in outcomes]
     return [f"{loss}; ended with {said}" for loss in lost]
 
@@ -135,7 +132,6 @@ def make_races(rng):
 
     hides = (hide("m.png", "h.zip"), hide("m.png", "o.zip"))
     yield Race("two hides in the same file", base, hides, hide_ways)
-    yield Race("two hides in the same file by two users", base, hides, hide_ways, own_private=True)
     yield Race("two hides in two files", base, (hides[0], hide("n.png", "o.zip")),
                lambda first, second: [
                    base | ({"Hidden File m.png": carrier("m.png", h)} if first else {})

@@ -16,7 +16,7 @@ import traceback
 from jobs import Case, Setting
 
 # Each module has run(setting), which returns its cases.
-SUITES = ["calls", "window", "races", "hostile", "traps", "load"]
+SUITES = ["calls", "crashes", "window", "races", "hostile", "traps", "load"]
 
 
 def main():

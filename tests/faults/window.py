@@ -55,7 +55,7 @@ def _case(job, home, driver, rng, rounds):
                  if path.startswith(("files/", jobs.PRIVATE, jobs.SETTINGS))}
         found.pop(jobs.PRIVATE + "/instances", None)
         # Stopped: nothing is made. Or the job was done before.
-        stopped, done = job.ways(-signal.SIGINT), job.ways(0)
+        stopped, done = job.ways(jobs.STOPPED), job.ways(0)
         lost = [f"wrong: {path}" for path in jobs.differing(found, stopped + done)]
         lost += [] if answer == "ended 0" else [answer or "the driver gave up"]
         case.tried += not jobs.differing(found, stopped)
