@@ -1,6 +1,7 @@
 """Something happens at every call that touches a file, in every job: it fails, moves too little,
 the program is killed or stopped, or a source changes."""
 
+import dataclasses
 import errno
 import os
 import pathlib
@@ -38,7 +39,7 @@ def _at_every_call(setting, job, effect):
     home = setting.folder / case.name.replace(" ", "-")
     rng = random.Random(f"{setting.seed} {case.name}")
     for at in faults.numbers(job, setting, home):
-        jobs.prepare(home, job.start)
+        jobs.prepare(home, job.start, job.mode)
         then = Changed(job, home, rng) if effect is faults.PAUSE else None
         outcome, struck = faults.run(job, setting, home, at, effect, then and then.change)
         if struck:
@@ -60,7 +61,7 @@ def _losses(setting, job, home, outcome, effect, struck, then):
     if effect is faults.STOP:
         return jobs.losses(job, home, outcome, expected=(0, jobs.STOPPED))
     if then:
-        return then.losses(outcome)
+        return jobs.losses(job, home, outcome, ways=then.ways(outcome.status))
     if effect is faults.DEAD_DISK:  # Nothing can be removed any more.
         kept = job.ways(None) if outcome.status else None
         return jobs.losses(job, home, outcome, _of_others(job, home), ways=kept)
@@ -97,29 +98,18 @@ class Changed:
     """A source that somebody writes to, cuts or lengthens while the job is at work."""
 
     def __init__(self, job, home, rng):
-        self.job, self.home = job, home
-        self.path = rng.choice([path for path in job.sources if not path.endswith("/password")])
-        old = job.sources[self.path]
+        path = rng.choice([path for path in job.sources if not path.endswith("/password")])
+        old = job.sources[path]
         # Only bytes that are written over can lead to a mixture.
-        self.kind = rng.choice(("written to", "written to", "longer", "shorter"))
-        self.new = {"longer": old + b"more", "shorter": old[: len(old) // 2],
-                    "written to": bytes(8) + old[8:-8] + bytes(8)}[self.kind]
-        os.utime(home / self.path, (1e9, 1e9))
+        self.new = rng.choice((old + b"more", old[: len(old) // 2], *2 * [
+            bytes(8) + old[8:-8] + bytes(8)]))
+        self.file = home / path
+        os.utime(self.file, (1e9, 1e9))
+        # The result is made of the source as it was or as it is now, never of both.
+        changed = dataclasses.replace(job, sources=job.sources | {path: self.new})
+        self.ways = lambda status: [way | {path: (self.new,)} for each in (job, changed)
+                                    for way in each.ways(status)]
 
     def change(self):
-        (self.home / self.path).open("r+b").write(self.new)
-        os.truncate(self.home / self.path, len(self.new))
-
-    def losses(self, outcome):
-        """The result is made of the source as it was or as it is now, never of both."""
-        sources = self.job.sources | {self.path: self.new}
-        found = jobs.look(self.home)
-        ways = [jobs.only(sources | made) | {jobs.SETTINGS: self.job.settings}
-                for made in (self.job.results, self.job.make(sources))]
-        if outcome.status == 1:
-            start = jobs.only(sources | self.job.replaced) | {jobs.SETTINGS: self.job.settings}
-            parts = [way | {path: (jobs.ABSENT, *way[path]) for path in way if path not in sources}
-                     for way in ways]
-            ways = [start, *parts]
-        return jobs.wrong_ending(outcome) + [
-            f"{self.path} is {self.kind}: wrong: {path}" for path in jobs.differing(found, ways)]
+        self.file.open("r+b").write(self.new)
+        os.truncate(self.file, len(self.new))

@@ -79,10 +79,7 @@ def carrier_of(main_name, main, hidden, password):
 @dataclasses.dataclass
 class Reading:
     """What a reader may make of a carrier."""
-
     records: int  # By the rule of hiding: the first index without a length.
-    empty: bool  # No file is hidden in it, by the rule of recovering.
-    password_right: bool
     main_named: bool
     main_length: int | None = None  # None where it must be refused.
     files: list | None = None  # Name (UTF-8 text), offset and length; None: to be refused.
@@ -97,11 +94,10 @@ def read(carrier, password):
         records += 1
     reading = Reading(
         records,
-        empty=not value(section(0), NAME),
-        password_right=decipher(value(MAIN, CHECK), password) == password,
         main_named=bool(value(MAIN, NAME)),
     )
-    if reading.empty or not reading.password_right:
+    # By the rule of recovering no file is hidden in it, or the password is wrong.
+    if not value(section(0), NAME) or decipher(value(MAIN, CHECK), password) != password:
         return reading
     end = len(carrier) - DIRECTORY
     offset = reading.main_length = _length(decipher(value(MAIN, LENGTH), password), end)
@@ -146,11 +142,5 @@ def _length(text, most):
 
 
 def is_bare(name):
-    controls = bytes(range(32)) + b"\x7f\x81\x8d\x8f\x90\x9d"
-    stem = name.split(b".")[0].rstrip(b" ").upper()
-    return not (
-        name in (b"", b".", b"..")
-        or any(code in b"/\\" + controls for code in name)
-        or name[1:2] == b":"
-        or re.fullmatch(rb"CON|PRN|AUX|NUL|(COM|LPT)[1-9]", stem)
-    )
+    refused = b"/\\\x7f\x81\x8d\x8f\x90\x9d" + bytes(range(32))
+    return name not in (b"", b".", b"..") and name[1:2] != b":" and not set(name) & set(refused)

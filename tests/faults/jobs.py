@@ -1,13 +1,13 @@
 """The jobs that the suites run through the real sly, and the one verdict on what lies there
 afterwards, however a job has ended.
 
-A job works in a home of its own: files/ holds its files and is its working folder, run/ the private
-folder, config/ the settings. All paths here are texts, relative to that home. What lies there is a
-dictionary: for every path the bytes of a file, or else what it is. A `way` for it to be gives every
-path the values that it may have there; ABSENT is one of them, and the only one of other paths.
-"""
+A job works in a home of its own: files/ is its working folder, run/ holds the private folder,
+config/ the settings. Paths are relative to that home. What lies there is a dictionary: for every
+path the bytes of a file, or else what it is. A `way` gives every path the values that it may have;
+ABSENT may be one of them, and is the only one of other paths."""
 
 import dataclasses
+import functools
 import os
 import pathlib
 import random
@@ -70,6 +70,15 @@ class Job:
     def start(self):
         return self.sources | self.replaced | {SETTINGS: self.settings[0]}
 
+    def mode(self, path):
+        """Who may read and write a file: a result those who may all its sources, or what it
+        replaces."""
+        if path in self.replaced:
+            return 0o604
+        if path in self.results:
+            return functools.reduce(int.__and__, map(self.mode, self.sources))
+        return 0o600 if path == "files/first.zip" else 0o640
+
     def ways(self, status):
         """What may lie there after this exit status; a negative one is a signal's."""
         results, settings = self.results, {SETTINGS: self.settings}
@@ -106,8 +115,7 @@ def make_jobs(unit=1000, piece=None, seed=1):
     piece = piece or unit
     whole, main, first, second, old = (rng.randbytes(int(n * unit)) for n in (3.5, 7, 3, 2, 1))
     in_files = lambda **contents: {
-        "files/" + name.replace("_", "."): data for name, data in contents.items()
-    }
+        "files/" + name.replace("_", "."): data for name, data in contents.items()}
     with_password = {"files/password": PASSWORD + b"\n"}
 
     kept = b'[HKEY_LOCAL_MACHINE\\Software\\Orm Valis\\Slyver]\r\nRAM="off"\r\n'
@@ -116,8 +124,7 @@ def make_jobs(unit=1000, piece=None, seed=1):
 
     split = ("split", "whole.bin", "--size", str(piece))
     cut_into = lambda folder: lambda sources: cut(
-        sources["files/whole.bin"], piece, f"files/{folder}whole.bin"
-    )
+        sources["files/whole.bin"], piece, f"files/{folder}whole.bin")
     # One piece lies in a subfolder, where a join looks too.
     parts = {path.replace("files/whole.bin.2", "files/more/whole.bin.2"): data
              for path, data in cut(whole, piece, "files/whole.bin").items()}
@@ -177,7 +184,7 @@ def make_big_jobs():
     return [dataclasses.replace(job, name=job.name + ", two threads") for job in make_jobs(320_000)]
 
 
-def prepare(home, contents):
+def prepare(home, contents, mode=lambda path: 0o644):
     """Makes this all that lies in the home."""
     shutil.rmtree(home, ignore_errors=True)
     (home / "files").mkdir(parents=True, exist_ok=True)
@@ -186,11 +193,12 @@ def prepare(home, contents):
         if data is not ABSENT:
             (home / path).parent.mkdir(parents=True, exist_ok=True)
             (home / path).write_bytes(data)
+            (home / path).chmod(mode(path))
 
 
 def environment(home):
-    places = {"HOME": "", "XDG_RUNTIME_DIR": "run", "XDG_CONFIG_HOME": "config"}
-    return os.environ | {"LC_ALL": "C"} | {key: str(home / at) for key, at in places.items()}
+    return os.environ | {"LC_ALL": "C", "HOME": str(home), "XDG_RUNTIME_DIR": str(home / "run"),
+                         "XDG_CONFIG_HOME": str(home / "config")}
 
 
 @dataclasses.dataclass(frozen=True)
@@ -222,10 +230,10 @@ def run(sly, arguments, home, *extra_environment, **options):
     return finish(start(sly, arguments, home, *extra_environment, **options))
 
 
-def look(home, below=""):
-    """What lies in the home, or below one of its folders."""
+def look(home):
+    """What lies in the home."""
     found = {}
-    for folder, folders, files in os.walk(home / below):
+    for folder, folders, files in os.walk(home):
         for name in folders + files:
             path = os.path.join(folder, name)
             mode = os.lstat(path).st_mode
@@ -247,8 +255,7 @@ def differing(found, ways, spared=()):
         return sorted(
             path for path in found.keys() | way.keys()
             if found.get(path, ABSENT) not in way.get(path, (ABSENT,)) and path not in spared
-            and not (path in folders and found.get(path) == "d")
-        )
+            and not (path in folders and found.get(path) == "d"))
 
     return min(map(wrong, ways), key=len)
 
@@ -266,6 +273,9 @@ def losses(job, home, outcome, spared=(), expected=(0, 1), ways=None):
     lost = wrong_ending(outcome, expected)
     ways = ways or job.ways(outcome.status)
     lost += [f"wrong: {path}" for path in differing(look(home), ways, spared)]
-    if outcome.status == 0 and outcome.out != job.out.replace("{files}", str(home / "files")):
-        lost.append(f"wrong output: {outcome.out!r}")
+    if outcome.status == 0:
+        if outcome.out != job.out.replace("{files}", str(home / "files")):
+            lost.append(f"wrong output: {outcome.out!r}")
+        lost += [f"wrong mode: {path}" for path in job.results if (home / path).exists()
+                 and (home / path).stat().st_mode & 0o666 != job.mode(path)]
     return lost

@@ -2,11 +2,8 @@
 little memory."""
 
 import os
-import pathlib
 import random
-import shutil
 import subprocess
-import tempfile
 
 import jobs
 from jobs import Case
@@ -28,27 +25,23 @@ def run(setting):
 
 def attempt(setting, name, suite, *arguments):
     case = Case(name, 1)
-    # Names are what counts here, and memory is faster at them than a disk.
-    memory = pathlib.Path("/dev/shm")
-    usable = os.access(memory, os.W_OK) and shutil.disk_usage(memory).free > GIB
-    with tempfile.TemporaryDirectory(dir=memory if usable else setting.folder) as home:
-        home = pathlib.Path(home)
-        jobs.prepare(home, {})
+    home = setting.folder / "home"
+    jobs.prepare(home, {})
 
-        def sly(*arguments):
-            """Runs sly, which must end well and take little memory; measured from outside, since a
-            child of this program begins with the memory of this program."""
-            command = ["/usr/bin/time", "-q", "-f", "%M", "-o", home / "peak", setting.sly]
-            ended = subprocess.run([*command, *map(str, arguments)], cwd=home / "files",
-                                   env=jobs.environment(home), stdin=subprocess.DEVNULL,
-                                   capture_output=True)
-            memory = int((home / "peak").read_text().split()[-1])
-            (home / "peak").unlink()
-            if ended.returncode != 0 or memory > MEMORY:
-                case.losses.append(f"{arguments} ended with {ended.returncode} and took {memory}"
-                                   f" KiB of memory: {ended.stderr[-500:]}")
+    def sly(*arguments):
+        """Runs sly, which must end well and take little memory; measured from outside, since a
+        child of this program begins with the memory of this program."""
+        command = ["/usr/bin/time", "-q", "-f", "%M", "-o", home / "peak", setting.sly]
+        ended = subprocess.run([*command, *map(str, arguments)], cwd=home / "files",
+                               env=jobs.environment(home), stdin=subprocess.DEVNULL,
+                               capture_output=True)
+        memory = int((home / "peak").read_text().split()[-1])
+        (home / "peak").unlink()
+        if ended.returncode != 0 or memory > MEMORY:
+            case.losses.append(f"{arguments} ended with {ended.returncode} and took {memory} KiB of"
+                               f" memory: {ended.stderr[-500:]}")
 
-        case.losses += suite(home, sly, *arguments)
+    case.losses += suite(home, sly, *arguments)
     return case
 
 

@@ -226,18 +226,15 @@ ALSO_64(pwrite);
 CALL_64(int, fallocate, (int file, int mode, off_t offset, off_t length), -1, Change,
         (PathOf(file)), file, mode, offset, length);
 CALL(int, fsync, (int file), -1, Change, (PathOf(file)), file)
-CALL_64(int, stat, (const char* path, struct stat* found) noexcept, -1, Look, (At(path)), path,
-        found);
-CALL_64(int, lstat, (const char* path, struct stat* found) noexcept, -1, Look, (At(path)), path,
-        found);
+CALL_64(int, stat, (const char* path, struct stat* to) noexcept, -1, Look, (At(path)), path, to);
+CALL_64(int, lstat, (const char* path, struct stat* to) noexcept, -1, Look, (At(path)), path, to);
 CALL_64(int, fstat, (int file, struct stat* found) noexcept, -1, Look, (PathOf(file)), file, found);
 
 // A name that only moves needs no room.
 CALL(int, rename, (const char* from, const char* to) noexcept, -1, Look, (At(from), At(to)), from,
      to)
-CALL(int, renameat2,
-     (int fromFolder, const char* from, int toFolder, const char* to, unsigned flags) noexcept, -1,
-     Look, (PathAt(fromFolder, from), PathAt(toFolder, to)), fromFolder, from, toFolder, to, flags)
+CALL(int, renameat2, (int in, const char* from, int out, const char* to, unsigned flags) noexcept,
+     -1, Look, (PathAt(in, from), PathAt(out, to)), in, from, out, to, flags)
 CALL(int, mkdir, (const char* path, mode_t mode) noexcept, -1, Change, (At(path)), path, mode)
 CALL(int, unlink, (const char* path) noexcept, -1, Look, (At(path)), path)
 CALL(int, unlinkat, (int folder, const char* path, int flags) noexcept, -1, Look,

@@ -93,12 +93,6 @@ def make_races(rng):
     yield Race("two splits, one of them stopped", **two_sizes, stop=True)
     yield Race("two splits on a network file system", **two_sizes, effect=faults.NFS)
 
-    two = {"a/w": old, "b/w": new}
-    in_out = [cut(data, size, "out/w") for data in two.values()]
-    yield Race("two files of one name split into one folder", two,
-               tuple(split(name, "--output", "out") for name in two),
-               lambda *done: [two | pieces for pieces, is_done in zip(in_out, done) if is_done])
-
     pieces = made[0]
     yield Race("the same join twice", pieces, (join("w.1.sly"), join("w.2.sly")),
                lambda *done: [pieces | ({"w": old} if any(done) else {})])
@@ -153,14 +147,8 @@ def make_races(rng):
     odd = carrier("m.png", (b"h.zip", short), (b"o.zip", long))
     assert len(odd) == len(full["c.png"])
     joining = full | cut(odd, MIB, "c.png")
-    ways_of = lambda name, datas: lambda first, second: [
-        joining | ({"c.png": odd} if second else {}) | ({name: data} if first else {})
-        for data in datas]
     yield Race("recovered from a file that a join replaces", joining,
                (recover("--file", "1"), join("c.png.1.sly", "--yes")),
-               ways_of("Original o.zip", (other, long)))
-    yield Race("added to a file that a join replaces", joining,
-               (hide("c.png", "m.png"), join("c.png.1.sly", "--yes")),
-               ways_of("Hidden File c.png", (
-                   carrier("m.png", h, o, m),
-                   carrier("m.png", (b"h.zip", short), (b"o.zip", long), m))))
+               lambda first, second: [
+                   joining | ({"c.png": odd} if second else {})
+                   | ({"Original o.zip": data} if first else {}) for data in (other, long)])

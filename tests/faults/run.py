@@ -1,10 +1,8 @@
-"""Runs the suites and prints a table of what was tried, how often, and what was lost.
-
-usage: run.py [--short] [--seed N] --built FOLDER --checked FOLDER [SUITE...]
-"""
+"""Runs the suites and prints a table of what was tried, how often, and what was lost."""
 
 import argparse
 import importlib
+import os
 import pathlib
 import random
 import shutil
@@ -21,10 +19,11 @@ SUITES = ["calls", "crashes", "window", "races", "hostile", "traps", "load"]
 
 def main():
     parser = argparse.ArgumentParser()
+    folder_of = lambda text: pathlib.Path(text).resolve()
     parser.add_argument("--short", action="store_true", help="the part that takes two minutes")
     parser.add_argument("--seed", type=int, default=random.SystemRandom().randrange(10**6))
-    parser.add_argument("--built", type=pathlib.Path, required=True, help="the release build")
-    parser.add_argument("--checked", type=pathlib.Path, required=True, help="with sanitizers")
+    parser.add_argument("--built", type=folder_of, required=True, help="the release build")
+    parser.add_argument("--checked", type=folder_of, required=True, help="with sanitizers")
     # Without a suite the list is empty, which must be a choice too.
     parser.add_argument("suites", nargs="*", metavar="SUITE", choices=[*SUITES, []])
     arguments = parser.parse_args()
@@ -33,14 +32,15 @@ def main():
     print(f"Seed {arguments.seed}", flush=True)
     scratch = pathlib.Path(tempfile.mkdtemp(prefix="slyver-reliability-"))
     passed = failed = 0
+    os.umask(0o022)
     rows = {}  # (suite, group): cases, tried, losses
     try:
         for name, suite in suites.items():
             begun = time.monotonic()
             folder = scratch / name
             folder.mkdir()
-            built, checked = arguments.built.resolve(), arguments.checked.resolve()
-            setting = Setting(built, checked, folder, arguments.short, arguments.seed)
+            setting = Setting(arguments.built, arguments.checked, folder, arguments.short,
+                              arguments.seed)
             try:
                 cases = suite.run(setting)
             except Exception:  # What a suite did not foresee is a loss too, not the end of the run.

@@ -17,40 +17,46 @@ NOBODY = 65534
 IS_ROOT = os.geteuid() == 0
 
 
-def put_folder(path, outside):
+def put_folder(path, outside, mode=0o755):
     (path / "sub").mkdir(parents=True)
     (path / "sub" / "file").write_bytes(b"in the way")
     (path / "link").symlink_to(outside / "folder")
+    (path / "sub").chmod(mode)
+    path.chmod(mode)
 
 
-def put_read_only_folder(path, outside):
-    put_folder(path, outside)
-    (path / "sub").chmod(0o500)
-    path.chmod(0o500)
-
-
-def put_open_folder(path, outside, mode=0o777):
+def put_empty_folder(path, outside, mode=0o755):
     path.mkdir()
     path.chmod(mode)
+
+
+def put_leftover(path, outside):
+    path.mkdir()
+    (path / "slyver.lock").touch()
+    (path / "1.ini").write_bytes(b"[s@4)]")
 
 
 KINDS = {
     "a file": lambda path, outside: path.write_bytes(b"in the way"),
     "a folder": put_folder,
-    "a read-only folder": put_read_only_folder,
+    "a read-only folder": lambda path, outside: put_folder(path, outside, 0o500),
     "a link to a folder": lambda path, outside: path.symlink_to(outside / "folder"),
     "a link to a file": lambda path, outside: path.symlink_to(outside / "file"),
-    "another name of a file": lambda path, outside: path.hardlink_to(outside / "file"),
+    "another name of a file": lambda path, outside: os.link(outside / "file", path),
     "a link to nothing": lambda path, outside: path.symlink_to(outside / "nothing"),
     "a link to itself": lambda path, outside: path.symlink_to(path),
     "a pipe": lambda path, outside: os.mkfifo(path),
     "a socket": lambda path, outside: os.mknod(path, stat.S_IFSOCK | 0o600),
     "a device": lambda path, outside: os.mknod(path, stat.S_IFCHR | 0o666, os.makedev(1, 3)),
 }
+FOR_WORK_FOLDERS = {
+    "an empty folder": put_empty_folder,
+    "what a killed job left": put_leftover,
+}
 FOR_PRIVATE_FOLDERS = {
-    "a folder open to all": put_open_folder,
-    "a closed folder": lambda path, outside: put_open_folder(path, outside, 0),
-    "a folder of another user": put_open_folder,
+    "a folder open to all": lambda path, outside: put_empty_folder(path, outside, 0o777),
+    "a closed folder": lambda path, outside: put_empty_folder(path, outside, 0),
+    "a folder of another user": put_empty_folder,
     "nothing, where nothing may be made": lambda path, outside: path.parent.chmod(0o500),
 }
 OF_ROOT = {"a device", "a folder of another user"}  # Only root can make these.
@@ -64,37 +70,38 @@ class Place:
     path: str
     passable: set = frozenset()  # The kinds that must not keep the job from being done;
     either: set = frozenset()  # that may, or may not. All others must.
-    own: bool = False  # Whether what lies there is the program's and may go, even in a failure.
+    own: set = frozenset()  # Those that are the program's and may go, even in a failure.
     kinds: dict = dataclasses.field(default_factory=lambda: KINDS)
 
 
 def places(job):
     """The names that a job uses."""
     everything = set(KINDS)
-    scratch_folder = FOLDERS | {"a link to a folder"}
+    work_folder = {"passable": set(FOR_WORK_FOLDERS), "own": set(FOR_WORK_FOLDERS),
+                   "kinds": KINDS | FOR_WORK_FOLDERS}
+    own_file = {"passable": everything - FOLDERS, "own": everything - FOLDERS}
     for path in job.sources:
         if not path.endswith("/password"):  # A pipe there is a way to hand a password over.
             yield Place(path, either=FILES)
     if "join" in job.name:
-        yield Place("files/temprrr", scratch_folder, own=True)
-        yield Place(temporary_path("files/whole.bin.1.sly"), everything - FOLDERS, own=True)
+        yield Place("files/temprrr", **work_folder)
+        yield Place(temporary_path("files/whole.bin.1.sly"), **own_file)
     if "recover" in job.name:
-        yield Place("files/TempRRR", scratch_folder, own=True)
+        yield Place("files/TempRRR", **work_folder)
+    if "over pieces" in job.name:
+        first = temporary_path("files/whole.bin.1.sly")
+        yield Place(first.replace(".tmp", ".set"), **work_folder)
     if "hide" in job.name:
-        yield Place("run/slyver/tempHHH", scratch_folder, own=True)
-        yield Place("run/slyver/3.ini", everything - FOLDERS, own=True)
         yield Place(jobs.PRIVATE, {"a folder open to all"}, {"a closed folder", *FOLDERS},
                     kinds=KINDS | FOR_PRIVATE_FOLDERS)
     marks = "hide" in job.name or "recover" in job.name
     for path in job.results:
         if "recover" not in job.name:  # That is moved there when it is complete.
-            yield Place(temporary_path(path), everything - FOLDERS, own=True)
+            yield Place(temporary_path(path), **own_file)
         if path not in job.replaced:
             # A split of the same file is looked for in that file's own folder.
             replaces = "new" in job.name or (job.name == "split" and not path.endswith(".1.sly"))
             yield Place(path, everything if marks else REPLACEABLE if replaces else set())
-    if job.settings[0]:
-        yield Place(jobs.SETTINGS, everything)
 
 
 def temporary_path(path):
@@ -149,7 +156,7 @@ def prepare(home, job, place, kind, put):
 
 
 def losses(sly, home, job, place, kind):
-    before, rights_before = jobs.look(home), rights(home)
+    before = jobs.look(home)
     known = {path: (home / path).read_bytes() for path in job.sources if (home / path).is_file()}
     user = {"user": NOBODY, "group": NOBODY, "extra_groups": []} if IS_ROOT else {}
     outcome = jobs.run(sly, job.arguments, home, **user)
@@ -159,11 +166,10 @@ def losses(sly, home, job, place, kind):
         yield f"ended with {outcome.status}: {outcome.err}"
     at = lambda path: path == place.path or path.startswith(place.path + "/")
     way = jobs.only(dict.fromkeys(job.results)) | {
-        path: (value, ABSENT) if place.own and at(path) else (value,)
+        path: (value, ABSENT) if kind in place.own and at(path) else (value,)
         for path, value in before.items()}
     if job.settings[0]:
         way[jobs.SETTINGS] = (*way.get(jobs.SETTINGS, ()), *job.settings)
-    spared = {place.path} if place.path == jobs.SETTINGS and kind in REPLACEABLE else set()
     ways = [way]
     if done:
         results = job.make(known)
@@ -176,16 +182,6 @@ def losses(sly, home, job, place, kind):
     else:
         part = {path: (before.get(path, ABSENT), data) for path, data in job.results.items()}
         ways += [way | part]
-    yield from (f"wrong: {path}" for path in jobs.differing(jobs.look(home), ways, spared))
-    for path, right in rights(home).items():
-        made_safe = path == jobs.PRIVATE and done and right[0] & 0o7777 == 0o700
-        if right != rights_before.get(path, right) and path in way and not made_safe \
-                and path not in job.replaced and path != place.path and path != jobs.SETTINGS:
-            yield f"other rights: {path}"
+    yield from (f"wrong: {path}" for path in jobs.differing(jobs.look(home), ways))
     if done and "hide" in job.name and (home / jobs.PRIVATE).stat().st_mode & 0o077:
         yield "worked in a folder that is open to others"
-
-
-def rights(home):
-    found = {str(path.relative_to(home)): path.lstat() for path in home.rglob("*")}
-    return {path: (each.st_mode, each.st_uid) for path, each in found.items()}

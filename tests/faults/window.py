@@ -46,8 +46,8 @@ def _case(job, home, driver, rng, rounds):
     case = Case(job.name, group="closed in the middle")
     for _ in range(rounds):
         jobs.prepare(home, job.start)
-        closing, delay = rng.choice(("click", "key")), rng.uniform(0, JOBS[job.name])
-        driver.stdin.write(f"{job.name.split()[0]} {closing} {delay:.3f}\n")
+        delay = rng.uniform(0, JOBS[job.name])
+        driver.stdin.write(f"{job.name.split()[0]} {delay:.3f}\n")
         driver.stdin.flush()
         answer = driver.stdout.readline().strip()
         # What else lies in run/ and config/ the toolkit and the desktop's services have put there.
@@ -59,5 +59,5 @@ def _case(job, home, driver, rng, rounds):
         lost = [f"wrong: {path}" for path in jobs.differing(found, stopped + done)]
         lost += [] if answer == "ended 0" else [answer or "the driver gave up"]
         case.tried += not jobs.differing(found, stopped)
-        case.losses += [f"{loss} (closed by {closing} after {delay:.3f} s)" for loss in lost]
+        case.losses += [f"{loss} (closed after {delay:.3f} s)" for loss in lost]
     return case

@@ -1,9 +1,8 @@
 #!/bin/bash
 # Runs jobs of the desktop program and closes the window in the middle of them.
-# usage: window.sh PROGRAM HOME VARIABLE=VALUE..., on a display of its own; the variables are for the
-# program alone. Reads rounds from standard input, one line each: a job (split, join, hide or
-# recover), how to close (click or key) and the seconds from the job's start to the closing; tells of
-# the end of each on standard output.
+# usage: window.sh PROGRAM HOME VARIABLE=VALUE..., on a display of its own; the variables are the
+# program's alone. Reads a line for each: a job (split, join, hide, recover) and the seconds from its
+# start to the closing. Prints how each has ended.
 . "$(dirname "$0")/../e2e/lib.sh"
 files=$2/files
 export XDG_RUNTIME_DIR=$2/run XDG_CONFIG_HOME=$2/config
@@ -38,35 +37,24 @@ begin_hide() {
   choose "Select File In Which You Want To Hide File." "$files/main.jpg"
   choose "Select File You Want To Hide." "$files/first.zip"
   await form "Hide File"
-  xdotool type geheim
-  key Tab
-  xdotool type geheim
-  key Return
+  xdotool type geheim && key Tab && xdotool type geheim && key Return
   await dialog Slyver  # The files are big. Go on?
 }
 begin_recover() {
   opens 3 Recover
   choose "Select File From Which You Want To Recover File" "$files/carrier.jpg"
   await form Recover
-  xdotool type geheim
-  key Return
+  xdotool type geheim && key Return
   confirm         # The file is big. Go on?
   await form "Select File To Recover :"
   key Down
 }
 
-# Closes whatever window has the keyboard.
-close_by_click() {
-  eval "$(xdotool getactivewindow getwindowgeometry --shell 2>/dev/null)"
-  xdotool mousemove $((X + WIDTH - 20)) $((Y + 12)) click 1
-}
-close_by_key() { key alt+F4; }
-
-while read -r job closing delay; do
+while read -r job delay; do
   "begin_$job"
   key Return
   sleep "$delay"
-  "close_by_$closing"
+  key alt+F4  # Closes whatever window has the keyboard.
   deadline=$((SECONDS + patience))
   until is_ended; do
     [ $SECONDS -lt $deadline ] || fail "waited in vain for the end of the program"
