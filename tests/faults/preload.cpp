@@ -19,6 +19,7 @@
 #include <pthread.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -226,6 +227,9 @@ ALSO_64(pwrite);
 CALL_64(int, fallocate, (int file, int mode, off_t offset, off_t length), -1, Change,
         (PathOf(file)), file, mode, offset, length);
 CALL(int, fsync, (int file), -1, Change, (PathOf(file)), file)
+CALL(int, fchmod, (int file, mode_t mode) noexcept, -1, Change, (PathOf(file)), file, mode)
+CALL_64(int, statvfs, (const char* path, struct statvfs* to) noexcept, -1, Look, (At(path)), path,
+        to);
 CALL_64(int, stat, (const char* path, struct stat* to) noexcept, -1, Look, (At(path)), path, to);
 CALL_64(int, lstat, (const char* path, struct stat* to) noexcept, -1, Look, (At(path)), path, to);
 CALL_64(int, fstat, (int file, struct stat* found) noexcept, -1, Look, (PathOf(file)), file, found);
