@@ -89,7 +89,7 @@ def places(job):
     if "recover" in job.name:
         yield Place("files/TempRRR", **work_folder)
     if "over pieces" in job.name:
-        first = temporary_path("files/whole.bin.1.sly")
+        first = temporary_path("files/old/whole.bin.1.sly")
         yield Place(first.replace(".tmp", ".set"), **work_folder)
     if "hide" in job.name:
         yield Place(jobs.PRIVATE, {"a folder open to all"}, {"a closed folder", *FOLDERS},
