@@ -85,7 +85,6 @@ def places(job):
             yield Place(path, either=FILES)
     if "join" in job.name:
         yield Place("files/temprrr", **work_folder)
-        yield Place(temporary_path("files/whole.bin.1.sly"), **own_file)
     if "recover" in job.name:
         yield Place("files/TempRRR", **work_folder)
     if "over pieces" in job.name:
@@ -97,7 +96,8 @@ def places(job):
     marks = "hide" in job.name or "recover" in job.name
     for path in job.results:
         if "recover" not in job.name:  # That is moved there when it is complete.
-            yield Place(temporary_path(path), **own_file)
+            own = own_file | ({"passable": everything} if "hide" in job.name else {})
+            yield Place(temporary_path(path), **own)
         if path not in job.replaced:
             # A split of the same file is looked for in that file's own folder.
             replaces = "new" in job.name or (job.name == "split" and not path.endswith(".1.sly"))
@@ -173,11 +173,13 @@ def losses(sly, home, job, place, kind):
     ways = [way]
     if done:
         results = job.make(known)
-        if place.path in results and ("hide" in job.name or "recover" in job.name):
+        marks = "hide" in job.name or "recover" in job.name
+        path = next(iter(results), "")
+        if marks and (place.path == path or kind in FOLDERS and place.path == temporary_path(path)):
             # The next name that is free is taken.
-            folder, name = place.path.split("/")
+            folder, name = path.split("/")
             name = f"[1] {name}" if "hide" in job.name else name.replace(" ", " [1] ", 1)
-            results[f"{folder}/{name}"] = results.pop(place.path)
+            results[f"{folder}/{name}"] = results.pop(path)
         ways = [way | jobs.only(results)]
     else:
         part = {path: (before.get(path, ABSENT), data) for path, data in job.results.items()}
