@@ -179,7 +179,17 @@ Section /o "sly on the PATH" SectionPath
         System::Call '*$7(&i2 0)'
         System::Call 'kernel32::lstrcatW(p r7, w ";$INSTDIR;")'
       ${Else}
-        System::Call 'kernel32::lstrcatW(p r7, w "$INSTDIR;")'
+        IntOp $1 $0 * 2
+        IntPtrOp $1 $7 + $1
+        IntPtrOp $1 $1 - 4
+        System::Call '*$1(&i2 .r2)'
+        ${If} $2 = 59 ; It ends in a ";" of its own, which stays at the end.
+          IntPtrOp $1 $1 + 2
+          System::Call '*$1(&i2 0)'
+          System::Call 'kernel32::lstrcatW(p r7, w "$INSTDIR;;")'
+        ${Else}
+          System::Call 'kernel32::lstrcatW(p r7, w "$INSTDIR;")'
+        ${EndIf}
       ${EndIf}
       Call WritePath
       WriteRegDWORD SHCTX "${UNINSTALL}" OnPath 1

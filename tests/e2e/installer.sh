@@ -33,6 +33,8 @@ remove() {
   wine "${command//\\\\/\\}" /S "$1" >/dev/null 2>&1 || fail "the uninstaller ended with status $?"
   wineserver -w
 }
+# Of a key alone, without the keys below it.
+value() { registry "$1" "$2" | head -n 1; }
 is() { [ "$1" = "$2" ] || fail "$3 is $1, not $2"; }
 
 # Keys that every Windows has.
@@ -47,14 +49,14 @@ for mode in /CurrentUser /AllUsers; do
   root=HKLM
   [ $mode = /AllUsers ] || root=HKCU
   install $mode /PATH /EXPLORER
-  is "$(registry "$root\\$uninstall\\Slyver" DisplayVersion)" "\"$version\"" "the version in the list"
-  is "$(registry "$root\\Software\\Classes\\.sly" @)" '"Slyver.Piece"' "the type of pieces"
-  is "$(registry "$root\\$menu\\Slyver.Split" @)" '"Split with Slyver"' "the entry in the Explorer's menu"
+  is "$(value "$root\\$uninstall\\Slyver" DisplayVersion)" "\"$version\"" "the version in the list"
+  is "$(value "$root\\Software\\Classes\\.sly" @)" '"Slyver.Piece"' "the type of pieces"
+  is "$(value "$root\\$menu\\Slyver.Split" @)" '"Split with Slyver"' "the entry in the Explorer's menu"
   is "$(find "$drive" -name Slyver.lnk | wc -l)" 1 "the number of entries in the Start menu"
   is "$(cd "$home" && wine cmd /c 'sly --version' 2>/dev/null | tr -d '\r')" "sly $version" "sly on the PATH"
   # The same again with less: what is not wanted goes, and nothing is there twice.
   install $mode /PATH
-  is "$(registry "$root\\$menu\\Slyver.Split" @)" '' "the entry in the Explorer's menu"
+  is "$(value "$root\\$menu\\Slyver.Split" @)" '' "the entry in the Explorer's menu"
   wine reg add 'HKLM\Software\Orm Valis\Slyver' /v RAM /d 0 /f >/dev/null 2>&1
   remove $mode
   registry_text | diff "$home/before.reg" - || fail "$mode: the registry is not as it was"
