@@ -20,9 +20,11 @@ _sly() {
   fi
   local options='--yes -y --quiet -q --verbose -v --help -h'
   case ${words[1]} in
-    split) options+=' --size -s --count -n --output -o' ;;
-    hide | list) options+=' --password-file' ;;
-    recover) options+=' --password-file --file -f --main -m' ;;
+    split) options+=' --output -o --size -s --count -n' ;;
+    join) options+=' --output -o' ;;
+    hide) options+=' --output -o --password-file' ;;
+    list) options+=' --password-file' ;;
+    recover) options+=' --output -o --password-file --file -f --all -a --main -m' ;;
   esac
   COMPREPLY=($(compgen -W "$options" -- "$cur"))
 } && complete -F _sly sly

@@ -20,10 +20,11 @@ __sly_option $all -s q -l quiet -d 'Show neither progress nor messages of succes
 __sly_option $all -s v -l verbose -d 'Print the path of every file made'
 __sly_option split -s s -l size -x -d 'The size of a piece'
 __sly_option split -s n -l count -x -d 'The number of pieces'
-__sly_option split -s o -l output -x -a '(__fish_complete_directories)' -d 'The folder for the pieces'
+__sly_option 'split join hide recover' -s o -l output -x -a '(__fish_complete_directories)' -d 'The folder for what is made'
 __sly_option join -f -a "(__fish_complete_suffix .sly | string match -ri '.*(?:/|[.]sly)\$')"
 __sly_option 'hide list recover' -l password-file -r -d 'Take the password from a file'
 __sly_option recover -s f -l file -x -d 'The serial number of the hidden file'
+__sly_option recover -s a -l all -d 'Recover every hidden file'
 __sly_option recover -s m -l main -d 'Recover the main file'
 
 functions --erase __sly_option

@@ -1,13 +1,14 @@
 #compdef sly
 # Completes the commands, options and files of sly in zsh.
 
-local -a common password commands
+local -a common output password commands
 common=(
   '(-y --yes)'{-y,--yes}'[answer every question with Yes]'
   '(-q --quiet)'{-q,--quiet}'[show neither progress nor messages of success]'
   '(-v --verbose)'{-v,--verbose}'[print the path of every file made]'
   '(- *)'{-h,--help}'[print the options]'
 )
+output=('(-o --output)'{-o,--output}'[the folder for what is made]:folder:_files -/')
 password=('--password-file[take the password from the first line of a file]:file:_files')
 commands=(
   'split:split a file into numbered .sly pieces'
@@ -29,19 +30,19 @@ case $state in
   argument)
     case $words[1] in
       split)
-        _arguments $common \
+        _arguments $common $output \
           '(-s --size -n --count)'{-s,--size}'[the size of a piece]:size:' \
           '(-n --count -s --size)'{-n,--count}'[the number of pieces]:number:' \
-          '(-o --output)'{-o,--output}'[the folder for the pieces]:folder:_files -/' \
           '1:file:_files'
         ;;
-      join) _arguments $common '1:piece:_files -g "*.(#i)sly(-.)"' ;;
-      hide) _arguments $common $password '1:main file:_files' '2:file to hide:_files' ;;
+      join) _arguments $common $output '1:piece:_files -g "*.(#i)sly(-.)"' ;;
+      hide) _arguments $common $output $password '1:main file:_files' '2:file to hide:_files' ;;
       list) _arguments $common $password '1:carrier:_files' ;;
       recover)
-        _arguments $common $password \
-          '(-f --file -m --main)'{-f,--file}'[the serial number of the hidden file]:number:' \
-          '(-m --main -f --file)'{-m,--main}'[recover the main file]' \
+        _arguments $common $output $password \
+          '(-f --file -a --all -m --main)'{-f,--file}'[the serial number of the hidden file]:number:' \
+          '(-f --file -a --all -m --main)'{-a,--all}'[recover every hidden file]' \
+          '(-f --file -a --all -m --main)'{-m,--main}'[recover the main file]' \
           '1:carrier:_files'
         ;;
     esac
