@@ -1,14 +1,25 @@
 #include <wx/init.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <string>
+#include <system_error>
 
+#include "desktop/app/HelpPage.h"
 #include "desktop/app/SlyverApp.h"
 
 namespace {
 
-int Answer(const char* text) {
-  return std::fputs(text, stdout) < 0 || std::fflush(stdout) != 0 ? 1 : 0;
+int Answer(const std::string& text) {
+  return std::fputs(text.c_str(), stdout) < 0 || std::fflush(stdout) != 0 ? 1 : 0;
+}
+
+/// Where the help lies, as a line; nothing where there is none.
+std::string HelpLine() {
+  std::error_code unknown;
+  const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", unknown);
+  const std::filesystem::path page = slyver::HelpPage(program.parent_path());
+  return page.empty() ? "" : "Help: " + page.string() + "\n";
 }
 
 }  // namespace
@@ -23,7 +34,7 @@ int main(int argc, char** argv) {
                        slyver::usageText);
     return 2;
   }
-  if (line == "--help") return Answer(slyver::usageText);
+  if (line == "--help") return Answer(slyver::usageText + HelpLine());
   if (line == "--version") return Answer(slyver::versionText);
   if (argc == 3) line += std::string(" ") + argv[2];
   wxApp::SetInstance(new slyver::SlyverApp(line));
