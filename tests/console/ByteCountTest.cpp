@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 #include "engine/system/ProgressText.h"
 
 namespace slyver {
@@ -19,28 +21,10 @@ TEST(ByteCount, ReadsNumbersAndUnitsExactly) {
         Case{"3T", 3298534883328}, Case{"3TB", 3000000000000}, Case{"1E", 1152921504606846976},
         Case{"1.000", 1}, Case{"18446744073709551615", 18446744073709551615U}})
     EXPECT_EQ(ParseByteCount(c.text).value_or(0), c.bytes) << c.text;
-  for (const char* text : {"",
-                           "MB",
-                           "0",
-                           "0.0MB",
-                           "-1",
-                           "+1",
-                           " 1",
-                           "2.2GiB",
-                           "1.5",
-                           "1.0005kB",
-                           "1..5kB",
-                           ".",
-                           "1e3",
-                           "0x10",
-                           "1,5MB",
-                           "1 MB 2",
-                           "1KK",
-                           "1Z",
-                           "16E",
-                           "18446744073709551616",
-                           "18446744073709551.616kB",
-                           "20000000000 GB"})
+  std::istringstream wrong(
+      "|MB|0|0.0MB|-1|+1| 1|2.2GiB|1.5|1.0005kB|1..5kB|.|1e3|0x10|1,5MB|1 MB 2|1KK|1Z|16E|"
+      "18446744073709551616|18446744073709551.616kB|20000000000 GB");
+  for (std::string text; std::getline(wrong, text, '|');)
     EXPECT_EQ(ParseByteCount(text), std::nullopt) << text;
 }
 

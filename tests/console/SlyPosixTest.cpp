@@ -1,12 +1,16 @@
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <pty.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <csignal>
 #include <cstdlib>
-#include <thread>
 
 #include "console/Terminal.h"
 #include "support/SampleCarrier.h"
-#include "support/SlyProgram.h"
 
 namespace slyver {
 namespace {
@@ -20,12 +24,24 @@ namespace fs = std::filesystem;
   "Enter Password. (Nobody is at the terminal; --password-file names a file with it.)\n"
 #define LIST "0\t7\ta.bin\n1\t3000\tb.bin\n2\t1\tc.bin\n3\t25\td.bin\n4\t5000\te.bin\n5\t6\tf.bin\n"
 
-/// The program in a folder with sample files, a carrier of one and one of six, and the password in
-/// the file "pw", which scripts name with $P.
-class Sly : public SlyProgramTest {
+/// The status that a shell would give a child's end.
+int StatusOf(int waitStatus) {
+  return WIFEXITED(waitStatus) ? WEXITSTATUS(waitStatus) : 128 + WTERMSIG(waitStatus);
+}
+
+struct Outcome {
+  int status = 0;
+  std::string out, err;
+};
+
+/// The real program, as $SLY in shell scripts, in a folder with sample files, a carrier of one and
+/// one of six, and the password in the file "pw", which scripts name with $P.
+class Sly : public TempFolderTest {
  protected:
   void SetUp() override {
-    SlyProgramTest::SetUp();
+    TempFolderTest::SetUp();
+    setenv("SLY", SLY_PROGRAM, 1);
+    setenv("LC_ALL", "C", 1);
     setenv("P", "--password-file pw", 1);
     // Takes from root the right to pass over permissions; everyone else has none to lose.
     setenv("DROP", getuid() == 0 ? "setpriv --bounding-set=-dac_override,-dac_read_search" : "", 1);
@@ -44,14 +60,88 @@ class Sly : public SlyProgramTest {
       EXPECT_EQ(Names(privateFolder), std::set<std::string>{});
     }
     EXPECT_FALSE(fs::exists(folder / "TempRRR"));
-    SlyProgramTest::TearDown();
+    TempFolderTest::TearDown();
   }
   void StartAnew() {
     TearDown();
     SetUp();
   }
 
+  /// Runs a script without a terminal. In the output the test's folder is "@".
+  Outcome Run(const std::string& script) const {
+    const auto read = [&](const char* name) {
+      std::string text = ReadFile(folder.parent_path() / name);
+      const std::string path = folder.string();
+      for (std::size_t at = 0; (at = text.find(path, at)) != std::string::npos;)
+        text.replace(at, path.size(), "@");
+      return text;
+    };
+    const std::string command =
+        "cd '" + folder.string() + "' && (" + script + ") </dev/null >../stdout 2>../stderr";
+    const int status = StatusOf(std::system(command.c_str()));
+    return {status, read("stdout"), read("stderr")};
+  }
+
   std::set<std::string> before;
+};
+
+/// A script that runs on a terminal of its own, with someone typing.
+class OnTerminal {
+ public:
+  OnTerminal(const std::filesystem::path& folder, const std::string& script) {
+    child_ = forkpty(&terminal_, nullptr, nullptr, nullptr);
+    if (child_ != 0) return;
+    if (chdir(folder.c_str()) == 0) execl("/bin/sh", "sh", "-c", script.c_str(), nullptr);
+    _exit(127);
+  }
+  ~OnTerminal() {
+    if (child_ > 0) {
+      kill(child_, SIGKILL);
+      (void)waitpid(child_, nullptr, 0);
+    }
+    close(terminal_);
+  }
+  OnTerminal(const OnTerminal&) = delete;
+  OnTerminal& operator=(const OnTerminal&) = delete;
+
+  /// Reads until `text` is on the screen, behind what was waited for before.
+  void WaitFor(const std::string& text) {
+    while (shown_.find(text, seen_) == std::string::npos)
+      ASSERT_TRUE(ReadSome()) << text << " did not come, but: " << shown_;
+    seen_ = shown_.find(text, seen_) + text.size();
+  }
+  void Type(const std::string& text) const {
+    EXPECT_EQ(write(terminal_, text.data(), text.size()), std::ssize(text));
+  }
+  /// Waits for the script's end; returns its status.
+  int Finish() {
+    while (ReadSome()) continue;
+    int status = 0;
+    EXPECT_EQ(waitpid(child_, &status, 0), child_);
+    child_ = -1;
+    return StatusOf(status);
+  }
+  const std::string& Shown() const { return shown_; }
+
+ private:
+  /// False when the script has ended, or is ended because it is silent for too long.
+  bool ReadSome() {
+    pollfd waiting = {terminal_, POLLIN, 0};
+    if (poll(&waiting, 1, 30000) <= 0) {
+      kill(child_, SIGKILL);
+      return false;
+    }
+    std::array<char, 4096> part = {};
+    const ssize_t count = read(terminal_, part.data(), part.size());
+    if (count <= 0) return false;
+    shown_.append(part.data(), static_cast<std::size_t>(count));
+    return true;
+  }
+
+  int terminal_ = -1;
+  pid_t child_ = -1;
+  std::string shown_;
+  std::size_t seen_ = 0;
 };
 
 /// A script that runs without a terminal. In the output the test's folder is "@".
@@ -181,122 +271,105 @@ TEST_F(Sly, DoesAndSaysWhatIsExpected) {
 }
 
 TEST_F(Sly, TellsWrongUsageInALine) {
-  struct Usage {
-    const char* arguments;
-    const char* said;
-  };
-  for (const Usage& usage : {Usage{"", "subcommand"},
-                             Usage{"splot a", "subcommand"},
-                             Usage{"split", "FILE"},
-                             Usage{"join", "PIECE"},
-                             Usage{"list", "CARRIER"},
-                             Usage{"hide m.png", "FILE"},
-                             Usage{"split a b", "b"},
-                             Usage{"split a -s 5 -n 2", "--size excludes --count"},
-                             Usage{"split a -s 1.5", "--size: \"1.5\""},
-                             Usage{"split a -s 0", "--size: \"0\""},
-                             Usage{"split a -n 0", "--count: \"0\""},
-                             Usage{"split a -n -1", "--count: \"-1\""},
-                             Usage{"split a -n 2x", "--count: \"2x\""},
-                             Usage{"join a.1.sly -s 5", "-s"},
-                             Usage{"recover six -f 0 -m $P", "--file excludes --main"},
-                             Usage{"recover six --all -m $P", "--all excludes --main"},
-                             Usage{"recover six -f -1 $P", "--file: \"-1\""},
-                             Usage{"list six --password Ab", "--password"},
-                             Usage{"split ''", "FILE"},
-                             Usage{"split a -o ''", "--output"},
-                             Usage{"hide '' a.bin", "MAIN"},
-                             Usage{"hide m.png ''", "FILE"},
-                             Usage{"list six --password-file ''", "--password-file"}}) {
-    const Outcome outcome = Run(std::string("$SLY ") + usage.arguments);
-    EXPECT_EQ(outcome.status, 2) << usage.arguments;
-    EXPECT_EQ(outcome.out, "") << usage.arguments;
-    EXPECT_NE(outcome.err.find(usage.said), std::string::npos) << outcome.err;
+  // Behind "#" stands what must be said.
+  for (const std::string arguments : {"# subcommand",
+                                      "splot a # subcommand",
+                                      "split # FILE",
+                                      "join # PIECE",
+                                      "list # CARRIER",
+                                      "hide m.png # FILE",
+                                      "split a b # b",
+                                      "split a -s 5 -n 2 # --size excludes --count",
+                                      "split a -s 1.5 # --size: \"1.5\"",
+                                      "split a -s 0 # --size: \"0\"",
+                                      "split a -n 0 # --count: \"0\"",
+                                      "split a -n -1 # --count: \"-1\"",
+                                      "split a -n 2x # --count: \"2x\"",
+                                      "join a.1.sly -s 5 # -s",
+                                      "recover six -f 0 -m $P # --file excludes --main",
+                                      "recover six --all -m $P # --all excludes --main",
+                                      "recover six -f -1 $P # --file: \"-1\"",
+                                      "list six --password Ab # --password",
+                                      "split '' # FILE",
+                                      "split a -o '' # --output",
+                                      "hide '' a.bin # MAIN",
+                                      "hide m.png '' # FILE",
+                                      "list six --password-file '' # --password-file"}) {
+    const Outcome outcome = Run("$SLY " + arguments + "\n");
+    EXPECT_EQ(outcome.status, 2) << arguments;
+    EXPECT_EQ(outcome.out, "") << arguments;
+    EXPECT_NE(outcome.err.find(arguments.substr(arguments.find('#') + 2)), std::string::npos)
+        << arguments << outcome.err;
     EXPECT_EQ(outcome.err.find('\n'), outcome.err.size() - 1) << outcome.err;
   }
   for (const char* arguments : {"--help", "split --help", "--version"}) {
     const Outcome outcome = Run(std::string("$SLY ") + arguments);
-    EXPECT_EQ(outcome.status, 0) << arguments;
-    EXPECT_NE(outcome.out, "") << arguments;
-    EXPECT_EQ(outcome.err, "") << arguments;
+    EXPECT_TRUE(outcome.status == 0 && !outcome.out.empty() && outcome.err.empty()) << arguments;
   }
   EXPECT_EQ(Names(), before);
 }
 
-/// A script on a terminal: what is waited for and what is then typed, in turn; its status; and
-/// another script that must succeed when it is over.
+/// A script on a terminal: what is waited for and, in angle brackets, what is then typed; the
+/// status; and another script that must succeed when it is over.
 struct Talk {
   const char* script;
-  std::vector<const char*> lines;
+  const char* talk;
   int status;
   const char* check;
 };
 
+#define JOIN "printf old >a; printf 12 >a.1.sly; printf 3 >a.2.sly; exec $SLY join a.1.sly"
+#define HIDE "exec $SLY hide m.png a.bin"
+#define RECOVER "exec $SLY recover six"
+#define PASSWORD "Enter Password :<Ab\n>"
+#define AGAIN "Re-Enter Password :"
+#define WHICH "Serial number of the file to recover, 0 to 5:"
+#define NOTHING_MADE "! ls | grep -q '^[HO]'"
+
+constexpr Talk talks[] = {
+    {JOIN, REPLACE " [y/n] <perhaps\n>" REPLACE " [y/n] <n\n>", 1, "grep old a"},
+    {JOIN, REPLACE " [y/n] <\x04>", 1, "grep old a"},
+    {JOIN, REPLACE " [y/n] <\x03>", 130, "grep old a"},
+    {JOIN, REPLACE " [y/n] <YES\n>File Joined.", 0, "grep 123 a"},
+    // With a terminal at one end only there is nobody to ask.
+    {"$SLY hide one b.bin $P <pw", ADD " No (nobody", 1, NOTHING_MADE},
+    {HIDE, PASSWORD AGAIN "<Ab\n>File Hidden.", 0, "cmp 'Hidden File m.png' one"},
+    {HIDE, PASSWORD AGAIN "<AB\n>Passwords Do Not Match.", 1, NOTHING_MADE},
+    {HIDE, PASSWORD AGAIN "<\x04>Enter Password.", 1, NOTHING_MADE},
+    {HIDE, PASSWORD AGAIN "<\x03>", 130, NOTHING_MADE},
+    // Whatever ends or stops the prompt, what is typed is seen afterwards, and only then.
+    {"trap : QUIT; ulimit -c 0; $SLY hide m.png a.bin; stty -a", "Enter Password :<\x1c> echo ", 0,
+     NOTHING_MADE},
+    {"(sleep 0.5; kill -STOP $$; stty echo </dev/tty; kill -CONT $$) & exec $SLY list six",
+     "Enter Password :<>" PASSWORD "f.bin", 0, "true"},
+    {"mkfifo p; (sleep 0.5; kill $$) & exec $SLY list --password-file p six", "", 143, "true"},
+    {"exec $SLY hide one b.bin", PASSWORD AGAIN "<Ab\n>" ADD " [y/n] <y\n>File Hidden.", 0,
+     "cmp 'Hidden File one' two"},
+    {RECOVER, PASSWORD "d.bin<>" WHICH "<3\n>", 0, "cmp d.bin 'Original d.bin'"},
+    {RECOVER, PASSWORD WHICH "<6\n>", 1, NOTHING_MADE},
+    {RECOVER, PASSWORD WHICH "<\x04>", 1, NOTHING_MADE},
+    {RECOVER, PASSWORD WHICH "<\x03>", 130, NOTHING_MADE},
+    {"exec $SLY split e.bin -s 2kB", "100%  5.00 kB of 5.00 kB\033[K\r\033[KFile Successfully", 0,
+     "true"},
+    {"stty cols 20; exec $SLY split e.bin -s 2kB", "\r100%\033[K\r\033[KFile", 0, "true"},
+    {"exec $SLY split \"$(printf 'a\\033[2J')\"", "a?[2J: No such file", 1, "true"},
+    // What takes no space on the disk is not copied, so it is reserved.
+    {"fallocate -l 2000000000 a.bin; exec $SLY hide $P m.png a.bin", " of 2.00 GB<\x03>", 130,
+     NOTHING_MADE},
+    {"truncate -s 47GB a; exec $SLY split a", " of 47.0 GB<\x03>\r\033[K", 130, "! ls | grep sly"},
+};
+
 TEST_F(Sly, TalksOnATerminal) {
-  const auto join = "printf old >a; printf 12 >a.1.sly; printf 3 >a.2.sly; exec $SLY join a.1.sly";
-  const auto hide = "exec $SLY hide m.png a.bin";
-  const auto recover = "exec $SLY recover six";
-  const auto password = "Enter Password :";
-  const auto again = "Re-Enter Password :";
-  const auto which = "Serial number of the file to recover, 0 to 5:";
-  const auto nothingMade = "! ls | grep -q '^[HO]'";
-  for (const Talk& talk : std::vector<Talk>{
-           {join, {REPLACE " [y/n] ", "perhaps\n", REPLACE " [y/n] ", "n\n"}, 1, "grep old a"},
-           {join, {REPLACE " [y/n] ", "\x04"}, 1, "grep old a"},
-           {join, {REPLACE " [y/n] ", "\x03"}, 130, "grep old a"},
-           {join, {REPLACE " [y/n] ", "YES\n", "File Joined."}, 0, "grep 123 a"},
-           // With a terminal at one end only there is nobody to ask.
-           {"$SLY hide one b.bin $P <pw", {ADD " No (nobody"}, 1, nothingMade},
-           {hide,
-            {password, "Ab\n", again, "Ab\n", "File Hidden."},
-            0,
-            "cmp 'Hidden File m.png' one"},
-           {hide, {password, "Ab\n", again, "AB\n", "Passwords Do Not Match."}, 1, nothingMade},
-           {hide, {password, "Ab\n", again, "\x04", "Enter Password."}, 1, nothingMade},
-           {hide, {password, "Ab\n", again, "\x03"}, 130, nothingMade},
-           // Whatever ends or stops the prompt, what is typed is seen afterwards, and only then.
-           {"trap : QUIT; ulimit -c 0; $SLY hide m.png a.bin; stty -a",
-            {password, "\x1c", " echo "},
-            0,
-            nothingMade},
-           {"(sleep 0.5; kill -STOP $$; stty echo </dev/tty; kill -CONT $$) & exec $SLY list six",
-            {password, "", password, "Ab\n", "f.bin"},
-            0,
-            "true"},
-           {"mkfifo p; (sleep 0.5; kill $$) & exec $SLY list --password-file p six",
-            {},
-            143,
-            "true"},
-           {"exec $SLY hide one b.bin",
-            {password, "Ab\n", again, "Ab\n", ADD " [y/n] ", "y\n", "File Hidden."},
-            0,
-            "cmp 'Hidden File one' two"},
-           {recover,
-            {password, "Ab\n", "d.bin", "", which, "3\n"},
-            0,
-            "cmp d.bin 'Original d.bin'"},
-           {recover, {password, "Ab\n", which, "6\n"}, 1, nothingMade},
-           {recover, {password, "Ab\n", which, "\x04"}, 1, nothingMade},
-           {recover, {password, "Ab\n", which, "\x03"}, 130, nothingMade},
-           {"exec $SLY split e.bin -s 2kB",
-            {"100%  5.00 kB of 5.00 kB", "", "\r\033[KFile Successfully Sly."},
-            0,
-            "true"},
-           {"stty cols 20; exec $SLY split e.bin -s 2kB", {"\r100%\033[K\r\033[KFile"}, 0, "true"},
-           {"exec $SLY split \"$(printf 'a\\033[2J')\"", {"a?[2J: No such file"}, 1, "true"},
-           // What takes no space on the disk is not copied, so it is reserved.
-           {"fallocate -l 2000000000 a.bin; exec $SLY hide $P m.png a.bin",
-            {" of 2.00 GB", "\x03"},
-            130,
-            nothingMade},
-           {"truncate -s 47GB a; exec $SLY split a",
-            {" of 47.0 GB", "\x03", "\r\033[K"},
-            130,
-            "! ls | grep sly"}}) {
+  for (const Talk& talk : talks) {
     StartAnew();
     OnTerminal terminal(folder, talk.script);
-    for (std::size_t i = 0; i < talk.lines.size(); ++i)
-      i % 2 == 0 ? terminal.WaitFor(talk.lines[i]) : terminal.Type(talk.lines[i]);
+    for (std::string rest = talk.talk; !rest.empty();) {
+      const std::size_t typed = std::min(rest.find('<'), rest.size());
+      terminal.WaitFor(rest.substr(0, typed));
+      const std::size_t end = std::min(rest.find('>'), rest.size() - 1);
+      if (typed < end) terminal.Type(rest.substr(typed + 1, end - typed - 1));
+      rest.erase(0, end + 1);
+    }
     EXPECT_EQ(terminal.Finish(), talk.status) << talk.script << terminal.Shown();
     EXPECT_EQ(Run(talk.check).status, 0) << talk.script << terminal.Shown();
     for (const char* typed : {"Ab", "AB"})
