@@ -1,6 +1,5 @@
 #include <wx/app.h>
 #include <wx/textctrl.h>
-#include <wx/textdlg.h>
 
 #include <memory>
 #include <string>
@@ -86,10 +85,8 @@ class Gallery final : public wxApp {
       return;
     }
     if (form == "InputBox") {
-      wxTextEntryDialog* box = nullptr;
-      CallAfter([&box] {
-        for (wxWindow* const window : wxTopLevelWindows)
-          if (auto* const found = dynamic_cast<wxTextEntryDialog*>(window)) box = found;
+      CallAfter([] {
+        auto* const box = dynamic_cast<wxTextCtrl*>(wxWindow::FindWindowByName("Text"));
         if (box != nullptr) box->SetValue("password");
       });
       (void)ui_.MaskedInputBox("Enter Password Of The Last File.");

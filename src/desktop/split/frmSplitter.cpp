@@ -59,6 +59,7 @@ void frmSplitter::MakeControls() {
   sizes_ = new wxButton(Frame1_, wxID_ANY, wxString::FromUTF8("\u25BE"), wxDefaultPosition,
                         wxDefaultSize, wxBU_EXACTFIT);
   NameControl(*sizes_, "Sizes", "Common Sizes");
+  sizes_->SetMinSize({2 * sizes_->GetCharHeight(), -1});
   // By keyboard Down does the same in the field itself.
   sizes_->DisableFocusFromKeyboard();
   Label6_ = NewLabel(Frame1_, " In Bytes.", "Label6");
