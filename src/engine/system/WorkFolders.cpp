@@ -35,6 +35,8 @@ bool IsWorkFile(std::string_view name) {
          name.substr(0, name.size() - 4).find_first_not_of("0123456789.") == std::string_view::npos;
 }
 
+constexpr int looksBeforeRefusal = 5;
+
 enum class Leftover { Removed, InUse, NotOurs };
 
 Leftover RemoveEmpty(const fs::path& folder) {
@@ -111,7 +113,7 @@ ScratchFolder::ScratchFolder(fs::path path) {
 
 /// Makes the folder; false when another job works in one of that name.
 bool ScratchFolder::Make() {
-  while (true) {
+  for (int looks = 1;; ++looks) {
     if (MakeNewFolder(path_)) {
       try {
         if (lock_.Make(path_) == FolderLock::Answer::Taken) return true;
@@ -127,6 +129,9 @@ bool ScratchFolder::Make() {
       case Leftover::InUse:
         return false;
       case Leftover::NotOurs:
+        // Other jobs make and remove their folder between two of these calls; what is not theirs
+        // looks the same every time.
+        if (looks < looksBeforeRefusal) break;
         throw std::runtime_error(PathText(path_) + " Holds Other Files. Move Them Away.");
     }
   }
