@@ -30,10 +30,10 @@ TEST(Crypt, DeciphersEveryTextUnderEveryPasswordByte) {
 }
 
 TEST(Crypt, ReadsDamagedTextAsFarAsItIsHexadecimal) {
-  EXPECT_EQ(DecryptText("7", "A"), "1");      // 7 xor 54
-  EXPECT_EQ(DecryptText("4G", "A"), "2");     // only the 4 counts
-  EXPECT_EQ(DecryptText("G4zz", "A"), "65");  // both pairs count as 0
-  EXPECT_EQ(DecryptText("7f", "A"), "\x49");  // lower case is hexadecimal too
+  // 7 xor 54; only the 4 counts; both pairs count as 0; lower case is hexadecimal too.
+  for (const auto& [cipher, text] :
+       {std::pair{"7", "1"}, {"4G", "2"}, {"G4zz", "65"}, {"7f", "\x49"}})
+    EXPECT_EQ(DecryptText(cipher, "A"), text);
 }
 
 }  // namespace
