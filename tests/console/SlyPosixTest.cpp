@@ -195,6 +195,10 @@ constexpr Case scripts[] = {
     {"cp a.bin aaaaaaaaaaaaaaaaaaaaaaaaa; $SLY hide -q $P m.png aaaaaaaaaaaaaaaaaaaaaaaaa", 0,
      "@/Hidden File m.png\n",
      "aaaaaaaaaaaaaaaaaaaaaaaaa: The Name Will Come Back As aaaaaaaaaaaaaaaaaaaaaaaa\n"},
+    {"umask 022; cp m.png p; chmod 750 p; cp a.bin s; chmod 604 s; $SLY hide -q $P p s;"
+     "$SLY recover -q $P 'Hidden File p'; $SLY recover -q $P --main 'Hidden File p';"
+     "stat -c %a 'Hidden File p' 'Original s' 'Original Hidden File p'; rm p s",
+     0, "@/Hidden File p\n@/Original s\n@/Original Hidden File p\n700\n600\n700\n", ""},
     {"mkdir temprrr TempRRR; touch temprrr/mine TempRRR/1.ini; printf 1 >a.1.sly; printf 2 "
      ">a.2.sly;"
      "$SLY join a.1.sly; $SLY recover $P one; echo ab | $SLY recover --password-file - one;"
