@@ -199,8 +199,9 @@ fs::path RecoverJob::Cut(std::uint64_t offset, std::uint64_t length, const std::
     SplitOptions options;
     options.outputFolder = work_->Path();
     options.title = pieceTitle;
-    options.TwoPieceMode = options.SkipThenRange = options.forRecovery = true;
-    options.SecondPieceSize = length;
+    options.TwoPieceMode = options.forRecovery = true;
+    (offset + length == carrier_.length ? options.SkipThenTrailer : options.SkipThenRange) = true;
+    options.TrailerSize = options.SecondPieceSize = length;
     options.state = carrier_;
     options.barValue = barValue;
     const SplitResult cut = SplitFile(form_.Text1, offset, options, ui_);

@@ -66,6 +66,14 @@ Watch StepsTo(double end, std::uint64_t count, Ui& ui, std::string_view bar, dou
   });
 }
 
+/// The steps of a look at a trailer, whose bytes are not the job's.
+Watch WithoutBytes(const Watch& watch) {
+  return [watch](CopyProgress progress) {
+    progress.bytesDone = progress.bytesTotal = 0;
+    return watch(progress);
+  };
+}
+
 /// Whether pieces of `name` are in the folder. Throws FileError when it cannot be listed.
 bool HoldsPieces(const std::filesystem::path& folder, std::string_view name) {
   bool holds = false;
@@ -103,7 +111,8 @@ SplitResult SplitFile(const std::filesystem::path& source, std::uint64_t pieceSi
       plan.names.width = mask.size();
       plan.rights = WithoutExecute(state.rights);
       plan.existing = Existing::ReplaceScratch;
-      Copy(plan, StepsTo(30, count, ui, "PB1", options.barValue));
+      const Watch watch = StepsTo(30, count, ui, "PB1", options.barValue);
+      Copy(plan, options.SkipThenTrailer ? WithoutBytes(watch) : watch);
       return {pieces, mask};
     }
     plan.names.after = ".sly";
@@ -145,7 +154,8 @@ ChunkResult ChunkToTemp(const std::filesystem::path& source, std::uint64_t chunk
     plan.names = {options.folder, "1.", ".ini", std::max(options.only, 1), mask.size()};
     plan.rights = state.rights;
     plan.existing = Existing::ReplaceScratch;
-    Copy(plan, StepsTo(30, count, ui, "PB1", options.barValue));
+    const Watch watch = StepsTo(30, count, ui, "PB1", options.barValue);
+    Copy(plan, options.only == 2 ? WithoutBytes(watch) : watch);
     return {chunks, mask};
   });
 }

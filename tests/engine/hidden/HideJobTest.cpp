@@ -273,7 +273,7 @@ TEST_F(Hide, WorksBesideAnotherHideAndLeavesNothingWhenStopped) {
   ui.StopAtBytes(0);
   EXPECT_THROW((void)other.CheckIni(), Cancelled);
   ScriptedUi stopping;
-  stopping.StopAtBytes(1);
+  stopping.StopAtBytes(0);
   HideJob job(form, stopping, BigFiles::Take);
   EXPECT_THROW((void)Prepared(job), Cancelled);
   EXPECT_EQ(Names(), (std::set<std::string>{"Hidden File m.png", "a.bin", "m.png"}));

@@ -223,7 +223,7 @@ TEST_F(Recover, CancelAndFailureLeaveNothing) {
   PutCarrier(SampleCarrier(sampleMains[9], 2));
   for (const int what : {0, all, theMainFile}) {
     ScriptedUi ui;
-    ui.StopAtBytes(1);
+    ui.StopAtBytes(0);
     Expect(ui, {progress});
     RecoverJob job(form, ui, BigFiles::Take);
     EXPECT_THROW((void)Run(job, what), Cancelled);
