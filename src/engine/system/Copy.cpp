@@ -183,7 +183,7 @@ class Copying {
   std::atomic<std::uint64_t> bytesDone_ = 0;
 
   Mutex nextMutex_;
-  CopyCursor cursor_ GUARDED_BY(nextMutex_);
+  SliceCursor cursor_ GUARDED_BY(nextMutex_);
   std::shared_ptr<const OpenSource> source_ GUARDED_BY(nextMutex_);
   std::shared_ptr<OpenTarget> target_ GUARDED_BY(nextMutex_);
 

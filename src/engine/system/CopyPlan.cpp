@@ -62,7 +62,7 @@ bool CopyPlan::HasHoles(std::size_t target) const {
       [&](const ByteRange& range) { return sources.State(range.source).IsSparse(); });
 }
 
-std::optional<Slice> CopyCursor::Next() {
+std::optional<Slice> SliceCursor::Next() {
   if (range_ == plan_.ranges.size()) return std::nullopt;
   if (range_ == plan_.rangeEnds[target_]) {
     ++target_;

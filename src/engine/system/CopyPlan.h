@@ -92,10 +92,10 @@ struct Slice {
 };
 
 /// Hands out a plan's slices in order.
-class CopyCursor {
+class SliceCursor {
  public:
   /// `plan` outlives the cursor.
-  explicit CopyCursor(const CopyPlan& plan) : plan_(plan) {}
+  explicit SliceCursor(const CopyPlan& plan) : plan_(plan) {}
 
   /// The next slice; nothing after the last one.
   std::optional<Slice> Next();

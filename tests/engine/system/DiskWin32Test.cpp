@@ -7,13 +7,10 @@
 
 #include <algorithm>
 
-#include "engine/hidden/HideJob.h"
-#include "engine/hidden/RecoverJob.h"
 #include "engine/split/JoinM.h"
 #include "engine/split/SplitM.h"
 #include "engine/system/Attributes.h"
 #include "engine/system/Files.h"
-#include "engine/system/FolderLock.h"
 #include "engine/system/SourceFile.h"
 #include "engine/system/WorkFolders.h"
 #include "support/ScriptedUi.h"
@@ -40,8 +37,8 @@ class Disk : public TempFolderTest {
   }
 };
 
-/// All jobs, in a folder whose path is longer than the old limit, with names in several scripts.
-TEST_F(Disk, PathsOfAnyLengthAndScriptServeEveryJob) {
+/// Jobs in a folder whose path is longer than the old limit, with names in several scripts.
+TEST_F(Disk, PathsOfAnyLengthAndScriptServeJobs) {
   const fs::path top = folder / "long";
   fs::path deep = top;
   for (int i = 0; i < 6; ++i) deep /= PathFromText("\u0416\u65E5\U0001F600" + std::string(70, 'x'));
@@ -61,28 +58,11 @@ TEST_F(Disk, PathsOfAnyLengthAndScriptServeEveryJob) {
   ui.ExpectProgressForm("Joining Files");
   ui.ExpectMessage("File Joined.", Icon::Information);
   ui.ExpectEndProgram();
-  EXPECT_EQ(JoinPieces(deep / PathFromText("\u00E9\u0416.bin.2.sly"), ui), source);
+  EXPECT_EQ(
+      JoinPieces(deep / PathFromText("\u00E9\u0416.bin.2.sly"), ui).value_or(JoinedFile{}).path,
+      source);
   EXPECT_EQ(ReadSmallFile(source), bytes);
 
-  ui.ExpectMessage("File Hidden.", Icon::Information);
-  ui.ExpectEndProgram();
-  HideJob hide({kept, source, "p", "p"}, ui, BigFiles::Ask);
-  ASSERT_TRUE(hide.Check() && hide.PrepareHide());
-  EXPECT_EQ(hide.CheckIni(), HideJob::Ini::Complete);
-  const auto carrier = hide.DoAll();
-  ASSERT_TRUE(carrier.has_value());
-  ui.ExpectProgressForm("Recovering Files");
-  ui.ExpectMessage("File Recovered.", Icon::Information);
-  ui.ExpectEndProgram();
-  RecoverJob recover({*carrier, "p"}, ui, BigFiles::Ask);
-  EXPECT_EQ(recover.RecHidden(), RecoverJob::Next::Over);
-  EXPECT_EQ(recover.Recovered(), deep / PathFromText("Original \u00E9_.bin"));
-  EXPECT_EQ(ReadSmallFile(*recover.Recovered()), bytes);
-
-  EXPECT_EQ(Listed(deep),
-            (std::vector<std::string>{"Hidden File kept.bin", "Original \u00E9_.bin", "kept.bin",
-                                      "\u00E9\u0416.bin", "\u00E9\u0416.bin.1.sly",
-                                      "\u00E9\u0416.bin.2.sly", "\u00E9\u0416.bin.3.sly"}));
   RemoveFolder(top);
   EXPECT_FALSE(NameIsTaken(top));
 }
@@ -157,23 +137,6 @@ TEST_F(Disk, TypedNamesBecomeThoseOnTheDisk) {
   EXPECT_TRUE(FullPathOf("none").is_absolute());
   EXPECT_EQ(FullPathOf("C:\\"), fs::path("C:\\"));
   EXPECT_NE(ErrorOf([] { (void)FullPathOf(""); }), "no error");
-}
-
-TEST_F(Disk, AFolderHasOneLockHoweverItIsSpelled) {
-  ScriptedUi ui;
-  fs::create_directory(folder / "Locked");
-  {
-    const FolderLock lock(folder / "Locked", ui);
-    const FolderLock other(folder, ui);
-    for (const char* spelling : {"Locked", "LOCKED", "locked/../Locked"})
-      EXPECT_EQ(ErrorOf([&] { const FolderLock second(folder / spelling, ui, 0s); }),
-                (folder / spelling).string() + ": Another program is working in this folder");
-    ui.StopAtBytes(0);
-    EXPECT_THROW(FolderLock(folder / "Locked", ui), Cancelled);
-  }
-  const FolderLock lock(folder / "LOCKED", ui, 0s);
-  EXPECT_EQ(ErrorOf([&] { const FolderLock none(folder / "none", ui, 0s); }),
-            (folder / "none").string() + ": No such file or directory");
 }
 
 TEST_F(Disk, APrivateFolderInheritsNothingAndLetsInTwo) {
