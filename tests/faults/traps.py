@@ -89,18 +89,20 @@ def places(job):
         yield Place("files/TempRRR", **work_folder)
     if "over pieces" in job.name:
         first = temporary_path("files/old/whole.bin.1.sly")
-        yield Place(first.replace(".tmp", ".set"), **work_folder)
+        yield Place(first.replace(".tmp", ".set"), {"an empty folder"}, own={"an empty folder"},
+                    kinds=KINDS | FOR_WORK_FOLDERS)
     if "hide" in job.name:
         yield Place(jobs.PRIVATE, {"a folder open to all"}, {"a closed folder", *FOLDERS},
                     kinds=KINDS | FOR_PRIVATE_FOLDERS)
     marks = "hide" in job.name or "recover" in job.name
     for path in job.results:
-        if "recover" not in job.name:  # That is moved there when it is complete.
+        # A recovered file is moved there when it is complete, and so is a set that replaces another.
+        staged = path.startswith("files/old/") and not path.endswith(".1.sly")
+        if "recover" not in job.name and not staged:
             own = own_file | ({"passable": everything} if "hide" in job.name else {})
             yield Place(temporary_path(path), **own)
         if path not in job.replaced:
-            # A split of the same file is looked for in that file's own folder.
-            replaces = "new" in job.name or (job.name == "split" and not path.endswith(".1.sly"))
+            replaces = "new" in job.name  # It says yes to every question.
             yield Place(path, everything if marks else REPLACEABLE if replaces else set())
 
 
@@ -180,7 +182,7 @@ def losses(sly, home, job, place, kind):
             folder, name = path.split("/")
             name = f"[1] {name}" if "hide" in job.name else name.replace(" ", " [1] ", 1)
             results[f"{folder}/{name}"] = results.pop(path)
-        ways = [way | jobs.only(results)]
+        ways = [way | jobs.only(dict.fromkeys(job.replaced) | results)]
     else:
         part = {path: (before.get(path, ABSENT), data) for path, data in job.results.items()}
         ways += [way | part]
