@@ -8,6 +8,7 @@
 #include <iterator>
 #include <optional>
 #include <set>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -65,7 +66,7 @@ template <typename Work>
 std::string ErrorOf(const Work& work) {
   try {
     work();
-  } catch (const FileError& error) {
+  } catch (const std::runtime_error& error) {
     return error.what();
   }
   return "no error";

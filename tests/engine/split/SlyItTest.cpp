@@ -17,7 +17,9 @@ class SlyItJob : public TempFolderTest {
  protected:
   void SetUp() override {
     TempFolderTest::SetUp();
-    MakeFiles(folder, "a.dat=0123456789 s/a.dat=0123456789 s/a.dat.1.sly=old out/a.dat.1.sly=old");
+    MakeFiles(folder,
+              "a.dat=0123456789 s/a.dat=0123456789 s/a.dat.1.sly=old out/a.dat.1.sly=old "
+              "out/a.dat.7.SLY=old out/aa.dat.1.sly=other");
   }
 
   /// Presses "Sly It"; "filepath" is deleted where the program ends or `deletes` says so.
@@ -83,6 +85,8 @@ TEST_F(SlyItJob, ChecksTheFormInOrderThenSplits) {
     EXPECT_EQ(ReadFile(folder / to / "a.dat.1.sly"), "012345");
     EXPECT_EQ(ReadFile(folder / to / "a.dat.2.sly"), "6789");
   }
+  EXPECT_EQ(Names(folder / "out"),
+            (std::set<std::string>{"a.dat.1.sly", "a.dat.2.sly", "aa.dat.1.sly"}));
   form.Text3 = "10";
   EXPECT_EQ(Press({tooBig, "end"}, true, AfterFailure::End), 0);
 }

@@ -128,28 +128,7 @@ TEST_F(SplitM, RefusesAndWritesNothing) {
   refused(1, "x " + ErrorOf([&] { MakeFolder(source); }));
 }
 
-TEST_F(SplitM, AnEarlierSetStaysUntilTheUserAgreesAndTheNewOneIsComplete) {
-  MakeFiles(folder, "f=abcd out/f.1.sly=old out/f.7.SLY=old out/ff.1.sly=other");
-  const Files old = FilesIn(out);
-  const std::string question =
-      "Pieces Of An Earlier Split Of f Are In " + out.string() + ". Do You Want To Replace Them?";
-  Expect(ui, {"n " + question});
-  const SplitResult result = SplitFile(source, 2, options, ui);
-  EXPECT_TRUE(result.pieces == 0 && result.declined);
-  const std::string first = (out / "f.1.sly").string();
-  {
-    const LockedFile other(TemporaryPath(first));
-    Expect(ui, {"y " + question, "x " + first + ": Another program is writing this file"});
-    EXPECT_EQ(SplitFile(source, 2, options, ui).pieces, 0);
-  }
-  fs::remove(TemporaryPath(first));
-  EXPECT_EQ(FilesIn(out), old);
-  Expect(ui, {"y " + question});
-  EXPECT_EQ(SplitFile(source, 2, options, ui).pieces, 2);
-  EXPECT_EQ(FilesIn(out), (Files{{"f.1.sly", "ab"}, {"f.2.sly", "cd"}, {"ff.1.sly", "other"}}));
-}
-
-TEST_F(SplitM, CutsOnlyTheStateThatWasAskedForAndNothingWhenCancelled) {
+TEST_F(SplitM, CutsOnlyTheStateThatWasAskedFor) {
   MakeFiles(folder, "f=abcd other=abcd");
   options.state = chunkOptions.state = StateOf(source);
   fs::rename(folder / "other", source);
@@ -158,10 +137,6 @@ TEST_F(SplitM, CutsOnlyTheStateThatWasAskedForAndNothingWhenCancelled) {
   Expect(ui, {changed, changed});
   EXPECT_EQ(SplitFile(source, 1, options, ui).pieces, 0);
   EXPECT_EQ(ChunkToTemp(source, 1, chunkOptions, ui).chunks, 0);
-  options.state = chunkOptions.state = std::nullopt;
-  ui.StopAtBytes(1);
-  EXPECT_THROW(SplitFile(source, 1, options, ui), Cancelled);
-  EXPECT_THROW(ChunkToTemp(source, 1, chunkOptions, ui), Cancelled);
   EXPECT_EQ(FilesIn(out), Files{});
 }
 

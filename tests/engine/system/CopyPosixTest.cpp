@@ -24,7 +24,7 @@ class CopyPosix : public TempFolderTest {
   }
 
   /// The error of copying the source to `name`, if any.
-  std::string CopyTo(const char* name, Rights rights, const Watch& watch) const {
+  std::string CopyTo(const std::string& name, Rights rights, const Watch& watch) const {
     return ErrorOf([&] {
       CopyPlan plan;
       plan.ranges = {{plan.sources.Add(folder / "source", StateOf(folder / "source")), 0, 5}};
@@ -44,10 +44,6 @@ class CopyPosix : public TempFolderTest {
  private:
   mode_t mask_ = 0;
 };
-
-bool GoOn(const CopyProgress& /*progress*/) {
-  return true;
-}
 
 TEST_F(CopyPosix, NobodyMayReadMoreThanBefore) {
   struct Case {
@@ -80,30 +76,13 @@ TEST_F(CopyPosix, NobodyMayReadMoreThanBefore) {
   EXPECT_EQ(WithoutExecute(program).bits, 0644);
 }
 
-TEST_F(CopyPosix, PipesAreNeitherReadNorReplacedNorWaitedFor) {
-  const fs::path pipe = folder / "pipe";
-  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-  const std::string refusal = pipe.string() + ": Not a regular file";
-  EXPECT_EQ(CopyTo("pipe", {}, GoOn), refusal);
-  EXPECT_EQ(ErrorOf([&] { (void)FileLength(pipe); }), refusal);
-  EXPECT_EQ(Names(), (std::set<std::string>{"pipe", "source"}));
-  ASSERT_EQ(mkfifo(TemporaryPath(folder / "target").c_str(), 0600), 0);
-  EXPECT_EQ(CopyTo("target", {}, GoOn), "no error") << "with the temporary name it is a leftover";
-  EXPECT_EQ(Names(), (std::set<std::string>{"pipe", "source", "target"}));
-}
-
 TEST_F(CopyPosix, TheTrueCulpritIsNamed) {
   const fs::path loop = folder / "loop";
   fs::create_symlink(loop, loop);
   EXPECT_EQ(ErrorOf([&] { (void)NameIsTaken(loop / "x"); }),
             (loop / "x").string() + ": Too many levels of symbolic links");
-  const std::string tooLong(256, 'n');
-  EXPECT_EQ(CopyTo(tooLong.c_str(), {}, GoOn),
-            (folder / tooLong).string() + ": File name too long");
-  if (geteuid() == 0) GTEST_SKIP() << "root may write everywhere";
-  ASSERT_EQ(chmod(folder.c_str(), 0500), 0);
-  EXPECT_EQ(CopyTo("target", {}, GoOn), folder.string() + ": Permission denied");
-  ASSERT_EQ(chmod(folder.c_str(), 0700), 0);
+  EXPECT_EQ(CopyTo(std::string(256, 'n'), {}, [](const CopyProgress&) { return true; }),
+            (folder / std::string(256, 'n')).string() + ": File name too long");
 }
 
 }  // namespace

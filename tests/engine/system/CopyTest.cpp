@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <limits>
 #include <stdexcept>
 #include <thread>
@@ -155,39 +154,13 @@ TEST_F(Copied, KeepsOrReplacesWhatBearsTheName) {
               target.string() + ": Another program has removed it while it was being written");
     EXPECT_EQ(ReadFile(target), "came meanwhile");
   }
-  EXPECT_EQ(Names(), (std::set<std::string>{"source", "target"}));
-
-  if (!MakeFileLink(folder / "none", folder / "link")) GTEST_SKIP() << "no links here";
-  target = folder / "link";
-  EXPECT_EQ(error(Existing::Keep, GoOn), target.string() + ": File exists");
-  EXPECT_EQ(error(Existing::Replace, GoOn), "no error");
-  EXPECT_FALSE(fs::is_symlink(target));
-  EXPECT_FALSE(fs::exists(folder / "none"));
 }
 
-TEST_F(Copied, RemovesWhatAKilledRunHasLeftAndNeverWritesThroughIt) {
-  const fs::path temporary = TemporaryPath(target);
-  const fs::path userData = folder / "user data";
-  WriteFile(userData, "precious");
-  const std::array<std::function<void()>, 4> leftovers = {
-      [&] { WriteFile(temporary, SomeBytes(5000)); },
-      [&] {
-        WriteFile(temporary, "");
-        fs::permissions(temporary, fs::perms::owner_read);
-      },
-      [&] { (void)MakeFileLink(userData, temporary); },
-      [&] { fs::create_hard_link(userData, temporary); }};
-  for (const auto& leave : leftovers) {
-    leave();
-    Copy(PlanOf(whole, Existing::Replace), GoOn);
-    EXPECT_EQ(ReadFile(target), bytes);
-    EXPECT_EQ(ReadFile(userData), "precious");
-    EXPECT_EQ(Names(), (std::set<std::string>{"source", "target", "user data"}));
-  }
-  const LockedFile other(temporary);
+TEST_F(Copied, WaitsForNoOtherProgramThatWritesTheFile) {
+  const LockedFile other(TemporaryPath(target));
   EXPECT_EQ(ErrorOf([&] { Copy(PlanOf(whole, Existing::Replace), GoOn); }),
             target.string() + ": Another program is writing this file");
-  EXPECT_TRUE(fs::exists(temporary));
+  EXPECT_TRUE(fs::exists(TemporaryPath(target)));
 }
 
 TEST_F(Copied, RefusesWhatCannotBeDone) {
@@ -225,15 +198,9 @@ TEST_F(Copied, RefusesWhatCannotBeDone) {
   CopyPlan plan = PlanOf({});
   plan.ranges = {{plan.sources.Add(source, huge), 0, huge.length}};
   plan.rangeEnds = {1};
-  try {
-    Copy(plan, GoOn);
-    ADD_FAILURE() << "no error";
-  } catch (const SpaceError& error) {
-    EXPECT_EQ(std::string(error.what())
-                  .find("Not Enough Space In " + folder.string() +
-                        ": 1152921504606846976 Bytes Are Needed, "),
-              0U);
-  }
+  EXPECT_TRUE(ErrorOf([&] { Copy(plan, GoOn); })
+                  .starts_with("Not Enough Space In " + folder.string() +
+                               ": 1152921504606846976 Bytes Are Needed, "));
   EXPECT_EQ(Names(), (std::set<std::string>{"source", "sub"}));
 }
 
@@ -270,8 +237,6 @@ TEST_F(Copied, TheFirstOfASetComesLast) {
   EXPECT_EQ(Names(folder / "out"), (std::set<std::string>{"s2", "s3"})) << "complete ones stay";
   fs::remove_all(folder / "out");
   fs::create_directories(folder / "out");
-  EXPECT_THROW(Copy(SetOf(4, Existing::Keep), StopNow), Cancelled);
-  EXPECT_EQ(Names(folder / "out"), std::set<std::string>{});
   Copy(SetOf(4, Existing::Keep), GoOn);
   EXPECT_EQ(Names(folder / "out"), (std::set<std::string>{"s1", "s2", "s3", "s4"}));
   EXPECT_EQ(ReadFile(folder / "out" / "s3"), bytes.substr(20, 10));
@@ -284,16 +249,7 @@ TEST_F(Copied, ASetReplacesAnotherAsOne) {
   const std::set<std::string> earlier = {"S5", "s1", "s3", "s9"};
   fs::create_directory(out);
   for (const std::string& name : earlier) WriteFile(out / name, "old");
-  const auto expectEarlier = [&] {
-    EXPECT_EQ(Names(out), earlier);
-    for (const std::string& name : earlier) EXPECT_EQ(ReadFile(out / name), "old");
-  };
   const CopyPlan plan = SetOf(4, Existing::Replace);
-  EXPECT_THROW(Copy(plan, StopNow), Cancelled);
-  expectEarlier();
-  const auto fails = [](const CopyProgress&) -> bool { throw std::runtime_error("the watch"); };
-  EXPECT_THROW(Copy(plan, fails), std::runtime_error);
-  expectEarlier();
   // A name that is taken in the middle of the exchange: everything goes back.
   const auto takesAName = [&](const CopyProgress&) {
     fs::create_directory(out / "s2");
@@ -301,16 +257,9 @@ TEST_F(Copied, ASetReplacesAnotherAsOne) {
   };
   EXPECT_NE(ErrorOf([&] { Copy(plan, takesAName); }), "no error");
   fs::remove(out / "s2");
-  expectEarlier();
+  EXPECT_EQ(Names(out), earlier);
+  for (const std::string& name : earlier) EXPECT_EQ(ReadFile(out / name), "old");
 
-  const fs::path staging = TemporaryPath(out / "s1").replace_extension(".set");
-  fs::create_directories(staging / "earlier");
-  WriteFile(staging / "s2", "left by a killed run");
-  WriteFile(staging / "earlier" / "s1", "left by a killed run");
-  WriteFile(staging / "notes", "the user's");
-  EXPECT_THROW(Copy(plan, GoOn), std::runtime_error);
-  EXPECT_EQ(ReadFile(staging / "notes"), "the user's");
-  fs::remove(staging / "notes");
   Copy(plan, GoOn);
   EXPECT_EQ(Names(out), (std::set<std::string>{"s1", "s2", "s3", "s4"}));
   EXPECT_EQ(ReadFile(out / "s1"), bytes.substr(0, 10));

@@ -22,20 +22,21 @@ class ProfileCalls : public TempFolderTest {
 };
 
 TEST_F(ProfileCalls, ReadWhatTheProgramReads) {
-  std::vector<std::string> texts;
-  for (const char* text :
-       {"", "[s]\r\nk=v", "[s]\nk=v\n", "[S]\r\nK=v\r\n", " [ s ] \r\n \tk \t= \tv w \r\n",
-        "[s]\r\nk=   \r\n", "[s]\r\nk\r\n", "[s]\r\nk=a=b;c\r\n", "[s]\r\nk=v ; no comment\r\n",
-        "[s]\r\n;k=1\r\n ; k=2\r\nk=3\r\n", "[s]\r\nk=1\r\nk=2\r\n", "[s]\r\na=1\r\n[s]\r\nk=2\r\n",
-        "[s]\r\n[s]\r\nk=2\r\n", "k=1\r\n[t]\r\nk=2\r\n", "[t]\r\nk=1\r\n\r\n[s]\r\n\r\nk=2\r\n",
-        "[s] text\r\nk=v\r\n", "[s]k=v\r\n", "=v\r\n[s]\r\n=w\r\n", "[]\r\nk=1\r\n[s]\r\n"})
-    texts.emplace_back(text);
-  for (const std::string& value :
-       {std::string(48, 'x'), std::string(49, 'x'), std::string(50, 'x'), std::string("\"v \""),
-        std::string("' v'"), std::string("\"\"v\"\""), std::string("\"v'"), std::string("'\"v'\""),
-        std::string("\""), std::string("\"\""), std::string("v\""), std::string("\"a\" b"),
-        std::string("\xE9\xFF\x80")})
-    texts.push_back("[s]\r\nk=" + value + "\r\n");
+  std::vector<std::string> texts = {"",
+                                    "[s]\r\nk=v",
+                                    " [ s ] \n \tk \t= \tv w \r\n",
+                                    "[s]\r\nk\r\n",
+                                    "[s]\r\n;k=1\r\n ; k=2\r\nk=3\r\n",
+                                    "[s]\r\nk=1\r\nk=2\r\n",
+                                    "[s]\r\n[s]\r\nk=2\r\n",
+                                    "[t]\r\nk=1\r\n\r\n[S]\r\n\r\nK=2\r\n",
+                                    "[s] text\r\nk=v\r\n",
+                                    "[s]k=v\r\n",
+                                    "=v\r\n[s]\r\n=w\r\n"};
+  for (const char* value : {"   ", "a=b;c", "v ; no comment", "\"v \"", "' v'", "\"\"v\"\"", "\"v'",
+                            "'\"v'\"", "\"", "\"\"", "v\"", "\"a\" b", "\xE9\xFF\x80",
+                            "a value of more characters than those 49 that are read"})
+    texts.push_back("[s]\r\nk=" + std::string(value) + "\r\n");
   for (const std::string& text : texts) {
     WriteFile(File("system"), text);
     EXPECT_EQ(SystemReads("s", "k"), ReadIniValue(File("system"), "s", "k", "default")) << text;
@@ -47,10 +48,8 @@ TEST_F(ProfileCalls, ReadWhatTheProgramReads) {
 /// Texts as these calls write them: what else stands in a file, blank lines for one, some versions
 /// of the calls keep and others throw out.
 TEST_F(ProfileCalls, WriteTheBytesThatTheProgramWrites) {
-  for (const char* text :
-       {"", "[s]\r\nk=v", "[s]", "[S]\r\nK=v\r\n", "[s]\r\na=1\r\nk=2\r\nb=3\r\n", "[t]\r\nk=1",
-        "[s]\r\na=1\r\n[t]\r\nk=2\r\n", "[s]\r\nk=1\r\nk=2\r\n", "[s]\r\na=1\r\n[s]\r\nk=2\r\n",
-        "[s]\r\na=1\r\n;note\r\n[t]\r\n", "; head\r\n[s]\r\n;k=1\r\n", "k=1\r\n[t]\r\nk=2\r\n"})
+  for (const char* text : {"", "[s]\r\nk=v", "[S]\r\na=1\r\nK=2\r\nb=3\r\n", "[t]\r\nk=1",
+                           "[s]\r\na=1\r\n[t]\r\nk=2\r\n", "[s]\r\na=1\r\n;note\r\n[t]\r\n"})
     for (const char* value : {"new", "", "\"quoted\"", "\"", "a=b;c", "in ner", "\xE9\xFF\x80"}) {
       WriteFile(File("system"), text);
       WriteFile(File("ours"), text);

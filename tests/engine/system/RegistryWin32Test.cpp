@@ -40,15 +40,14 @@ std::string Stored(HKEY root = HKEY_LOCAL_MACHINE) {
 using SystemRegistry = TempFolderTest;
 
 TEST_F(SystemRegistry, ReadsStringsAloneUpToAZeroAndStoresThemWithoutOne) {
-  struct Case {
-    DWORD type;
-    std::string_view bytes, value;
-  };
-  for (const Case& c : {Case{REG_SZ, {"0\0", 2}, "0"}, Case{REG_SZ, "0", "0"}, Case{REG_SZ, "", ""},
-                        Case{REG_SZ, {"ab\0cd\0", 6}, "ab"}, Case{REG_DWORD, {"0\0\0\0", 4}, ""},
-                        Case{REG_EXPAND_SZ, {"0\0", 2}, ""}}) {
-    Put(c.type, c.bytes);
-    EXPECT_EQ(GetRegString(machine, slyverKey, "RAM"), c.value) << c.type << " " << c.bytes;
+  using namespace std::string_view_literals;
+  for (const auto& [type, bytes, value] : {std::tuple{REG_SZ, "0"sv, "0"},
+                                           {REG_SZ, ""sv, ""},
+                                           {REG_SZ, "ab\0cd\0"sv, "ab"},
+                                           {REG_DWORD, "0\0\0\0"sv, ""},
+                                           {REG_EXPAND_SZ, "0\0"sv, ""}}) {
+    Put(static_cast<DWORD>(type), bytes);
+    EXPECT_EQ(GetRegString(machine, slyverKey, "RAM"), value) << type << " " << bytes;
   }
   SaveRegString(machine, slyverKey, "RAM", "0");
   EXPECT_EQ(Stored(), "0");
