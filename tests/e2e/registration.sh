@@ -1,6 +1,6 @@
 #!/bin/bash
-# The package's scripts let Windows open a piece with the program, and undo that.
-# usage: registration.sh ZIP SLY, on a display of its own, with SLYVER_E2E_WINE=1
+# The package's scripts tell Windows to open pieces with the program, and undo that.
+# usage: registration.sh ZIP, on a display of its own, with SLYVER_E2E_WINE=1
 . "$(dirname "$0")/lib.sh"
 
 extension='HKCU\Software\Classes\.sly'
@@ -15,26 +15,10 @@ opens_with() {
   [ "$found" = "$1" ] || fail "pieces open with $found, not with $1"
 }
 
-head -c 900 /dev/urandom >"$home/files/some file"
-"$2" split --quiet --size 300 "$home/files/some file" >/dev/null
-mv "$home/files/some file" "$home/whole"
-
 script register.cmd
 opens_with '"Slyver.Piece"'
-# Wine does not look at a user's own types; they are copied to where it looks.
-for key in .sly Slyver.Piece; do
-  wine reg export "HKCU\Software\Classes\\$key" "$(native "$home/key.reg")" /y >/dev/null 2>&1
-  iconv -f UTF-16 -t UTF-8 "$home/key.reg" | sed s/HKEY_CURRENT_USER/HKEY_LOCAL_MACHINE/ |
-    iconv -f UTF-8 -t UTF-16 >"$home/copy.reg"
-  wine reg import "$(native "$home/copy.reg")" >/dev/null 2>&1 || fail "$key was not copied"
-done
-launch() { exec wine start /wait "$(native "$1")"; }
-start "$home/files/some file.2.sly"
-confirm # They are in the same folder.
-choose "Please Select Any Other File To Join." "$home/files/some file.2.sly"
-confirm # File Joined.
-await_end
-cmp "$home/whole" "$home/files/some file" || fail "the opened piece was joined wrongly"
+command=$(registry 'HKCU\Software\Classes\Slyver.Piece\shell\open\command' @)
+[[ $command == '"\"Z:'*'R&D (new)'*'\\slyver.exe\" %1"' ]] || fail "pieces are opened by $command"
 script unregister.cmd
 opens_with ''
 

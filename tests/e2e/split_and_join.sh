@@ -34,28 +34,4 @@ confirm # File Joined.
 await_end
 same "$file" "$home/original"
 
-# From the command line, over a file that is there; the dialog proposes the piece.
-head -c 10 /dev/zero >"$file"
-start "$file.3.sly"
-confirm # Are they in the same folder?
-choose "Please Select Any Other File To Join." "$file.1.sly"
-confirm # Replace it?
-confirm # File Joined.
-await_end
-same "$file" "$home/original"
-
-# A long job is stopped by closing its window, and leaves nothing.
-before=$(ls -A "$home/files")
-truncate -s 43G "$home/big"
-mkdir "$home/out"
-ln -s "$home/big" "$home/files/big" # So that what it makes lies in a folder with nothing else new.
-start "$home/files/big"
-await form Slyver
-key Return
-has_begun() { [ "$(ls -A "$home/files" | grep -vc '^big$')" -gt "$(wc -l <<<"$before")" ]; }
-until_true "the first piece" has_begun
-click_caption Slyver 1
-await_end
-[ "$(ls -A "$home/files" | grep -v '^big$')" = "$before" ] || fail "it has left: $(ls -A "$home/files")"
-
 echo "split and join: passed"

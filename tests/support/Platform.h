@@ -17,21 +17,14 @@ class PlacesIn {
  public:
   /// `root` exists.
   explicit PlacesIn(const std::filesystem::path& root);
-  ~PlacesIn();
-  PlacesIn(const PlacesIn&) = delete;
-  PlacesIn& operator=(const PlacesIn&) = delete;
 
  private:
-  struct State;
-  std::unique_ptr<State> state_;
+  std::shared_ptr<void> held_;
 };
 
-/// Makes the link `at` to the folder `to`, a full path. False where the system has no such links.
-bool MakeFolderLink(const std::filesystem::path& to, const std::filesystem::path& at);
-
-/// Makes the link `at` to the file `to`. False where the system has no such links, or only for
-/// administrators.
-bool MakeFileLink(const std::filesystem::path& to, const std::filesystem::path& at);
+/// Makes the link `at` to a file or folder, a full path. False where the system has no such links,
+/// or only for administrators.
+bool MakeLink(const std::filesystem::path& to, const std::filesystem::path& at);
 
 /// How many bytes the file takes on the disk, holes left out.
 std::uint64_t SpaceTaken(const std::filesystem::path& path);
@@ -40,13 +33,9 @@ std::uint64_t SpaceTaken(const std::filesystem::path& path);
 class LockedFile {
  public:
   explicit LockedFile(const std::filesystem::path& path);
-  ~LockedFile();
-  LockedFile(const LockedFile&) = delete;
-  LockedFile& operator=(const LockedFile&) = delete;
 
  private:
-  struct State;
-  std::unique_ptr<State> state_;
+  std::shared_ptr<void> held_;
 };
 
 }  // namespace slyver

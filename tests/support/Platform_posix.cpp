@@ -20,21 +20,13 @@ fs::path MakeUniqueFolder() {
   return pattern;
 }
 
-struct PlacesIn::State {};
-
 PlacesIn::PlacesIn(const fs::path& root) {
   setenv("XDG_CONFIG_HOME", (root / "config").c_str(), 1);
   setenv("XDG_RUNTIME_DIR", (root / "run").c_str(), 1);
   setenv("HOME", root.c_str(), 1);
 }
 
-PlacesIn::~PlacesIn() = default;
-
-bool MakeFolderLink(const fs::path& to, const fs::path& at) {
-  return MakeFileLink(to, at);
-}
-
-bool MakeFileLink(const fs::path& to, const fs::path& at) {
+bool MakeLink(const fs::path& to, const fs::path& at) {
   std::error_code error;
   fs::create_symlink(to, at, error);
   return !error;
@@ -46,17 +38,10 @@ std::uint64_t SpaceTaken(const fs::path& path) {
   return static_cast<std::uint64_t>(found.st_blocks) * 512;
 }
 
-struct LockedFile::State {
-  int descriptor = -1;
-};
-
-LockedFile::LockedFile(const fs::path& path) : state_(std::make_unique<State>()) {
-  state_->descriptor = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-  EXPECT_EQ(flock(state_->descriptor, LOCK_EX | LOCK_NB), 0);
-}
-
-LockedFile::~LockedFile() {
-  close(state_->descriptor);
+LockedFile::LockedFile(const fs::path& path) {
+  const int descriptor = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+  EXPECT_EQ(flock(descriptor, LOCK_EX | LOCK_NB), 0);
+  held_ = {nullptr, [descriptor](void* /*none*/) { close(descriptor); }};
 }
 
 }  // namespace slyver

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <deque>
 #include <filesystem>
@@ -15,31 +16,33 @@
 
 namespace slyver {
 
+/// What is said and asked, a line each: "i", "x" or "m" and a message (information, critical, no
+/// icon), "y" or "n" and a question with that answer, "o" or "c" and one with OK and Cancel, "p"
+/// and a progress form's caption, "end".
+using Script = std::vector<std::string>;
+
 /// A user who expects an exact sequence of messages, questions and dialogs, each with its texts,
 /// buttons and icon, answers as told, and fails the test on anything else or anything missing.
 class ScriptedUi : public Ui {
  public:
   ~ScriptedUi() override {
-    for (const Step& step : script_) ADD_FAILURE() << "did not come: " << step.call;
+    for (const Step& step : script_) ADD_FAILURE() << "did not come: " << step.line;
   }
 
-  void ExpectMessage(const std::string& text, Icon icon) { Expect(MessageCall(text, icon)); }
-  void ExpectQuestion(const std::string& text, Answer answer, Buttons buttons = Buttons::YesNo) {
-    script_.push_back({QuestionCall(text, buttons, Icon::None), answer, {}, {}});
+  void Expect(const Script& script) {
+    for (const std::string& line : script) script_.push_back({line});
   }
   void ExpectOpenFile(const std::string& title, const std::string& filter,
                       const std::filesystem::path& initialFolder,
                       std::optional<std::filesystem::path> chosen) {
-    script_.push_back({OpenFileCall(title, filter, initialFolder), {}, std::move(chosen), {}});
+    script_.push_back({OpenFileLine(title, filter, initialFolder), std::move(chosen)});
   }
   void ExpectPickFolder(std::optional<std::filesystem::path> chosen) {
-    script_.push_back({"folder picker", {}, std::move(chosen), {}});
+    script_.push_back({"folder picker", std::move(chosen)});
   }
   void ExpectMaskedInputBox(const std::string& prompt, std::optional<std::string> typed) {
-    script_.push_back({"masked input box \"" + prompt + "\"", {}, {}, std::move(typed)});
+    script_.push_back({"masked input box " + prompt, std::nullopt, std::move(typed)});
   }
-  void ExpectProgressForm(const std::string& caption) { Expect(ProgressFormCall(caption)); }
-  void ExpectEndProgram() { Expect("end of the program"); }
 
   /// Asks the job to stop once so many bytes are copied.
   void StopAtBytes(std::uint64_t bytes) { stopAtBytes_ = bytes; }
@@ -49,63 +52,54 @@ class ScriptedUi : public Ui {
   const Progress& LastProgress() const { return last_; }
 
   void Message(std::string_view text, Icon icon) override {
-    (void)Take(MessageCall(std::string(text), icon));
+    (void)Take({std::string(1, "mix"[static_cast<int>(icon)]) + " " + std::string(text)});
   }
   Answer Question(std::string_view text, Buttons buttons, Icon icon) override {
-    const Answer refusal = buttons == Buttons::YesNo ? Answer::No : Answer::Cancel;
-    return Take(QuestionCall(std::string(text), buttons, icon)).answer.value_or(refusal);
+    EXPECT_EQ(icon, Icon::None) << text;
+    const std::string rest = " " + std::string(text);
+    if (buttons == Buttons::YesNo)
+      return Take({"y" + rest, "n" + rest}).line[0] == 'y' ? Answer::Yes : Answer::No;
+    return Take({"o" + rest, "c" + rest}).line[0] == 'o' ? Answer::Ok : Answer::Cancel;
   }
   std::optional<std::filesystem::path> OpenFile(
       std::string_view title, std::string_view filter,
       const std::filesystem::path& initialFolder) override {
-    return Take(OpenFileCall(std::string(title), std::string(filter), initialFolder)).path;
+    return Take({OpenFileLine(std::string(title), std::string(filter), initialFolder)}).path;
   }
-  std::optional<std::filesystem::path> PickFolder() override { return Take("folder picker").path; }
+  std::optional<std::filesystem::path> PickFolder() override {
+    return Take({"folder picker"}).path;
+  }
   std::optional<std::string> MaskedInputBox(std::string_view prompt) override {
-    return Take("masked input box \"" + std::string(prompt) + "\"").text;
+    return Take({"masked input box " + std::string(prompt)}).text;
   }
   void ShowProgressForm(std::string_view caption) override {
-    (void)Take(ProgressFormCall(std::string(caption)));
+    (void)Take({"p " + std::string(caption)});
   }
   void SetProgress(const Progress& progress) override {
     if (values_.empty() || values_.back() != progress.value) values_.push_back(progress.value);
     last_ = progress;
   }
   bool GoOn() override { return !stopAtBytes_ || last_.bytesDone < *stopAtBytes_; }
-  void EndProgram() override { (void)Take("end of the program"); }
+  void EndProgram() override { (void)Take({"end"}); }
 
  private:
   struct Step {
-    std::string call;
-    std::optional<Answer> answer;
-    std::optional<std::filesystem::path> path;
-    std::optional<std::string> text;
+    std::string line;
+    std::optional<std::filesystem::path> path = std::nullopt;
+    std::optional<std::string> text = std::nullopt;
   };
 
-  static std::string MessageCall(const std::string& text, Icon icon) {
-    return "message \"" + text + "\" icon " + std::to_string(static_cast<int>(icon));
-  }
-  static std::string QuestionCall(const std::string& text, Buttons buttons, Icon icon) {
-    return "question \"" + text + "\" buttons " + std::to_string(static_cast<int>(buttons)) +
-           " icon " + std::to_string(static_cast<int>(icon));
-  }
-  static std::string OpenFileCall(const std::string& title, const std::string& filter,
+  static std::string OpenFileLine(const std::string& title, const std::string& filter,
                                   const std::filesystem::path& folder) {
-    return "open \"" + title + "\" filter \"" + filter + "\" in " + PathText(folder);
+    return "open " + title + " filter " + filter + " in " + PathText(folder);
   }
-  static std::string ProgressFormCall(const std::string& caption) {
-    return "progress form \"" + caption + "\"";
-  }
-
-  void Expect(const std::string& call) { script_.push_back({call, {}, {}, {}}); }
-
-  Step Take(const std::string& call) {
-    if (script_.empty() || script_.front().call != call) {
-      ADD_FAILURE() << "came: " << call << "\nexpected: "
-                    << (script_.empty() ? std::string("nothing more") : script_.front().call);
-      return {};
+  /// The next step, which is to be one of these lines; when it is not, one with the last of them.
+  Step Take(const Script& lines) {
+    const Step step = script_.empty() ? Step{"nothing more"} : script_.front();
+    if (std::find(lines.begin(), lines.end(), step.line) == lines.end()) {
+      ADD_FAILURE() << "came: " << lines.back() << "\nexpected: " << step.line;
+      return {lines.back()};
     }
-    Step step = script_.front();
     script_.pop_front();
     return step;
   }

@@ -10,9 +10,10 @@
 namespace slyver {
 namespace {
 
-constexpr const char* together =
-    "Please Make Sure All The Sly Files Are In The Same Folder. Are They In The Same Folder?";
-constexpr const char* noFile = "No File Selected. Do You Want To Exit?";
+const std::string together =
+    " Please Make Sure All The Sly Files Are In The Same Folder. Are They In The Same Folder?";
+const std::string noFile = " No File Selected. Do You Want To Exit?";
+const Script joined = {"p Joining Files", "i File Joined.", "end"};
 constexpr const char* fcKey = "Software\\Orm Valis\\FC";
 
 /// The value that outside components leave and that goes at most exits.
@@ -28,11 +29,6 @@ class StartTest : public DesktopTest {
     SaveRegString(RegRoot::LocalMachine, fcKey, "filepath", "x");
     WriteFile(folder / "x.1.sly", "one");
     WriteFile(folder / "x.2.sly", "two");
-  }
-  void ExpectJoined() {
-    ui.ExpectProgressForm("Joining Files");
-    ui.ExpectMessage("File Joined.", Icon::Information);
-    ui.ExpectEndProgram();
   }
   static void Choose(wxMenu& menu, const wxMenuItem& item) {
     // What the toolkit does when an item is clicked.
@@ -62,14 +58,12 @@ TEST_F(StartTest, CommandLineDecidesWhatComesFirst) {
   std::filesystem::current_path(before);
   EXPECT_EQ(TextOf("frmSplitter", "Text1"), PathText(folder / "x.2.sly x"));
   for (const std::string& piece : {PathText(folder / "X.1.SLY"), std::string("\"/a b/c.iso\"")}) {
-    ui.ExpectQuestion(together, Answer::No);
-    ui.ExpectEndProgram();
+    ui.Expect({"n" + together, "end"});
     comes(piece, "");
   }
   EXPECT_FALSE(FilePathValueIsThere());
   SaveRegString(RegRoot::ClassesRoot, "StrTempSly", "filepath", "x");
-  ui.ExpectMessage("Unable To Sly Folder.", Icon::Information);
-  ui.ExpectEndProgram();
+  ui.Expect({"i Unable To Sly Folder.", "end"});
   comes(PathText(folder), "");
   EXPECT_EQ(GetRegString(RegRoot::ClassesRoot, "StrTempSly", "filepath"), "");
 }
@@ -102,14 +96,13 @@ TEST_F(StartTest, OptionsNameTheJob) {
 
 TEST_F(StartTest, SecondInstanceIsAskedFor) {
   const std::string question =
-      "Slyver Is Already Running. Do You Want To Create Another Instance Of It?";
+      " Slyver Is Already Running. Do You Want To Create Another Instance Of It?";
   anotherRuns = true;
-  ui.ExpectQuestion(question, Answer::Ok, Buttons::OkCancel);
+  ui.Expect({"o" + question});
   Start();
   EXPECT_TRUE(IsShown("frmSplitJoin") && FilePathValueIsThere());
   MakeDesktop();
-  ui.ExpectQuestion(question, Answer::Cancel, Buttons::OkCancel);
-  ui.ExpectEndProgram();
+  ui.Expect({"c" + question, "end"});
   Start();
   EXPECT_FALSE(IsLoaded("frmSplitJoin") || FilePathValueIsThere());
 
@@ -122,113 +115,81 @@ TEST_F(StartTest, SecondInstanceIsAskedFor) {
 }
 
 TEST_F(StartTest, MemoryFiguresDecideWhichWarningComes) {
-  constexpr const char* lowTotal =
-      "Computer's RAM Is Less Than The Minimum Requirement i.e. 64mb And Less Than 30% Of The "
+  const std::string lowTotal =
+      " Computer's RAM Is Less Than The Minimum Requirement i.e. 64mb And Less Than 30% Of The "
       "Physical Memory Is Free. Exit Other Applications That You May Be Running Or Slyver Will "
       "Take A Lot Of Time To Execute. Do You Want To Continue?";
-  constexpr const char* lowFree =
-      "Less Than 15% Of The Physical Memory Is Free. Exit Any Other Applications That You May Be "
+  const std::string lowFree =
+      " Less Than 15% Of The Physical Memory Is Free. Exit Any Other Applications That You May Be "
       "Running Or Slyver Will Take A Lot Of Time To Execute. Do You Want To Continue?";
-  constexpr const char* again = "Do You Want To See This RAM Warning Again?";
+  const std::string again = " Do You Want To See This RAM Warning Again?";
   struct Case {
-    std::uint64_t total;
-    std::uint64_t available;
-    const char* warning;
+    std::uint64_t total, available;
+    Script script;
+    const char* stored = "";
   };
   const std::vector<Case> cases = {
-      {67'108'864, 14'000'000, nullptr},  // 64.3: not below 64, and 20% free.
-      {67'108'864, 10'000'000, lowFree},  // 14%.
-      {66'000'000, 19'900'000, nullptr},  // 30%.
-      {66'000'000, 19'700'000, lowTotal},      {8'000'000'000, 1'199'000'000, lowFree},
-      {8'000'000'000, 1'201'000'000, nullptr}, {0, 0, nullptr}};  // A system that does not tell.
+      {67'108'864, 14'000'000, {}},                            // 64.3: not below 64, and 20% free.
+      {67'108'864, 10'000'000, {"y" + lowFree, "y" + again}},  // 14%.
+      {66'000'000, 19'900'000, {}},                            // 30%.
+      {66'000'000, 19'700'000, {"y" + lowTotal, "y" + again}},
+      {8'000'000'000, 1'199'000'000, {"n" + lowFree, "end"}},
+      {8'000'000'000, 1'201'000'000, {}},
+      {0, 0, {}},  // A system that does not tell.
+      {8'000'000'000, 100'000'000, {"y" + lowFree, "n" + again}, "0"},
+      {8'000'000'000, 100'000'000, {}, "0"}};  // No question this time.
   for (const Case& figures : cases) {
     SCOPED_TRACE(figures.available);
     memory = {.totalPhysical = figures.total, .availablePhysical = figures.available};
-    if (figures.warning != nullptr) {
-      ui.ExpectQuestion(figures.warning, Answer::Yes);
-      ui.ExpectQuestion(again, Answer::Yes);
-    }
+    ui.Expect(figures.script);
     MakeDesktop();
     Start();
-    EXPECT_TRUE(IsShown("frmSplitJoin"));
-    EXPECT_EQ(RamValue(), "");
+    EXPECT_EQ(IsShown("frmSplitJoin"), figures.script.empty() || figures.script.back() != "end");
+    EXPECT_EQ(RamValue(), figures.stored);
   }
-  memory = {.totalPhysical = 8'000'000'000, .availablePhysical = 100'000'000};
-  MakeDesktop();
-  ui.ExpectQuestion(lowFree, Answer::No);
-  ui.ExpectEndProgram();
-  Start();
-  EXPECT_FALSE(IsLoaded("frmSplitJoin"));
-  EXPECT_TRUE(FilePathValueIsThere());
-  MakeDesktop();
-  ui.ExpectQuestion(lowFree, Answer::Yes);
-  ui.ExpectQuestion(again, Answer::No);
-  Start();
-  EXPECT_EQ(RamValue(), "0");
-  MakeDesktop();
-  Start();  // No question this time.
   EXPECT_TRUE(desktop->MainMenu().Sly[0]->IsChecked());
 }
 
 TEST_F(StartTest, PieceOnTheCommandLineIsJoinedFromTheDialog) {
-  const auto dialog = [&](const std::optional<std::filesystem::path>& chosen) {
-    ui.ExpectOpenFile("Please Select Any Other File To Join.", "Sly File (*.Sly)|*.Sly;|",
-                      folder / "", chosen);
-  };
-  ui.ExpectQuestion(together, Answer::Yes);
-  dialog(std::nullopt);
-  ui.ExpectQuestion(noFile, Answer::No);
-  dialog(folder / "x.1.sly");
-  ExpectJoined();
+  ui.Expect({"y" + together});
+  ui.ExpectOpenFile("Please Select Any Other File To Join.", "Sly File (*.Sly)|*.Sly;|",
+                    folder / "", folder / "x.1.sly");
+  ui.Expect(joined);
   Start(folder / "x.7.sly");
   EXPECT_EQ(ReadFile(folder / "x"), "onetwo");
   EXPECT_FALSE(IsShown("frmSplitJoin") || FilePathValueIsThere());
-  MakeDesktop();
-  ui.ExpectQuestion(together, Answer::Yes);
-  dialog(std::nullopt);
-  ui.ExpectQuestion(noFile, Answer::Yes);
-  ui.ExpectEndProgram();
-  Start(folder / "x.1.sly");
 }
 
-TEST_F(StartTest, SelectionHandsAFileToTheSplitForm) {
+TEST_F(StartTest, SelectionHandsFilesOn) {
   Start();
-  const auto dialog = [&](const std::optional<std::filesystem::path>& chosen) {
+  ui.Expect({"n" + together, "n Do You Want To Exit?"});
+  ui.ExpectOpenFile("Select File To Join.", "Sly File (*.Sly)|*.Sly;|", HomeFolder(),
+                    folder / "x.2.sly");
+  ui.Expect(joined);
+  Click("frmSplitJoin", "Command2");
+  EXPECT_EQ(ReadFile(folder / "x"), "onetwo");
+  const auto chooses = [&](const std::optional<std::filesystem::path>& chosen,
+                           const Script& script) {
     ui.ExpectOpenFile("Select File To Sly", "", HomeFolder(), chosen);
+    ui.Expect(script);
+    Click("frmSplitJoin", "Command1");
   };
-  dialog(std::nullopt);
-  ui.ExpectQuestion(noFile, Answer::No);
-  Click("frmSplitJoin", "Command1");
+  chooses(std::nullopt, {"n" + noFile});
   EXPECT_TRUE(IsShown("frmSplitJoin") && !desktop->First().SplitReady);
-  dialog(std::nullopt);
-  ui.ExpectQuestion(noFile, Answer::Yes);
-  ui.ExpectEndProgram();
-  Click("frmSplitJoin", "Command1");
-  dialog(folder / "a.iso");
-  Click("frmSplitJoin", "Command1");
+  chooses(std::nullopt, {"y" + noFile, "end"});
+  chooses(folder / "a.iso", {});
   EXPECT_TRUE(RunEventsUntil([] { return IsShown("frmSplitter"); }));
   EXPECT_FALSE(IsLoaded("frmSplitJoin"));
   EXPECT_EQ(TextOf("frmSplitter", "Text1"), PathText(folder / "a.iso"));
 }
 
-TEST_F(StartTest, SelectionJoinsFromOnePiece) {
-  Start();
-  ui.ExpectQuestion(together, Answer::No);
-  ui.ExpectQuestion("Do You Want To Exit?", Answer::No);
-  ui.ExpectOpenFile("Select File To Join.", "Sly File (*.Sly)|*.Sly;|", HomeFolder(),
-                    folder / "x.2.sly");
-  ExpectJoined();
-  Click("frmSplitJoin", "Command2");
-  EXPECT_EQ(ReadFile(folder / "x"), "onetwo");
-}
-
 TEST_F(StartTest, SelectionTakesWhatIsDropped) {
   Start();
   wxWindow& area = ControlOf("frmSplitJoin", "ClientArea");
-  ui.ExpectMessage("Unable To Sly Folder.", Icon::Information);
+  ui.Expect({"i Unable To Sly Folder."});
   Drop(area, {folder});
-  ui.ExpectQuestion(together, Answer::Yes);
-  ExpectJoined();
+  ui.Expect({"y" + together});
+  ui.Expect(joined);
   Drop(area, {folder / "x.2.sly"});
   Drop(area, {folder / "x", folder / "y"});
   EXPECT_TRUE(RunEventsUntil([] { return IsShown("frmSplitter"); }));
@@ -238,10 +199,10 @@ TEST_F(StartTest, SelectionTakesWhatIsDropped) {
 
 TEST_F(StartTest, CancelEndsAtOnceAndClosingCleansUp) {
   Start();
-  ui.ExpectEndProgram();
+  ui.Expect({"end"});
   Click("frmSplitJoin", "Command3");
   EXPECT_TRUE(FilePathValueIsThere());
-  ui.ExpectEndProgram();
+  ui.Expect({"end"});
   FindForm("frmSplitJoin")->Close();
   EXPECT_FALSE(FilePathValueIsThere());
 }
@@ -255,16 +216,14 @@ TEST_F(StartTest, MenusStoreAndTell) {
     EXPECT_EQ(menus.Sly[1]->IsChecked(), item == 1);
     EXPECT_EQ(RamValue(), item == 0 ? "0" : "");
   }
-  ui.ExpectMessage(
-      "This Software Has Been Developed By:\r\nOrm Valis\r\nEmail Address:\r\n"
-      "orm.valis@slyver.example",
-      Icon::None);
+  ui.Expect(
+      {"m This Software Has Been Developed By:\r\nOrm Valis\r\nEmail Address:\r\n"
+       "orm.valis@slyver.example"});
   Choose(*menus.he, *menus.ab[0]);
   Choose(*menus.he, *menus.ab[1]);
   hasViewer = false;
   const std::filesystem::path page = folder / "index.html";
-  ui.ExpectMessage("No Program Opens The Help. It Lies In " + PathText(page) + ".",
-                   Icon::Information);
+  ui.Expect({"i No Program Opens The Help. It Lies In " + PathText(page) + "."});
   Choose(*menus.he, *menus.ab[1]);
   EXPECT_EQ(opened, (std::vector{page, page}));
 }

@@ -9,6 +9,7 @@ namespace {
 
 constexpr const char* form = "frmSplitter";
 constexpr const char* marker = "Unable To Divide File";
+const Script success = {"i File Successfully Sly.", "end"};
 
 class frmSplitterTest : public DesktopTest {
  protected:
@@ -25,24 +26,9 @@ class frmSplitterTest : public DesktopTest {
     event.SetEventObject(&option);
     option.HandleWindowEvent(event);
   }
-  void ExpectSuccess() {
-    ui.ExpectMessage("File Successfully Sly.", Icon::Information);
-    ui.ExpectEndProgram();
-  }
-
   const std::string bytes = SomeBytes(1000);
   std::filesystem::path file;
 };
-
-TEST_F(frmSplitterTest, ComesUpWithThePredefinedSize) {
-  for (const char* const field : {"Text3", "Nofile"})
-    EXPECT_FALSE(ControlOf(form, field).IsEnabled());
-  ui.ExpectMessage("Chunk Size Bigger Than File Size.", Icon::Information);
-  ui.ExpectQuestion("Unable To Sly File. Do You Want To Exit?", Answer::No);
-  Click(form, "Command1");
-  EXPECT_TRUE(IsShown(form));
-  EXPECT_TRUE(ControlOf(form, "Command1").IsEnabled());
-}
 
 // However the user changes a field, the other one follows it.
 TEST_F(frmSplitterTest, SizeAndNumberFollowEachOther) {
@@ -57,6 +43,8 @@ TEST_F(frmSplitterTest, SizeAndNumberFollowEachOther) {
       {"Text3", "333.4", "333.4", "4"},  // 333 bytes are cut, four times.
       {"Text3", "333.6", "333.6", "3"},  // 334 bytes.
       {"Text3", "0", "", ""},           {"Nofile", "x", marker, "x"}};
+  for (const char* const field : {"Text3", "Nofile"})
+    EXPECT_FALSE(ControlOf(form, field).IsEnabled());
   ChooseOption("Option2");
   for (const Change& change : changes) {
     SCOPED_TRACE(std::string(change.field) + " " + change.text);
@@ -65,7 +53,7 @@ TEST_F(frmSplitterTest, SizeAndNumberFollowEachOther) {
     EXPECT_EQ(TextOf(form, "Nofile"), change.count);
     if (TextOf(form, "Text3") == marker) Paste(form, "Text3", "");
   }
-  ui.ExpectMessage("Please Enter Whole Numbers.", Icon::Information);
+  ui.Expect({"i Please Enter Whole Numbers."});
   Paste(form, "Text3", "300.");
   EXPECT_EQ(TextOf(form, "Nofile"), "4");
   Paste(form, "Text3", "");
@@ -85,19 +73,10 @@ TEST_F(frmSplitterTest, NumberIsComputedAnewWhenItIsComplete) {
   EXPECT_EQ(TextOf(form, "Text3"), "84");
   Paste(form, "Nofile", "");
   Type(form, "Nofile", "13");
-  ExpectSuccess();
+  ui.Expect(success);
   EXPECT_FALSE(Press(ControlOf(form, "Nofile"), WXK_RETURN));
   EXPECT_EQ(ReadFile(folder / "file.bin.1.sly"), bytes.substr(0, 77));
   EXPECT_EQ(ReadFile(folder / "file.bin.13.sly"), bytes.substr(12 * 77));
-}
-
-TEST_F(frmSplitterTest, MarkerIsRefused) {
-  ChooseOption("Option2");
-  Type(form, "Nofile", "1");
-  ui.ExpectMessage("Unable To Divide File.", Icon::Critical);
-  Click(form, "Command1");
-  EXPECT_TRUE(IsShown(form));
-  EXPECT_EQ(Names(), std::set<std::string>{"file.bin"});
 }
 
 TEST_F(frmSplitterTest, AnotherFileIsComputedAnew) {
@@ -126,12 +105,12 @@ TEST_F(frmSplitterTest, OutputFolderIsChosenAndMade) {
   ChooseOption("Option2");
   Type(form, "Text3", "600");
   const std::string question =
-      PathText(folder / "out") + " Does Not Exists. Do You Want To Create It?";
-  ui.ExpectQuestion(question, Answer::No);
+      " " + PathText(folder / "out") + " Does Not Exists. Do You Want To Create It?";
+  ui.Expect({"n" + question});
   Click(form, "Command1");
-  EXPECT_TRUE(IsShown(form));
-  ui.ExpectQuestion(question, Answer::Yes);
-  ExpectSuccess();
+  EXPECT_TRUE(IsShown(form) && ControlOf(form, "Command1").IsEnabled());
+  ui.Expect({"y" + question});
+  ui.Expect(success);
   Click(form, "Command1");
   EXPECT_EQ(ReadFile(folder / "out" / "file.bin.2.sly"), bytes.substr(600));
   // The bar and its line end at what was done.
@@ -142,7 +121,7 @@ TEST_F(frmSplitterTest, ClosingTheFormStopsTheJob) {
   std::filesystem::resize_file(file, 4'000'000'000);
   Paste(form, "Text1", PathText(file));
   shown.atProgress = [] { FindForm(form)->Close(); };
-  ui.ExpectEndProgram();
+  ui.Expect({"end"});
   Click(form, "Command1");
   EXPECT_EQ(TextOf(form, "Text4"), "Stopping ...");
   EXPECT_EQ(Names(), std::set<std::string>{"file.bin"});
@@ -159,7 +138,7 @@ TEST_F(frmSplitterTest, WhileAJobRunsOnlyCancelAndCloseAct) {
     EXPECT_TRUE(IsShown(form));
   });
   EXPECT_TRUE(ControlOf(form, "Text1").IsEnabled());
-  ui.ExpectEndProgram();
+  ui.Expect({"end"});
   Click(form, "Command3");
 }
 

@@ -80,7 +80,7 @@ TEST_F(WindowsTest, MessagesAreWholeWhateverTheirWords) {
       EXPECT_GE(label.GetSize().y, needed * label.GetCharHeight());
       EXPECT_NE(dialog.GetParent(), nullptr);
     };
-    ui.ExpectMessage(text, Icon::Critical);
+    ui.Expect({"x " + text});
     shown.Message(text, Icon::Critical);
   }
 }
@@ -89,7 +89,7 @@ TEST_F(WindowsTest, NoDialogBelongsToAFormThatGoes) {
   Start();
   static_cast<ModernForm*>(FindForm("frmSplitJoin"))->Unload();
   shown.look = [](wxDialog& dialog) { EXPECT_EQ(dialog.GetParent(), nullptr); };
-  ui.ExpectMessage("closing", Icon::Critical);
+  ui.Expect({"x closing"});
   shown.Message("closing", Icon::Critical);
 }
 
@@ -113,7 +113,7 @@ TEST_F(WindowsTest, ProgressIsThatOfTheBytes) {
   Start();
   desktop->ShowSplitter();
   desktop->RunJob([&] {
-    ui.ExpectProgressForm("Recovering Files");
+    ui.Expect({"p Recovering Files"});
     shown.ShowProgressForm("Recovering Files");
     EXPECT_EQ(FindForm("frmJoin")->GetTitle(), "Recovering Files");
     shown.SetProgress({"PB1", 40});

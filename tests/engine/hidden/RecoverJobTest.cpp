@@ -43,7 +43,7 @@ class Recover : public TempFolderTest {
   std::vector<fs::path> Recovered(int chosen = 0) const {
     ScriptedUi ui;
     Expect(ui, {progress, "i File Recovered."});
-    if (chosen != theMainFile) ui.ExpectEndProgram();
+    if (chosen != theMainFile) ui.Expect({"end"});
     RecoverJob job(form, ui, BigFiles::Take);
     if (chosen > 0) {
       EXPECT_EQ(job.RecHidden(), Next::Choose);

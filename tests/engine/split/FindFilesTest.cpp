@@ -28,10 +28,10 @@ TEST_F(FindFiles, LooksAtFilesAndFoldersAndFollowsNoLinkToAFolder) {
   fs::create_directory(folder / "folder.sly");
   MakeFiles(folder, "sub/deep/3.sly= sub/2.SLY= 1.sly= 1.sly.txt= sly=");
   std::set<std::string> expected = {"1.sly", "sub/2.SLY", "sub/deep/3.sly"};
-  if (MakeFileLink(folder / "sly", folder / "link.sly") &&
-      MakeFileLink(folder / "nowhere", folder / "broken.sly"))
+  if (MakeLink(folder / "sly", folder / "link.sly") &&
+      MakeLink(folder / "nowhere", folder / "broken.sly"))
     expected.insert("link.sly");
-  (void)MakeFolderLink(folder, folder / "circle");
+  (void)MakeLink(folder, folder / "circle");
   EXPECT_EQ(Search(), expected);
   EXPECT_EQ(counts.folders, 3U);
 }

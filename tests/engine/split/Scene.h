@@ -11,33 +11,8 @@
 
 namespace slyver {
 
-/// What is said and asked, a line each: "i" or "x" and a message (information, critical), "y" or
-/// "n" and a question with that answer, "p" and a progress form's caption, "end".
-using Script = std::vector<std::string>;
-
 inline void Expect(ScriptedUi& ui, const Script& script) {
-  for (const std::string& line : script) {
-    const std::string text = line.substr(2);
-    switch (line[0]) {
-      case 'i':
-        ui.ExpectMessage(text, Icon::Information);
-        break;
-      case 'x':
-        ui.ExpectMessage(text, Icon::Critical);
-        break;
-      case 'y':
-        ui.ExpectQuestion(text, Answer::Yes);
-        break;
-      case 'n':
-        ui.ExpectQuestion(text, Answer::No);
-        break;
-      case 'p':
-        ui.ExpectProgressForm(text);
-        break;
-      default:
-        ui.ExpectEndProgram();
-    }
-  }
+  ui.Expect(script);
 }
 
 /// All that lies in a folder: the files with their bytes, and "/" for the folders.

@@ -38,9 +38,7 @@ TEST_F(Disk, PathsOfAnyLengthAndScriptServeJobs) {
   EXPECT_EQ(SplitFile(source, 2000, options, ui).pieces, 3);
   const fs::path kept = deep / "kept.bin";
   RenameFile(source, kept);
-  ui.ExpectProgressForm("Joining Files");
-  ui.ExpectMessage("File Joined.", Icon::Information);
-  ui.ExpectEndProgram();
+  ui.Expect({"p Joining Files", "i File Joined.", "end"});
   EXPECT_EQ(
       JoinPieces(deep / PathFromText("\u00E9\u0416.bin.2.sly"), ui).value_or(JoinedFile{}).path,
       source);
