@@ -61,7 +61,7 @@ inline std::string ReadFile(const std::filesystem::path& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-/// What the FileError says that `work` throws.
+/// What the error says that `work` throws.
 template <typename Work>
 std::string ErrorOf(const Work& work) {
   try {

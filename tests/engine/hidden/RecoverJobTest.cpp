@@ -104,18 +104,6 @@ TEST_F(Recover, GivesEachFileOfHandMadeCarriersBack) {
   }
 }
 
-TEST_F(Recover, ASingleFileAtOnceAndNeverOverAnother) {
-  PutCarrier(SampleCarrier(sampleMains[5], 1));
-  form.output = folder / "out";
-  fs::create_directory(form.output);
-  for (const char* name : {"Original a.bin", "Original [1] a.bin", "Original [2] a.bin"}) {
-    EXPECT_EQ(Recovered().at(0), form.output / name);
-    EXPECT_TRUE(ReadFile(form.output / name) == SampleBytes(0));
-  }
-  EXPECT_EQ(Recovered(theMainFile).at(0), form.output / "Original m.png");
-  EXPECT_EQ(Recovered(theMainFile).at(0), form.output / "Original [1] m.png");
-}
-
 TEST_F(Recover, ASmallMainFileOfABigCarrier) {
   // 3 and 99997497 and 2500 are a hundred million.
   PutCarrier("PNG");

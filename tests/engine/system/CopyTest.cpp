@@ -6,10 +6,8 @@
 #include <stdexcept>
 #include <thread>
 
-#include "engine/system/Disk.h"
 #include "engine/system/FileError.h"
 #include "engine/system/Files.h"
-#include "engine/system/Workers.h"
 #include "support/TempFolder.h"
 
 namespace slyver {
@@ -264,27 +262,6 @@ TEST_F(Copied, ASetReplacesAnotherAsOne) {
   EXPECT_EQ(Names(out), (std::set<std::string>{"s1", "s2", "s3", "s4"}));
   EXPECT_EQ(ReadFile(out / "s1"), bytes.substr(0, 10));
   EXPECT_EQ(ReadFile(out / "s3"), bytes.substr(20, 10));
-}
-
-TEST_F(Copied, WithoutThreadsTheWorkIsDoneHere) {
-  int ticks = 0;
-  bool done = false;
-  RunOnThreads(
-      0,
-      [&](const Tick& between) {
-        while (ticks < 2) between();
-        done = true;
-      },
-      [&] { ++ticks; });
-  EXPECT_TRUE(done);
-}
-
-TEST_F(Copied, NamesAreTakenByLinksThatLeadNowhereAndByWhatCannotBeSeen) {
-  EXPECT_TRUE(NameIsTaken(folder));
-  EXPECT_FALSE(NameIsTaken(folder / "none"));
-  EXPECT_FALSE(NameIsTaken(source / "below a file"));
-  if (!MakeLink(folder / "none", target)) GTEST_SKIP() << "no links here";
-  EXPECT_TRUE(NameIsTaken(target));
 }
 
 }  // namespace

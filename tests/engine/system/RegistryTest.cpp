@@ -9,9 +9,7 @@ namespace {
 
 constexpr RegRoot machine = RegRoot::LocalMachine;
 
-class RegistryValues : public TempFolderTest {};
-
-TEST_F(RegistryValues, KeepsTextsByRootKeyAndName) {
+TEST_F(TempFolderTest, RegistryKeepsTextsByRootKeyAndName) {
   struct Value {
     RegRoot root;
     std::string_view key, name;
@@ -29,18 +27,6 @@ TEST_F(RegistryValues, KeepsTextsByRootKeyAndName) {
     SaveRegString(machine, slyverKey, "RAM", text);
     EXPECT_EQ(GetRegString(machine, slyverKey, "RAM"), text.substr(0, 6));
   }
-}
-
-TEST_F(RegistryValues, DeletesValues) {
-  DeleteFilePathValue();  // nothing to delete
-  EXPECT_FALSE(std::filesystem::exists(folder.parent_path() / "config"));
-  for (const char* name : {"filepath", "other"})
-    SaveRegString(machine, R"(Software\Orm Valis\FC)", name, "/a");
-  DeleteFilePathValue();
-  EXPECT_EQ(GetRegString(machine, R"(Software\Orm Valis\FC)", "filepath"), "");
-  EXPECT_EQ(GetRegString(machine, R"(Software\Orm Valis\FC)", "other"), "/a");
-  EXPECT_EQ(DeleteRegValue(machine, R"(Software\Orm Valis\FC)", "other"), 0);
-  EXPECT_NE(DeleteRegValue(machine, R"(Software\Orm Valis\FC)", "other"), 0);
 }
 
 }  // namespace
