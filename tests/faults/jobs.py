@@ -74,7 +74,7 @@ class Job:
         """Who may read and write a file: a result those who may all its sources, or what it
         replaces."""
         if path in self.replaced:
-            return 0o604
+            return 0o600
         if path in self.results:
             return functools.reduce(int.__and__, map(self.mode, self.sources))
         return 0o600 if path == "files/first.zip" else 0o640
