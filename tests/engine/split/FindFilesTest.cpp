@@ -36,14 +36,6 @@ TEST_F(FindFiles, LooksAtFilesAndFoldersAndFollowsNoLinkToAFolder) {
   EXPECT_EQ(counts.folders, 3U);
 }
 
-TEST_F(FindFiles, FailsWithoutTheFolderAndStopsWhenAsked) {
-  WriteFile(folder / "1.sly", "x");
-  ui.StopAtBytes(0);
-  EXPECT_THROW(Search(), Cancelled);
-  fs::remove_all(folder);
-  EXPECT_EQ(ErrorOf([&] { (void)Search(); }), folder.string() + ": No such file or directory");
-}
-
 TEST_F(FindFiles, TellsHowFarItIsAndLooksDeepDown) {
   fs::path deep = folder;
   for (int i = 0; i < 70; ++i) fs::create_directory(deep /= "d");

@@ -189,6 +189,15 @@ TEST_F(Join, TheDialogueAsksForAPiece) {
     EXPECT_EQ(c.fromCommandLine ? JoinFromCommandLine(folder / "f.1.sly", ui) : JoinFile(ui),
               std::nullopt);
   }
+  ScriptedUi ui;
+  Expect(ui, {"y" + together});
+  for (const std::string& answer : {"n" + exit, "y" + exit}) {
+    ui.ExpectOpenFile("Please Select Any Other File To Join.", "Sly File (*.Sly)|*.Sly;|",
+                      folder / "", {});
+    Expect(ui, {answer});
+  }
+  Expect(ui, {"end"});
+  EXPECT_EQ(JoinFromCommandLine(folder / "f.1.sly", ui), std::nullopt);
 }
 
 }  // namespace
