@@ -7,23 +7,17 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <string>
 #include <system_error>
 
 namespace slyver {
 
 namespace fs = std::filesystem;
 
-fs::path MakeUniqueFolder() {
-  std::string pattern = (fs::temp_directory_path() / "slyver-test-XXXXXX").string();
-  EXPECT_NE(mkdtemp(pattern.data()), nullptr);
-  return pattern;
-}
-
-PlacesIn::PlacesIn(const fs::path& root) {
+std::shared_ptr<void> KeepPlacesIn(const fs::path& root) {
   setenv("XDG_CONFIG_HOME", (root / "config").c_str(), 1);
   setenv("XDG_RUNTIME_DIR", (root / "run").c_str(), 1);
   setenv("HOME", root.c_str(), 1);
+  return nullptr;
 }
 
 bool MakeLink(const fs::path& to, const fs::path& at) {
@@ -38,10 +32,10 @@ std::uint64_t SpaceTaken(const fs::path& path) {
   return static_cast<std::uint64_t>(found.st_blocks) * 512;
 }
 
-LockedFile::LockedFile(const fs::path& path) {
+std::shared_ptr<void> LockFile(const fs::path& path) {
   const int descriptor = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
   EXPECT_EQ(flock(descriptor, LOCK_EX | LOCK_NB), 0);
-  held_ = {nullptr, [descriptor](void* /*none*/) { close(descriptor); }};
+  return {nullptr, [descriptor](void* /*none*/) { close(descriptor); }};
 }
 
 }  // namespace slyver

@@ -12,21 +12,9 @@ namespace slyver {
 
 namespace fs = std::filesystem;
 
-fs::path MakeUniqueFolder() {
-  std::array<wchar_t, MAX_PATH + 2> temporary = {};
-  EXPECT_NE(GetTempPathW(MAX_PATH + 1, temporary.data()), 0U);
-  for (int i = 0;; ++i) {
-    const fs::path folder =
-        fs::path(temporary.data()) /
-        (L"slyver-test-" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(i));
-    if (CreateDirectoryW(folder.c_str(), nullptr) != 0) return folder;
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_ALREADY_EXISTS});
-  }
-}
-
-/// The registry's roots are other keys while it lives, so that the user's settings stay as they
+/// The registry's roots are other keys meanwhile, so that the user's settings stay as they
 /// are.
-PlacesIn::PlacesIn(const fs::path& root) {
+std::shared_ptr<void> KeepPlacesIn(const fs::path& root) {
   const std::string testsKey = R"(Software\Orm Valis\Slyver tests)";
   const std::string testKey = testsKey + "\\" + std::to_string(GetCurrentProcessId());
   const std::array<HKEY, 3> roots = {HKEY_LOCAL_MACHINE, HKEY_CLASSES_ROOT, HKEY_CURRENT_USER};
@@ -40,15 +28,15 @@ PlacesIn::PlacesIn(const fs::path& root) {
   }
   for (std::size_t i = 0; i < keys.size(); ++i)
     EXPECT_EQ(RegOverridePredefKey(roots.at(i), keys.at(i)), ERROR_SUCCESS);
-  held_ = {nullptr, [=](void* /*none*/) {
-             for (const HKEY key : roots)
-               EXPECT_EQ(RegOverridePredefKey(key, nullptr), ERROR_SUCCESS);
-             for (const HKEY key : keys) EXPECT_EQ(RegCloseKey(key), ERROR_SUCCESS);
-             EXPECT_EQ(RegDeleteTreeA(HKEY_CURRENT_USER, testKey.c_str()), ERROR_SUCCESS);
-             // Goes with the last test that uses it.
-             (void)RegDeleteKeyA(HKEY_CURRENT_USER, testsKey.c_str());
-             EXPECT_TRUE(SetEnvironmentVariableW(L"TMP", temporary.data()));
-           }};
+  return {nullptr, [=](void* /*none*/) {
+            for (const HKEY key : roots)
+              EXPECT_EQ(RegOverridePredefKey(key, nullptr), ERROR_SUCCESS);
+            for (const HKEY key : keys) EXPECT_EQ(RegCloseKey(key), ERROR_SUCCESS);
+            EXPECT_EQ(RegDeleteTreeA(HKEY_CURRENT_USER, testKey.c_str()), ERROR_SUCCESS);
+            // Goes with the last test that uses it.
+            (void)RegDeleteKeyA(HKEY_CURRENT_USER, testsKey.c_str());
+            EXPECT_TRUE(SetEnvironmentVariableW(L"TMP", temporary.data()));
+          }};
 }
 
 bool MakeLink(const fs::path& to, const fs::path& at) {
@@ -63,11 +51,11 @@ std::uint64_t SpaceTaken(const fs::path& path) {
   return (std::uint64_t{high} << 32U) | low;
 }
 
-LockedFile::LockedFile(const fs::path& path)
-    : held_(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_ALWAYS,
-                        FILE_ATTRIBUTE_NORMAL, nullptr),
-            CloseHandle) {
-  EXPECT_NE(held_.get(), INVALID_HANDLE_VALUE);
+std::shared_ptr<void> LockFile(const fs::path& path) {
+  const HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+                                  OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+  EXPECT_NE(file, INVALID_HANDLE_VALUE);
+  return {file, CloseHandle};
 }
 
 }  // namespace slyver

@@ -6,7 +6,8 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <optional>
+#include <memory>
+#include <random>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -23,11 +24,13 @@ namespace slyver {
 class TempFolderTest : public testing::Test {
  protected:
   void SetUp() override {
-    root_ = MakeUniqueFolder();
+    root_ = std::filesystem::temp_directory_path() /
+            ("slyver-test-" + std::to_string(std::random_device{}()));
+    ASSERT_TRUE(std::filesystem::create_directory(root_)) << root_;
     folder = root_ / "work";
     std::filesystem::create_directory(folder);
     std::filesystem::create_directory(root_ / "run");
-    places_.emplace(root_);
+    places_ = KeepPlacesIn(root_);
   }
   void TearDown() override {
     places_.reset();
@@ -48,7 +51,7 @@ class TempFolderTest : public testing::Test {
 
  private:
   std::filesystem::path root_;
-  std::optional<PlacesIn> places_;
+  std::shared_ptr<void> places_;
 };
 
 inline void WriteFile(const std::filesystem::path& path, std::string_view bytes) {

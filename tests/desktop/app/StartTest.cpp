@@ -88,10 +88,6 @@ TEST_F(StartTest, OptionsNameTheJob) {
       EXPECT_EQ(TextOf(given.form, given.field), file);
     }
   }
-  MakeDesktop();
-  ui.ExpectOpenFile("Select File To Sly", "", HomeFolder(), file);
-  desktop->Start("--split");
-  EXPECT_TRUE(RunEventsUntil([] { return IsShown("frmSplitter"); }));
 }
 
 TEST_F(StartTest, SecondInstanceIsAskedFor) {

@@ -155,7 +155,7 @@ TEST_F(Copied, KeepsOrReplacesWhatBearsTheName) {
 }
 
 TEST_F(Copied, WaitsForNoOtherProgramThatWritesTheFile) {
-  const LockedFile other(TemporaryPath(target));
+  const auto other = LockFile(TemporaryPath(target));
   EXPECT_EQ(ErrorOf([&] { Copy(PlanOf(whole, Existing::Replace), GoOn); }),
             target.string() + ": Another program is writing this file");
   EXPECT_TRUE(fs::exists(TemporaryPath(target)));

@@ -17,7 +17,7 @@ TEST_F(TempFolderTest, IniFilesHaveTheBytesThatTheProfileCallsWrite) {
   EXPECT_TRUE(WriteIniValue(file, "0dfg%", "&hed#", "7C"));
   EXPECT_EQ(ReadFile(file), "[0dfg%]\r\n&hed#=7C\r\n?Kj*^=0A\r\n[s@4)]\r\n!`<jhbddfu=77\r\n");
   {
-    const LockedFile other(TemporaryPath(file));
+    const auto other = LockFile(TemporaryPath(file));
     EXPECT_TRUE(WriteIniValue(file, "s@4)", "!`<jhbddfu", "78")) << "a failure goes unnoticed";
   }
   EXPECT_EQ(ReadIniValue(file, "s@4)", "!`<jhbddfu", ""), "77");
