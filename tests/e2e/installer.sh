@@ -37,7 +37,8 @@ remove() {
 value() { registry "$1" "$2" | head -n 1; }
 is() { [ "$1" = "$2" ] || fail "$3 is $1, not $2"; }
 
-# Keys that every Windows has.
+# Keys and folders that every Windows has.
+mkdir -p "$drive"/users/"${USER:-root}"/AppData/Local/Programs
 for key in Software\\Classes "$uninstall"; do wine reg add "HKCU\\$key" /f >/dev/null 2>&1; done
 wine reg add 'HKCU\Software\Classes\.sly' /ve /d 'Other Program.1' /f >/dev/null 2>&1
 wine reg add 'HKCU\Environment' /v Path /t REG_SZ /d 'C:\one;C:\Slyver two;' /f >/dev/null 2>&1
@@ -71,7 +72,8 @@ install /AllUsers
 launch() { exec wine start /wait "$(native "$1")"; }
 start "$home/files/some file.2.sly"
 confirm # They are in the same folder.
-choose "Please Select Any Other File To Join." "$home/files/some file.2.sly"
+await dialog "Please Select Any Other File To Join."
+key Return # The piece is selected.
 confirm # File Joined.
 await_end
 cmp "$home/whole" "$home/files/some file" || fail "the opened piece was joined wrongly"
