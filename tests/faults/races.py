@@ -94,10 +94,8 @@ def make_races(rng):
     yield Race("two splits on a network file system", **two_sizes, effect=faults.NFS)
 
     pieces = made[0]
-    yield Race("the same join twice", pieces, (join("w.1.sly"), join("w.2.sly")),
-               lambda *done: [pieces | ({"w": old} if any(done) else {})])
     yield Race("the same join twice over a file", pieces | {"w": new},
-               (join("w.1.sly", "--yes"),) * 2,
+               (join("w.1.sly", "--yes"), join("w.2.sly", "--yes")),
                lambda *done: [pieces | {"w": old if any(done) else new}])
     renewed = {"new/w": new} | pieces
     yield Race("a split that replaces pieces, and their join", renewed,
