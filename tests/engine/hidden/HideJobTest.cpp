@@ -127,7 +127,7 @@ TEST_F(Hide, ChecksTheFormInItsOrder) {
     Then then = Keeps;
   };
   const std::string none, main = form.Text1.string(), file = form.Text2.string(),
-                          empty = folder.string() + "/empty.TXT", long25(25, 'x');
+                          empty = folder.string() + "/empty.TXT", long24(24, 'x'), long25(25, 'x');
   WriteFile(empty, "");
   const std::string noData =
       "i File " + empty + " Does Not Contain Any Data In It. Unable To Hide File.";
@@ -147,7 +147,7 @@ TEST_F(Hide, ChecksTheFormInItsOrder) {
       {{empty, empty, "\u0416", "\u0416"},
        "i The Password Has A Character That Cannot Be Used. Choose Another Password.",
        false},
-      {{empty, file, "x", "x"}, noData},
+      {{empty, file, long24, long24}, noData},
       {{main, empty, "x", "x"}, noData},
       {{main + "no", file, "x", "x"}, "x " + main + "no: No such file or directory"},
       {{main, folder, "x", "x"}, "x " + folder.string() + ": Is a directory"}};

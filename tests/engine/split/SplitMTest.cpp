@@ -87,17 +87,6 @@ TEST_F(SplitM, TheSwitchesCutOutParts) {
   EXPECT_EQ(FilesIn(out), (Files{{"f.1.sly", "abc"}, {"f.2.sly", "de"}}));
 }
 
-TEST_F(SplitM, CutsBeyondFourGibibytes) {
-  constexpr std::uint64_t far = std::uint64_t{6} * 1024 * 1024 * 1024;
-  WriteFile(source, "");
-  fs::resize_file(source, far);
-  std::ofstream(source, std::ios::binary | std::ios::app) << "the end";
-  options.SkipThenTrailer = true;
-  options.TrailerSize = 7;
-  EXPECT_EQ(SplitFile(source, far, options, ui).pieces, 2);
-  EXPECT_EQ(FilesIn(out), (Files{{"f.1.sly", "the end"}}));
-}
-
 TEST_F(SplitM, RefusesAndWritesNothing) {
   WriteFile(source, SomeBytes(32768));
   const auto refused = [&](std::uint64_t size, const std::string& message) {
