@@ -13,6 +13,7 @@ import jobs
 from jobs import Case
 
 REMOVALS = {"unlink", "unlinkat", "rmdir", "remove"}
+LOOKS = {"open", "openat", "fdopendir", "readdir", "stat", "lstat", "fstat"}
 EFFECTS = [
     faults.failing_with(errno.EIO, threads=True),
     *map(faults.failing_with, (errno.ENOSPC, errno.EACCES, errno.EINTR, errno.EINVAL)),
@@ -70,6 +71,11 @@ def _losses(setting, job, home, outcome, effect, struck, then):
     place = pathlib.PurePath(path).relative_to(home)
     # What was not to be removed stays, and so do the folders it lies in.
     spared = {str(place), *map(str, place.parents)} if call in REMOVALS else ()
+    # So does a work folder that could not be looked into; the next job removes it.
+    work = [folder for folder in (place, *place.parents)
+            if folder.name in ("temprrr", "TempRRR", "slyver-run") or folder.suffix == ".set"]
+    if work and call in LOOKS:
+        spared = {path for path in jobs.look(home) if path.startswith(str(work[-1]))}
     lost = jobs.losses(job, home, outcome, spared)
     # By failing, these say that bytes written before may be lost. Of what is removed none can be.
     written = place.match("files/**/.slyver-*.tmp") or place.match("files/.slyver-*.tmp")

@@ -19,6 +19,10 @@ enum class Existing { Keep, Replace, ReplaceScratch };
 /// left, and it is short whatever the length of that name.
 std::filesystem::path TemporaryPath(const std::filesystem::path& target);
 
+/// Removes what a killed run has left of `target` under its temporary name. Throws FileError when
+/// another program is writing it.
+void RemoveLeftoverOf(const std::filesystem::path& target);
+
 /// A new file that gets its name only when it is complete.
 ///
 /// It is written under TemporaryPath() and locked, so that a second program writing the same

@@ -133,6 +133,10 @@ bool RenameToFreeName(const std::filesystem::path& from, const std::filesystem::
 
 }  // namespace
 
+void RemoveLeftoverOf(const std::filesystem::path& target) {
+  RemoveLeftover(TemporaryPath(target), target);
+}
+
 struct TargetFile::State {
   std::filesystem::path target;
   std::filesystem::path temporary;

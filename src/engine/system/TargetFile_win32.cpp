@@ -84,6 +84,10 @@ bool RenameOpenFile(HANDLE handle, const std::filesystem::path& target, bool rep
 
 }  // namespace
 
+void RemoveLeftoverOf(const std::filesystem::path& target) {
+  RemoveLeftover(TemporaryPath(target), target);
+}
+
 struct TargetFile::State {
   std::filesystem::path target;
   Existing existing = Existing::Keep;

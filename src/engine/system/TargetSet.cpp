@@ -78,6 +78,7 @@ TargetSet::TargetSet(const CopyPlan& plan) : plan_(plan) {
   RemoveLeftover(staging, plan);
   FindEarlier();
   if (earlier_.empty()) return;
+  for (std::size_t i = 1; i < plan.TargetCount(); ++i) RemoveLeftoverOf(plan.names.Path(i));
   MakeOwnFolder(staging);
   try {
     MakeOwnFolder(staging / asideName);

@@ -53,9 +53,12 @@ Leftover RemoveHeld(const fs::path& folder, FolderLock& lock) {
     if (kind == EntryKind::File && IsWorkFile(PathText(path.filename()))) files.push_back(path);
   });
   for (const fs::path& path : files) (void)RemoveFile(path);
+  const fs::path inside = folder / "tempHHH";
   FolderLock inner;
-  if (inner.Take(folder / "tempHHH") == FolderLock::Answer::Taken)
-    (void)RemoveHeld(folder / "tempHHH", inner);
+  if (inner.Take(inside) == FolderLock::Answer::Taken)
+    (void)RemoveHeld(inside, inner);
+  else
+    (void)RemoveEmptyFolder(inside);  // A job killed just before it locked it, or just after.
   lock.Remove();
   return RemoveEmpty(folder);
 }
