@@ -142,9 +142,9 @@ void TargetSet::Exchange() {
   std::size_t named = 0;
   try {
     FlushFolder(staging_);
-    for (; movedAside < earlier_.size(); ++movedAside) {
+    while (movedAside < earlier_.size()) {
       Move(folder / PathFromText(earlier_[movedAside]), Aside(movedAside));
-      if (movedAside == 0) FlushFolder(folder);
+      if (++movedAside == 1) FlushFolder(folder);
     }
     for (std::size_t i = 1; i < plan_.TargetCount(); ++i, ++named) {
       const fs::path target = plan_.names.Path(i);
