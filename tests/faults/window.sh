@@ -12,7 +12,8 @@ start() {
   slyver=$!
 }
 
-# Each brings the program to the point from which the next key press starts the job.
+# Each brings the program to the point from which the next Enter starts the job; the join has begun
+# by then.
 begin_split() {
   start "$files/whole.bin"
   await form Slyver
@@ -20,8 +21,7 @@ begin_split() {
 begin_join() {
   start "$files/whole.bin.1.sly"
   confirm         # Are they in the same folder?
-  await dialog "Please Select Any Other File To Join."
-  xdotool type --delay 5 "$files/whole.bin.1.sly"
+  choose "Please Select Any Other File To Join." "$files/whole.bin.1.sly"
 }
 # opens N TITLE: from the selection form to the form of its button number N.
 opens() {
