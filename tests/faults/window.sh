@@ -12,8 +12,7 @@ start() {
   slyver=$!
 }
 
-# Each brings the program to the point from which the next Enter starts the job; the join has begun
-# by then.
+# Each brings the program to the point from which the next Enter starts the job.
 begin_split() {
   start "$files/whole.bin"
   await form Slyver
@@ -21,7 +20,8 @@ begin_split() {
 begin_join() {
   start "$files/whole.bin.1.sly"
   confirm         # Are they in the same folder?
-  choose "Please Select Any Other File To Join." "$files/whole.bin.1.sly"
+  await dialog "Please Select Any Other File To Join."
+  sleep 1         # Until it has listed the folder: the piece is selected then.
 }
 # opens N TITLE: from the selection form to the form of its button number N.
 opens() {
