@@ -151,6 +151,7 @@ struct Case {
   const char* err;
 };
 
+// NOLINTBEGIN(modernize-avoid-c-arrays,modernize-raw-string-literal): tables of scripts.
 constexpr Case scripts[] = {
     // Splitting and joining.
     {"seq 99999 >'my f.v1.dat'; $SLY split 'my f.v1.dat' --size 20kB;"
@@ -341,6 +342,7 @@ constexpr Talk talks[] = {
      NOTHING_MADE},
     {"truncate -s 47GB a; exec $SLY split a", " of 47.0 GB<\x03>\r\033[K", 130, "! ls | grep sly"},
 };
+// NOLINTEND(modernize-avoid-c-arrays,modernize-raw-string-literal)
 
 TEST_F(Sly, TalksOnATerminal) {
   for (const Talk& talk : talks) {

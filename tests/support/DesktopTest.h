@@ -147,7 +147,7 @@ class ShownUi final : public WxUi, private wxModalDialogHook {
     return answer;
   }
   std::optional<std::string> MaskedInputBox(std::string_view prompt) override {
-    const std::optional<std::string> typed = script_.MaskedInputBox(prompt);
+    std::optional<std::string> typed = script_.MaskedInputBox(prompt);
     Prepare(typed.value_or(""), typed ? wxID_OK : wxID_CANCEL);
     EXPECT_EQ(WxUi::MaskedInputBox(prompt), typed);
     return typed;

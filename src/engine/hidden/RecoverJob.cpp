@@ -156,6 +156,7 @@ Next RecoverJob::RecAll() {
 Next RecoverJob::Recover(const std::vector<HiddenFile>& files) {
   for (const double value : {50, 60, 75}) SetProgress(value);
   std::vector<fs::path> pieces;
+  pieces.reserve(files.size());
   for (const HiddenFile& file : files)
     pieces.push_back(Cut(file.offset, file.length,
                          std::string(pieceTitle) + "-" + std::to_string(pieces.size()), 75));

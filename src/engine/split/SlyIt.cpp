@@ -35,7 +35,11 @@ std::optional<std::uint64_t> SizeAskedFor(const SplitForm& form, Ui& ui) {
 bool OfferFolder(const std::filesystem::path& folder, Ui& ui) {
   if (FolderExists(folder)) return true;
   // What cannot even be looked at is not to be made.
-  if (!ShowingErrors(ui, false, [&] { return NameIsTaken(folder) || true; })) return false;
+  if (!ShowingErrors(ui, false, [&] {
+        (void)NameIsTaken(folder);
+        return true;
+      }))
+    return false;
   if (!AskYesNo(ui, PathText(folder) + " Does Not Exists. Do You Want To Create It?")) return false;
   (void)MakeSureDirectoryPathExists(WithSeparator(folder));
   return true;

@@ -45,7 +45,7 @@ class TargetSet {
   void FindEarlier();
   void Exchange();
   void UndoExchange(std::size_t movedAside, std::size_t named);
-  std::filesystem::path Aside(std::size_t earlier) const;
+  std::filesystem::path Aside(std::size_t index) const;
 
   const CopyPlan& plan_;
   std::shared_ptr<TargetFile> first_;

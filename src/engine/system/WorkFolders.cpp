@@ -102,7 +102,7 @@ fs::path WithSeparator(fs::path path) {
   return path;
 }
 
-ScratchFolder::ScratchFolder(fs::path path) {
+ScratchFolder::ScratchFolder(const fs::path& path) {
   int number = 0;
   for (path_ = path; !Make(); path_ = Numbered(path, ++number))
     if (number == std::numeric_limits<std::int16_t>::max()) throw OverflowError();

@@ -24,7 +24,7 @@ class ScratchFolder {
   /// Throws FileError when the folder cannot be made or the name is a file's or a link's, and
   /// std::runtime_error ("... Holds Other Files. Move Them Away.") when a folder of that name holds
   /// anything that no job makes.
-  explicit ScratchFolder(std::filesystem::path path);
+  explicit ScratchFolder(const std::filesystem::path& path);
   ~ScratchFolder();
   ScratchFolder(const ScratchFolder&) = delete;
   ScratchFolder& operator=(const ScratchFolder&) = delete;

@@ -76,7 +76,7 @@ TEST_F(frmSplitterTest, NumberIsComputedAnewWhenItIsComplete) {
   ui.Expect(success);
   EXPECT_FALSE(Press(ControlOf(form, "Nofile"), WXK_RETURN));
   EXPECT_EQ(ReadFile(folder / "file.bin.1.sly"), bytes.substr(0, 77));
-  EXPECT_EQ(ReadFile(folder / "file.bin.13.sly"), bytes.substr(12 * 77));
+  EXPECT_EQ(ReadFile(folder / "file.bin.13.sly"), bytes.substr(924));
 }
 
 TEST_F(frmSplitterTest, AnotherFileIsComputedAnew) {

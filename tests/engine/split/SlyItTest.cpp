@@ -50,7 +50,7 @@ TEST_F(SlyItJob, ChecksTheFormInOrderThenSplits) {
       "Pieces Of An Earlier Split Of a.dat Are In " + at("out") + ". Do You Want To Replace Them?";
   std::string tooDeep = "d";
   while (tooDeep.size() < 40000) tooDeep += "/" + std::string(200, 'd');
-  const std::vector<Case> cases = {
+  std::vector<Case> cases = {
       {"a.dat", "none", marker, "", {"x Unable To Divide File."}},
       {"a.dat", "none", "", marker, {"x Unable To Divide File."}},
       {"a.dat", "b/c", "", "", {"n " + at("b/c") + create}},
@@ -67,11 +67,11 @@ TEST_F(SlyItJob, ChecksTheFormInOrderThenSplits) {
        {"y " + at("a.dat") + create, "x " + (folder / "a.dat" / "").string() + ": File exists",
         "n" + exit}},
       {"a.dat", "b/c", "6.", "", {"y " + at("b/c") + create, done[0], done[1]}, 2},
-      {"a.dat", tooDeep, "6", "", {"x " + ErrorOf([&] {
-                                     (void)NameIsTaken(at(tooDeep.c_str()));
-                                   })}},
       {"a.dat", "out", "6", "", {"n " + earlier}},
       {"a.dat", "out", "6", "", {"y " + earlier, done[0], done[1]}, 2}};
+  const std::string refusal = ErrorOf([&] { (void)NameIsTaken(at(tooDeep.c_str())); });
+  if (refusal != "no error")
+    cases.insert(cases.begin(), {"a.dat", tooDeep, "6", "", {"x " + refusal}});
   for (const Case& c : cases) {
     form = {folder / c.file, folder / c.to, true, c.size, c.count};
     const Files before = FilesIn(folder);

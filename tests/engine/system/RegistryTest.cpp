@@ -15,11 +15,11 @@ TEST_F(TempFolderTest, RegistryKeepsTextsByRootKeyAndName) {
     std::string_view key, name;
     std::string text;
   };
-  const Value values[] = {{machine, slyverKey, "RAM", "0"},
-                          {RegRoot::ClassesRoot, slyverKey, "RAM", " blanks "},
-                          {RegRoot::DynData, slyverKey, "RAM", "\"quoted\""},
-                          {machine, R"(Software\Orm Valis\FC)", "RAM", "a=b;[c]"},
-                          {machine, slyverKey, "Other", std::string(200, 'x')}};
+  const std::vector<Value> values = {{machine, slyverKey, "RAM", "0"},
+                                     {RegRoot::ClassesRoot, slyverKey, "RAM", " blanks "},
+                                     {RegRoot::DynData, slyverKey, "RAM", "\"quoted\""},
+                                     {machine, R"(Software\Orm Valis\FC)", "RAM", "a=b;[c]"},
+                                     {machine, slyverKey, "Other", std::string(200, 'x')}};
   EXPECT_EQ(GetRegString(machine, slyverKey, "RAM"), "");
   for (const Value& v : values) SaveRegString(v.root, v.key, v.name, v.text);
   for (const Value& v : values) EXPECT_EQ(GetRegString(v.root, v.key, v.name), v.text);
