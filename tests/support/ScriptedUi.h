@@ -95,7 +95,7 @@ class ScriptedUi : public Ui {
   }
   /// The next step, which is to be one of these lines; when it is not, one with the last of them.
   Step Take(const Script& lines) {
-    const Step step = script_.empty() ? Step{"nothing more"} : script_.front();
+    Step step = script_.empty() ? Step{"nothing more"} : script_.front();
     if (std::find(lines.begin(), lines.end(), step.line) == lines.end()) {
       ADD_FAILURE() << "came: " << lines.back() << "\nexpected: " << step.line;
       return {lines.back()};
