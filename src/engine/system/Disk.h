@@ -29,16 +29,8 @@ std::uint64_t FreeSpace(const std::filesystem::path& path);
 /// be flushed it does nothing. Throws FileError.
 void FlushFolder(const std::filesystem::path& path);
 
-/// Who may enter a new folder: those who may enter the folder that it lies in, or this user alone.
-enum class Access { Inherited, OwnerOnly };
-
 /// Makes the folder `path`; one that is there already stays as it is. Throws FileError.
-void MakeFolder(const std::filesystem::path& path, Access access = Access::Inherited);
-
-/// Removes the folder `path` with all its contents, read-only ones included. Links are removed
-/// themselves and never followed. Throws FileError when something stays; a folder that is not there
-/// is no failure.
-void RemoveFolder(const std::filesystem::path& path);
+void MakeFolder(const std::filesystem::path& path);
 
 /// Makes the folder `path`, which on POSIX nobody but its owner may enter. False when something
 /// bears the name. Throws FileError.

@@ -13,16 +13,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Lets the owner change the folder and all folders below it.
-void MakeWritable(const fs::path& folder) {
-  std::error_code ignored;
-  if (!fs::is_directory(fs::symlink_status(folder, ignored))) return;
-  fs::permissions(folder, fs::perms::owner_all, fs::perm_options::add, ignored);
-  (void)ListFolder(folder, [](const fs::path& path, EntryKind kind) {
-    if (kind == EntryKind::Folder) MakeWritable(path);
-  });
-}
-
 EntryKind KindOf(const fs::directory_entry& entry) {
   std::error_code ignored;
   if (entry.is_regular_file(ignored)) return EntryKind::File;
@@ -66,21 +56,10 @@ void FlushFolder(const fs::path& path) {
     FailWithLastError(path);
 }
 
-void MakeFolder(const fs::path& path, Access access) {
-  const mode_t mode = access == Access::OwnerOnly ? S_IRWXU : mode_t{S_IRWXU | S_IRWXG | S_IRWXO};
-  if (mkdir(path.c_str(), mode) == 0) return;
+void MakeFolder(const fs::path& path) {
+  if (mkdir(path.c_str(), S_IRWXU | S_IRWXG | S_IRWXO) == 0) return;
   const std::error_code error = LastError();
   if (error != std::errc::file_exists || !FolderExists(path)) throw FileError(path, error);
-}
-
-void RemoveFolder(const fs::path& path) {
-  std::error_code error;
-  fs::remove_all(path, error);
-  if (error) {
-    MakeWritable(path);
-    fs::remove_all(path, error);
-  }
-  if (error) throw FileError(path, error);
 }
 
 bool MakeNewFolder(const fs::path& path) {

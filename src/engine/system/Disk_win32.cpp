@@ -1,8 +1,5 @@
 #include <windows.h>
-// The system's headers have to come behind this one.
-#include <sddl.h>
 
-#include <array>
 #include <limits>
 
 #include "engine/system/Disk.h"
@@ -88,48 +85,6 @@ bool RemoveName(const std::wstring& name, BOOL(WINAPI* remove)(LPCWSTR)) {
   });
 }
 
-/// Removes a folder, and what lies in it unless it is a link; false when something stays.
-bool RemoveTree(const std::wstring& name, bool isLink) {
-  if (!isLink)
-    (void)ForEachEntry(name, [&](const WIN32_FIND_DATAW& found) {
-      const std::wstring entry = name + L'\\' + found.cFileName;
-      // What stays here shows when the folder itself is removed.
-      (void)(IsFolder(found.dwFileAttributes) ? RemoveTree(entry, IsLink(found))
-                                              : RemoveName(entry, DeleteFileW));
-    });
-  return RemoveName(name, RemoveDirectoryW);
-}
-
-/// A security descriptor that lets in this user and the system itself, and inherits nothing.
-class OwnerOnlyDescriptor {
- public:
-  explicit OwnerOnlyDescriptor(const fs::path& path) {
-    HANDLE token = nullptr;
-    if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token) == 0) FailWithLastError(path);
-    const Handle closing(token);
-    alignas(TOKEN_USER) std::array<std::byte, sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE> user = {};
-    DWORD size = 0;
-    if (GetTokenInformation(token, TokenUser, user.data(), user.size(), &size) == 0)
-      FailWithLastError(path);
-    wchar_t* sid = nullptr;
-    if (ConvertSidToStringSidW(reinterpret_cast<TOKEN_USER*>(user.data())->User.Sid, &sid) == 0)
-      FailWithLastError(path);
-    const std::wstring description = std::wstring(L"D:P(A;OICI;FA;;;") + sid + L")(A;OICI;FA;;;SY)";
-    (void)LocalFree(sid);
-    if (ConvertStringSecurityDescriptorToSecurityDescriptorW(
-            description.c_str(), SDDL_REVISION_1, &attributes_.lpSecurityDescriptor, nullptr) == 0)
-      FailWithLastError(path);
-  }
-  ~OwnerOnlyDescriptor() { (void)LocalFree(attributes_.lpSecurityDescriptor); }
-  OwnerOnlyDescriptor(const OwnerOnlyDescriptor&) = delete;
-  OwnerOnlyDescriptor& operator=(const OwnerOnlyDescriptor&) = delete;
-
-  SECURITY_ATTRIBUTES* Get() { return &attributes_; }
-
- private:
-  SECURITY_ATTRIBUTES attributes_ = {sizeof(SECURITY_ATTRIBUTES), nullptr, FALSE};
-};
-
 }  // namespace
 
 bool NameIsTaken(const fs::path& path) {
@@ -165,30 +120,11 @@ std::uint64_t FreeSpace(const fs::path& path) {
 // The system keeps a journal of names itself.
 void FlushFolder(const fs::path& /*path*/) {}
 
-void MakeFolder(const fs::path& path, Access access) {
-  const std::wstring name = LongPath(path);
-  if (access == Access::OwnerOnly) {
-    OwnerOnlyDescriptor ownerOnly(path);
-    if (CreateDirectoryW(name.c_str(), ownerOnly.Get()) != 0) return;
-  } else if (CreateDirectoryW(name.c_str(), nullptr) != 0) {
-    return;
-  }
+void MakeFolder(const fs::path& path) {
+  if (CreateDirectoryW(LongPath(path).c_str(), nullptr) != 0) return;
   const std::error_code error = LastError();
   // The root of a drive is refused in other ways than as one that exists.
   if (!FolderExists(path)) throw FileError(path, error);
-}
-
-void RemoveFolder(const fs::path& path) {
-  const std::wstring name = LongPath(path);
-  bool isLink = false;
-  {
-    const Search itself(name);
-    const bool found = itself.handle != INVALID_HANDLE_VALUE;
-    if (!found && IsMissing(GetLastError())) return;
-    if (!found) FailWithLastError(path);
-    isLink = IsLink(itself.found);
-  }
-  if (!RemoveTree(name, isLink)) FailWithLastError(path);
 }
 
 bool MakeNewFolder(const fs::path& path) {
