@@ -1,6 +1,6 @@
 # Sourced by run, test and bench/run: installs the Debian packages that are missing.
 
-build_packages=(g++ cmake ninja-build libcli11-dev)
+build_packages=(g++ cmake ninja-build libcli11-dev libgcrypt20-dev)
 desktop_packages=(libwxgtk3.2-dev libgtk-3-dev pkg-config adwaita-icon-theme)
 screen_packages=(xvfb xauth openbox xdotool x11-utils imagemagick)
 test_packages=(python3 time libgtest-dev clang libclang-rt-dev)
