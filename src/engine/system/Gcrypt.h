@@ -1,0 +1,9 @@
+#pragma once
+
+namespace slyver {
+
+/// Makes libgcrypt ready; to be called before any other call of it, from any thread, as often as
+/// one likes. Throws std::runtime_error where the installed library is too old.
+void InitGcrypt();
+
+}  // namespace slyver
