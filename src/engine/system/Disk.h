@@ -21,6 +21,9 @@ bool FolderExists(const std::filesystem::path& path);
 /// Whether `path` is a folder and no link to one.
 bool IsFolderItself(const std::filesystem::path& path);
 
+/// Whether `path` is a regular file and no link to one.
+bool IsFileItself(const std::filesystem::path& path);
+
 /// How many bytes this user can still write in the folder `path`; where that cannot be told, as
 /// many as there are numbers.
 std::uint64_t FreeSpace(const std::filesystem::path& path);

@@ -39,6 +39,11 @@ bool IsFolderItself(const fs::path& path) {
   return fs::is_directory(fs::symlink_status(path, ignored));
 }
 
+bool IsFileItself(const fs::path& path) {
+  std::error_code ignored;
+  return fs::is_regular_file(fs::symlink_status(path, ignored));
+}
+
 std::uint64_t FreeSpace(const fs::path& path) {
   struct statvfs found = {};
   // A file system that does not know its size reports none.

@@ -109,6 +109,12 @@ bool IsFolderItself(const fs::path& path) {
          !IsLink(itself.found);
 }
 
+bool IsFileItself(const fs::path& path) {
+  const Search itself(LongPath(path));
+  return itself.handle != INVALID_HANDLE_VALUE && !IsFolder(itself.found.dwFileAttributes) &&
+         !IsLink(itself.found);
+}
+
 std::uint64_t FreeSpace(const fs::path& path) {
   ULARGE_INTEGER free = {};
   // With a separator at the end it need not be the root of a drive.

@@ -1,0 +1,148 @@
+#include "engine/split/ChecksumFile.h"
+
+#include <algorithm>
+#include <limits>
+#include <optional>
+#include <utility>
+
+#include "engine/split/PieceName.h"
+#include "engine/system/Disk.h"
+#include "engine/system/FileError.h"
+#include "engine/system/PathText.h"
+#include "engine/system/SourceFile.h"
+
+namespace slyver {
+
+namespace {
+
+constexpr std::string_view hexDigits = "0123456789abcdef";
+constexpr std::size_t mostPieces = std::numeric_limits<std::int16_t>::max();
+/// No line of a name that a file system takes is longer, even where all of it is escaped.
+constexpr std::size_t longestLine = 2048;
+/// In the system's own units; a longer name cannot even be looked for.
+constexpr std::size_t longestName = 255;
+constexpr std::uint64_t longestFile = std::uint64_t{32} * 1024 * 1024;
+
+std::string Escaped(std::string_view name) {
+  std::string escaped;
+  for (const char c : name) escaped += c == '\\' ? "\\\\" : c == '\n' ? "\\n" : std::string(1, c);
+  return escaped;
+}
+
+std::optional<std::string> Unescaped(std::string_view text) {
+  std::string name;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] != '\\') {
+      name += text[i];
+      continue;
+    }
+    constexpr std::string_view escapes = "\\nr";
+    const std::size_t which = ++i < text.size() ? escapes.find(text[i]) : std::string_view::npos;
+    if (which == std::string_view::npos) return std::nullopt;
+    name += "\\\n\r"[which];
+  }
+  return name;
+}
+
+/// The digest that `text` begins with, in letters of either case.
+std::optional<Digest> DigestIn(std::string_view text) {
+  Digest digest = {};
+  if (text.size() < 2 * digest.size()) return std::nullopt;
+  for (std::size_t i = 0; i < 2 * digest.size(); ++i) {
+    const char lower = text[i] >= 'A' && text[i] <= 'F' ? static_cast<char>(text[i] + 32) : text[i];
+    const std::size_t value = hexDigits.find(lower);
+    if (value == std::string_view::npos) return std::nullopt;
+    digest[i / 2] = static_cast<std::uint8_t>(digest[i / 2] << 4U | value);
+  }
+  return digest;
+}
+
+}  // namespace
+
+std::string ChecksumNameOf(std::string_view name) {
+  return std::string(name) + ".sha256";
+}
+
+std::string ChecksumLine(std::string_view name, const Digest& digest) {
+  const std::string escaped = Escaped(name);
+  std::string line = escaped == name ? "" : "\\";
+  for (const std::uint8_t byte : digest) {
+    line += hexDigits[byte >> 4U];
+    line += hexDigits[byte & 15U];
+  }
+  return line + "  " + escaped + "\n";
+}
+
+std::string NameOnALine(std::string_view name) {
+  const std::string escaped = Escaped(name);
+  return escaped == name ? escaped : "\\" + escaped;
+}
+
+bool ChecksumReader::Add(std::string_view bytes) {
+  while (understood_ && !bytes.empty()) {
+    const std::size_t end = std::min(bytes.find('\n'), bytes.size());
+    line_ += bytes.substr(0, std::min(end, longestLine + 1));
+    understood_ = line_.size() <= longestLine;
+    if (!understood_ || end == bytes.size()) break;
+    understood_ = TakeLine(line_);
+    line_.clear();
+    bytes.remove_prefix(end + 1);
+  }
+  return understood_;
+}
+
+bool ChecksumReader::TakeLine(std::string_view line) {
+  if (line.ends_with('\r')) line.remove_suffix(1);
+  if (line.empty() || line.front() == '#') return true;
+  const bool isEscaped = line.front() == '\\';
+  if (isEscaped) line.remove_prefix(1);
+  const std::optional<Digest> digest = DigestIn(line);
+  if (!digest) return false;
+  line.remove_prefix(2 * digest->size());
+  if (!line.starts_with("  ") && !line.starts_with(" *")) return false;
+  line.remove_prefix(2);
+  const std::optional<std::string> name = isEscaped ? Unescaped(line) : std::string(line);
+  return name && TakeName(*name, *digest);
+}
+
+bool ChecksumReader::TakeName(std::string_view name, const Digest& digest) {
+  if (name == origName_ && !ofWhole_) return ofWhole_ = true;
+  const auto number = static_cast<std::size_t>(PieceNumberOf(name, origName_));
+  if (number == 0 || number > mostPieces) return false;
+  if (number > told_.size()) {
+    told_.resize(number);
+    digests_.resize(number);
+  }
+  if (told_[number - 1]) return false;
+  told_[number - 1] = true;
+  digests_[number - 1] = digest;
+  ++count_;
+  return true;
+}
+
+Checksums ChecksumReader::Finish() {
+  if (understood_) understood_ = TakeLine(line_);
+  if (understood_ && count_ == 0 && ofWhole_) return {};
+  if (!understood_ || count_ == 0 || count_ < told_.size())
+    return {Checksums::Kind::NotUnderstood, {}};
+  return {Checksums::Kind::Understood, std::move(digests_)};
+}
+
+Checksums ReadChecksumFile(const std::filesystem::path& folder, std::string_view origName) {
+  const std::filesystem::path path = folder / PathFromText(ChecksumNameOf(origName));
+  if (path.filename().native().size() > longestName || !NameIsTaken(path)) return {};
+  if (!IsFileItself(path)) return {Checksums::Kind::NotUnderstood, {}};
+  const SourceFile file(path);
+  ChecksumReader reader(origName);
+  std::string part;
+  for (std::uint64_t done = 0; done < file.Length(); done += part.size()) {
+    part.resize(static_cast<std::size_t>(std::min<std::uint64_t>(65536, file.Length() - done)));
+    file.Read(done, part);
+    if (file.Length() > longestFile || !reader.Add(part))
+      return {Checksums::Kind::NotUnderstood, {}};
+  }
+  file.ThrowIfChanged();
+  return reader.Finish();
+}
+
+}  // namespace slyver
