@@ -11,11 +11,11 @@ _sly() {
   $split && return
 
   if ((cword == 1)); then
-    COMPREPLY=($(compgen -W 'split join hide list recover --help --version' -- "$cur"))
+    COMPREPLY=($(compgen -W 'split join verify hide list recover --help --version' -- "$cur"))
     return
   fi
   if [[ $cur != -* ]]; then
-    [[ ${words[1]} == join ]] && _filedir sly || _filedir
+    [[ ${words[1]} == @(join|verify) ]] && _filedir sly || _filedir
     return
   fi
   local options='--yes -y --quiet -q --verbose -v --help -h'

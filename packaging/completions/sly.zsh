@@ -13,6 +13,7 @@ password=('--password-file[take the password from the first line of a file]:file
 commands=(
   'split:split a file into numbered .sly pieces'
   'join:join the pieces of a split'
+  'verify:check the pieces of a split'
   'hide:hide a file in a copy of another'
   'list:list the hidden files'
   'recover:write a hidden file, or the main file'
@@ -36,6 +37,7 @@ case $state in
           '1:file:_files'
         ;;
       join) _arguments $common $output '1:piece:_files -g "*.(#i)sly(-.)"' ;;
+      verify) _arguments $common '1:piece:_files -g "*.(#i)sly(-.)"' ;;
       hide) _arguments $common $output $password '1:main file:_files' '2:file to hide:_files' ;;
       list) _arguments $common $password '1:carrier:_files' ;;
       recover)

@@ -7,10 +7,12 @@
 
 #include "engine/hidden/HideJob.h"
 #include "engine/hidden/RecoverJob.h"
+#include "engine/split/ChecksumFile.h"
 #include "engine/split/JoinM.h"
 #include "engine/split/PieceName.h"
 #include "engine/split/SizeArithmetic.h"
 #include "engine/split/SlyIt.h"
+#include "engine/split/Verify.h"
 #include "engine/system/Disk.h"
 #include "engine/system/Files.h"
 #include "engine/system/PathText.h"
@@ -157,6 +159,18 @@ bool Join(const Arguments& arguments, ConsoleUi& ui) {
                  (joined->allAlike ? "; " + joined->lastPiece + " is taken for the last one" : ""),
              Icon::Information);
   return Print({joined->path});
+}
+
+bool Verify(const Arguments& arguments, ConsoleUi& ui) {
+  const std::optional<Verified> verified = VerifyPieces(TypedPath(arguments.file), ui);
+  if (!verified) return false;
+  int number = 0;
+  for (const PieceState state : verified->pieces)
+    std::cout << NameOnALine(PieceNameOf(verified->origName, ++number))
+              << (state == PieceState::Ok        ? "\tOK\n"
+                  : state == PieceState::Damaged ? "\tDAMAGED\n"
+                                                 : "\tMISSING\n");
+  return verified->sound;
 }
 
 bool Hide(const Arguments& arguments, ConsoleUi& ui) {

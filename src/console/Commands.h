@@ -33,6 +33,7 @@ struct Arguments {
 
 Command Split;
 Command Join;
+Command Verify;
 Command Hide;
 Command List;
 Command Recover;

@@ -118,6 +118,16 @@ void AddJoin(CLI::App& app, Arguments& arguments) {
   command.callback([&arguments] { arguments.job = Join; });
 }
 
+void AddVerify(CLI::App& app, Arguments& arguments) {
+  CLI::App& command = *app.add_subcommand(
+      "verify", "Check the pieces of a split: name and OK, DAMAGED or MISSING, separated by a tab");
+  AddPath(command, "PIECE", arguments.file, "Any one of the pieces").required();
+  command.footer(
+      "Without a checksum file beside the pieces, their numbers and sizes alone are checked.");
+  AddCommonOptions(command, arguments);
+  command.callback([&arguments] { arguments.job = Verify; });
+}
+
 void AddPasswordFile(CLI::App& command, Arguments& arguments) {
   AddPath(command, "--password-file", arguments.passwordFile,
           "Take the password from the first line of this file; \"-\" is standard input. Without it "
@@ -180,6 +190,7 @@ int Program(std::vector<std::string> words) {
   app.footer("Exit status: 0 done, 1 refused or failed, 2 wrong usage, 130 stopped by Ctrl-C.");
   AddSplit(app, arguments);
   AddJoin(app, arguments);
+  AddVerify(app, arguments);
   AddHide(app, arguments);
   AddList(app, arguments);
   AddRecover(app, arguments);

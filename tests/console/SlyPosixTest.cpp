@@ -173,6 +173,26 @@ constexpr Case scripts[] = {
      0, "@/new/d/b.bin\n",
      "@/new/d Does Not Exists. Do You Want To Create It? Yes (--yes)\nFile Joined.\n"
      "3 pieces, 3000 bytes in all; b.bin.3.sly is taken for the last one\n"},
+    {"$SLY split b.bin -n 4 -q; sha256sum b.bin.*.sly >b.bin.sha256; $SLY verify b.bin.4.sly &&"
+     "{ cp b.bin.1.sly b.bin.2.sly; printf x | dd of=b.bin.3.sly conv=notrunc bs=1 seek=749 "
+     "status=none;"
+     "rm b.bin.4.sly; $SLY verify b.bin.3.sly; }",
+     1,
+     "b.bin.1.sly\tOK\nb.bin.2.sly\tOK\nb.bin.3.sly\tOK\nb.bin.4.sly\tOK\n"
+     "b.bin.1.sly\tOK\nb.bin.2.sly\tDAMAGED\nb.bin.3.sly\tDAMAGED\nb.bin.4.sly\tMISSING\n",
+     "3 Of 4 Pieces Are Damaged Or Missing.\n"},
+    {"printf ab >'c\\d.2.sly'; $SLY verify 'c\\d.2.sly'; echo $?; printf a >'c\\d.1.sly';"
+     "$SLY verify 'c\\d.1.sly'; rm 'c\\d.2.sly'; printf a >e.1.sly; printf a >e.2.sly;"
+     "echo >e.sha256; $SLY verify e.1.sly; rm e.sha256; $SLY verify e.1.sly -q",
+     0,
+     "\\c\\\\d.1.sly\tMISSING\n\\c\\\\d.2.sly\tOK\n1\n\\c\\\\d.1.sly\tOK\n"
+     "\\c\\\\d.2.sly\tDAMAGED\ne.1.sly\tOK\ne.2.sly\tOK\n",
+     "1 Of 2 Pieces Are Damaged Or Missing.\n"
+     "There Is No c\\d.sha256. The Bytes Were Not Checked.\n"
+     "1 Of 2 Pieces Are Damaged Or Missing.\n"
+     "There Is No c\\d.sha256. The Bytes Were Not Checked.\n"
+     "e.sha256 Cannot Be Understood.\n"
+     "There Is No e.sha256. The Bytes Were Not Checked.\n"},
     // Hiding, listing and recovering.
     {"mkdir d; $SLY hide $P m.png a.bin -o d -q; $SLY recover $P two --all --output d -q;"
      "cmp 'd/Hidden File m.png' one && cmp a.bin 'd/Original a.bin' && cmp b.bin 'd/Original "

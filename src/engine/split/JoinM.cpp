@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "engine/split/FindFiles.h"
 #include "engine/split/PieceName.h"
+#include "engine/split/Pieces.h"
 #include "engine/system/Disk.h"
 #include "engine/system/FileError.h"
 #include "engine/system/Files.h"
@@ -25,81 +25,6 @@ namespace {
 constexpr std::string_view scratchName = "temprrr";
 constexpr std::size_t mostPieces = std::numeric_limits<std::int16_t>::max();
 constexpr std::string_view pieceFilter = "Sly File (*.Sly)|*.Sly;|";
-
-/// What was found under the number of a piece. A piece in the folder counts before those below it.
-/// It holds no name, since there may be 32767 of them.
-struct Piece {
-  std::uint32_t count = 0;  ///< How many there are at the best place.
-  std::string below;        ///< The subfolder that it lies in; empty for the folder itself.
-  std::string ending;       ///< ".sly", in letters of either case.
-};
-
-/// The pieces of one split, number 1 first.
-class Pieces {
- public:
-  /// Finds all pieces of `origName` in `folder` and below.
-  Pieces(fs::path folder, std::string origName, Ui& ui)
-      : folder_(std::move(folder)), origName_(std::move(origName)) {
-    (void)FindFilesAPI(folder_, "*.sly", ui, [&](const fs::path& path) {
-      if (const int number = PieceNumberOf(PathText(path.filename()), origName_); number > 0)
-        Take(path, static_cast<std::size_t>(number));
-    });
-  }
-
-  std::size_t Count() const { return found_.size(); }
-
-  std::string NameOf(std::size_t number) const {
-    return PieceNameOf(origName_, static_cast<int>(number));
-  }
-
-  fs::path PathOf(std::size_t number) const {
-    const Piece& piece = found_[number - 1];
-    std::string name = NameOf(number);
-    name.replace(name.size() - piece.ending.size(), piece.ending.size(), piece.ending);
-    return folder_ / PathFromText(piece.below) / PathFromText(name);
-  }
-
-  /// Whether the numbers are 1 to n, each once, and the piece `chosen` (0 for none) is among those
-  /// of the folder itself. Says what is wrong. Throws FileError where a piece cannot be read.
-  bool AreWhole(std::size_t chosen, Ui& ui) const {
-    for (std::size_t number = 1; number <= Count(); ++number) {
-      const Piece& piece = found_[number - 1];
-      if (piece.count == 0 || (number == chosen && !piece.below.empty()))
-        return Missing(number, ui);
-      if (piece.count == 1) continue;
-      ui.Message(NameOf(number) + " Is There More Than Once.", Icon::Critical);
-      return false;
-    }
-    if (Count() < 2) return Missing(Count() + 1, ui);
-    if (chosen > Count()) return Missing(chosen, ui);
-    // A link that leads nowhere, say, would be taken for the end of the pieces.
-    const fs::path next = folder_ / PathFromText(NameOf(Count() + 1));
-    return !NameIsTaken(next) || Missing(Count() + 1, ui);
-  }
-
- private:
-  void Take(const fs::path& path, std::size_t number) {
-    if (number > found_.size()) found_.resize(number);
-    Piece& piece = found_[number - 1];
-    const bool below = path.parent_path() != folder_;
-    if (piece.count > 0 && below != piece.below.empty()) ++piece.count;
-    if (piece.count > 0 && (below || piece.below.empty())) return;
-    piece = {1, below ? PathText(path.parent_path().lexically_relative(folder_)) : "",
-             PathText(path.extension())};
-  }
-
-  /// Throws FileError where something that is no readable file bears the piece's name.
-  bool Missing(std::size_t number, Ui& ui) const {
-    const fs::path path = folder_ / PathFromText(NameOf(number));
-    if (NameIsTaken(path)) (void)StateOf(path);
-    ui.Message(NameOf(number) + " Is Missing.", Icon::Critical);
-    return false;
-  }
-
-  fs::path folder_;
-  std::string origName_;
-  std::vector<Piece> found_;
-};
 
 /// The plan of a join into `target`. The states of the pieces are those of one split: whoever
 /// replaces the pieces meanwhile replaces the first one too. Nobody may read the joined file who
@@ -144,7 +69,7 @@ Ending Join(const fs::path& FullPath, const std::string& OrigName, JoinedFile& j
   const std::string PieceName = PathText(FullPath.filename());
   const int chosen = PieceNumberOf(PieceName, OrigName);
   if (chosen == 0 && !HasSixDigits(PieceName, OrigName)) {
-    ui.Message(PieceName + " Is Not A Piece Of A Split File.", Icon::Critical);
+    ui.Message(PieceName + std::string(isNoPiece), Icon::Critical);
     return Ending::Failed;
   }
   if (!NameIsTaken(FullPath)) {
@@ -224,7 +149,7 @@ std::optional<JoinedFile> JoinPieces(const fs::path& FullPath, Ui& ui,
     ending = ShowingErrors(ui, Ending::Failed,
                            [&] { return Join(FullPath, *OrigName, joined, ui, scratch); });
   } else {
-    ui.Message(PieceName + " Is Not A Piece Of A Split File.", Icon::Critical);
+    ui.Message(PieceName + std::string(isNoPiece), Icon::Critical);
   }
   if (ending == Ending::Failed) ui.Message("Unable To Join File.", Icon::Critical);
   if (ending == Ending::Joined) ui.Message("File Joined.", Icon::Information);

@@ -1,0 +1,72 @@
+#include "engine/split/Pieces.h"
+
+#include <utility>
+
+#include "engine/split/FindFiles.h"
+#include "engine/split/PieceName.h"
+#include "engine/system/Disk.h"
+#include "engine/system/Files.h"
+#include "engine/system/PathText.h"
+
+namespace slyver {
+
+namespace fs = std::filesystem;
+
+Pieces::Pieces(fs::path folder, std::string origName, Ui& ui)
+    : folder_(std::move(folder)), origName_(std::move(origName)) {
+  (void)FindFilesAPI(folder_, "*.sly", ui, [&](const fs::path& path) {
+    if (const int number = PieceNumberOf(PathText(path.filename()), origName_); number > 0)
+      Take(path, static_cast<std::size_t>(number));
+  });
+}
+
+void Pieces::Take(const fs::path& path, std::size_t number) {
+  if (number > found_.size()) found_.resize(number);
+  Piece& piece = found_[number - 1];
+  const bool below = path.parent_path() != folder_;
+  if (piece.count > 0 && below != piece.below.empty()) ++piece.count;
+  if (piece.count > 0 && (below || piece.below.empty())) return;
+  piece = {1, below ? PathText(path.parent_path().lexically_relative(folder_)) : "",
+           PathText(path.extension())};
+}
+
+std::string Pieces::NameOf(std::size_t number) const {
+  return PieceNameOf(origName_, static_cast<int>(number));
+}
+
+fs::path Pieces::PathOf(std::size_t number) const {
+  const Piece& piece = found_[number - 1];
+  std::string name = NameOf(number);
+  name.replace(name.size() - piece.ending.size(), piece.ending.size(), piece.ending);
+  return folder_ / PathFromText(piece.below) / PathFromText(name);
+}
+
+bool Pieces::AreSingle(Ui& ui) const {
+  for (std::size_t number = 1; number <= Count(); ++number) {
+    if (found_[number - 1].count <= 1) continue;
+    ui.Message(NameOf(number) + " Is There More Than Once.", Icon::Critical);
+    return false;
+  }
+  return true;
+}
+
+bool Pieces::AreWhole(std::size_t chosen, Ui& ui) const {
+  for (std::size_t number = 1; number <= Count(); ++number)
+    if (!Has(number) || (number == chosen && !found_[number - 1].below.empty()))
+      return Missing(number, ui);
+  if (!AreSingle(ui)) return false;
+  if (Count() < 2) return Missing(Count() + 1, ui);
+  if (chosen > Count()) return Missing(chosen, ui);
+  // A link that leads nowhere, say, would be taken for the end of the pieces.
+  const fs::path next = folder_ / PathFromText(NameOf(Count() + 1));
+  return !NameIsTaken(next) || Missing(Count() + 1, ui);
+}
+
+bool Pieces::Missing(std::size_t number, Ui& ui) const {
+  const fs::path path = folder_ / PathFromText(NameOf(number));
+  if (NameIsTaken(path)) (void)StateOf(path);
+  ui.Message(NameOf(number) + " Is Missing.", Icon::Critical);
+  return false;
+}
+
+}  // namespace slyver

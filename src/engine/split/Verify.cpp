@@ -1,0 +1,179 @@
+#include "engine/split/Verify.h"
+
+#include <algorithm>
+#include <atomic>
+#include <exception>
+#include <limits>
+#include <map>
+#include <span>
+
+#include "engine/split/ChecksumFile.h"
+#include "engine/split/PieceName.h"
+#include "engine/split/Pieces.h"
+#include "engine/system/FileError.h"
+#include "engine/system/Files.h"
+#include "engine/system/Mutex.h"
+#include "engine/system/PathText.h"
+#include "engine/system/Workers.h"
+
+namespace slyver {
+
+namespace {
+
+constexpr std::size_t bufferSize = std::size_t{128} * 1024;
+
+/// One look at the pieces of a split.
+class Verification {
+ public:
+  Verification(const Pieces& pieces, std::size_t count, Ui& ui)
+      : pieces_(pieces), ui_(ui), states_(count, PieceState::Ok), lengths_(count) {}
+
+  std::vector<PieceState> Run(const std::vector<Digest>& digests) {
+    LookAtNumbers();
+    if (digests.empty())
+      CompareSizes();
+    else
+      CompareBytes(digests);
+    const Lock lock(mutex_);
+    for (const auto& [number, cause] : causes_) ui_.Message(cause, Icon::Critical);
+    return states_;
+  }
+
+ private:
+  void LookAtNumbers() {
+    for (std::size_t number = 1; number <= states_.size(); ++number) {
+      if (!ui_.GoOn()) throw Cancelled{};
+      if (pieces_.Has(number))
+        LookAt(number, [&] { lengths_[number - 1] = FileLength(pieces_.PathOf(number)); });
+      else
+        states_[number - 1] = PieceState::Missing;
+      bytesTotal_ += lengths_[number - 1];
+    }
+  }
+
+  /// All pieces are as long as the first one; the last one may be shorter.
+  void CompareSizes() {
+    for (std::size_t i = 1; i < states_.size(); ++i) {
+      const bool isLast = i + 1 == states_.size();
+      if (states_[i] == PieceState::Ok && states_[0] == PieceState::Ok &&
+          (isLast ? lengths_[i] > lengths_[0] : lengths_[i] != lengths_[0]))
+        states_[i] = PieceState::Damaged;
+    }
+  }
+
+  void CompareBytes(const std::vector<Digest>& digests) {
+    const auto tell = [this] {
+      ui_.SetProgress({"PB1", Percent(), bytesDone_, bytesTotal_});
+      if (!ui_.GoOn()) stop_ = true;
+    };
+    RunOnThreads(
+        2, [&](const Tick& between) { Work(digests, between); }, tell);
+    if (stop_) throw Cancelled{};
+    tell();
+  }
+
+  double Percent() const {
+    return bytesTotal_ == 0
+               ? 100
+               : 100 * static_cast<double>(bytesDone_) / static_cast<double>(bytesTotal_);
+  }
+
+  /// Each piece is read by one thread; the next piece by whichever is free.
+  void Work(const std::vector<Digest>& digests, const Tick& between) {
+    std::size_t number = 0;
+    while (!stop_ && (number = ++next_) <= states_.size()) {
+      if (states_[number - 1] != PieceState::Ok) continue;
+      LookAt(number, [&] {
+        if (DigestOf(number, between) != digests[number - 1])
+          states_[number - 1] = PieceState::Damaged;
+      });
+    }
+  }
+
+  Digest DigestOf(std::size_t number, const Tick& between) {
+    const SourceFile file(pieces_.PathOf(number));
+    Sha256 sha256;
+    std::vector<char> buffer(bufferSize);
+    for (std::uint64_t done = 0; done < file.Length() && !stop_; between()) {
+      const std::span part(buffer.data(), static_cast<std::size_t>(std::min<std::uint64_t>(
+                                              buffer.size(), file.Length() - done)));
+      file.Read(done, part);
+      sha256.Add(part);
+      done += part.size();
+      bytesDone_ += part.size();
+    }
+    file.ThrowIfChanged();
+    return sha256.Finish();
+  }
+
+  /// Does something with a piece; where that fails, the piece is damaged, and the cause is noted.
+  template <typename Look>
+  void LookAt(std::size_t number, const Look& look) EXCLUDES(mutex_) {
+    try {
+      look();
+    } catch (const std::exception& error) {
+      states_[number - 1] = PieceState::Damaged;
+      const Lock lock(mutex_);
+      causes_[number] = error.what();
+    }
+  }
+
+  const Pieces& pieces_;
+  Ui& ui_;
+  std::vector<PieceState> states_;  ///< Each is written by the thread that looks at the piece.
+  std::vector<std::uint64_t> lengths_;
+  std::uint64_t bytesTotal_ = 0;
+  std::atomic<std::uint64_t> bytesDone_ = 0;
+  std::atomic<std::size_t> next_ = 0;
+  std::atomic<bool> stop_ = false;
+
+  Mutex mutex_;
+  std::map<std::size_t, std::string> causes_ GUARDED_BY(mutex_);
+};
+
+/// How many pieces there are to be: as many as the list has, or as are there; but two at least, and
+/// the one that the user has named.
+std::size_t PieceCount(const Checksums& checksums, const Pieces& pieces, int chosen) {
+  if (!checksums.digests.empty()) return checksums.digests.size();
+  return std::max({std::size_t{2}, pieces.Count(), static_cast<std::size_t>(chosen)});
+}
+
+}  // namespace
+
+std::optional<Verified> VerifyPieces(const std::filesystem::path& FullPath, Ui& ui) {
+  const std::string PieceName = PathText(FullPath.filename());
+  const std::string OrigName = OrigNameOf(PieceName).value_or("");
+  const int chosen = PieceNumberOf(PieceName, OrigName);
+  if (chosen == 0) {
+    ui.Message(PieceName + std::string(isNoPiece), Icon::Critical);
+    return std::nullopt;
+  }
+  const std::filesystem::path folder = FullPath.parent_path();
+  const Checksums checksums = ReadChecksumFile(folder, OrigName);
+  const std::string list = ChecksumNameOf(OrigName);
+  if (checksums.kind == Checksums::Kind::NotUnderstood) {
+    ui.Message(list + " Cannot Be Understood.", Icon::Critical);
+    return std::nullopt;
+  }
+  const Pieces pieces(folder, OrigName, ui);
+  if (!pieces.AreSingle(ui)) return std::nullopt;
+
+  const std::size_t count = PieceCount(checksums, pieces, chosen);
+  Verified verified{OrigName, Verification(pieces, count, ui).Run(checksums.digests)};
+  const auto bad = static_cast<std::size_t>(
+      std::count_if(verified.pieces.begin(), verified.pieces.end(),
+                    [](PieceState state) { return state != PieceState::Ok; }));
+  if (bad > 0)
+    ui.Message(
+        std::to_string(bad) + " Of " + std::to_string(count) + " Pieces Are Damaged Or Missing.",
+        Icon::Critical);
+  if (checksums.digests.empty())
+    ui.Message("There Is No " + list + ". The Bytes Were Not Checked.", Icon::None);
+  const std::size_t highest = std::max(pieces.Count(), static_cast<std::size_t>(chosen));
+  if (highest > count)
+    ui.Message(pieces.NameOf(highest) + " Is Not In " + list + ".", Icon::Critical);
+  verified.sound = bad == 0 && highest <= count;
+  return verified;
+}
+
+}  // namespace slyver
