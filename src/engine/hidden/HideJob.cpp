@@ -67,7 +67,7 @@ void RequireState(const fs::path& path, const FileState& state) {
 bool CanBegin(const fs::path& path) {
   if (NameIsTaken(path)) return false;
   try {
-    const TargetFile begun(path, 0, Existing::Keep);
+    const TargetFile begun(path, Existing::Keep);
     return true;
   } catch (const FileError&) {
     if (NameIsTaken(path) || NameIsTaken(TemporaryPath(path))) return false;

@@ -80,7 +80,7 @@ Ending Join(const fs::path& FullPath, const std::string& OrigName, JoinedFile& j
   if (replace && !AskYesNo(ui, OrigName + " Already Exists. Do You Want To Replace It?"))
     return Ending::Declined;
   // Whether the file can be made at all is better known before the search.
-  (void)TargetFile(joined.path, 0, replace ? Existing::ReplaceScratch : Existing::Keep);
+  (void)TargetFile(joined.path, replace ? Existing::ReplaceScratch : Existing::Keep);
 
   const Pieces pieces(FullPath.parent_path(), OrigName, ui);
   if (!pieces.AreWhole(static_cast<std::size_t>(chosen), ui)) return Ending::Failed;

@@ -61,7 +61,8 @@ class Copying {
         watch_(watch),
         bytesTotal_(plan.TotalLength()),
         targets_(plan),
-        cursor_(plan) {}
+        cursor_(plan),
+        sharing_(targets_.SharingThere()) {}
 
   void Run() {
     const auto tell = [this] { Tell(); };
@@ -99,7 +100,7 @@ class Copying {
     try {
       std::vector<char> buffer(bufferSize);
       while (const std::optional<Job> job = Next()) {
-        CopySlice(*job, buffer, between);
+        if (!Share(*job)) CopySlice(*job, buffer, between);
         if (stop_) return;
         job->source->file.ThrowIfChanged();
         const std::uint64_t share = job->slice.length + (job->slice.beginsRange ? 1 : 0);
@@ -114,7 +115,7 @@ class Copying {
   std::optional<Job> Next() EXCLUDES(nextMutex_) {
     const Lock lock(nextMutex_);
     if (stop_) return std::nullopt;
-    const std::optional<Slice> slice = cursor_.Next();
+    const std::optional<Slice> slice = cursor_.Next(sharing_);
     if (!slice) return std::nullopt;
     if (!target_ || target_->number != slice->target)
       target_ = std::make_shared<OpenTarget>(targets_, plan_, slice->target);
@@ -122,6 +123,23 @@ class Copying {
       source_ = std::make_shared<OpenSource>(plan_, slice->source);
     if (slice->beginsRange) ++rangesStarted_;
     return Job{*slice, source_, target_};
+  }
+
+  /// Whether the file system has brought the slice over by itself. Where it breaks its promise, it
+  /// is not asked again.
+  bool Share(const Job& job) EXCLUDES(nextMutex_) {
+    const Slice& slice = job.slice;
+    if (!slice.shared) return false;
+    const bool shared =
+        job.target->file->Share(targets_.SharingThere(), job.source->file, slice.sourceOffset,
+                                slice.targetOffset, slice.length);
+    if (shared) {
+      bytesDone_ += slice.length;
+    } else {
+      const Lock lock(nextMutex_);
+      sharing_ = {};
+    }
+    return shared;
   }
 
   void CopySlice(const Job& job, std::vector<char>& buffer, const Tick& between) {
@@ -184,6 +202,7 @@ class Copying {
 
   Mutex nextMutex_;
   SliceCursor cursor_ GUARDED_BY(nextMutex_);
+  Sharing sharing_ GUARDED_BY(nextMutex_);  ///< What the file system still does by itself.
   std::shared_ptr<const OpenSource> source_ GUARDED_BY(nextMutex_);
   std::shared_ptr<OpenTarget> target_ GUARDED_BY(nextMutex_);
 

@@ -9,6 +9,7 @@ namespace slyver {
 namespace {
 
 constexpr std::uint64_t sliceLength = std::uint64_t{4} * 1024 * 1024;
+constexpr std::uint64_t sharedSliceLength = std::uint64_t{64} * 1024 * 1024;
 
 }  // namespace
 
@@ -43,38 +44,67 @@ std::uint64_t CopyPlan::TotalLength() const {
   return length;
 }
 
-std::uint64_t CopyPlan::SpaceNeeded() const {
+std::uint64_t CopyPlan::SpaceNeeded(const Sharing& sharing) const {
   std::uint64_t needed = 0;
-  for (std::size_t i = 0; i < ranges.size();) {
-    const std::uint32_t source = ranges[i].source;
-    std::uint64_t length = 0;
-    for (; i < ranges.size() && ranges[i].source == source; ++i) length += ranges[i].length;
-    needed +=
-        sources.State(source).IsSparse() ? std::min(length, sources.State(source).space) : length;
+  std::uint64_t ofSource = 0;  // What ranges of the same source, one after another, need.
+  std::uint64_t targetOffset = 0;
+  for (std::size_t i = 0, target = 0; i < ranges.size(); ++i) {
+    for (; i == rangeEnds[target]; ++target) targetOffset = 0;
+    const Part shared = SharedPart(i, target, targetOffset, sharing);
+    targetOffset += ranges[i].length;
+    ofSource += ranges[i].length - (sharing.byServer ? 0 : shared.end - shared.begin);
+    if (i + 1 < ranges.size() && ranges[i + 1].source == ranges[i].source) continue;
+    const FileState& state = sources.State(ranges[i].source);
+    needed += state.IsSparse() ? std::min(ofSource, state.space) : ofSource;
+    ofSource = 0;
   }
   return needed;
 }
 
-bool CopyPlan::HasHoles(std::size_t target) const {
-  return std::any_of(
-      ranges.begin() + static_cast<std::ptrdiff_t>(FirstRange(target)),
-      ranges.begin() + static_cast<std::ptrdiff_t>(rangeEnds[target]),
-      [&](const ByteRange& range) { return sources.State(range.source).IsSparse(); });
+std::uint64_t CopyPlan::SpaceToReserve(std::size_t target, const Sharing& sharing) const {
+  std::uint64_t length = 0;
+  for (std::size_t i = FirstRange(target); i < rangeEnds[target]; ++i) {
+    const Part shared = SharedPart(i, target, length, sharing);
+    const bool sparse = sources.State(ranges[i].source).IsSparse();
+    if (sparse || (shared.end > shared.begin && !sharing.byServer)) return 0;
+    length += ranges[i].length;
+  }
+  return length;
 }
 
-std::optional<Slice> SliceCursor::Next() {
+CopyPlan::Part CopyPlan::SharedPart(std::size_t range, std::size_t target,
+                                    std::uint64_t targetOffset, const Sharing& sharing) const {
+  const auto& [source, offset, length] = ranges[range];
+  const FileState& state = sources.State(source);
+  const std::uint64_t unit = sharing.unit;
+  if (unit == 0 || state.device != sharing.device || offset % unit != targetOffset % unit)
+    return {};
+  const std::uint64_t begin = (unit - offset % unit) % unit;
+  // A file's last block may be cut short, and is shared where it is the last one of both.
+  const bool endsBoth = offset + length == state.length && range + 1 == rangeEnds[target];
+  const std::uint64_t end = length - (endsBoth ? 0 : std::min(length, (offset + length) % unit));
+  return begin < end ? Part{begin, end} : Part{};
+}
+
+std::optional<Slice> SliceCursor::Next(const Sharing& sharing) {
   if (range_ == plan_.ranges.size()) return std::nullopt;
   if (range_ == plan_.rangeEnds[target_]) {
     ++target_;
     targetDone_ = 0;
   }
   const ByteRange& range = plan_.ranges[range_];
+  const CopyPlan::Part part = plan_.SharedPart(range_, target_, targetDone_ - rangeDone_, sharing);
+  const bool shared = part.begin <= rangeDone_ && rangeDone_ < part.end;
+  const std::uint64_t most = shared ? std::min(sharedSliceLength, part.end - rangeDone_)
+                             : rangeDone_ < part.begin ? part.begin - rangeDone_
+                                                       : sliceLength;
   const Slice slice{target_,
                     range.source,
                     range.offset + rangeDone_,
                     targetDone_,
-                    std::min(sliceLength, range.length - rangeDone_),
-                    rangeDone_ == 0};
+                    std::min(most, range.length - rangeDone_),
+                    rangeDone_ == 0,
+                    shared};
   rangeDone_ += slice.length;
   targetDone_ += slice.length;
   if (rangeDone_ == range.length) {

@@ -75,13 +75,23 @@ struct CopyPlan {
   std::uint64_t Length(std::size_t target) const;
   /// The sum of all lengths in bytes.
   std::uint64_t TotalLength() const;
-  /// The most space, in bytes, that the targets can take: holes in sources take none.
-  std::uint64_t SpaceNeeded() const;
-  /// Whether parts of a target may take no space.
-  bool HasHoles(std::size_t target) const;
+  /// The most space, in bytes, that the targets can take: holes in sources take none, and neither
+  /// do shared blocks.
+  std::uint64_t SpaceNeeded(const Sharing& sharing) const;
+  /// The space, in bytes, to reserve for a target: none where parts of it may take none.
+  std::uint64_t SpaceToReserve(std::size_t target, const Sharing& sharing) const;
+
+  /// Which bytes of the range `range`, counted from its first, the file system brings over by
+  /// itself, when the range goes to `targetOffset` of the target `target`.
+  struct Part {
+    std::uint64_t begin = 0;
+    std::uint64_t end = 0;
+  };
+  Part SharedPart(std::size_t range, std::size_t target, std::uint64_t targetOffset,
+                  const Sharing& sharing) const;
 };
 
-/// What is copied at a time: a part of one range, without bytes where the range has none.
+/// What is brought over at a time: a part of one range, without bytes where the range has none.
 struct Slice {
   std::size_t target = 0;
   std::uint32_t source = 0;
@@ -89,6 +99,7 @@ struct Slice {
   std::uint64_t targetOffset = 0;
   std::uint64_t length = 0;
   bool beginsRange = false;
+  bool shared = false;  ///< Whether the file system can bring it over by itself.
 };
 
 /// Hands out a plan's slices in order.
@@ -97,8 +108,9 @@ class SliceCursor {
   /// `plan` outlives the cursor.
   explicit SliceCursor(const CopyPlan& plan) : plan_(plan) {}
 
-  /// The next slice; nothing after the last one.
-  std::optional<Slice> Next();
+  /// The next slice, where the file system does by itself what `sharing` says; nothing after the
+  /// last one.
+  std::optional<Slice> Next(const Sharing& sharing);
 
  private:
   const CopyPlan& plan_;

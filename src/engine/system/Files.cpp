@@ -24,7 +24,7 @@ std::string ReadSmallFile(const std::filesystem::path& path) {
 }
 
 void WriteSmallFile(const std::filesystem::path& path, std::string_view bytes, Existing existing) {
-  TargetFile file(path, bytes.size(), existing);
+  TargetFile file(path, existing);
   file.Write(0, bytes);
   file.Commit();
 }

@@ -44,6 +44,9 @@ class SourceFile {
   /// The state of the file when it was opened.
   const FileState& Opened() const;
 
+  /// What the system knows the open file by, where it has descriptors.
+  int Number() const;
+
   /// The length in bytes that the file had when it was opened.
   std::uint64_t Length() const { return Opened().length; }
 

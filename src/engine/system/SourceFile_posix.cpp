@@ -62,6 +62,10 @@ const FileState& SourceFile::Opened() const {
   return state_->opened;
 }
 
+int SourceFile::Number() const {
+  return state_->descriptor.Get();
+}
+
 void SourceFile::Read(std::uint64_t offset, std::span<char> buffer) const {
   while (!buffer.empty()) {
     const ssize_t count =

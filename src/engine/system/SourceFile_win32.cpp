@@ -74,6 +74,10 @@ const FileState& SourceFile::Opened() const {
   return state_->opened;
 }
 
+int SourceFile::Number() const {
+  return -1;
+}
+
 void SourceFile::Read(std::uint64_t offset, std::span<char> buffer) const {
   constexpr std::size_t most = std::numeric_limits<DWORD>::max() / 2;
   while (!buffer.empty()) {

@@ -6,6 +6,7 @@
 #include <span>
 
 #include "engine/system/Rights.h"
+#include "engine/system/SourceFile.h"
 
 namespace slyver {
 
@@ -23,6 +24,16 @@ std::filesystem::path TemporaryPath(const std::filesystem::path& target);
 /// another program is writing it.
 void RemoveLeftoverOf(const std::filesystem::path& target);
 
+/// What the file system of a target does by itself: it lets files share whole blocks, which takes
+/// neither time nor space, or has its server copy bytes, so that they do not cross the network
+/// twice.
+struct Sharing {
+  std::uint64_t unit = 0;  ///< It brings over whole units of so many bytes that lie at multiples of
+                           ///< it in source and target; 0: none.
+  std::uint64_t device = 0;  ///< From files with this FileState::device.
+  bool byServer = false;     ///< Whether its server copies them, which takes space.
+};
+
 /// A new file that gets its name only when it is complete.
 ///
 /// It is written under TemporaryPath() and locked, so that a second program writing the same
@@ -30,15 +41,25 @@ void RemoveLeftoverOf(const std::filesystem::path& target);
 /// an object that is destroyed without Commit() leaves nothing behind.
 class TargetFile {
  public:
-  /// Starts a file and reserves the space for `length` bytes where the file system can. Its rights
-  /// are `rights`, or those in place of the file that it replaces, before the first byte is
-  /// written. Throws FileError: the folder cannot be written to, the disk has no room, `target` is
-  /// a folder or a device, it exists and `existing` is Keep, or another program is writing it.
-  TargetFile(std::filesystem::path target, std::uint64_t length, Existing existing,
-             Rights rights = {});
+  /// Starts a file. Its rights are `rights`, or those in place of the file that it replaces, before
+  /// the first byte is written. Throws FileError: the folder cannot be written to, `target` is a
+  /// folder or a device, it exists and `existing` is Keep, or another program is writing it.
+  TargetFile(std::filesystem::path target, Existing existing, Rights rights = {});
   ~TargetFile();
   TargetFile(const TargetFile&) = delete;
   TargetFile& operator=(const TargetFile&) = delete;
+
+  /// Reserves space for `length` bytes where the file system can. Throws FileError: the disk has no
+  /// room.
+  void Reserve(std::uint64_t length);
+
+  /// What the file system promises to do by itself with bytes of `source`.
+  Sharing SharingWith(const SourceFile& source) const;
+
+  /// Has the file system bring over `length` bytes as it promised; from any thread. False where it
+  /// does not, for whatever reason; then any bytes may be there.
+  bool Share(const Sharing& promised, const SourceFile& source, std::uint64_t sourceOffset,
+             std::uint64_t targetOffset, std::uint64_t length);
 
   /// Writes all of `bytes` at `offset` (bytes, from 0); may be called from several threads at
   /// once. Throws FileError.

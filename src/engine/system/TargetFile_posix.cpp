@@ -1,5 +1,9 @@
 #include <fcntl.h>
+#include <linux/fs.h>
+#include <linux/magic.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 
 #include <cstdio>
 
@@ -103,14 +107,39 @@ void SetRights(const Descriptor& file, const Rights& rights, bool complete,
   if (bits != (found.st_mode & 0777U) && fchmod(file.Get(), bits) != 0) FailWithLastError(target);
 }
 
-void Reserve(int descriptor, std::uint64_t length, const std::filesystem::path& target) {
-  if (length == 0) return;
+bool IsOnNetwork(const struct statfs& found) {
+  switch (static_cast<std::uint32_t>(found.f_type)) {
+    case NFS_SUPER_MAGIC:
+    case SMB_SUPER_MAGIC:
+    case CIFS_SUPER_MAGIC:
+    case SMB2_SUPER_MAGIC:
+      return true;
+    default:
+      return false;
+  }
+}
+
+/// Lets the target share `length` bytes of the source; 0 stands for all up to the source's end.
+bool Clone(int source, std::uint64_t sourceOffset, int target, std::uint64_t targetOffset,
+           std::uint64_t length) {
+  const struct file_clone_range range = {source, sourceOffset, length, targetOffset};
   int result = 0;
-  do result = fallocate(descriptor, 0, 0, static_cast<off_t>(length));
+  do result = ioctl(target, FICLONERANGE, &range);
   while (result != 0 && errno == EINTR);
-  // A file system that cannot reserve says so; a full disk is better known before the long work.
-  if (result != 0 && errno != EOPNOTSUPP && errno != ENOSYS && errno != EINVAL)
-    FailWithLastError(target);
+  return result == 0;
+}
+
+bool CopyOnServer(int source, std::uint64_t sourceOffset, int target, std::uint64_t targetOffset,
+                  std::uint64_t length) {
+  auto from = static_cast<off_t>(sourceOffset);
+  auto to = static_cast<off_t>(targetOffset);
+  while (length > 0) {
+    const ssize_t count = copy_file_range(source, &from, target, &to, length, 0);
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) return false;
+    length -= static_cast<std::uint64_t>(count);
+  }
+  return true;
 }
 
 /// Renames without replacing; false with errno set when it fails.
@@ -151,8 +180,7 @@ struct TargetFile::State {
   }
 };
 
-TargetFile::TargetFile(std::filesystem::path target, std::uint64_t length, Existing existing,
-                       Rights rights)
+TargetFile::TargetFile(std::filesystem::path target, Existing existing, Rights rights)
     : state_(std::make_unique<State>()) {
   state_->temporary = TemporaryPath(target);
   state_->target = std::move(target);
@@ -167,10 +195,37 @@ TargetFile::TargetFile(std::filesystem::path target, std::uint64_t length, Exist
     throw FileError(state_->target, std::make_error_code(std::errc::file_exists));
   if (existing == Existing::Replace) state_->rights = now;
   SetRights(state_->file, state_->rights, false, state_->target);
-  Reserve(state_->file.Get(), length, state_->target);
 }
 
 TargetFile::~TargetFile() = default;
+
+void TargetFile::Reserve(std::uint64_t length) {
+  if (length == 0) return;
+  int result = 0;
+  do result = fallocate(state_->file.Get(), 0, 0, static_cast<off_t>(length));
+  while (result != 0 && errno == EINTR);
+  // A file system that cannot reserve says so; a full disk is better known before the long work.
+  if (result != 0 && errno != EOPNOTSUPP && errno != ENOSYS && errno != EINVAL)
+    FailWithLastError(state_->target);
+}
+
+Sharing TargetFile::SharingWith(const SourceFile& source) const {
+  const FileState& state = source.Opened();
+  struct statfs disk = {};
+  struct stat own = {};
+  if (fstatfs(state_->file.Get(), &disk) != 0 || fstat(state_->file.Get(), &own) != 0) return {};
+  if (IsOnNetwork(disk)) return {own.st_dev == state.device ? 1U : 0U, state.device, true};
+  // Nothing at all is cloned, which tells whether something would be.
+  const bool shares = Clone(source.Number(), state.length, state_->file.Get(), 0, 0);
+  return {shares ? static_cast<std::uint64_t>(disk.f_bsize) : 0U, state.device, false};
+}
+
+bool TargetFile::Share(const Sharing& promised, const SourceFile& source,
+                       std::uint64_t sourceOffset, std::uint64_t targetOffset,
+                       std::uint64_t length) {
+  return (promised.byServer ? CopyOnServer : Clone)(source.Number(), sourceOffset,
+                                                    state_->file.Get(), targetOffset, length);
+}
 
 void TargetFile::Write(std::uint64_t offset, std::span<const char> bytes) {
   while (!bytes.empty()) {

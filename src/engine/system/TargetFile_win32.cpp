@@ -55,16 +55,6 @@ Handle CreateTemporary(const std::filesystem::path& temporary,
   }
 }
 
-void Reserve(HANDLE handle, std::uint64_t length, const std::filesystem::path& target) {
-  FILE_END_OF_FILE_INFO end = {};
-  end.EndOfFile.QuadPart = static_cast<LONGLONG>(length);
-  if (SetFileInformationByHandle(handle, FileEndOfFileInfo, &end, sizeof end) != 0) return;
-  // A file system that cannot reserve says so; a full disk is better known before the long work.
-  const DWORD error = GetLastError();
-  if (error == ERROR_DISK_FULL || error == ERROR_HANDLE_DISK_FULL || error == ERROR_FILE_TOO_LARGE)
-    FailWithLastError(target);
-}
-
 /// Gives an open file its name, in its folder.
 bool RenameOpenFile(HANDLE handle, const std::filesystem::path& target, bool replace) {
   const std::wstring name = LongPath(target);
@@ -104,8 +94,7 @@ struct TargetFile::State {
 };
 
 // Who may read the file is up to its folder.
-TargetFile::TargetFile(std::filesystem::path target, std::uint64_t length, Existing existing,
-                       Rights rights)
+TargetFile::TargetFile(std::filesystem::path target, Existing existing, Rights rights)
     : state_(std::make_unique<State>()) {
   state_->target = std::move(target);
   state_->existing = existing;
@@ -122,10 +111,30 @@ TargetFile::TargetFile(std::filesystem::path target, std::uint64_t length, Exist
     // A name that is too long, say, is better known now than after the long work.
     FailWithLastError(state_->target);
   }
-  Reserve(state_->handle.Get(), length, state_->target);
 }
 
 TargetFile::~TargetFile() = default;
+
+void TargetFile::Reserve(std::uint64_t length) {
+  FILE_END_OF_FILE_INFO end = {};
+  end.EndOfFile.QuadPart = static_cast<LONGLONG>(length);
+  if (SetFileInformationByHandle(state_->handle.Get(), FileEndOfFileInfo, &end, sizeof end) != 0)
+    return;
+  // A file system that cannot reserve says so; a full disk is better known before the long work.
+  const DWORD error = GetLastError();
+  if (error == ERROR_DISK_FULL || error == ERROR_HANDLE_DISK_FULL || error == ERROR_FILE_TOO_LARGE)
+    FailWithLastError(state_->target);
+}
+
+Sharing TargetFile::SharingWith(const SourceFile& /*source*/) const {
+  return {};
+}
+
+bool TargetFile::Share(const Sharing& /*promised*/, const SourceFile& /*source*/,
+                       std::uint64_t /*sourceOffset*/, std::uint64_t /*targetOffset*/,
+                       std::uint64_t /*length*/) {
+  return false;
+}
 
 void TargetFile::Write(std::uint64_t offset, std::span<const char> bytes) {
   constexpr std::size_t most = std::numeric_limits<DWORD>::max() / 2;

@@ -14,10 +14,12 @@ namespace fs = std::filesystem;
 
 namespace {
 
-void RequireRoom(const CopyPlan& plan) {
-  const std::uint64_t needed = plan.SpaceNeeded();
-  const std::uint64_t free = FreeSpace(plan.names.folder);
-  if (needed > free) throw SpaceError(plan.names.folder, needed, free);
+Sharing SharingOf(const CopyPlan& plan, const TargetFile& target) {
+  try {
+    return target.SharingWith(SourceFile(plan.sources.Path(plan.ranges.front().source)));
+  } catch (const FileError&) {
+    return {};  // Reading it will say why.
+  }
 }
 
 constexpr std::string_view asideName = "earlier";
@@ -70,9 +72,10 @@ void Move(const fs::path& from, const fs::path& to) {
 TargetSet::TargetSet(const CopyPlan& plan) : plan_(plan) {
   // The last name is the longest. Whether it can be given is better known before the long work.
   (void)NameIsTaken(plan.names.Path(plan.TargetCount() - 1));
-  RequireRoom(plan);
-  first_ = std::make_shared<TargetFile>(plan.names.Path(0), plan.HasHoles(0) ? 0 : plan.Length(0),
-                                        plan.existing, plan.rights);
+  first_ = std::make_shared<TargetFile>(plan.names.Path(0), plan.existing, plan.rights);
+  sharing_ = SharingOf(plan, *first_);
+  RequireRoom();
+  first_->Reserve(plan.SpaceToReserve(0, sharing_));
   if (!plan.numberInSet) return;
   const fs::path staging = StagingPath(plan.names.Path(0));
   RemoveLeftover(staging, plan);
@@ -87,6 +90,12 @@ TargetSet::TargetSet(const CopyPlan& plan) : plan_(plan) {
     throw;
   }
   staging_ = staging;
+}
+
+void TargetSet::RequireRoom() const {
+  const std::uint64_t needed = plan_.SpaceNeeded(sharing_);
+  const std::uint64_t free = FreeSpace(plan_.names.folder);
+  if (needed > free) throw SpaceError(plan_.names.folder, needed, free);
 }
 
 /// Looks under the lock: another program may have made its set just now.
@@ -110,13 +119,16 @@ void TargetSet::FindEarlier() {
 std::shared_ptr<TargetFile> TargetSet::Begin(std::size_t index) {
   if (index == 0) return first_;
   const fs::path target = plan_.names.Path(index);
-  const std::uint64_t length = plan_.HasHoles(index) ? 0 : plan_.Length(index);
+  std::shared_ptr<TargetFile> file;
   if (staging_.empty()) {
     const Existing existing = plan_.numberInSet ? Existing::Keep : plan_.existing;
-    return std::make_shared<TargetFile>(target, length, existing, plan_.rights);
+    file = std::make_shared<TargetFile>(target, existing, plan_.rights);
+  } else {
+    file = std::make_shared<TargetFile>(staging_ / target.filename(), Existing::Keep,
+                                        RightsInPlaceOf(target, plan_.rights));
   }
-  return std::make_shared<TargetFile>(staging_ / target.filename(), length, Existing::Keep,
-                                      RightsInPlaceOf(target, plan_.rights));
+  file->Reserve(plan_.SpaceToReserve(index, sharing_));
+  return file;
 }
 
 void TargetSet::Complete(std::size_t index, TargetFile& file) {

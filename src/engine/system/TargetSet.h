@@ -27,6 +27,10 @@ class TargetSet {
   TargetSet(const TargetSet&) = delete;
   TargetSet& operator=(const TargetSet&) = delete;
 
+  /// What the file system does by itself with bytes of the plan's first source, and so of others
+  /// beside it.
+  const Sharing& SharingThere() const { return sharing_; }
+
   /// The file of target `index`, begun. Throws FileError.
   std::shared_ptr<TargetFile> Begin(std::size_t index);
 
@@ -42,6 +46,7 @@ class TargetSet {
   void CleanUp(bool removeTargets) EXCLUDES(mutex_);
 
  private:
+  void RequireRoom() const;
   void FindEarlier();
   void Exchange();
   void UndoExchange(std::size_t movedAside, std::size_t named);
@@ -49,6 +54,7 @@ class TargetSet {
 
   const CopyPlan& plan_;
   std::shared_ptr<TargetFile> first_;
+  Sharing sharing_;
   std::vector<std::string> earlier_;  ///< The names of the set that is replaced, number 1 first.
   std::filesystem::path staging_;     ///< Empty where no set is replaced.
 
