@@ -33,6 +33,8 @@ class ConsoleUi final : public Ui {
   std::optional<std::string> MaskedInputBox(std::string_view prompt) override;
   void ShowProgressForm(std::string_view caption) override;
   void SetProgress(const Progress& progress) override;
+  /// Nothing: the paths of what is made go to standard output.
+  void TellPlace(const std::filesystem::path& /*made*/) override {}
   bool GoOn() override;
   void EndProgram() override;
 

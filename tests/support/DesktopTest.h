@@ -132,6 +132,8 @@ class ShownUi final : public WxUi, private wxModalDialogHook {
   std::function<void(wxDialog&)> look = [](wxDialog&) {};
   /// Called when a job first tells how far it has come.
   std::function<void()> atProgress = [] {};
+  /// What the line of the form said beneath the last dialog.
+  std::string lineBeneath;
 
   void Message(std::string_view text, Icon icon) override {
     script_.Message(text, icon);
@@ -177,6 +179,9 @@ class ShownUi final : public WxUi, private wxModalDialogHook {
     button_ = button;
   }
   int Enter(wxDialog* dialog) override {
+    for (const char* const line : {"Text4", "StatusLine"})
+      if (auto* const box = wxWindow::FindWindowByName(line, dialog->GetParent()))
+        lineBeneath = FromWx(static_cast<wxTextCtrl*>(box)->GetValue());
     if (dynamic_cast<wxMessageDialogBase*>(dialog) != nullptr) return button_;  // The system's own.
     dialog->CallAfter([this, dialog] {
       EXPECT_TRUE(dialog->IsShown());

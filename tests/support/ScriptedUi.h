@@ -79,6 +79,7 @@ class ScriptedUi : public Ui {
     if (values_.empty() || values_.back() != progress.value) values_.push_back(progress.value);
     last_ = progress;
   }
+  void TellPlace(const std::filesystem::path& /*made*/) override {}
   bool GoOn() override { return !stopAtBytes_ || last_.bytesDone < *stopAtBytes_; }
   void EndProgram() override { (void)Take({"end"}); }
 

@@ -19,6 +19,7 @@
 #include "desktop/system/ModernForm.h"
 #include "desktop/system/WxText.h"
 #include "engine/system/FileError.h"
+#include "engine/system/PathText.h"
 #include "engine/system/Registry.h"
 
 namespace slyver {
@@ -192,6 +193,11 @@ void Desktop::ShowProgress(const Progress& progress) const {
   if (taskBar_ && progress.bytesTotal > 0)
     taskBar_->SetValue(static_cast<int>(progress.bytesDone * taskBarRange / progress.bytesTotal));
   for (ModernForm* const form : Forms(*this)) form->ShowProgress(progress);
+}
+
+void Desktop::ShowPlace(const std::filesystem::path& made) const {
+  for (ModernForm* const form : Forms(*this))
+    if (form->IsShown()) form->SayBeneathMessage(PathText(made));
 }
 
 void Desktop::SetBusy(bool busy) {

@@ -86,6 +86,8 @@ class Desktop final : public FormHost {
 
   /// Sets the progress bar that it concerns.
   void ShowProgress(const Progress& progress) const;
+  /// Shows on the form of the job that runs where the file is that it has made.
+  void ShowPlace(const std::filesystem::path& made) const;
 
  private:
   void SetBusy(bool busy);

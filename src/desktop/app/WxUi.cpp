@@ -132,6 +132,10 @@ void WxUi::SetProgress(const Progress& progress) {
   desktop_->ShowProgress(progress);
 }
 
+void WxUi::TellPlace(const std::filesystem::path& made) {
+  desktop_->ShowPlace(made);
+}
+
 bool WxUi::GoOn() {
   if (Clock::now() - lastYield_ >= yieldInterval) {
     RunEvents();

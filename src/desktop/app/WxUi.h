@@ -23,6 +23,7 @@ class WxUi : public Ui {
   std::optional<std::string> MaskedInputBox(std::string_view prompt) override;
   void ShowProgressForm(std::string_view caption) override;
   void SetProgress(const Progress& progress) override;
+  void TellPlace(const std::filesystem::path& made) override;
   bool GoOn() override;
   void EndProgram() override;
 

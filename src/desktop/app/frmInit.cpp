@@ -15,6 +15,7 @@ frmInit::frmInit(FormHost& host)
   auto* const column = new wxBoxSizer(wxVERTICAL);
   column->Add(Label1, wxSizerFlags().Border(wxTOP | wxBOTTOM, Gap()));
   column->Add(view_.Bar(), wxSizerFlags().Expand().Border(wxBOTTOM, Gap()));
+  column->AddStretchSpacer();
   column->Add(view_.Line(), wxSizerFlags().Expand());
   SetStatusLine(view_.Line());
   FitAndCentre(column);

@@ -21,7 +21,8 @@ enum class Role { TitleBar, Button, MenuBar, Separator };
 /// maximized beside all else that can be done with a window.
 void AllowResizing(wxFrame& frame, bool allowed);
 
-/// Whether the window system has been given `window` to show, which the toolkit may put off.
+/// Whether the window system has been given `window` to show, in its present size, which the
+/// toolkit may put off.
 bool IsOnScreen(const wxTopLevelWindow& window);
 
 /// Lets `dialog` appear in the middle of the window that it belongs to, wherever that is by then,

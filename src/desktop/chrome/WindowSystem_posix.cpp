@@ -113,7 +113,9 @@ void AllowResizing(wxFrame& frame, bool allowed) {
 }
 
 bool IsOnScreen(const wxTopLevelWindow& window) {
-  return gtk_widget_get_mapped(window.GetHandle()) != 0;
+  if (gtk_widget_get_mapped(window.GetHandle()) == 0) return false;
+  GdkWindow* const shown = gtk_widget_get_window(window.GetHandle());
+  return window.GetSize() == wxSize(gdk_window_get_width(shown), gdk_window_get_height(shown));
 }
 
 // The toolkit's own way asks where the owner is, which it may not know yet.

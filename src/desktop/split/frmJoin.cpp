@@ -16,6 +16,7 @@ frmJoin::frmJoin(FormHost& host)
       RefTim_(this) {
   auto* const column = new wxBoxSizer(wxVERTICAL);
   column->Add(view_.Bar(), wxSizerFlags().Expand().Border(wxTOP | wxBOTTOM, Gap()));
+  column->AddStretchSpacer();
   column->Add(view_.Line(), wxSizerFlags().Expand());
   column->SetMinSize(ConvertDialogToPixels(wxSize(220, -1)));
   SetStatusLine(view_.Line());

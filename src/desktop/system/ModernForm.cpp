@@ -1,6 +1,8 @@
 #include "desktop/system/ModernForm.h"
 
 #include <wx/button.h>
+#include <wx/dcclient.h>
+#include <wx/display.h>
 #include <wx/sizer.h>
 
 #include <algorithm>
@@ -67,6 +69,26 @@ void ModernForm::SetBusy(bool busy) {
 
 void ModernForm::Say(const std::string& text) {
   if (statusLine_ != nullptr) statusLine_->ChangeValue(ToWx(text));
+}
+
+void ModernForm::SayBeneathMessage(const std::string& text) {
+  if (statusLine_ == nullptr) return;
+  const wxClientDC dc(statusLine_);
+  const wxString whole = ToWx(text);
+  const wxSize size = GetSize();
+  const int widest = wxDisplay(this).GetClientArea().width * 2 / 3;
+  const int lacking = statusLine_->GetTextExtent(whole).x + Gap() - statusLine_->GetSize().x;
+  wxSize growth(std::clamp(lacking, 0, std::max(0, widest - size.x)), 0);
+  if (!Chrome().ResizeCapable()) {
+    // The message covers the middle; the line is at the lower end.
+    const int message = 11 * GetCharHeight();
+    const int lineTop = statusLine_->GetScreenPosition().y - GetScreenPosition().y;
+    growth.y = std::max(0, size.y + message - 2 * lineTop);
+  }
+  const int room = statusLine_->GetSize().x - Gap() + growth.x;
+  // What stood in the middle of the screen stays there.
+  if (!IsMaximized()) SetSize({GetPosition() - growth / 2, size + growth});
+  statusLine_->ChangeValue(wxControl::Ellipsize(whole, dc, wxELLIPSIZE_MIDDLE, room));
 }
 
 void ModernForm::FitAndCentre(wxSizer* content) {

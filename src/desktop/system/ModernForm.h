@@ -31,6 +31,10 @@ class ModernForm : public wxFrame {
   /// Says something in the form's status line, if it has one.
   void Say(const std::string& text);
 
+  /// As Say(), for a text that is to be read while a short message is shown above the form, which
+  /// grows as it must, as far as the screen has the room. Of what is longer the middle is left out.
+  void SayBeneathMessage(const std::string& text);
+
   /// Sets the form's progress bar, if `progress` concerns it.
   virtual void ShowProgress(const Progress& /*progress*/) {}
 

@@ -296,10 +296,12 @@ std::optional<fs::path> HideJob::DoAll() {
     if (JoinFolder(joined, false, ui_, StepProgress(ui_, "PB1", 0, stay)) < 1) return std::nullopt;
     return carrierPath;
   });
-  if (carrier)
+  if (carrier) {
+    ui_.TellPlace(*carrier);
     (void)Over("File Hidden.", Icon::Information);
-  else
+  } else {
     (void)Unable();
+  }
   return carrier;
 }
 

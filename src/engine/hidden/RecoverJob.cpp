@@ -221,6 +221,7 @@ void RecoverJob::SetProgress(double value) {
 void RecoverJob::MoveOut(const fs::path& piece, const std::string& name) {
   recovered_.push_back(MoveToFirstFreePath(
       piece, folder_, [&](const std::string& mark) { return "Original " + mark + name; }));
+  ui_.TellPlace(recovered_.back());
 }
 
 /// Removes the work folder, shows the message, unless it is empty, and asks for the end of the

@@ -152,7 +152,10 @@ std::optional<JoinedFile> JoinPieces(const fs::path& FullPath, Ui& ui,
     ui.Message(PieceName + std::string(isNoPiece), Icon::Critical);
   }
   if (ending == Ending::Failed) ui.Message("Unable To Join File.", Icon::Critical);
-  if (ending == Ending::Joined) ui.Message("File Joined.", Icon::Information);
+  if (ending == Ending::Joined) {
+    ui.TellPlace(joined.path);
+    ui.Message("File Joined.", Icon::Information);
+  }
   scratch.reset();
   End(ui);
   return ending == Ending::Joined ? std::optional(joined) : std::nullopt;

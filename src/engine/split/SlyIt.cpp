@@ -77,6 +77,7 @@ std::int16_t SlyIt(SplitForm& form, Ui& ui, AfterFailure afterFailure) {
       End(ui);
     return 0;
   }
+  ui.TellPlace(form.Text2 / PathFromText(PieceNameOf(PathText(form.Text1.filename()), 1)));
   ui.Message("File Successfully Sly.", Icon::Information);
   End(ui);
   return pieces;

@@ -56,6 +56,9 @@ class Ui {
   /// Sets a progress bar.
   virtual void SetProgress(const Progress& progress) = 0;
 
+  /// Tells where the file is that a job has made, before the message that ends the job.
+  virtual void TellPlace(const std::filesystem::path& made) = 0;
+
   /// Lets pending events run. Jobs call it between units of work; false asks them to stop.
   virtual bool GoOn() = 0;
 

@@ -152,6 +152,7 @@ TEST_F(StartTest, PieceOnTheCommandLineIsJoinedFromTheDialog) {
                     folder / "", folder / "x.1.sly");
   ui.Expect(joined);
   Start(folder / "x.7.sly");
+  EXPECT_EQ(shown.lineBeneath, PathText(folder / "x"));
   EXPECT_EQ(ReadFile(folder / "x"), "onetwo");
   EXPECT_FALSE(IsShown("frmSplitJoin") || FilePathValueIsThere());
 }

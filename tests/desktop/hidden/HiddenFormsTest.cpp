@@ -101,6 +101,7 @@ TEST_F(HiddenFormTest, HidesAnotherFileUnderTheLastPassword) {
   wxCommandEvent enter(wxEVT_TEXT_ENTER);
   ControlOf("frmHideFile", "Text4").HandleWindowEvent(enter);
   RunToTheEnd();
+  EXPECT_EQ(shown.lineBeneath, PathText(folder / "Hidden File m.png"));
   EXPECT_TRUE(ReadFile(folder / "Hidden File m.png")
                   .starts_with(main + SampleBytes(0) + SampleBytes(1) + "hidden bytes[s@4)]"));
 }
@@ -170,6 +171,7 @@ TEST_F(HiddenFormTest, RecoversASingleFileAndTheMainFile) {
     EXPECT_FALSE(IsShown("frmHideRec"));
   }
   std::filesystem::current_path(before);
+  EXPECT_EQ(shown.lineBeneath, PathText(folder / "Original m.png"));
   EXPECT_FALSE(IsLoaded("frmShowList"));
   EXPECT_EQ(ReadFile(folder / "Original a.bin"), SampleBytes(0));
   EXPECT_EQ(ReadFile(folder / "Original m.png"), main);

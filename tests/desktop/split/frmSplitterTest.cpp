@@ -113,7 +113,7 @@ TEST_F(frmSplitterTest, OutputFolderIsChosenAndMade) {
   ui.Expect(success);
   Click(form, "Command1");
   EXPECT_EQ(ReadFile(folder / "out" / "file.bin.2.sly"), bytes.substr(600));
-  // The bar and its line end at what was done.
+  EXPECT_EQ(shown.lineBeneath, PathText(folder / "out" / "file.bin.1.sly"));
   EXPECT_EQ(TextOf(form, "Text2"), PathText(folder / "out" / ""));
 }
 
