@@ -14,6 +14,7 @@ import jobs
 from jobs import ABSENT, Case
 
 REMOVALS = ("unlink", "unlinkat", "remove", "rmdir")
+WRITES = ("pwrite", "ioctl", "copy_file_range")
 
 
 @dataclasses.dataclass(eq=False)
@@ -51,7 +52,7 @@ def changes_of(record, home, contents, flushes=True):
                 rename((path, None), (to, file))
         elif call in REMOVALS and file is not None:
             rename((path, None))
-        elif call == "pwrite" and file is not None:
+        elif call in WRITES and file is not None and asked[0]:
             changes.append(Change((), file, int(asked[0]), bytes.fromhex(asked[1])))
         elif call == "fsync" and flushes:
             changes.append(Change(flushed=0))  # A moment of its own: until then nothing is flushed.

@@ -34,7 +34,7 @@ STOP = Effect("stopped", f"signal {signal.SIGINT}", threads=True)
 PAUSE = Effect("a source changes", f"signal {signal.SIGSTOP}", threads=True)
 
 
-def environment(built, home, effect, at=0, report=""):
+def environment(built, home, effect, at=0, report="", disk=""):
     """The variables for the preload library."""
     return {
         "LD_PRELOAD": str(built / LIBRARY),
@@ -43,6 +43,7 @@ def environment(built, home, effect, at=0, report=""):
         "SLYVER_FAULT": effect.what,
         "SLYVER_FAULT_STAYS": effect.stays,
         "SLYVER_FAULT_REPORT": str(report),
+        "SLYVER_FAULT_DISK": disk,
     }
 
 
@@ -52,7 +53,7 @@ def run(job, setting, home, at, effect, meanwhile=lambda: None):
     each a name, a path and what was asked for."""
     report = home.with_suffix(".report")
     report.unlink(missing_ok=True)
-    variables = environment(setting.built, home, effect, at, report)
+    variables = environment(setting.built, home, effect, at, report, job.disk)
     process = jobs.start(setting.sly, job.arguments, home, variables)
     if effect is PAUSE:
         while os.waitid(os.P_PID, process.pid, os.WEXITED | os.WSTOPPED | os.WNOWAIT).si_code \

@@ -61,6 +61,7 @@ class Job:
     replaced: dict = dataclasses.field(default_factory=dict)  # What the results replace.
     settings: tuple = (ABSENT,)  # What the settings may be: at first, and at the end.
     out: str = ""  # What standard output must be when all went well; {files} is the folder.
+    disk: str = ""  # What the file system does by itself, as the preload library has it.
 
     @property
     def results(self):
@@ -155,7 +156,7 @@ def make_jobs(unit=1000, piece=None, seed=1):
         "make": lambda sources: {f"files/Original {name}": sources["files/carrier.jpg"][begin:end]},
         "out": "{files}/Original " + name + "\n"}
 
-    return [
+    found = [
         Job("split", split, in_files(whole_bin=whole), cut_into(""), **settings),
         Job("split into a new folder", (*split, "--output", "new/pieces", "--yes"),
             in_files(whole_bin=whole), cut_into("new/pieces/"), **settings),
@@ -178,6 +179,9 @@ def make_jobs(unit=1000, piece=None, seed=1):
         Job("list", ("list", "carrier.jpg", *WITH_PASSWORD), from_carrier,
             out=f"0\t{len(first)}\tfirst.zip\n1\t{len(second)}\tsecond.zip\n"),
     ]
+    on = {"split over pieces": "shares", "join over a file": "shares", "hide": "network"}
+    return found + [dataclasses.replace(job, name=f"{job.name}, {on[job.name]}", disk=on[job.name])
+                    for job in found if job.name in on]
 
 
 def make_big_jobs():

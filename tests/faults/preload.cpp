@@ -11,16 +11,23 @@
 /// SLYVER_FAULT_STAYS   "all": all calls from that number on fail, as on a disk that has died;
 ///                      "writes": only calls that need room on the disk count, and all of them
 ///                      fail from that number on, as on a full disk
+/// SLYVER_FAULT_DISK    "shares": files share blocks of 300 bytes, by imitation, since most file
+///                      systems cannot; a clone that fails has brought over a half;
+///                      "network": the disk says that it is a network file system
 /// SLYVER_FAULT_REPORT  a file that is told of the call; with number 0 and no effect, of all calls:
 ///                      lines of number, call, path and what was asked for, separated by tabs
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <linux/fs.h>
+#include <linux/magic.h>
 #include <pthread.h>
 #include <sys/file.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <sys/syscall.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <array>
@@ -49,6 +56,8 @@ struct Settings {
   int signal = effect.starts_with("signal ") ? std::atoi(effect.c_str() + 7) : 0;
   std::string stays = Variable("SLYVER_FAULT_STAYS");
   std::string report = Variable("SLYVER_FAULT_REPORT");
+  bool shares = Variable("SLYVER_FAULT_DISK") == "shares";
+  bool network = Variable("SLYVER_FAULT_DISK") == "network";
 };
 
 const Settings& TheSettings() {
@@ -120,6 +129,40 @@ std::string Digits(const void* bytes, std::size_t size) {
     for (const int shift : {4, 0})
       text += "0123456789abcdef"[static_cast<const unsigned char*>(bytes)[i] >> shift & 15];
   return text;
+}
+
+constexpr unsigned sharedBlock = 300;
+
+/// Brings over bytes as a file system would by itself; of a call that fails, a half.
+ssize_t Bring(const char* call, int source, std::uint64_t from, int target, std::uint64_t to,
+              std::size_t size) {
+  std::string bytes(size, '\0');
+  (void)syscall(SYS_pread64, source, bytes.data(), size, from);
+  const ssize_t count = SizeAfter(call, Kind::Write, target, size,
+                                  std::to_string(to) + "\t" + Digits(bytes.data(), size));
+  const int error = errno;
+  (void)syscall(SYS_pwrite64, target, bytes.data(), count < 0 ? size / 2 : count, to);
+  errno = error;
+  return count;
+}
+
+/// A clone is all or nothing, of whole blocks, but for the last one of both files.
+int Clone(const file_clone_range& range, int target) {
+  struct stat from = {};
+  struct stat to = {};
+  (void)syscall(SYS_fstat, range.src_fd, &from);
+  (void)syscall(SYS_fstat, target, &to);
+  const auto length = static_cast<std::uint64_t>(from.st_size);
+  const std::uint64_t size = range.src_length == 0 ? length - range.src_offset : range.src_length;
+  const bool endsBoth = range.src_offset + size == length &&
+                        range.dest_offset + size >= static_cast<std::uint64_t>(to.st_size);
+  errno = EINVAL;
+  if (size > 0 && (range.src_offset % sharedBlock != 0 || range.dest_offset % sharedBlock != 0 ||
+                   (size % sharedBlock != 0 && !endsBoth)))
+    return -1;
+  const ssize_t count = Bring("ioctl", static_cast<int>(range.src_fd), range.src_offset, target,
+                              range.dest_offset, size);
+  return count == static_cast<ssize_t>(size) ? 0 : -1;
 }
 
 }  // namespace
@@ -223,6 +266,37 @@ ALSO_64(pread);
 MOVE(pwrite, (int descriptor, const void* buffer, std::size_t size, off_t offset), Write,
      std::to_string(offset) + "\t" + Digits(buffer, size), descriptor, buffer, size, offset)
 ALSO_64(pwrite);
+
+int ioctl(int file, unsigned long request, ...) noexcept {
+  std::va_list list;
+  va_start(list, request);
+  void* const argument = va_arg(list, void*);
+  va_end(list);
+  REAL(ioctl);
+  if (request == FICLONERANGE && TheSettings().shares)
+    return Clone(*static_cast<const file_clone_range*>(argument), file);
+  if (request == FICLONERANGE && Strikes("ioctl", Kind::Change, PathOf(file))) return -1;
+  return real(file, request, argument);
+}
+
+ssize_t copy_file_range(int source, off_t* from, int target, off_t* to, std::size_t size,
+                        unsigned /*flags*/) {
+  const ssize_t count = Bring("copy_file_range", source, *from, target, *to, size);
+  if (count > 0) *from += count;
+  if (count > 0) *to += count;
+  return count;
+}
+ALSO_64(copy_file_range);
+
+int fstatfs(int file, struct statfs* to) noexcept {
+  REAL(fstatfs);
+  if (Strikes("fstatfs", Kind::Look, PathOf(file))) return -1;
+  const int result = real(file, to);
+  if (TheSettings().shares) to->f_bsize = sharedBlock;
+  if (TheSettings().network) to->f_type = NFS_SUPER_MAGIC;
+  return result;
+}
+ALSO_64(fstatfs);
 
 CALL_64(int, fallocate, (int file, int mode, off_t offset, off_t length), -1, Change,
         (PathOf(file)), file, mode, offset, length);

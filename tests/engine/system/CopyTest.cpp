@@ -96,6 +96,29 @@ TEST_F(Copied, RangesOfSeveralFilesAcrossSlices) {
   EXPECT_EQ(Names(), (std::set<std::string>{"big", "source", "target"}));
 }
 
+TEST(SpaceOfAPlan, SharedBlocksNeedNone) {
+  struct Case {
+    std::vector<ByteRange> ranges;
+    std::uint64_t needed, reserved;
+    Sharing sharing = {4096, 7, false};
+  };
+  for (const Case& c : std::vector<Case>{{{{0, 0, 10000}}, 0, 0},
+                                         {{{0, 0, 9000}}, 808, 0},
+                                         {{{0, 0, 10000}, {0, 0, 0}}, 1808, 0},
+                                         {{{0, 100, 9900}}, 9900, 9900},
+                                         {{{0, 0, 100}, {0, 4196, 5804}}, 4096, 0},
+                                         {{{0, 0, 100}, {0, 4196, 3000}}, 3100, 3100},
+                                         {{{0, 0, 10000}}, 10000, 10000, {4096, 8, false}},
+                                         {{{0, 0, 10000}}, 10000, 10000, {1, 7, true}}}) {
+    CopyPlan plan;
+    plan.sources.Add("source", {10000, 7, 0, 0, 0, {}, 10000});
+    plan.ranges = c.ranges;
+    plan.EndTarget();
+    EXPECT_EQ(plan.SpaceNeeded(c.sharing), c.needed) << c.ranges.back().offset;
+    EXPECT_EQ(plan.SpaceToReserve(0, c.sharing), c.reserved) << c.ranges.back().offset;
+  }
+}
+
 TEST_F(Copied, HolesStayHolesAlsoBeyondFourGibibytes) {
   constexpr std::uint64_t far = 5000 * mebibyte;
   fs::resize_file(source, far);
