@@ -82,7 +82,7 @@ void ModernForm::SayBeneathMessage(const std::string& text) {
   if (!Chrome().ResizeCapable()) {
     // The message covers the middle; the line is at the lower end.
     const int message = 11 * GetCharHeight();
-    const int lineTop = statusLine_->GetScreenPosition().y - GetScreenPosition().y;
+    const int lineTop = ClientArea()->GetPosition().y + statusLine_->GetPosition().y;
     growth.y = std::max(0, size.y + message - 2 * lineTop);
   }
   const int room = statusLine_->GetSize().x - Gap() + growth.x;
