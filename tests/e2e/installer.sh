@@ -42,6 +42,8 @@ mkdir -p "$drive"/users/"${USER:-root}"/AppData/Local/Programs
 for key in Software\\Classes "$uninstall"; do wine reg add "HKCU\\$key" /f >/dev/null 2>&1; done
 wine reg add 'HKCU\Software\Classes\.sly' /ve /d 'Other Program.1' /f >/dev/null 2>&1
 wine reg add 'HKCU\Environment' /v Path /t REG_SZ /d 'C:\one;C:\Slyver two;' /f >/dev/null 2>&1
+# What the program has left in this Wine goes with it.
+for root in HKLM HKCU; do wine reg delete "$root\\Software\\Orm Valis" /f >/dev/null 2>&1; done
 wineserver -w
 registry_text >"$home/before.reg"
 files >"$home/before.files"
