@@ -20,8 +20,8 @@ _sly() {
   fi
   local options='--yes -y --quiet -q --verbose -v --help -h'
   case ${words[1]} in
-    split) options+=' --output -o --size -s --count -n' ;;
-    join) options+=' --output -o' ;;
+    split) options+=' --output -o --size -s --count -n --checksum' ;;
+    join) options+=' --output -o --delete' ;;
     hide) options+=' --output -o --password-file' ;;
     list) options+=' --password-file' ;;
     recover) options+=' --output -o --password-file --file -f --all -a --main -m' ;;

@@ -21,6 +21,8 @@ __sly_option $all -s q -l quiet -d 'Show neither progress nor messages of succes
 __sly_option $all -s v -l verbose -d 'Print the path of every file made'
 __sly_option split -s s -l size -x -d 'The size of a piece'
 __sly_option split -s n -l count -x -d 'The number of pieces'
+__sly_option split -l checksum -d 'Write a checksum file beside the pieces'
+__sly_option join -l delete -d 'Delete the pieces when the joined file was found right'
 __sly_option 'split join hide recover' -s o -l output -x -a '(__fish_complete_directories)' -d 'The folder for what is made'
 __sly_option 'join verify' -f -a "(__fish_complete_suffix .sly | string match -ri '.*(?:/|[.]sly)\$')"
 __sly_option 'hide list recover' -l password-file -r -d 'Take the password from a file'

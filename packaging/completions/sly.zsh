@@ -34,9 +34,14 @@ case $state in
         _arguments $common $output \
           '(-s --size -n --count)'{-s,--size}'[the size of a piece]:size:' \
           '(-n --count -s --size)'{-n,--count}'[the number of pieces]:number:' \
+          '--checksum[write a checksum file beside the pieces]' \
           '1:file:_files'
         ;;
-      join) _arguments $common $output '1:piece:_files -g "*.(#i)sly(-.)"' ;;
+      join)
+        _arguments $common $output \
+          '--delete[delete the pieces when the joined file was found right]' \
+          '1:piece:_files -g "*.(#i)sly(-.)"'
+        ;;
       verify) _arguments $common '1:piece:_files -g "*.(#i)sly(-.)"' ;;
       hide) _arguments $common $output $password '1:main file:_files' '2:file to hide:_files' ;;
       list) _arguments $common $password '1:carrier:_files' ;;

@@ -135,6 +135,7 @@ bool Split(const Arguments& arguments, ConsoleUi& ui) {
   const std::optional<fs::path> folder = OutputFolder(arguments, form.Text1, ui);
   if (!folder) return false;
   form.Text2 = *folder;
+  form.Check1 = arguments.checksum;
   TakeSize(form, arguments);
   const int pieces = SlyIt(form, ui, AfterFailure::End);
   if (pieces < 1) return false;
@@ -145,6 +146,7 @@ bool Split(const Arguments& arguments, ConsoleUi& ui) {
   const std::string name = PathText(form.Text1.filename());
   for (int i = 1; arguments.verbose && i <= pieces; ++i)
     (void)Print({*folder / PathFromText(PieceNameOf(name, i))});
+  if (arguments.verbose && form.Check1) (void)Print({*folder / PathFromText(ChecksumNameOf(name))});
   return true;
 }
 
@@ -152,13 +154,17 @@ bool Join(const Arguments& arguments, ConsoleUi& ui) {
   const fs::path piece = TypedPath(arguments.file);
   const std::optional<fs::path> folder = OutputFolder(arguments, piece, ui);
   if (!folder) return false;
-  const std::optional<JoinedFile> joined = JoinPieces(piece, ui, *folder);
+  const std::optional<JoinedFile> joined = JoinPieces(
+      piece, ui, *folder, arguments.deletePieces ? PiecesThen::Delete : PiecesThen::Stay);
   if (!joined) return false;
   ui.Message(std::to_string(joined->pieces) + " pieces, " + std::to_string(joined->length) +
                  " bytes in all" +
-                 (joined->allAlike ? "; " + joined->lastPiece + " is taken for the last one" : ""),
+                 (joined->checked    ? "; checked"
+                  : joined->allAlike ? "; " + joined->lastPiece + " is taken for the last one"
+                                     : "") +
+                 (joined->deleted ? "; the pieces are deleted" : ""),
              Icon::Information);
-  return Print({joined->path});
+  return Print({joined->path}) && joined->deleted == arguments.deletePieces;
 }
 
 bool Verify(const Arguments& arguments, ConsoleUi& ui) {

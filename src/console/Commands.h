@@ -22,9 +22,11 @@ struct Arguments {
   bool verbose = false;
   std::string file;    ///< The file to work on: the source, a piece, the main file or the carrier.
   std::string output;  ///< The folder for what is made; empty for the folder of `file`.
-  std::uint64_t size = 0;   ///< In bytes; 0 when not given.
-  std::uint64_t count = 0;  ///< Of pieces; 0 when not given.
-  std::string hidden;       ///< The file to hide.
+  std::uint64_t size = 0;     ///< In bytes; 0 when not given.
+  std::uint64_t count = 0;    ///< Of pieces; 0 when not given.
+  bool checksum = false;      ///< A checksum file is wanted.
+  bool deletePieces = false;  ///< Once they are joined.
+  std::string hidden;         ///< The file to hide.
   std::string passwordFile;
   std::optional<std::uint64_t> number;  ///< Of the hidden file to recover, from 0.
   bool all = false;                     ///< All hidden files are to be recovered.

@@ -104,6 +104,8 @@ void AddSplit(CLI::App& app, Arguments& arguments) {
             "a number of pieces; give a whole number from 1", "The number of pieces")
       .type_name("N")
       ->excludes(&size);
+  command.add_flag("--checksum", arguments.checksum,
+                   "Write FILE.sha256 beside the pieces, by which they are checked");
   AddOutput(command, arguments, "The folder for the pieces [the folder of FILE]");
   AddCommonOptions(command, arguments);
   command.callback([&arguments] { arguments.job = Split; });
@@ -113,6 +115,9 @@ void AddJoin(CLI::App& app, Arguments& arguments) {
   CLI::App& command =
       *app.add_subcommand("join", "Join the pieces of a split; prints the path of the joined file");
   AddPath(command, "PIECE", arguments.file, "Any one of the pieces").required();
+  command.add_flag("--delete", arguments.deletePieces,
+                   "Delete the pieces when the joined file is on the disk and was found right");
+  command.footer("Where FILE.sha256 lies beside the pieces, what is joined is checked by it.");
   AddOutput(command, arguments, "The folder for the joined file [the folder of PIECE]");
   AddCommonOptions(command, arguments);
   command.callback([&arguments] { arguments.job = Join; });

@@ -21,6 +21,7 @@ namespace fs = std::filesystem;
 #define ADD "There are Files Already Hidden In This File. Do You Want To Add Another File In It?"
 #define NO_PASSWORD \
   "Enter Password. (Nobody is at the terminal; --password-file names a file with it.)\n"
+#define UNCHECKED "There Is No Checksum File Of The Pieces. Their Bytes Were Not Checked.\n"
 #define LIST "0\t7\ta.bin\n1\t3000\tb.bin\n2\t1\tc.bin\n3\t25\td.bin\n4\t5000\te.bin\n5\t6\tf.bin\n"
 
 /// The status that a shell would give a child's end.
@@ -187,12 +188,35 @@ constexpr Case scripts[] = {
      0,
      "\\c\\\\d.1.sly\tMISSING\n\\c\\\\d.2.sly\tOK\n1\n\\c\\\\d.1.sly\tOK\n"
      "\\c\\\\d.2.sly\tDAMAGED\ne.1.sly\tOK\ne.2.sly\tOK\n",
-     "1 Of 2 Pieces Are Damaged Or Missing.\n"
-     "There Is No c\\d.sha256. The Bytes Were Not Checked.\n"
-     "1 Of 2 Pieces Are Damaged Or Missing.\n"
-     "There Is No c\\d.sha256. The Bytes Were Not Checked.\n"
-     "e.sha256 Cannot Be Understood.\n"
-     "There Is No e.sha256. The Bytes Were Not Checked.\n"},
+     "1 Of 2 Pieces Are Damaged Or Missing.\n" UNCHECKED
+     "1 Of 2 Pieces Are Damaged Or Missing.\n" UNCHECKED
+     "e.sha256 Cannot Be Understood.\n" UNCHECKED},
+    {"$SLY split e.bin --size 2KiB --checksum -v -q; sha256sum -c e.bin.sha256; mv e.bin old;"
+     "$SLY join e.bin.2.sly --delete; cmp e.bin old && ls e.bin*",
+     0,
+     "@/e.bin.1.sly\n@/e.bin.2.sly\n@/e.bin.3.sly\n@/e.bin.sha256\n"
+     "e.bin.1.sly: OK\ne.bin.2.sly: OK\ne.bin.3.sly: OK\n@/e.bin\ne.bin\n",
+     "File Joined.\n3 pieces, 5000 bytes in all; checked; the pieces are deleted\n"},
+    {"$SLY split e.bin -n 2 --checksum -q; printf x >>e.bin.2.sly; rm e.bin;"
+     "$SLY join e.bin.1.sly --delete -q; $SLY join e.bin.1.sly --delete -q -y; echo $?; ls e.bin*;"
+     "rm e.bin e.bin.sha256; $SLY join e.bin.1.sly --delete -q; ls e.bin*;"
+     "$SLY join e.bin.1.sly --delete -q -y; ls e.bin*",
+     0,
+     "@/e.bin\n1\ne.bin\ne.bin.1.sly\ne.bin.2.sly\ne.bin.sha256\ne.bin.1.sly\ne.bin.2.sly\n"
+     "@/e.bin\ne.bin\n",
+     "e.bin.2.sly Is Damaged. Do You Want To Join Them All The Same?" NOBODY
+     "The Pieces Stay, Since Some Are Damaged.\nFile Joined.\n2 pieces, 5001 bytes in all\n"
+     "e.bin.2.sly Does Not Have The Size Of The Other Pieces. Do You Want To Join Them All The "
+     "Same?" NOBODY},
+    // A list of the pieces is a part of their set, one of the whole file is not.
+    {"mkdir d; $SLY split e.bin -n 4 --checksum -o d -q; $SLY split e.bin -n 2 -o d -y -q; ls d;"
+     "$SLY split e.bin -n 3 --checksum -o d -y -q; cd d; sha256sum -c e.bin.sha256; cd ..;"
+     "sha256sum e.bin >d/e.bin.sha256; $SLY split e.bin -n 2 -o d -y -q; ls d;"
+     "$SLY split e.bin -n 2 -o d -y -q --checksum; ls d",
+     0,
+     "e.bin.1.sly\ne.bin.2.sly\ne.bin.1.sly: OK\ne.bin.2.sly: OK\ne.bin.3.sly: OK\n"
+     "e.bin.1.sly\ne.bin.2.sly\ne.bin.sha256\ne.bin.1.sly\ne.bin.2.sly\ne.bin.sha256\n",
+     "@/d/e.bin.sha256: File exists\n"},
     // Hiding, listing and recovering.
     {"mkdir d; $SLY hide $P m.png a.bin -o d -q; $SLY recover $P two --all --output d -q;"
      "cmp 'd/Hidden File m.png' one && cmp a.bin 'd/Original a.bin' && cmp b.bin 'd/Original "

@@ -93,6 +93,9 @@ def _of_others(job, home):
 
 def _losses_of_killed(setting, job, home, outcome):
     lost = jobs.losses(job, home, outcome, _of_others(job, home), (-signal.SIGKILL,))
+    on_their_way_out = job.ways(None)[3]
+    if job.deletes and not jobs.differing(jobs.look(home), [on_their_way_out]):
+        return lost
     # The same job must succeed and leave nothing behind of either run. Results that are complete
     # are taken away first: a job does not write over them.
     if not jobs.differing(jobs.look(home), job.ways(0), _of_others(job, home)):

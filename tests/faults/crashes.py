@@ -96,7 +96,8 @@ def choices(loose, rng, most):
 
 def crash(job, changes, rng, most):
     """Yields for every state after a power failure what is wrong with it, mostly nothing."""
-    watched = job.start.keys() | (job.results.keys() if job.replaced else set())
+    watched = job.start.keys() | (
+        job.results.keys() if job.replaced or job.deletes else set())
     for moment in range(len(changes) + 1):
         asked = changes[:moment]
         loose = [change for change in asked if change.flushed > moment]
@@ -124,6 +125,6 @@ def _case(setting, job):
         case.losses += [f"wrong: {path}, after change {moment}" for path in lost]
     # A simulation that misses nothing when nothing is flushed would prove nothing.
     blind = changes_of(record, home, job.start, flushes=False)
-    if job.replaced and not any(lost for lost, _ in crash(job, blind, rng, most)):
+    if (job.replaced or job.deletes) and not any(lost for lost, _ in crash(job, blind, rng, most)):
         case.losses.append("nothing is lost without any flushing")
     return case

@@ -8,6 +8,7 @@ ABSENT may be one of them, and is the only one of other paths."""
 
 import dataclasses
 import functools
+import hashlib
 import os
 import pathlib
 import random
@@ -60,6 +61,7 @@ class Job:
     make: callable = lambda sources: {}  # The results that these sources must lead to.
     replaced: dict = dataclasses.field(default_factory=dict)  # What the results replace.
     settings: tuple = (ABSENT,)  # What the settings may be: at first, and at the end.
+    deletes: bool = False  # The sources go when the results are there.
     out: str = ""  # What standard output must be when all went well; {files} is the folder.
     disk: str = ""  # What the file system does by itself, as the preload library has it.
 
@@ -85,8 +87,9 @@ class Job:
         results, settings = self.results, {SETTINGS: self.settings}
         start = only(dict.fromkeys(results) | self.sources | self.replaced) | settings
         final = only(self.sources | dict.fromkeys(self.replaced) | results) | settings
+        loose = {path: (data, ABSENT) for path, data in self.sources.items() if self.deletes}
         if status == 0:
-            return [final]
+            return [final | dict.fromkeys(loose, (ABSENT,))]
         # A set of pieces that was to be replaced is kept whole.
         replaces_set = any(path.endswith(".sly") for path in self.replaced)
         if status == STOPPED or (status == 1 and replaces_set):
@@ -97,7 +100,10 @@ class Job:
             part[path] = self.replaced.get(path), results.get(path)
             if path.endswith(".sly"):
                 part[path] = (ABSENT,) if path.endswith(".1.sly") else (ABSENT, *part[path])
-        return [start, start | part, final]
+        # A list of the pieces goes before them and comes after them.
+        no_list = {path: (ABSENT,) for path in part if path.endswith(".sha256")}
+        ways = [start, start | part | no_list, final, final | loose]
+        return ways + [way | no_list for way in (start, final) if no_list]
 
 
 def only(contents):
@@ -108,6 +114,15 @@ def cut(data, size, name):
     """The pieces of a file."""
     parts = range(0, len(data), size)
     return {f"{name}.{i + 1}.sly": data[at : at + size] for i, at in enumerate(parts)}
+
+
+def listed(pieces):
+    """The pieces, and their checksum file."""
+    paths = [pathlib.PurePath(path) for path in pieces]
+    lines = [f"{hashlib.sha256(data).hexdigest()}  {path.name}\n"
+             for path, data in zip(paths, pieces.values())]
+    name = paths[0].name.removesuffix(".1.sly") + ".sha256"
+    return pieces | {str(paths[0].with_name(name)): "".join(lines).encode()}
 
 
 def make_jobs(unit=1000, piece=None, seed=1):
@@ -163,6 +178,13 @@ def make_jobs(unit=1000, piece=None, seed=1):
         Job("split over pieces", (*split, "--output", "old", "--yes"), in_files(whole_bin=whole),
             cut_into("old/"), cut(rng.randbytes(4 * unit), piece * 4 // 5, "files/old/whole.bin"),
             **settings),
+        Job("split with a list", (*split, "--checksum"), in_files(whole_bin=whole),
+            lambda sources: listed(cut_into("")(sources)), **settings),
+        Job("split with a list over another", (*split, "--checksum", "--output", "old", "--yes"),
+            in_files(whole_bin=whole), lambda sources: listed(cut_into("old/")(sources)),
+            listed(cut(rng.randbytes(4 * unit), piece * 4 // 5, "files/old/whole.bin")), **settings),
+        Job("join and delete", ("join", "whole.bin.1.sly", "--delete"),
+            **join | {"sources": listed(parts)}, **settings, deletes=True),
         Job("join", ("join", "whole.bin.1.sly"), **join, **settings),
         Job("join over a file", ("join", "whole.bin.1.sly", "--yes"), **join, **settings,
             replaced=in_files(whole_bin=old)),

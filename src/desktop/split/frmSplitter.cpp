@@ -5,6 +5,7 @@
 
 #include <array>
 #include <exception>
+#include <initializer_list>
 #include <string>
 
 #include "desktop/system/Controls.h"
@@ -65,6 +66,9 @@ void frmSplitter::MakeControls() {
   Label6_ = NewLabel(Frame1_, " In Bytes.", "Label6");
   Label5_ = NewLabel(Frame1_, "Or &Number Of Files :", "Label5");
   Nofile_ = NewTextBox(Frame1_, "Nofile", "Or Number Of Files :", wxTE_PROCESS_ENTER);
+  Check1_ = new wxCheckBox(Frame1_, wxID_ANY, "&Write Checksum File");
+  NameControl(*Check1_, "Check1", "Write Checksum File");
+  Check1_->SetToolTip("Joining checks the pieces by it.");
   view_ = std::make_unique<ProgressView>(area, "pb", "Text4");
   Command4_ = NewButton(area, "Hide File", "Command4");
   Command5_ = NewButton(area, "Recover File", "Command5");
@@ -88,6 +92,7 @@ void frmSplitter::LayOut() {
   settings->GetItem(Label5_)->SetFlag(wxALIGN_CENTRE_VERTICAL | wxALIGN_RIGHT);
   auto* const frame = new wxStaticBoxSizer(Frame1_, wxVERTICAL);
   frame->Add(settings, wxSizerFlags().Expand().Border(wxALL, Gap()));
+  frame->Add(Check1_, wxSizerFlags().Border(wxLEFT | wxRIGHT | wxBOTTOM, Gap()));
 
   auto* const column = new wxBoxSizer(wxVERTICAL);
   column->Add(paths, wxSizerFlags().Expand());
@@ -125,7 +130,7 @@ void frmSplitter::Wire() {
   });
   Option1_->Bind(wxEVT_RADIOBUTTON, [this](wxCommandEvent&) { Option1_Click(); });
   Option2_->Bind(wxEVT_RADIOBUTTON, [this](wxCommandEvent&) { Option2_Click(); });
-  for (wxRadioButton* const option : {Option1_, Option2_})
+  for (wxControl* const option : std::initializer_list<wxControl*>{Option1_, Option2_, Check1_})
     option->Bind(wxEVT_CHAR_HOOK, [this](wxKeyEvent& event) {
       if (IsEnter(event.GetKeyCode()))
         Command1_Click();
@@ -270,7 +275,8 @@ void frmSplitter::Command1_Click() {
                    .Text2 = PathIn(*Text2_),
                    .Option2 = Option2_->GetValue(),
                    .Text3 = FromWx(Text3_->GetValue()),
-                   .Nofile = FromWx(Nofile_->GetValue())};
+                   .Nofile = FromWx(Nofile_->GetValue()),
+                   .Check1 = Check1_->GetValue()};
     (void)SlyIt(form, Talk());
     Text2_->ChangeValue(PathToWx(form.Text2));
     view_->Clear();

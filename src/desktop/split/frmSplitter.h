@@ -1,6 +1,7 @@
 #pragma once
 
 #include <wx/button.h>
+#include <wx/checkbox.h>
 #include <wx/radiobut.h>
 #include <wx/statbox.h>
 #include <wx/stattext.h>
@@ -61,6 +62,7 @@ class frmSplitter final : public ModernForm {
   wxStaticText* Label6_ = nullptr;
   wxStaticText* Label5_ = nullptr;
   wxTextCtrl* Nofile_ = nullptr;
+  wxCheckBox* Check1_ = nullptr;
   std::unique_ptr<ProgressView> view_;  ///< The bar pb, and Text4, the line below it.
   wxButton* Command4_ = nullptr;
   wxButton* Command5_ = nullptr;

@@ -293,7 +293,8 @@ std::optional<fs::path> HideJob::DoAll() {
     joined.names = {carrierPath.parent_path(), PathText(carrierPath.filename()), "", 0};
     joined.rights = Narrowed(main_.rights, hidden_.rights);
     const auto stay = [](double value, std::size_t) { return value; };
-    if (JoinFolder(joined, false, ui_, StepProgress(ui_, "PB1", 0, stay)) < 1) return std::nullopt;
+    if (JoinFolder(joined, false, ui_, StepProgress(ui_, "PB1", 0, stay)).ranges < 1)
+      return std::nullopt;
     return carrierPath;
   });
   if (carrier) {

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "engine/split/ChecksumFile.h"
 #include "engine/split/PieceName.h"
 #include "engine/split/Pieces.h"
 #include "engine/system/Disk.h"
@@ -63,9 +64,131 @@ bool HasSixDigits(std::string_view pieceName, std::string_view origName) {
 
 enum class Ending { Failed, Declined, Joined };
 
+bool JoinAllTheSame(const std::string& although, Ui& ui) {
+  return AskYesNo(ui, although + " Do You Want To Join Them All The Same?");
+}
+
+/// One join, from what was found to the joined file.
+class Joining {
+ public:
+  Joining(Pieces pieces, const fs::path& folder, const std::string& OrigName, JoinedFile& joined,
+          Ui& ui)
+      : pieces_(std::move(pieces)),
+        list_(folder / PathFromText(ChecksumNameOf(OrigName))),
+        checksums_(ReadChecksumFile(folder, OrigName)),
+        joined_(joined),
+        ui_(ui) {}
+
+  Ending Run(int chosen, bool replace, PiecesThen then) {
+    if (!pieces_.AreWhole(static_cast<std::size_t>(chosen), ui_) || !HasAllOfTheList())
+      return Ending::Failed;
+    joined_.pieces = pieces_.Count();
+    joined_.lastPiece = pieces_.NameOf(pieces_.Count());
+    if (joined_.pieces > mostPieces) throw OverflowError();
+    plan_ = PlanOf(pieces_, joined_.path, ui_);
+    plan_.expected = checksums_.digests;
+    plan_.flush = then == PiecesThen::Delete;
+    joined_.length = plan_.TotalLength();
+    joined_.allAlike = plan_.ranges.back().length == plan_.ranges.front().length;
+    joined_.checked = plan_.expected.size() == plan_.ranges.size();
+    if (!MayBegin(then)) return Ending::Declined;
+    const Ending ending = Join(replace);
+    if (ending == Ending::Joined && then == PiecesThen::Delete) DeletePieces();
+    return ending;
+  }
+
+ private:
+  bool HasAllOfTheList() const {
+    return checksums_.digests.size() <= pieces_.Count() ||
+           pieces_.Missing(pieces_.Count() + 1, ui_);
+  }
+
+  /// Asks where it cannot be proven that these are the pieces.
+  bool MayBegin(PiecesThen then) {
+    if (joined_.checked) return true;
+    const std::string list = PathText(list_.filename());
+    if (checksums_.kind == Checksums::Kind::NotUnderstood &&
+        !JoinAllTheSame(list + " Cannot Be Understood.", ui_))
+      return false;
+    if (checksums_.kind == Checksums::Kind::Understood &&
+        !JoinAllTheSame(pieces_.NameOf(pieces_.Count()) + " Is Not In " + list + ".", ui_))
+      return false;
+    if (const std::size_t odd = OddPiece(plan_.ranges);
+        odd > 0 &&
+        !JoinAllTheSame(pieces_.NameOf(odd) + " Does Not Have The Size Of The Other Pieces.", ui_))
+      return false;
+    return then == PiecesThen::Stay ||
+           AskYesNo(ui_,
+                    "The Bytes Of The Pieces Cannot Be Checked. Do You Want To Delete Them All The "
+                    "Same?");
+  }
+
+  /// Joins, and where pieces are damaged once more if the user wants that.
+  Ending Join(bool replace) {
+    const JoinResult result = JoinInScratch(replace);
+    if (result.damaged.empty()) return result.ranges < 1 ? Ending::Failed : Ending::Joined;
+    const std::string more = std::to_string(result.damaged.size() - 1);
+    if (!JoinAllTheSame(pieces_.NameOf(result.damaged.front() + 1) +
+                            (more == "0" ? " Is Damaged." : " And " + more + " More Are Damaged."),
+                        ui_))
+      return Ending::Declined;
+    plan_.expected.clear();
+    joined_.checked = false;
+    damaged_ = true;
+    return JoinInScratch(replace).ranges < 1 ? Ending::Failed : Ending::Joined;
+  }
+
+  /// Holds the work folder no longer than the copy takes.
+  JoinResult JoinInScratch(bool replace) {
+    const ScratchFolder scratch(joined_.path.parent_path() / scratchName);
+    if (!damaged_) ui_.ShowProgressForm("Joining Files");
+    // The bar's steps grow with the index, so that it fills quickly when there are many pieces.
+    const Watch watch = StepProgress(ui_, "PB1", 0, [](double value, std::size_t index) {
+      return value + static_cast<double>(index) * 5;
+    });
+    return JoinFolder(plan_, replace, ui_, watch);
+  }
+
+  /// The list goes first and piece 1 next: where either stands, all pieces stand. What is no longer
+  /// the file that was joined stays, and so do those that would come after it.
+  void DeletePieces() {
+    if (damaged_) {
+      ui_.Message("The Pieces Stay, Since Some Are Damaged.", Icon::None);
+      return;
+    }
+    joined_.deleted = ShowingErrors(ui_, false, [&] {
+      // A folder of its own may be new.
+      const fs::path own = joined_.path.parent_path();
+      for (fs::path f = own; own != list_.parent_path() && f != f.parent_path();
+           f = f.parent_path())
+        FlushFolder(f.parent_path());
+      if (checksums_.kind == Checksums::Kind::Understood) Delete(list_);
+      for (std::uint32_t i = 0; i < plan_.ranges.size(); ++i) {
+        const fs::path path = plan_.sources.Path(i);
+        if (StateOf(path) != plan_.sources.State(i)) throw FileError(path, fileWasChanged);
+        Delete(path);
+        if (i == 0) FlushFolder(path.parent_path());
+      }
+      return true;
+    });
+  }
+
+  static void Delete(const fs::path& path) {
+    if (const std::error_code error = RemoveFile(path)) throw FileError(path, error);
+  }
+
+  Pieces pieces_;
+  fs::path list_;
+  Checksums checksums_;
+  CopyPlan plan_;
+  JoinedFile& joined_;
+  Ui& ui_;
+  bool damaged_ = false;  ///< The user has taken damaged pieces for good.
+};
+
 /// The join up to its final message.
 Ending Join(const fs::path& FullPath, const std::string& OrigName, JoinedFile& joined, Ui& ui,
-            std::optional<ScratchFolder>& scratch) {
+            PiecesThen then) {
   const std::string PieceName = PathText(FullPath.filename());
   const int chosen = PieceNumberOf(PieceName, OrigName);
   if (chosen == 0 && !HasSixDigits(PieceName, OrigName)) {
@@ -81,28 +204,9 @@ Ending Join(const fs::path& FullPath, const std::string& OrigName, JoinedFile& j
     return Ending::Declined;
   // Whether the file can be made at all is better known before the search.
   (void)TargetFile(joined.path, replace ? Existing::ReplaceScratch : Existing::Keep);
-
-  const Pieces pieces(FullPath.parent_path(), OrigName, ui);
-  if (!pieces.AreWhole(static_cast<std::size_t>(chosen), ui)) return Ending::Failed;
-  joined.pieces = pieces.Count();
-  joined.lastPiece = pieces.NameOf(pieces.Count());
-  if (joined.pieces > mostPieces) throw OverflowError();
-  CopyPlan plan = PlanOf(pieces, joined.path, ui);
-  joined.length = plan.TotalLength();
-  joined.allAlike = plan.ranges.back().length == plan.ranges.front().length;
-  if (const std::size_t odd = OddPiece(plan.ranges);
-      odd > 0 && !AskYesNo(ui, pieces.NameOf(odd) +
-                                   " Does Not Have The Size Of The Other Pieces. Do You Want To "
-                                   "Join Them All The Same?"))
-    return Ending::Declined;
-
-  scratch.emplace(joined.path.parent_path() / scratchName);
-  ui.ShowProgressForm("Joining Files");
-  // The bar's steps grow with the index, so that it fills quickly when there are many pieces.
-  const Watch watch = StepProgress(ui, "PB1", 0, [](double value, std::size_t index) {
-    return value + static_cast<double>(index) * 5;
-  });
-  return JoinFolder(plan, replace, ui, watch) < 1 ? Ending::Failed : Ending::Joined;
+  const fs::path folder = FullPath.parent_path();
+  return Joining(Pieces(folder, OrigName, ui), folder, OrigName, joined, ui)
+      .Run(chosen, replace, then);
 }
 
 void End(Ui& ui) {
@@ -122,32 +226,31 @@ bool ExitWithoutFile(Ui& ui) {
 
 }  // namespace
 
-std::int16_t JoinFolder(CopyPlan& joined, bool overwrite, Ui& ui, const Watch& watch) {
+JoinResult JoinFolder(CopyPlan& joined, bool overwrite, Ui& ui, const Watch& watch) {
   const fs::path target = joined.names.Path(0);
   if (!overwrite && NameIsTaken(target)) {
     ui.Message("'" + PathText(target) + "' already exists, action canceled", Icon::Critical);
-    return 0;
+    return {};
   }
-  return ShowingErrors(ui, 0, [&]() -> std::int16_t {
+  return ShowingErrors(ui, {}, [&]() -> JoinResult {
     if (joined.ranges.size() > mostPieces) throw OverflowError();
     joined.existing = overwrite ? Existing::Replace : Existing::Keep;
-    Copy(joined, watch);
-    return static_cast<std::int16_t>(joined.ranges.size());
+    const std::vector<std::size_t> damaged = Copy(joined, watch);
+    return {static_cast<std::int16_t>(damaged.empty() ? joined.ranges.size() : 0), damaged};
   });
 }
 
-std::optional<JoinedFile> JoinPieces(const fs::path& FullPath, Ui& ui,
-                                     const fs::path& outputFolder) {
+std::optional<JoinedFile> JoinPieces(const fs::path& FullPath, Ui& ui, const fs::path& outputFolder,
+                                     PiecesThen then) {
   const std::string PieceName = PathText(FullPath.filename());
   const std::optional<std::string> OrigName = OrigNameOf(PieceName);
   const fs::path folder = outputFolder.empty() ? FullPath.parent_path() : outputFolder;
   JoinedFile joined;
-  std::optional<ScratchFolder> scratch;
   Ending ending = Ending::Failed;
   if (OrigName) {
     joined.path = folder / PathFromText(*OrigName);
     ending = ShowingErrors(ui, Ending::Failed,
-                           [&] { return Join(FullPath, *OrigName, joined, ui, scratch); });
+                           [&] { return Join(FullPath, *OrigName, joined, ui, then); });
   } else {
     ui.Message(PieceName + std::string(isNoPiece), Icon::Critical);
   }
@@ -156,7 +259,6 @@ std::optional<JoinedFile> JoinPieces(const fs::path& FullPath, Ui& ui,
     ui.TellPlace(joined.path);
     ui.Message("File Joined.", Icon::Information);
   }
-  scratch.reset();
   End(ui);
   return ending == Ending::Joined ? std::optional(joined) : std::nullopt;
 }

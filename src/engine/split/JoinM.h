@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "engine/system/Copy.h"
 #include "engine/system/Ui.h"
@@ -18,6 +19,17 @@ struct JoinedFile {
   std::uint64_t length = 0;  ///< In bytes.
   std::string lastPiece;     ///< The name of the piece with the highest number.
   bool allAlike = false;     ///< All pieces are equally long, so none shows that it is the last.
+  bool checked = false;      ///< All bytes are those that a checksum file tells of.
+  bool deleted = false;      ///< The pieces are gone.
+};
+
+/// What becomes of the pieces when the joined file is on the disk.
+enum class PiecesThen { Stay, Delete };
+
+/// What a JoinFolder() has done.
+struct JoinResult {
+  std::int16_t ranges = 0;           ///< 1 to 32767; 0 when refused or failed.
+  std::vector<std::size_t> damaged;  ///< The ranges whose bytes are not as expected, from 0.
 };
 
 /// "Join File": asks whether the pieces are together and for one of them, then joins. `dropped` is
@@ -40,14 +52,21 @@ std::optional<JoinedFile> JoinFromCommandLine(const std::filesystem::path& FileP
 /// it replaces a file, which stays until the new one is complete, and when the sizes show that
 /// pieces of different splits may be mixed. Always asks for the end of the program.
 ///
+/// Where a checksum file lies beside the piece, no piece that it tells of may be missing, and what
+/// is joined is checked before it gets its name; the user is asked where something is wrong. The
+/// pieces are deleted, if that is wanted, once the joined file is on the disk and was found right;
+/// where it cannot be checked the user is asked before. JoinedFile::deleted tells whether they are;
+/// why not has been said.
+///
 /// Returns what was made, or nothing; then the user has been told why, or has said no. Throws
 /// Cancelled when the user stops it; then nothing has changed.
 std::optional<JoinedFile> JoinPieces(const std::filesystem::path& FullPath, Ui& ui,
-                                     const std::filesystem::path& outputFolder = {});
+                                     const std::filesystem::path& outputFolder = {},
+                                     PiecesThen then = PiecesThen::Stay);
 
 /// Carries out `joined`, a plan of one target. Replaces a file of its name if `overwrite`; else
-/// says that it exists, and does nothing. Returns the number of ranges, 1 to 32767, or 0 when
-/// refused or failed; errors are shown. Throws Cancelled.
-std::int16_t JoinFolder(CopyPlan& joined, bool overwrite, Ui& ui, const Watch& watch);
+/// says that it exists, and does nothing. Nothing is made where a range is damaged. Errors are
+/// shown. Throws Cancelled.
+JoinResult JoinFolder(CopyPlan& joined, bool overwrite, Ui& ui, const Watch& watch);
 
 }  // namespace slyver

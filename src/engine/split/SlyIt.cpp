@@ -67,6 +67,7 @@ std::int16_t SlyIt(SplitForm& form, Ui& ui, AfterFailure afterFailure) {
   }
   SplitOptions options;
   options.outputFolder = form.Text2;
+  options.checksum = form.Check1;
   SplitResult result;
   if (taken) result = SplitFile(form.Text1, *size, options, ui);
   if (result.declined) return 0;

@@ -18,6 +18,7 @@ struct SplitForm {
   bool Option2 = false;         ///< "Specified File Size" is chosen, else the predefined one.
   std::string Text3;            ///< The piece size in bytes, or the marker.
   std::string Nofile;           ///< The number of pieces, or the marker.
+  bool Check1 = false;          ///< "Write Checksum File" is ticked.
 };
 
 /// What follows a split that failed: the user is asked whether to leave the program or go back to

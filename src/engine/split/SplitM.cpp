@@ -4,6 +4,7 @@
 #include <limits>
 #include <stdexcept>
 
+#include "engine/split/ChecksumFile.h"
 #include "engine/split/PieceName.h"
 #include "engine/system/Copy.h"
 #include "engine/system/Disk.h"
@@ -74,15 +75,23 @@ Watch WithoutBytes(const Watch& watch) {
   };
 }
 
-/// Whether pieces of `name` are in the folder. Throws FileError when it cannot be listed.
-bool HoldsPieces(const std::filesystem::path& folder, std::string_view name) {
+/// The number of a file in the set of the pieces of `name`. Its checksum file belongs to the set if
+/// it is one of pieces: under that name there may as well be one of the file itself.
+int NumberInSet(const std::filesystem::path& path, const std::string& name) {
+  const std::string fileName = PathText(path.filename());
+  if (fileName != ChecksumNameOf(name)) return PieceNumberOf(fileName, name);
+  const Checksums checksums = ReadChecksumFile(path.parent_path(), name);
+  return checksums.kind == Checksums::Kind::Understood ? CopyPlan::numberOfList : 0;
+}
+
+/// Whether an earlier set is in the folder. Throws FileError when it cannot be listed.
+bool HoldsPieces(const CopyPlan& plan) {
   bool holds = false;
   const std::error_code error =
-      ListFolder(folder, [&](const std::filesystem::path& path, EntryKind kind) {
-        holds = holds ||
-                (kind != EntryKind::Folder && PieceNumberOf(PathText(path.filename()), name) > 0);
+      ListFolder(plan.names.folder, [&](const std::filesystem::path& path, EntryKind kind) {
+        holds = holds || (kind != EntryKind::Folder && plan.numberInSet(path) > 0);
       });
-  if (error) throw FileError(folder, error);
+  if (error) throw FileError(plan.names.folder, error);
   return holds;
 }
 
@@ -117,8 +126,12 @@ SplitResult SplitFile(const std::filesystem::path& source, std::uint64_t pieceSi
     }
     plan.names.after = ".sly";
     plan.rights = state.rights;
-    plan.numberInSet = [&](std::string_view fileName) { return PieceNumberOf(fileName, name); };
-    if (HoldsPieces(options.outputFolder, name)) {
+    plan.numberInSet = [&](const std::filesystem::path& path) { return NumberInSet(path, name); };
+    if (options.checksum)
+      plan.list = {ChecksumNameOf(name), [&](std::size_t index, const Digest& digest) {
+                     return ChecksumLine(PieceNameOf(name, static_cast<int>(index) + 1), digest);
+                   }};
+    if (HoldsPieces(plan)) {
       if (!AskYesNo(ui, "Pieces Of An Earlier Split Of " + name + " Are In " +
                             FolderText(options.outputFolder) + ". Do You Want To Replace Them?"))
         return {0, mask, true};

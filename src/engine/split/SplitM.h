@@ -22,6 +22,7 @@ struct SplitOptions {
   std::optional<FileState> state;     ///< The state that the source must still be in, if known.
   std::string NumberMask;             ///< The zeros that an earlier call returned.
   double barValue = 0;                ///< Where the progress bar stands, 0 to 100.
+  bool checksum = false;              ///< Pieces get a checksum file beside them.
   /// Pieces of a recovery are named name + "." + number, filled with zeros to the length of
   /// NumberMask, and replace scratch files unasked; those of a split are named by PieceNameOf().
   bool forRecovery = false;
@@ -38,8 +39,9 @@ struct SplitResult {
 /// Cuts `source` into pieces of `pieceSize` bytes (1 or more), the last one holding the rest: piece
 /// i, counted from 1, holds the bytes from (i - 1) * pieceSize on. Where pieces of the same name,
 /// of any number, are in the output folder, the user is asked whether the new set may replace them;
-/// they stay until it is complete. Two programs at once cannot mix their pieces: only one of them
-/// gets to write a split's first piece. Where piece 1 stands, its set stands.
+/// they stay until it is complete. A checksum file of pieces counts as one of them. Two programs at
+/// once cannot mix their pieces: only one of them gets to write a split's first piece. Where piece
+/// 1 stands, its set stands.
 ///
 /// A file not longer than a piece is refused with "Chunk Size Bigger Than File Size.", one that
 /// would give more than 32767 pieces with "Overflow". Any other failure is shown by its own

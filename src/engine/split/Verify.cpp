@@ -168,7 +168,8 @@ std::optional<Verified> VerifyPieces(const std::filesystem::path& FullPath, Ui& 
         std::to_string(bad) + " Of " + std::to_string(count) + " Pieces Are Damaged Or Missing.",
         Icon::Critical);
   if (checksums.digests.empty())
-    ui.Message("There Is No " + list + ". The Bytes Were Not Checked.", Icon::None);
+    ui.Message("There Is No Checksum File Of The Pieces. Their Bytes Were Not Checked.",
+               Icon::None);
   const std::size_t highest = std::max(pieces.Count(), static_cast<std::size_t>(chosen));
   if (highest > count)
     ui.Message(pieces.NameOf(highest) + " Is Not In " + list + ".", Icon::Critical);

@@ -53,6 +53,12 @@ struct Job {
   std::shared_ptr<OpenTarget> target;
 };
 
+/// What one thread copies with.
+struct Buffer {
+  std::vector<char> bytes;
+  std::optional<Sha256> sha256;  ///< Where digests are taken.
+};
+
 /// One carrying out of a plan.
 class Copying {
  public:
@@ -61,22 +67,27 @@ class Copying {
         watch_(watch),
         bytesTotal_(plan.TotalLength()),
         targets_(plan),
+        digests_(plan.TakesDigests() ? plan.ranges.size() : 0),
         cursor_(plan),
         sharing_(targets_.SharingThere()) {}
 
-  void Run() {
+  std::vector<std::size_t> Run() {
     const auto tell = [this] { Tell(); };
     RunOnThreads(
         bytesTotal_ < worthASecondThread ? 1 : 2, [this](const Tick& between) { Work(between); },
         tell);
     Tell();
-    const Ending ending = HasFailed() ? Ending::Failed : stop_ ? Ending::Cancelled : Ending::Copied;
+    Ending ending = HasFailed() ? Ending::Failed : stop_ ? Ending::Cancelled : Ending::Copied;
+    std::vector<std::size_t> wrong;
+    if (ending == Ending::Copied) wrong = WrongRanges();
+    if (!wrong.empty()) ending = Ending::Failed;
     // What takes long at the end, too, is done while the window stays alive.
     RunOnThreads(
         1, [&](const Tick&) { End(ending); }, tell);
     const Lock lock(failureMutex_);
     if (failure_) std::rethrow_exception(failure_);
     if (ending == Ending::Cancelled) throw Cancelled{};
+    return wrong;
   }
 
  private:
@@ -98,10 +109,12 @@ class Copying {
 
   void Work(const Tick& between) {
     try {
-      std::vector<char> buffer(bufferSize);
+      Buffer buffer{std::vector<char>(bufferSize), {}};
+      if (plan_.TakesDigests()) buffer.sha256.emplace();
       while (const std::optional<Job> job = Next()) {
         if (!Share(*job)) CopySlice(*job, buffer, between);
         if (stop_) return;
+        if (buffer.sha256) digests_[job->slice.range] = buffer.sha256->Finish();
         job->source->file.ThrowIfChanged();
         const std::uint64_t share = job->slice.length + (job->slice.beginsRange ? 1 : 0);
         if (job->target->left.fetch_sub(share) == share)
@@ -142,16 +155,18 @@ class Copying {
     return shared;
   }
 
-  void CopySlice(const Job& job, std::vector<char>& buffer, const Tick& between) {
+  void CopySlice(const Job& job, Buffer& buffer, const Tick& between) {
     const Slice& slice = job.slice;
     for (std::uint64_t done = 0; done < slice.length && !stop_; between()) {
       const std::uint64_t data = SkipHole(job, done);
+      if (buffer.sha256) buffer.sha256->AddZeros(data - done);
       bytesDone_ += data - done;
       done = data;
-      const std::span part(buffer.data(), static_cast<std::size_t>(std::min<std::uint64_t>(
-                                              buffer.size(), slice.length - done)));
+      const std::span part(buffer.bytes.data(), static_cast<std::size_t>(std::min<std::uint64_t>(
+                                                    buffer.bytes.size(), slice.length - done)));
       if (part.empty()) return;
       job.source->file.Read(slice.sourceOffset + done, part);
+      if (buffer.sha256) buffer.sha256->Add(part);
       job.target->file->Write(slice.targetOffset + done, part);
       done += part.size();
       bytesDone_ += part.size();
@@ -179,11 +194,18 @@ class Copying {
       target_.reset();
     }
     try {
-      if (ending == Ending::Copied) targets_.Finish();
+      if (ending == Ending::Copied) targets_.Finish(digests_);
     } catch (...) {
       Stop(std::current_exception());
     }
     targets_.CleanUp(ending == Ending::Cancelled);
+  }
+
+  std::vector<std::size_t> WrongRanges() const {
+    std::vector<std::size_t> wrong;
+    for (std::size_t i = 0; i < plan_.expected.size(); ++i)
+      if (digests_[i] != plan_.expected[i]) wrong.push_back(i);
+    return wrong;
   }
 
   bool HasFailed() EXCLUDES(failureMutex_) {
@@ -195,6 +217,7 @@ class Copying {
   const Watch& watch_;
   const std::uint64_t bytesTotal_;
   TargetSet targets_;
+  std::vector<Digest> digests_;  ///< Of all ranges; each is written by the thread that copies it.
 
   std::atomic<bool> stop_ = false;
   std::atomic<std::size_t> rangesStarted_ = 0;
@@ -212,13 +235,13 @@ class Copying {
 
 }  // namespace
 
-void Copy(const CopyPlan& plan, const Watch& watch) {
+std::vector<std::size_t> Copy(const CopyPlan& plan, const Watch& watch) {
   for (const ByteRange& range : plan.ranges) {
     const std::uint64_t length = plan.sources.State(range.source).length;
     if (range.length > length || range.offset > length - range.length)
       throw FileError(plan.sources.Path(range.source), "The file is too short");
   }
-  Copying(plan, watch).Run();
+  return Copying(plan, watch).Run();
 }
 
 }  // namespace slyver

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <vector>
 
 #include "engine/system/CopyPlan.h"
 
@@ -30,10 +31,14 @@ using Watch = std::function<bool(const CopyProgress&)>;
 /// Two threads at most copy, each with a small buffer, since one reads while the other writes;
 /// where the system gives none, this thread does.
 ///
+/// Where the plan wants a list of digests, or expects some, they are computed from the very bytes
+/// that are written. Returns the ranges whose digests are not those expected, in ascending order;
+/// where there are any, no target has got its name.
+///
 /// Throws FileError when a file cannot be read or written, or a source is not or does not stay in
 /// its state, and SpaceError when there is no room. After a failure those targets of a new set
 /// stay that were complete; an earlier set that was to be replaced is as it was. Throws Cancelled
 /// when `watch` returns false; then no target stays.
-void Copy(const CopyPlan& plan, const Watch& watch);
+std::vector<std::size_t> Copy(const CopyPlan& plan, const Watch& watch);
 
 }  // namespace slyver

@@ -95,16 +95,14 @@ std::optional<Slice> SliceCursor::Next(const Sharing& sharing) {
   const ByteRange& range = plan_.ranges[range_];
   const CopyPlan::Part part = plan_.SharedPart(range_, target_, targetDone_ - rangeDone_, sharing);
   const bool shared = part.begin <= rangeDone_ && rangeDone_ < part.end;
-  const std::uint64_t most = shared ? std::min(sharedSliceLength, part.end - rangeDone_)
+  const std::uint64_t most = plan_.TakesDigests() ? range.length
+                             : shared ? std::min(sharedSliceLength, part.end - rangeDone_)
                              : rangeDone_ < part.begin ? part.begin - rangeDone_
                                                        : sliceLength;
-  const Slice slice{target_,
-                    range.source,
-                    range.offset + rangeDone_,
-                    targetDone_,
-                    std::min(most, range.length - rangeDone_),
-                    rangeDone_ == 0,
-                    shared};
+  const Slice slice{target_,         range_,
+                    range.source,    range.offset + rangeDone_,
+                    targetDone_,     std::min(most, range.length - rangeDone_),
+                    rangeDone_ == 0, shared};
   rangeDone_ += slice.length;
   targetDone_ += slice.length;
   if (rangeDone_ == range.length) {

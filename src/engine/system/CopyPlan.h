@@ -4,12 +4,14 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "engine/system/Rights.h"
+#include "engine/system/Sha256.h"
 #include "engine/system/SourceFile.h"
 #include "engine/system/TargetFile.h"
 
@@ -50,6 +52,13 @@ struct TargetNames {
   std::filesystem::path Path(std::size_t index) const;
 };
 
+/// A file beside a set of targets that lists their digests.
+struct DigestList {
+  std::string name;  ///< In the targets' folder. Empty: none is written.
+  /// The line of target `index`, with its end; equally long whatever the digest.
+  std::function<std::string(std::size_t index, const Digest& digest)> line;
+};
+
 /// What is to be copied, as plain data: every target is made of one range or more, in order.
 struct CopyPlan {
   SourceList sources;
@@ -59,13 +68,22 @@ struct CopyPlan {
   Rights rights;
   Existing existing = Existing::Keep;  ///< What becomes of files that bear the names already.
 
-  /// Where the targets are one set of numbered files: the number of a name in their folder that
-  /// belongs to such a set, and 0 for any other. With Existing::Keep there must be none; with
-  /// Existing::Replace all of them go when the new set is complete.
-  std::function<int(std::string_view name)> numberInSet;
+  /// Where the targets are one set of numbered files: the number of a file in their folder that
+  /// belongs to such a set, numberOfList for its list, and 0 for any other. With Existing::Keep
+  /// there must be none; with Existing::Replace all of them go when the new set is complete.
+  std::function<int(const std::filesystem::path& path)> numberInSet;
+  static constexpr int numberOfList = std::numeric_limits<int>::max();
+
+  DigestList list;
+  std::vector<Digest>
+      expected;        ///< What the bytes of as many ranges, from the first on, must have.
+  bool flush = false;  ///< At the end the targets, and their names, are on the disk.
 
   /// Closes a target that is made of the ranges added since the last one.
   void EndTarget() { rangeEnds.push_back(static_cast<std::uint32_t>(ranges.size())); }
+
+  /// Whether the bytes are looked at while they are copied.
+  bool TakesDigests() const { return !list.name.empty() || !expected.empty(); }
 
   std::size_t TargetCount() const { return rangeEnds.size(); }
   std::size_t FirstRange(std::size_t target) const {
@@ -94,6 +112,7 @@ struct CopyPlan {
 /// What is brought over at a time: a part of one range, without bytes where the range has none.
 struct Slice {
   std::size_t target = 0;
+  std::size_t range = 0;
   std::uint32_t source = 0;
   std::uint64_t sourceOffset = 0;
   std::uint64_t targetOffset = 0;
@@ -102,7 +121,8 @@ struct Slice {
   bool shared = false;  ///< Whether the file system can bring it over by itself.
 };
 
-/// Hands out a plan's slices in order.
+/// Hands out a plan's slices in order: whole ranges where their digests are taken, so that one
+/// thread sees all bytes of each.
 class SliceCursor {
  public:
   /// `plan` outlives the cursor.

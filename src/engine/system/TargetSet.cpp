@@ -15,6 +15,7 @@ namespace fs = std::filesystem;
 namespace {
 
 Sharing SharingOf(const CopyPlan& plan, const TargetFile& target) {
+  if (plan.TakesDigests()) return {};  // What is looked at is read anyway.
   try {
     return target.SharingWith(SourceFile(plan.sources.Path(plan.ranges.front().source)));
   } catch (const FileError&) {
@@ -22,11 +23,23 @@ Sharing SharingOf(const CopyPlan& plan, const TargetFile& target) {
   }
 }
 
+std::uint64_t ListLength(const CopyPlan& plan) {
+  std::uint64_t length = 0;
+  for (std::size_t i = 0; !plan.list.name.empty() && i < plan.TargetCount(); ++i)
+    length += plan.list.line(i, {}).size();
+  return length;
+}
+
+fs::path ListPath(const CopyPlan& plan) {
+  return plan.names.folder / PathFromText(plan.list.name);
+}
+
 constexpr std::string_view asideName = "earlier";
 
 /// Whether a job makes a file of this name in its staging folder.
-bool IsStaged(std::string_view name, const CopyPlan& plan) {
-  return plan.numberInSet(name) > 0 || (name.starts_with(".slyver-") && name.ends_with(".tmp"));
+bool IsStaged(const fs::path& path, const CopyPlan& plan) {
+  const std::string name = PathText(path.filename());
+  return plan.numberInSet(path) > 0 || (name.starts_with(".slyver-") && name.ends_with(".tmp"));
 }
 
 /// Removes the files of a set, new ones and earlier ones, that are in `staging`, and the folder
@@ -35,8 +48,8 @@ std::error_code RemoveStaging(const fs::path& staging, const CopyPlan& plan) {
   for (const fs::path& folder : {staging / asideName, staging}) {
     std::vector<std::string> names;
     (void)ListFolder(folder, [&](const fs::path& path, EntryKind kind) {
-      std::string name = PathText(path.filename());
-      if (kind != EntryKind::Folder && IsStaged(name, plan)) names.push_back(std::move(name));
+      if (kind != EntryKind::Folder && IsStaged(path, plan))
+        names.push_back(PathText(path.filename()));
     });
     for (const std::string& name : names) (void)RemoveFile(folder / PathFromText(name));
     if (const std::error_code error = RemoveEmptyFolder(folder)) return error;
@@ -80,6 +93,11 @@ TargetSet::TargetSet(const CopyPlan& plan) : plan_(plan) {
   const fs::path staging = StagingPath(plan.names.Path(0));
   RemoveLeftover(staging, plan);
   FindEarlier();
+  if (!plan.list.name.empty()) {
+    list_ = std::make_unique<TargetFile>(
+        ListPath(plan), hasEarlierList_ ? Existing::Replace : Existing::Keep, plan.rights);
+    list_->Reserve(ListLength(plan));
+  }
   if (earlier_.empty()) return;
   for (std::size_t i = 1; i < plan.TargetCount(); ++i) RemoveLeftoverOf(plan.names.Path(i));
   MakeOwnFolder(staging);
@@ -93,7 +111,7 @@ TargetSet::TargetSet(const CopyPlan& plan) : plan_(plan) {
 }
 
 void TargetSet::RequireRoom() const {
-  const std::uint64_t needed = plan_.SpaceNeeded(sharing_);
+  const std::uint64_t needed = plan_.SpaceNeeded(sharing_) + ListLength(plan_);
   const std::uint64_t free = FreeSpace(plan_.names.folder);
   if (needed > free) throw SpaceError(plan_.names.folder, needed, free);
 }
@@ -101,16 +119,18 @@ void TargetSet::RequireRoom() const {
 /// Looks under the lock: another program may have made its set just now.
 void TargetSet::FindEarlier() {
   const auto found = [&](const fs::path& path, EntryKind kind) {
-    const std::string name = PathText(path.filename());
-    const int number = plan_.numberInSet(name);
+    const int number = plan_.numberInSet(path);
     if (number == 0) return;
     const bool isTarget = static_cast<std::size_t>(number) <= plan_.TargetCount();
     if (kind == EntryKind::Folder && !isTarget) return;
     (void)RightsInPlaceOf(path, plan_.rights);
     if (plan_.existing == Existing::Keep)
       throw FileError(path, std::make_error_code(std::errc::file_exists));
-    earlier_.push_back(name);
-    if (number == 1) std::swap(earlier_.front(), earlier_.back());
+    const auto place = number == CopyPlan::numberOfList ? earlier_.begin()
+                       : number == 1 ? earlier_.begin() + (hasEarlierList_ ? 1 : 0)
+                                     : earlier_.end();
+    earlier_.insert(place, PathText(path.filename()));
+    hasEarlierList_ = hasEarlierList_ || number == CopyPlan::numberOfList;
   };
   if (const std::error_code error = ListFolder(plan_.names.folder, found))
     throw FileError(plan_.names.folder, error);
@@ -132,31 +152,57 @@ std::shared_ptr<TargetFile> TargetSet::Begin(std::size_t index) {
 }
 
 void TargetSet::Complete(std::size_t index, TargetFile& file) {
-  if (!staging_.empty()) file.Flush();
+  if (!staging_.empty() || plan_.flush) file.Flush();
   if (index == 0) return;
   file.Commit();
   const Lock lock(mutex_);
   if (staging_.empty()) named_.push_back(index);
 }
 
-void TargetSet::Finish() {
-  if (staging_.empty())
-    first_->Commit();
-  else
+void TargetSet::Finish(const std::vector<Digest>& digests) {
+  if (list_) WriteList(digests);
+  if (!staging_.empty()) {
     Exchange();
+    return;
+  }
+  first_->Commit();
+  try {
+    if (list_) list_->Commit();
+    if (plan_.flush) FlushFolder(plan_.names.folder);
+  } catch (const FileError&) {
+    // A part of a set has no first file.
+    if (list_) (void)RemoveFile(plan_.names.Path(0));
+    throw;
+  }
 }
 
-/// The earlier set's first file goes first and the new one's comes last, and neither before the
-/// disk has all between: after a power failure too, where a first file stands its set stands.
+void TargetSet::WriteList(const std::vector<Digest>& digests) {
+  constexpr std::size_t much = std::size_t{64} * 1024;
+  std::uint64_t written = 0;
+  std::string text;
+  for (std::size_t i = 0; i < digests.size(); ++i) {
+    text += plan_.list.line(i, digests[i]);
+    if (text.size() < much && i + 1 < digests.size()) continue;
+    list_->Write(written, text);
+    written += text.size();
+    text.clear();
+  }
+  if (!staging_.empty()) list_->Flush();
+}
+
+/// The earlier set's list and its first file go first, the new ones come last, and neither before
+/// the disk has all between: after a power failure too, where a first file stands its set stands,
+/// and where a list stands, its set stands.
 void TargetSet::Exchange() {
   const fs::path& folder = plan_.names.folder;
+  const std::size_t guards = hasEarlierList_ ? 2 : 1;
   std::size_t movedAside = 0;
   std::size_t named = 0;
   try {
     FlushFolder(staging_);
     while (movedAside < earlier_.size()) {
       Move(folder / PathFromText(earlier_[movedAside]), Aside(movedAside));
-      if (++movedAside == 1) FlushFolder(folder);
+      if (++movedAside <= guards) FlushFolder(folder);
     }
     for (std::size_t i = 1; i < plan_.TargetCount(); ++i, ++named) {
       const fs::path target = plan_.names.Path(i);
@@ -164,6 +210,10 @@ void TargetSet::Exchange() {
     }
     FlushFolder(folder);
     first_->Commit();
+    ++named;
+    FlushFolder(folder);
+    if (!list_) return;
+    list_->Commit();
     ++named;
     FlushFolder(folder);
   } catch (const FileError&) {
@@ -177,7 +227,8 @@ void TargetSet::Exchange() {
 void TargetSet::UndoExchange(std::size_t movedAside, std::size_t named) {
   const std::size_t count = plan_.TargetCount();
   bool undone = true;
-  if (named == count) undone = !RemoveFile(plan_.names.Path(0));
+  if (named > count) undone = !RemoveFile(ListPath(plan_));
+  if (named >= count) undone = !RemoveFile(plan_.names.Path(0)) && undone;
   for (std::size_t i = 1; i < count && i <= named; ++i)
     undone = !RemoveFile(plan_.names.Path(i)) && undone;
   try {
@@ -197,6 +248,7 @@ fs::path TargetSet::Aside(std::size_t index) const {
 
 void TargetSet::CleanUp(bool removeTargets) {
   first_.reset();
+  list_.reset();
   if (!staging_.empty()) (void)RemoveStaging(staging_, plan_);
   const Lock lock(mutex_);
   for (const std::size_t index : named_)

@@ -37,9 +37,10 @@ class TargetSet {
   /// Takes over a target whose bytes are all written; from any thread. Throws FileError.
   void Complete(std::size_t index, TargetFile& file) EXCLUDES(mutex_);
 
-  /// Gives the names that are left when all targets are complete. Throws FileError; then an
-  /// earlier set is as it was.
-  void Finish();
+  /// Gives the names that are left when all targets are complete, that of the list after all.
+  /// `digests` are those of the targets, where a list is wanted. Throws FileError; then an earlier
+  /// set is as it was.
+  void Finish(const std::vector<Digest>& digests);
 
   /// Leaves nothing behind but what has its name, and, where `removeTargets` says so, not even
   /// that. To be called at the end, whatever came before.
@@ -48,6 +49,7 @@ class TargetSet {
  private:
   void RequireRoom() const;
   void FindEarlier();
+  void WriteList(const std::vector<Digest>& digests);
   void Exchange();
   void UndoExchange(std::size_t movedAside, std::size_t named);
   std::filesystem::path Aside(std::size_t index) const;
@@ -55,8 +57,11 @@ class TargetSet {
   const CopyPlan& plan_;
   std::shared_ptr<TargetFile> first_;
   Sharing sharing_;
-  std::vector<std::string> earlier_;  ///< The names of the set that is replaced, number 1 first.
-  std::filesystem::path staging_;     ///< Empty where no set is replaced.
+  std::unique_ptr<TargetFile> list_;  ///< Null where none is wanted.
+  /// The names of the set that is replaced: its list, if it has one, then number 1, then the rest.
+  std::vector<std::string> earlier_;
+  bool hasEarlierList_ = false;
+  std::filesystem::path staging_;  ///< Empty where no set is replaced.
 
   Mutex mutex_;
   std::vector<std::size_t> named_ GUARDED_BY(mutex_);  ///< Targets of a new set.

@@ -109,11 +109,13 @@ TEST_F(frmSplitterTest, OutputFolderIsChosenAndMade) {
   ui.Expect({"n" + question});
   Click(form, "Command1");
   EXPECT_TRUE(IsShown(form) && ControlOf(form, "Command1").IsEnabled());
+  ControlOf<wxCheckBox>(form, "Check1").SetValue(true);
   ui.Expect({"y" + question});
   ui.Expect(success);
   Click(form, "Command1");
   EXPECT_EQ(ReadFile(folder / "out" / "file.bin.2.sly"), bytes.substr(600));
   EXPECT_EQ(shown.lineBeneath, PathText(folder / "out" / "file.bin.1.sly"));
+  EXPECT_TRUE(std::filesystem::exists(folder / "out" / "file.bin.sha256"));
   EXPECT_EQ(TextOf(form, "Text2"), PathText(folder / "out" / ""));
 }
 

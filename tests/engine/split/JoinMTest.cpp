@@ -20,17 +20,30 @@ const std::string sizes =
 
 const std::string noPiece = " Is Not A Piece Of A Split File.";
 
+/// A user who does something else while a question is open.
+struct BusyUser : ScriptedUi {
+  Answer Question(std::string_view text, Buttons buttons, Icon icon) override {
+    meanwhile();
+    return ScriptedUi::Question(text, buttons, icon);
+  }
+  std::function<void()> meanwhile;
+};
+
 class Join : public TempFolderTest {
  protected:
   /// Joins the file "f" from the piece `chosen`; the script lacks what is always said at the end.
-  /// Nothing but "f", which gets the bytes `joined`, may change in the folder.
+  /// Nothing but "f", which gets the bytes `joined`, may change in the folder, and nothing at all
+  /// while a question is open.
   void Run(const std::string& chosen, Script script, const std::string& joined = "") {
     Files files = FilesIn(folder);
-    if (!joined.empty()) script.insert(script.end(), {"p Joining Files", "i File Joined."});
+    const bool shows = !script.empty() && script.front()[0] == 'p';
+    if (!joined.empty() && !shows) script.emplace_back("p Joining Files");
+    if (!joined.empty()) script.emplace_back("i File Joined.");
     if (!script.empty() && script.back()[0] == 'x') script.emplace_back("x Unable To Join File.");
     script.emplace_back("end");
+    BusyUser ui;
+    ui.meanwhile = [this, before = files] { EXPECT_EQ(FilesIn(folder), before); };
     if (!joined.empty()) files["f"] = joined;
-    ScriptedUi ui;
     Expect(ui, script);
     SaveRegString(RegRoot::LocalMachine, companyKey, "filepath", "left");
     result = JoinPieces(folder / chosen, ui);
@@ -90,6 +103,44 @@ TEST_F(Join, JoinsThePiecesOfOneSplitOrSaysWhyNot) {
   }
 }
 
+TEST_F(Join, ChecksWhatAChecksumFileTellsOf) {
+  struct Case {
+    std::string files;
+    std::string list;
+    Script script;
+    std::string joined = {};
+  };
+  const std::string anyway = " Do You Want To Join Them All The Same?";
+  const std::string three = "f.1.sly=ab f.2.sly=cd f.3.sly=e ";
+  const std::string list =
+      "fb8e20fc2e4c3f248c60c39bd652f3c1347298bb977b8b4d5903b85055620603  f.1.sly\n"
+      "21e721c35a5823fdb452fa2f9f0a612c74fb952e06927489c6b27a43b817bed4 *f.2.sly\r\n"
+      "3F79BB7B435B05321651DAEFD374CDC681DC06FAA65E374E38337B88CA046DEA  f.3.sly\n";
+  const std::vector<Case> cases = {
+      {three, list, {}, "abcde"},
+      {"f.1.sly=ab d/f.2.sly=cd f.3.SLY=e", list, {}, "abcde"},
+      {"f.1.sly=ab f.2.sly=cd", list, {"x f.3.sly Is Missing."}},
+      {"f.1.sly=ab f.2.sly=c f.3.sly=e",
+       list,
+       {"p Joining Files", "n f.2.sly Is Damaged." + anyway}},
+      {"f.1.sly=cd f.2.sly=ab f.3.sly=e",
+       list,
+       {"p Joining Files", "y f.1.sly And 1 More Are Damaged." + anyway},
+       "cdabe"},
+      {three + "f.4.sly=f", list, {"n f.4.sly Is Not In f.sha256." + anyway}},
+      {three, list + "?", {"n f.sha256 Cannot Be Understood." + anyway}},
+      {three + "f=old", "?", {"y" + replace, "y f.sha256 Cannot Be Understood." + anyway}, "abcde"},
+      {three, list.substr(0, 64) + "  f\n", {}, "abcde"}};
+  for (const Case& c : cases) {
+    fs::remove_all(folder);
+    fs::create_directory(folder);
+    MakeFiles(folder, c.files);
+    WriteFile(folder / "f.sha256", c.list);
+    Run("f.1.sly", c.script, c.joined);
+    EXPECT_TRUE(!result || result->checked == (c.script.empty() && c.list == list));
+  }
+}
+
 TEST_F(Join, SetsTheBarInGrowingStepsAndTellsWhatItHasMade) {
   MakeFiles(folder, twelve);
   Run("f.1.sly", {}, "abcdefghijkl");
@@ -110,15 +161,6 @@ TEST_F(Join, NamesTheFolderThatStandsForAPiece) {
     Run(name, {"x " + (folder / name).string() + ": Is a directory"});
   }
 }
-
-/// A user who does something else while a question is open.
-struct BusyUser : ScriptedUi {
-  Answer Question(std::string_view text, Buttons buttons, Icon icon) override {
-    meanwhile();
-    return ScriptedUi::Question(text, buttons, icon);
-  }
-  std::function<void()> meanwhile;
-};
 
 TEST_F(Join, HoldsNothingWhileItAsksAndJoinsNoMixture) {
   MakeFiles(folder, "f.1.sly=ab f.2.sly=cde");
@@ -159,12 +201,12 @@ TEST_F(Join, JoinFolderRefusesAnExistingTargetAndTooManyRanges) {
   const Watch watch = [](const CopyProgress&) { return true; };
   ScriptedUi ui;
   Expect(ui, {"x Overflow"});
-  EXPECT_EQ(JoinFolder(joined, false, ui, watch), 0);
+  EXPECT_EQ(JoinFolder(joined, false, ui, watch).ranges, 0);
   joined.ranges.pop_back();
   joined.rangeEnds = {32767};
-  EXPECT_EQ(JoinFolder(joined, false, ui, watch), 32767);
+  EXPECT_EQ(JoinFolder(joined, false, ui, watch).ranges, 32767);
   Expect(ui, {"x '" + target.string() + "' already exists, action canceled"});
-  EXPECT_EQ(JoinFolder(joined, false, ui, watch), 0);
+  EXPECT_EQ(JoinFolder(joined, false, ui, watch).ranges, 0);
 }
 
 TEST_F(Join, TheDialogueAsksForAPiece) {

@@ -59,7 +59,8 @@ class Copied : public TempFolderTest {
       plan.EndTarget();
     }
     plan.names = {folder / "out", "s", "", 1};
-    plan.numberInSet = [](std::string_view name) {
+    plan.numberInSet = [](const fs::path& path) {
+      const std::string name = PathText(path.filename());
       return name.size() == 2 && (name[0] == 's' || name[0] == 'S') ? name[1] - '0' : 0;
     };
     plan.existing = existing;
