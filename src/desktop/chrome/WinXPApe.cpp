@@ -73,9 +73,11 @@ void WinXPApe::RefreshIcon(const wxBitmapBundle& icon) {
 void WinXPApe::RefreshTitleBar() {
   maximized_ = form_->IsMaximized();
   titleBar_->SetResizing(resizeCapable_, maximized_);
+  const bool ours = !SystemDrawsTitleBars();
+  titleBar_->Show(ours);
   for (ResizeEdge* const edge : {pEdgesL_, pEdgesR_, pEdgesB_}) {
     edge->SetResizing(resizeCapable_ && !maximized_);
-    edge->Show(!maximized_);
+    edge->Show(ours && !maximized_);
   }
   ResizeControl();
 }
@@ -134,7 +136,7 @@ void WinXPApe::TakeKey(wxKeyEvent& event) {
   // Window managers take these two first, as a rule.
   const bool alt = event.GetModifiers() == wxMOD_ALT;
   if (alt && event.GetKeyCode() == WXK_SPACE)
-    ShowSystemMenu(wxPoint(0, titleBar_->GetSize().y));
+    ShowSystemMenu(picMnuFrame_->GetPosition());
   else if (alt && event.GetKeyCode() == WXK_F4)
     form_->Close();
   else
@@ -152,7 +154,7 @@ void WinXPApe::ShowSystemMenu(const wxPoint& position) {
   menu.Append(Maximize, "Ma&ximize")->Enable(resizeCapable_ && !maximized);
   menu.AppendSeparator();
   menu.Append(CloseForm, "&Close\tAlt+F4");
-  switch (titleBar_->GetPopupMenuSelectionFromUser(menu, position)) {
+  switch (form_->GetPopupMenuSelectionFromUser(menu, position)) {
     case Restore:
     case Maximize:
       ToggleMaximized();

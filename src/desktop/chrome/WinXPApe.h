@@ -15,7 +15,8 @@ namespace slyver {
 
 /// The window chrome of a form: a title bar, a menu bar and edges that are drawn by the program,
 /// around the area for the form's controls. What is done with the window, moving, resizing,
-/// maximizing and minimizing, is left to the window system.
+/// maximizing and minimizing, is left to the window system. Where that draws title bar and edges
+/// itself, the form has none of its own.
 class WinXPApe {
  public:
   /// The style of a frame that is to get this chrome.

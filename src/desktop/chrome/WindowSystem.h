@@ -17,6 +17,10 @@ enum class Edge { Left, Right, Bottom, BottomLeft, BottomRight };
 /// What a control that draws itself is to a screen reader.
 enum class Role { TitleBar, Button, MenuBar, Separator };
 
+/// Whether the window system puts a title bar and edges of its own around every window, as some
+/// Wayland compositors do.
+bool SystemDrawsTitleBars();
+
 /// Tells the window system whether `frame`, which draws its own border, may be resized and
 /// maximized beside all else that can be done with a window.
 void AllowResizing(wxFrame& frame, bool allowed);

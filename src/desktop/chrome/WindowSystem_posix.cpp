@@ -1,4 +1,7 @@
 #include <gtk/gtk.h>
+#ifdef GDK_WINDOWING_WAYLAND
+#include <gdk/gdkwayland.h>
+#endif
 
 #include <string>
 #include <utility>
@@ -98,6 +101,15 @@ void OnMenuShown(GtkWidget* menu, gpointer /*handlers*/) {
 }
 
 }  // namespace
+
+bool SystemDrawsTitleBars() {
+#ifdef GDK_WINDOWING_WAYLAND
+  GdkDisplay* const display = gdk_display_get_default();
+  return GDK_IS_WAYLAND_DISPLAY(display) && gdk_wayland_display_prefers_ssd(display);
+#else
+  return false;
+#endif
+}
 
 void AllowResizing(wxFrame& frame, bool allowed) {
   gtk_window_set_resizable(WindowOf(frame), allowed);

@@ -136,6 +136,10 @@ COLORREF PaintOf(const wxColour& colour) {
 
 }  // namespace
 
+bool SystemDrawsTitleBars() {
+  return false;
+}
+
 void AllowResizing(wxFrame& frame, bool allowed) {
   const HWND window = WindowOf(frame);
   (void)SetWindowSubclass(window, WithoutBorder, 0, 0);
