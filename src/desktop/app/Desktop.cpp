@@ -123,7 +123,18 @@ void Desktop::UnloadJoin() {
   if (join_) join_->Unload();
 }
 
+/// Two forms that are shown at once would come to the screen in any order; the selection form is to
+/// lie beneath.
+void Desktop::AwaitSplitJoin() {
+  constexpr std::chrono::seconds longestWait{1};
+  const auto deadline = std::chrono::steady_clock::now() + longestWait;
+  while (splitJoin_ && splitJoin_->IsShown() && !IsOnScreen(*splitJoin_) &&
+         std::chrono::steady_clock::now() < deadline)
+    (void)ui_.GoOn();
+}
+
 void Desktop::ShowHideFile(ModernForm* instead) {
+  AwaitSplitJoin();
   if (!hideFile_) hideFile_ = new frmHideFile(*this);
   hideFile_->Show();
   hideFile_->Raise();
@@ -136,6 +147,7 @@ void Desktop::ShowHideFile(const std::filesystem::path& fileToHide) {
 }
 
 void Desktop::ShowHideRec() {
+  AwaitSplitJoin();
   if (!hideRec_) hideRec_ = new frmHideRec(*this);
   hideRec_->Show();
   hideRec_->Raise();

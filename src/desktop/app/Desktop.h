@@ -90,6 +90,7 @@ class Desktop final : public FormHost {
   void ShowPlace(const std::filesystem::path& made) const;
 
  private:
+  void AwaitSplitJoin();
   void SetBusy(bool busy);
 
   Ui& ui_;
