@@ -5,7 +5,7 @@ _sly() {
   _init_completion -s || return
   case $prev in
     --output | -o) _filedir -d && return ;;
-    --password-file) _filedir && return ;;
+    --password-file | --passphrase-file) _filedir && return ;;
     --size | -s | --count | -n | --file | -f) return ;;
   esac
   $split && return
@@ -22,9 +22,11 @@ _sly() {
   case ${words[1]} in
     split) options+=' --output -o --size -s --count -n --checksum' ;;
     join) options+=' --output -o --delete' ;;
-    hide) options+=' --output -o --password-file' ;;
+    hide) options+=' --output -o --encrypt -e --password-file --passphrase-file' ;;
     list) options+=' --password-file' ;;
-    recover) options+=' --output -o --password-file --file -f --all -a --main -m' ;;
+    recover)
+      options+=' --output -o --password-file --passphrase-file --file -f --all -a --main -m --raw -r'
+      ;;
   esac
   COMPREPLY=($(compgen -W "$options" -- "$cur"))
 } && complete -F _sly sly

@@ -26,8 +26,11 @@ __sly_option join -l delete -d 'Delete the pieces when the joined file was found
 __sly_option 'split join hide recover' -s o -l output -x -a '(__fish_complete_directories)' -d 'The folder for what is made'
 __sly_option 'join verify' -f -a "(__fish_complete_suffix .sly | string match -ri '.*(?:/|[.]sly)\$')"
 __sly_option 'hide list recover' -l password-file -r -d 'Take the password from a file'
+__sly_option hide -s e -l encrypt -d 'Encrypt the file under a passphrase'
+__sly_option 'hide recover' -l passphrase-file -r -d 'Take the passphrase from a file'
 __sly_option recover -s f -l file -x -d 'The serial number of the hidden file'
 __sly_option recover -s a -l all -d 'Recover every hidden file'
 __sly_option recover -s m -l main -d 'Recover the main file'
+__sly_option recover -s r -l raw -d 'Recover encrypted files as they are'
 
 functions --erase __sly_option

@@ -1,7 +1,7 @@
 #compdef sly
 # Completes the commands, options and files of sly in zsh.
 
-local -a common output password commands
+local -a common output password passphrase commands
 common=(
   '(-y --yes)'{-y,--yes}'[answer every question with Yes]'
   '(-q --quiet)'{-q,--quiet}'[show neither progress nor messages of success]'
@@ -10,6 +10,7 @@ common=(
 )
 output=('(-o --output)'{-o,--output}'[the folder for what is made]:folder:_files -/')
 password=('--password-file[take the password from the first line of a file]:file:_files')
+passphrase=('--passphrase-file[take the passphrase from the first line of a file]:file:_files')
 commands=(
   'split:split a file into numbered .sly pieces'
   'join:join the pieces of a split'
@@ -43,13 +44,18 @@ case $state in
           '1:piece:_files -g "*.(#i)sly(-.)"'
         ;;
       verify) _arguments $common '1:piece:_files -g "*.(#i)sly(-.)"' ;;
-      hide) _arguments $common $output $password '1:main file:_files' '2:file to hide:_files' ;;
+      hide)
+        _arguments $common $output $password $passphrase \
+          '(-e --encrypt)'{-e,--encrypt}'[encrypt the file under a passphrase]' \
+          '1:main file:_files' '2:file to hide:_files'
+        ;;
       list) _arguments $common $password '1:carrier:_files' ;;
       recover)
-        _arguments $common $output $password \
+        _arguments $common $output $password $passphrase \
           '(-f --file -a --all -m --main)'{-f,--file}'[the serial number of the hidden file]:number:' \
           '(-f --file -a --all -m --main)'{-a,--all}'[recover every hidden file]' \
           '(-f --file -a --all -m --main)'{-m,--main}'[recover the main file]' \
+          '(-r --raw)'{-r,--raw}'[recover encrypted files as they are]' \
           '1:carrier:_files'
         ;;
     esac

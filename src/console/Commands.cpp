@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <iostream>
 #include <sstream>
+#include <utility>
 #include <vector>
 
 #include "engine/hidden/HideJob.h"
@@ -13,9 +14,12 @@
 #include "engine/split/SizeArithmetic.h"
 #include "engine/split/SlyIt.h"
 #include "engine/split/Verify.h"
+#include "engine/system/CoreDump.h"
 #include "engine/system/Disk.h"
+#include "engine/system/FileError.h"
 #include "engine/system/Files.h"
 #include "engine/system/PathText.h"
+#include "engine/system/Secret.h"
 
 namespace slyver {
 
@@ -55,42 +59,69 @@ void TakeSize(SplitForm& form, const Arguments& arguments) {
   form.Text3 = SizeFromCount(form.Nofile, "", FileLength(form.Text1)).other.value_or("");
 }
 
-/// The password in a file, which may have been written on another system: neither a byte-order
-/// mark nor the line's end is a part of it.
-std::string PasswordIn(const std::string& file, const ConsoleUi& ui) {
+/// The secret in a file, which may have been written on another system: neither a byte-order mark
+/// nor the line's end is a part of it. Throws FileError.
+Secret SecretIn(const std::string& file, Typed what, const ConsoleUi& ui) {
   constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-  std::string line = ui.ReadFirstLine(file);
-  if (line.starts_with(byteOrderMark)) line.erase(0, byteOrderMark.size());
-  if (line.ends_with('\r')) line.pop_back();
-  return line;
+  const Secret line = Secret::Of(ui.ReadFirstLine(file));
+  std::string_view text = line.Text();
+  if (what == Typed::Passphrase && text.size() == Terminal::longestLine)
+    throw FileError(PathFromText(file), "The first line is too long");
+  if (text.starts_with(byteOrderMark)) text.remove_prefix(byteOrderMark.size());
+  if (text.ends_with('\r')) text.remove_suffix(1);
+  return text;
 }
 
-/// The password, from the file that the user names or from the terminal; it answers every later
-/// question for a password too. `again` is a second prompt for the same, or null; what is typed
-/// there goes to `repeated`. Nothing when there is nobody to ask; that has been said.
-std::optional<std::string> Password(const Arguments& arguments, ConsoleUi& ui, const char* again,
-                                    std::string& repeated) {
-  std::optional<std::string> password;
-  if (!arguments.passwordFile.empty()) {
-    password = repeated = PasswordIn(arguments.passwordFile, ui);
-  } else {
-    password = ui.MaskedInputBox("Enter Password :");
-    if (password && again != nullptr) repeated = ui.MaskedInputBox(again).value_or("");
+struct TypedTwice {
+  Secret first, second;
+};
+
+/// A password or passphrase, from the file that the user names or from the terminal, there `twice`
+/// if need be. Nothing when there is nobody to ask; that has been said.
+std::optional<TypedTwice> Ask(Typed what, bool twice, const Arguments& arguments, ConsoleUi& ui) {
+  const bool isPassphrase = what == Typed::Passphrase;
+  const std::string& file = isPassphrase ? arguments.passphraseFile : arguments.passwordFile;
+  if (!file.empty()) {
+    const Secret secret = SecretIn(file, what, ui);
+    return TypedTwice{secret, secret};
   }
-  if (password) {
-    ui.UsePassword(*password);
-  } else {
-    ui.Message(Terminal::CanAsk() ? "Enter Password."
-                                  : "Enter Password. (Nobody is at the terminal; --password-file "
-                                    "names a file with it.)",
+  const std::string name = isPassphrase ? "Passphrase" : "Password";
+  if (!Terminal::CanAsk()) {
+    ui.Message("Enter " + name + ". (Nobody is at the terminal; " +
+                   (isPassphrase ? "--passphrase-file" : "--password-file") +
+                   " names a file with it.)",
                Icon::Critical);
+    return std::nullopt;
   }
-  return password;
+  std::optional<std::string> first = ui.MaskedInputBox("Enter " + name + " :", what);
+  if (!first) return std::nullopt;
+  TypedTwice typed{Secret::Of(std::move(*first)), {}};
+  if (twice)
+    typed.second = Secret::Of(ui.MaskedInputBox("Re-Enter " + name + " :", what).value_or(""));
+  return typed;
 }
 
-std::optional<std::string> Password(const Arguments& arguments, ConsoleUi& ui) {
-  std::string unused;
-  return Password(arguments, ui, nullptr, unused);
+/// The password of a carrier's list, unless that opens without. Nothing when there is nobody to
+/// ask; that has been said.
+std::optional<Secret> ListPassword(const fs::path& carrier, const Arguments& arguments,
+                                   ConsoleUi& ui) {
+  if (ListIsOpen(carrier) && arguments.passwordFile.empty()) return Secret();
+  const std::optional<TypedTwice> typed = Ask(Typed::Password, false, arguments, ui);
+  return typed ? std::optional(typed->first) : std::nullopt;
+}
+
+/// Fills in the passwords of a hide. False when there is nobody to ask; that has been said.
+bool TakePasswords(HideForm& form, const Arguments& arguments, ConsoleUi& ui) {
+  if (!arguments.encrypt && ListIsOpen(form.Text1)) return true;
+  if (arguments.encrypt && !arguments.passwordFile.empty())
+    form.last = SecretIn(arguments.passwordFile, Typed::Password, ui);
+  const auto typed =
+      Ask(arguments.encrypt ? Typed::Passphrase : Typed::Password, true, arguments, ui);
+  if (!typed) return false;
+  form.Text3 = typed->first;
+  form.Text4 = typed->second;
+  if (!arguments.encrypt) form.last = typed->first;
+  return true;
 }
 
 void WarnOf(const fs::path& file, const std::string& note, Ui& ui) {
@@ -180,19 +211,18 @@ bool Verify(const Arguments& arguments, ConsoleUi& ui) {
 }
 
 bool Hide(const Arguments& arguments, ConsoleUi& ui) {
+  const NoCoreDump noCoreDump;
   HideForm form;
+  form.encrypt = arguments.encrypt;
   form.Text1 = TypedPath(arguments.file);
   form.Text2 = TypedPath(arguments.hidden);
   if (!HideJob(form, ui, BigFiles::Take).CheckFiles()) return false;
   const std::optional<fs::path> folder = OutputFolder(arguments, form.Text1, ui);
   if (!folder) return false;
   form.output = *folder;
-  WarnOf(form.Text2, NameNote(form.Text2), ui);
+  WarnOf(form.Text2, NameNote(form.Text2, arguments.encrypt), ui);
   WarnOf(form.Text1, FormatNote(form.Text1), ui);
-  const std::optional<std::string> password =
-      Password(arguments, ui, "Re-Enter Password :", form.Text4);
-  if (!password) return false;
-  form.Text3 = *password;
+  if (!TakePasswords(form, arguments, ui)) return false;
   HideJob job(form, ui, BigFiles::Take);
   using Next = HideJob::Next;
   if (job.Check() != Next::GoOn || job.PrepareHide() != Next::GoOn) return false;
@@ -206,7 +236,7 @@ bool Hide(const Arguments& arguments, ConsoleUi& ui) {
 bool List(const Arguments& arguments, ConsoleUi& ui) {
   const fs::path carrier = TypedPath(arguments.file);
   if (!CountHiddenFiles(carrier, ui)) return false;
-  const std::optional<std::string> password = Password(arguments, ui);
+  const std::optional<Secret> password = ListPassword(carrier, arguments, ui);
   if (!password) return false;
   const auto files = ListHiddenFiles(carrier, *password, ui);
   if (files) std::cout << ListOf(*files) << '\n';
@@ -214,7 +244,9 @@ bool List(const Arguments& arguments, ConsoleUi& ui) {
 }
 
 bool Recover(const Arguments& arguments, ConsoleUi& ui) {
+  const NoCoreDump noCoreDump;
   RecoverForm form;
+  form.raw = arguments.raw;
   form.Text1 = TypedPath(arguments.file);
   const std::optional<int> count = CountHiddenFiles(form.Text1, ui);
   if (!count) return false;
@@ -223,9 +255,11 @@ bool Recover(const Arguments& arguments, ConsoleUi& ui) {
   const std::optional<fs::path> folder = OutputFolder(arguments, form.Text1, ui);
   if (!folder) return false;
   form.output = *folder;
-  const std::optional<std::string> password = Password(arguments, ui);
+  const std::optional<Secret> password = ListPassword(form.Text1, arguments, ui);
   if (!password) return false;
   form.Text2 = *password;
+  if (!arguments.passphraseFile.empty())
+    form.passphrase = SecretIn(arguments.passphraseFile, Typed::Passphrase, ui);
   RecoverJob job(form, ui, BigFiles::Take);
   if (arguments.main) {
     (void)job.RecMain();

@@ -28,6 +28,9 @@ struct Arguments {
   bool deletePieces = false;  ///< Once they are joined.
   std::string hidden;         ///< The file to hide.
   std::string passwordFile;
+  std::string passphraseFile;
+  bool encrypt = false;                 ///< The file is to be hidden encrypted.
+  bool raw = false;                     ///< Encrypted files are to be recovered as they are.
   std::optional<std::uint64_t> number;  ///< Of the hidden file to recover, from 0.
   bool all = false;                     ///< All hidden files are to be recovered.
   bool main = false;                    ///< The main file is to be recovered.

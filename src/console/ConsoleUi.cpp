@@ -91,11 +91,18 @@ std::optional<std::filesystem::path> ConsoleUi::PickFolder() {
   return std::nullopt;
 }
 
-std::optional<std::string> ConsoleUi::MaskedInputBox(std::string_view prompt) {
-  if (password_) return password_;
+std::optional<std::string> ConsoleUi::MaskedInputBox(std::string_view prompt, Typed what) {
   ClearProgressLine();
-  if (!Terminal::CanAsk()) return std::nullopt;
-  return terminal_.ReadLine(false, std::string(prompt) + " ");
+  if (Terminal::CanAsk()) {
+    std::optional<std::string> line = terminal_.ReadLine(false, std::string(prompt) + " ");
+    if (!line) std::cerr << "(no answer)" << std::endl;
+    return line;
+  }
+  ShowHeldBack();
+  std::cerr << Printable(prompt) << " (Nobody is at the terminal; "
+            << (what == Typed::Password ? "--password-file" : "--passphrase-file")
+            << " names a file with it.)" << std::endl;
+  return std::nullopt;
 }
 
 std::optional<std::string> ConsoleUi::AskLine(std::string_view prompt) {

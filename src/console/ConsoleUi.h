@@ -5,7 +5,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 
 #include "console/Terminal.h"
 #include "engine/system/Ui.h"
@@ -30,16 +29,13 @@ class ConsoleUi final : public Ui {
       std::string_view title, std::string_view filter,
       const std::filesystem::path& initialFolder) override;
   std::optional<std::filesystem::path> PickFolder() override;
-  std::optional<std::string> MaskedInputBox(std::string_view prompt) override;
+  std::optional<std::string> MaskedInputBox(std::string_view prompt, Typed what) override;
   void ShowProgressForm(std::string_view caption) override;
   void SetProgress(const Progress& progress) override;
   /// Nothing: the paths of what is made go to standard output.
   void TellPlace(const std::filesystem::path& /*made*/) override {}
   bool GoOn() override;
   void EndProgram() override;
-
-  /// Answers every masked input box with `password` from now on.
-  void UsePassword(std::string password) { password_ = std::move(password); }
 
   /// The first line of a file, or for "-" of standard input. Throws as Terminal::ReadLine() does.
   std::string ReadFirstLine(const std::string& name) const;
@@ -57,7 +53,6 @@ class ConsoleUi final : public Ui {
 
   const Terminal& terminal_;
   const ConsoleOptions options_;
-  std::optional<std::string> password_;
   std::string heldBack_;
   Progress last_;
   std::chrono::steady_clock::time_point started_;

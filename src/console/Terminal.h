@@ -20,6 +20,9 @@ class Terminal {
   Terminal(const Terminal&) = delete;
   Terminal& operator=(const Terminal&) = delete;
 
+  /// The most bytes of a line that are read.
+  static constexpr std::size_t longestLine = 65536;
+
   /// Whether someone can be asked: both standard input and standard error are a terminal.
   static bool CanAsk();
 
@@ -31,7 +34,8 @@ class Terminal {
 
   /// Shows `prompt` on standard error and reads a line from standard input, without its line end;
   /// with `echo` false nothing typed is shown from the prompt on. Nothing at the end of the input.
-  /// A line ends after 4096 bytes at the latest. Throws Cancelled when a signal asks to stop, and
+  /// A line ends after longestLine bytes at the latest; nothing of it stays in memory besides what
+  /// is returned. Throws Cancelled when a signal asks to stop, and
   /// FileError when it cannot be read.
   std::optional<std::string> ReadLine(bool echo, std::string_view prompt = {}) const;
 

@@ -22,7 +22,6 @@ namespace slyver {
 namespace {
 
 constexpr std::array<int, 4> stopSignals = {SIGINT, SIGQUIT, SIGTERM, SIGHUP};
-constexpr std::size_t longestLine = 4096;
 
 /// Switches the terminal's echo off while it lives.
 class EchoOff {
@@ -53,7 +52,8 @@ std::optional<std::string> Read(int file, const std::filesystem::path& name,
                                 const Descriptor& signals, const Terminal& terminal,
                                 const Continued& continued) {
   std::string line;
-  while (line.size() < longestLine) {
+  line.reserve(Terminal::longestLine);  // Growing, it would leave copies behind.
+  while (line.size() < Terminal::longestLine) {
     std::array<pollfd, 2> waiting = {pollfd{signals.Get(), POLLIN, 0}, pollfd{file, POLLIN, 0}};
     if (poll(waiting.data(), waiting.size(), -1) < 0 && errno != EINTR) FailWithLastError(name);
     if (terminal.StopSignal() != 0) throw Cancelled{};

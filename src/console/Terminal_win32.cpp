@@ -11,6 +11,7 @@
 #include <iostream>
 
 #include "engine/system/FileError.h"
+#include "engine/system/Secret.h"
 #include "engine/system/Wide_win32.h"
 
 namespace slyver {
@@ -19,7 +20,6 @@ namespace {
 
 /// How long the system waits for a program whose window is closed, and so for its cleaning up.
 constexpr DWORD closingTime = 5000;
-constexpr std::size_t longestLine = 4096;
 
 /// A console's mode; nothing when the handle is no console.
 std::optional<DWORD> ModeOf(HANDLE handle) {
@@ -83,6 +83,7 @@ BOOL WINAPI OnControl(DWORD event) {
 /// The next line typed at the console, with its line end; empty when there is none.
 std::wstring ReadTypedLine(HANDLE input, const Stopping& stopping) {
   std::wstring line;
+  line.reserve(Terminal::longestLine);
   while (!line.ends_with(L'\n')) {
     std::array<wchar_t, 256> part = {};
     DWORD count = 0;
@@ -114,7 +115,8 @@ void WaitForPipe(HANDLE input, const Stopping& stopping) {
 std::optional<std::string> Read(HANDLE file, const std::filesystem::path& name,
                                 const Stopping& stopping) {
   std::string line;
-  while (line.size() < longestLine) {
+  line.reserve(Terminal::longestLine);  // Growing, it would leave copies behind.
+  while (line.size() < Terminal::longestLine) {
     WaitForPipe(file, stopping);
     if (stopping.signal != 0) throw Cancelled{};
     char c = 0;
@@ -168,10 +170,12 @@ std::optional<std::string> Terminal::ReadLine(bool echo, std::string_view prompt
   const ConsoleMode silence(STD_INPUT_HANDLE, 0, echo ? 0 : ENABLE_ECHO_INPUT);
   std::cerr << prompt << std::flush;
   if (ModeOf(input)) {
-    const std::wstring typed = ReadTypedLine(input, state_->stopping);
+    std::wstring typed = ReadTypedLine(input, state_->stopping);
     if (!echo) std::cerr << std::endl;
     if (typed.empty()) return std::nullopt;
-    return Utf8Of(std::wstring_view(typed).substr(0, typed.find_first_of(L"\r\n")));
+    std::string line = Utf8Of(std::wstring_view(typed).substr(0, typed.find_first_of(L"\r\n")));
+    Wipe(typed);
+    return line;
   }
   return Read(input, "standard input", state_->stopping);
 }

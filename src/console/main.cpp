@@ -140,6 +140,13 @@ void AddPasswordFile(CLI::App& command, Arguments& arguments) {
       .type_name("PATH");
 }
 
+CLI::Option& AddPassphraseFile(CLI::App& command, Arguments& arguments) {
+  return *AddPath(command, "--passphrase-file", arguments.passphraseFile,
+                  "Take the passphrase of the encrypted file from the first line of this file, as "
+                  "--password-file does")
+              .type_name("PATH");
+}
+
 void AddHide(CLI::App& app, Arguments& arguments) {
   CLI::App& command = *app.add_subcommand(
       "hide", "Hide a file in a copy of another, under a password; prints the copy's path");
@@ -147,10 +154,15 @@ void AddHide(CLI::App& app, Arguments& arguments) {
       .required();
   AddPath(command, "FILE", arguments.hidden, "The file to hide").required();
   command.footer(
-      "The hidden file's contents are not encrypted: anyone can read them in the new file. "
-      "The password only guards the list of names and lengths.");
+      "Without --encrypt anyone can read the hidden file in the new one: the password only guards "
+      "the list of names and lengths. With it a passphrase guards the contents, in the age format; "
+      "anyone can list the names and lengths and see that something is encrypted. Each use of a "
+      "passphrase takes about a second and 256 MiB of memory.");
+  CLI::Option* const encrypt = command.add_flag("-e,--encrypt", arguments.encrypt,
+                                                "Encrypt the file under a passphrase, as age does");
   AddOutput(command, arguments, "The folder for the copy [the folder of MAIN]");
   AddPasswordFile(command, arguments);
+  AddPassphraseFile(command, arguments).needs(encrypt);
   AddCommonOptions(command, arguments);
   command.callback([&arguments] { arguments.job = Hide; });
 }
@@ -179,6 +191,9 @@ void AddRecover(CLI::App& app, Arguments& arguments) {
       ->excludes(all);
   AddOutput(command, arguments, "The folder for what is recovered [the folder of CARRIER]");
   AddPasswordFile(command, arguments);
+  CLI::Option* const raw = command.add_flag("-r,--raw", arguments.raw,
+                                            "Recover encrypted files as they are, for age to open");
+  AddPassphraseFile(command, arguments).excludes(raw);
   AddCommonOptions(command, arguments);
   command.callback([&arguments] { arguments.job = Recover; });
 }

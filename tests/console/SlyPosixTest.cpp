@@ -22,6 +22,8 @@ namespace fs = std::filesystem;
 #define NO_PASSWORD \
   "Enter Password. (Nobody is at the terminal; --password-file names a file with it.)\n"
 #define UNCHECKED "There Is No Checksum File Of The Pieces. Their Bytes Were Not Checked.\n"
+#define SAME \
+  "The Passphrase Is The Password Of The List, Which Anyone Can Find Out. Choose Another One.\n"
 #define LIST "0\t7\ta.bin\n1\t3000\tb.bin\n2\t1\tc.bin\n3\t25\td.bin\n4\t5000\te.bin\n5\t6\tf.bin\n"
 
 /// The status that a shell would give a child's end.
@@ -252,6 +254,22 @@ constexpr Case scripts[] = {
      "@/TempRRR Holds Other Files. Move Them Away.\nUnable To Recover File.\n"},
     {"printf 'PK\\3\\4....' >z; $SLY hide -q $P z a.bin; rm z", 0, "@/Hidden File z\n",
      "z: The New File May Not Open, As Its Format (ZIP) Takes Nothing Behind Its End.\n"},
+    // Encrypted files. A list that is open to everyone needs no password.
+    {"c='Hidden File m.png'; echo p >pp; PP='--passphrase-file pp'; echo plain >t;"
+     "$SLY hide -q -e $PP m.png t; $SLY list \"$c\"; grep -ac plain \"$c\";"
+     "$SLY hide -q -y \"$c\" b.bin && $SLY recover -q $PP --all \"Hidden File $c\";"
+     "cmp t 'Original t' && cmp b.bin 'Original b.bin'; $SLY recover -q -f 0 \"Hidden File $c\";"
+     "printf xx | dd of=\"$c\" bs=1 seek=3170 conv=notrunc 2>/dev/null; $SLY recover $PP \"$c\"",
+     1,
+     "@/Hidden File m.png\n0\t188\tt.age\n0\n@/Hidden File Hidden File m.png\n@/Original t\n"
+     "@/Original b.bin\n",
+     "Enter Passphrase Of t. (Nobody is at the terminal; --passphrase-file names a file with it.)\n"
+     "t Is Damaged.\nUnable To Recover File.\n"},
+    {"printf 'Ab\\np\\n' >pw; $SLY hide -q -y -e --passphrase-file - $P one b.bin <pw;"
+     "$SLY hide -q -y -e --passphrase-file - --password-file - one b.bin <pw >/dev/null &&"
+     "$SLY recover -q --file 1 --password-file - --passphrase-file - 'Hidden File one' <pw;"
+     "cmp b.bin 'Original b.bin'; echo slyver | $SLY hide -e --passphrase-file - m.png a.bin",
+     1, "@/Original b.bin\n", SAME SAME},
     // What is refused, with its reason and nothing else.
     {"$SLY split b.bin --count 3000", 1, "", "Unable To Divide File.\n"},
     {"seq 9999 | $SLY split /dev/stdin", 1, "", "/dev/stdin: Not a regular file\n"},
@@ -314,15 +332,26 @@ TEST_F(Sly, DoesAndSaysWhatIsExpected) {
 
 TEST_F(Sly, TellsWrongUsageInALine) {
   // Behind "#" stands what must be said.
-  for (const std::string arguments :
-       {"# subcommand", "splot a # subcommand", "split # FILE", "join # PIECE", "list # CARRIER",
-        "split a b # b", "split a -s 5 -n 2 # --size excludes --count",
-        "split a -s 1.5 # --size: \"1.5\"", "split a -s 0 # --size: \"0\"",
-        "split a -n 0 # --count: \"0\"", "split a -n -1 # --count: \"-1\"",
-        "recover six -f 0 -m $P # --file excludes --main",
-        "recover six --all -m $P # --all excludes --main", "list six --password Ab # --password",
-        "split '' # FILE", "split a -o '' # --output", "hide '' a.bin # MAIN",
-        "hide m.png '' # FILE", "list six --password-file '' # --password-file"}) {
+  for (const std::string arguments : {"# subcommand",
+                                      "splot a # subcommand",
+                                      "split # FILE",
+                                      "join # PIECE",
+                                      "list # CARRIER",
+                                      "split a b # b",
+                                      "split a -s 5 -n 2 # --size excludes --count",
+                                      "split a -s 1.5 # --size: \"1.5\"",
+                                      "split a -s 0 # --size: \"0\"",
+                                      "split a -n 0 # --count: \"0\"",
+                                      "split a -n -1 # --count: \"-1\"",
+                                      "recover six -f 0 -m $P # --file excludes --main",
+                                      "recover six --all -m $P # --all excludes --main",
+                                      "list six --password Ab # --password",
+                                      "split '' # FILE",
+                                      "split a -o '' # --output",
+                                      "hide '' a.bin # MAIN",
+                                      "hide m.png '' # FILE",
+                                      "hide m.png a.bin --passphrase-file pw # --encrypt",
+                                      "list six --password-file '' # --password-file"}) {
     const Outcome outcome = Run("$SLY " + arguments + "\n");
     EXPECT_EQ(outcome.status, 2) << arguments;
     EXPECT_EQ(outcome.out, "") << arguments;
@@ -373,6 +402,16 @@ constexpr Talk talks[] = {
     {"mkfifo p; (sleep 0.5; kill $$) & exec $SLY list --password-file p six", "", 143, "true"},
     {"exec $SLY hide one b.bin", PASSWORD AGAIN "<Ab\n>" ADD " [y/n] <y\n>File Hidden.", 0,
      "cmp 'Hidden File one' two"},
+    // What one program encrypts the other opens.
+    {"$SLY hide -e m.png a.bin; $SLY recover --raw 'Hidden File m.png'; "
+     "exec age -d -o opened 'Original a.bin.age'",
+     "Enter Passphrase :<a \xC3\xA9\n>Re-Enter Passphrase :<a \xC3\xA9\n>File Recovered.<>"
+     "Enter passphrase:<a \xC3\xA9\n>",
+     0, "cmp a.bin opened"},
+    {"age -p -o x.age b.bin; $SLY hide -q $P m.png x.age; exec $SLY recover $P 'Hidden File m.png'",
+     "Enter passphrase<a \xC3\xA9\n>Confirm passphrase<a \xC3\xA9\n>"
+     "Enter Passphrase Of x.<a \xC3\xA9\n>File Recovered.",
+     0, "cmp b.bin 'Original x'"},
     {RECOVER, PASSWORD "d.bin<>" WHICH "<3\n>", 0, "cmp d.bin 'Original d.bin'"},
     {RECOVER, PASSWORD WHICH "<6\n>", 1, NOTHING_MADE},
     {RECOVER, PASSWORD WHICH "<\x04>", 1, NOTHING_MADE},

@@ -148,10 +148,10 @@ class ShownUi final : public WxUi, private wxModalDialogHook {
     EXPECT_EQ(WxUi::Question(text, buttons, icon), answer);
     return answer;
   }
-  std::optional<std::string> MaskedInputBox(std::string_view prompt) override {
-    std::optional<std::string> typed = script_.MaskedInputBox(prompt);
+  std::optional<std::string> MaskedInputBox(std::string_view prompt, Typed what) override {
+    std::optional<std::string> typed = script_.MaskedInputBox(prompt, what);
     Prepare(typed.value_or(""), typed ? wxID_OK : wxID_CANCEL);
-    EXPECT_EQ(WxUi::MaskedInputBox(prompt), typed);
+    EXPECT_EQ(WxUi::MaskedInputBox(prompt, what), typed);
     return typed;
   }
   std::optional<std::filesystem::path> OpenFile(

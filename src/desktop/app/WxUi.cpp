@@ -118,8 +118,8 @@ std::optional<std::filesystem::path> WxUi::PickFolder() {
   return PathOf(dialog.GetPath());
 }
 
-std::optional<std::string> WxUi::MaskedInputBox(std::string_view prompt) {
-  return MaskedInput(DialogParent(desktop_->JobRuns()), prompt);
+std::optional<std::string> WxUi::MaskedInputBox(std::string_view prompt, Typed what) {
+  return MaskedInput(DialogParent(desktop_->JobRuns()), prompt, what);
 }
 
 void WxUi::ShowProgressForm(std::string_view caption) {

@@ -38,6 +38,11 @@ void frmHideFile::MakeControls() {
   Text3_ = NewMaskedBox(area, "Text3", "Enter Password :", *note_);
   Label3_ = NewLabel(area, "Re-Enter Password :", "Label3");
   Text4_ = NewMaskedBox(area, "Text4", "Re-Enter Password :", *note_);
+  Check1_ = new wxCheckBox(area, wxID_ANY, "&Encrypt The File");
+  NameControl(*Check1_, "Check1", "Encrypt The File");
+  Check1_->SetToolTip(
+      "The password is then a passphrase of any length, without which nobody reads the file. It "
+      "takes about a second and 256 MiB of memory. The name and length can still be seen.");
   Command2_ = NewButton(area, "Hide", "Command2");
   Command3_ = NewButton(area, "Cancel", "Command3");
 }
@@ -48,6 +53,8 @@ void frmHideFile::LayOut() {
   FieldRow(*fields, Label4_, Text2_);
   FieldRow(*fields, Label2_, Text3_);
   FieldRow(*fields, Label3_, Text4_);
+  fields->AddSpacer(0);
+  fields->Add(Check1_);
   Text1_->SetMinSize({ConvertDialogToPixels(wxSize(200, -1)).x, Text1_->GetMinHeight()});
 
   auto* const column = new wxBoxSizer(wxVERTICAL);
@@ -68,6 +75,7 @@ void frmHideFile::Wire() {
   OnClick(Command3_, this, &frmHideFile::Command3_Click);
   Text1_->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { Text2_Change(); });
   Text2_->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { Text2_Change(); });
+  Check1_->Bind(wxEVT_CHECKBOX, [this](wxCommandEvent&) { Check1_Click(); });
   Text3_->Bind(wxEVT_TEXT_ENTER, [this](wxCommandEvent&) { Text4_->SetFocus(); });
   Text4_->Bind(wxEVT_TEXT_ENTER, [this](wxCommandEvent&) { Text4_KeyPress(); });
   for (wxTextCtrl* const path : {Text1_, Text2_})
@@ -85,10 +93,16 @@ void frmHideFile::SetFileToHide(const std::filesystem::path& file) {
 }
 
 void frmHideFile::Text2_Change() {
-  std::string note = NameNote(PathFromWx(Text2_->GetValue()));
+  std::string note = NameNote(PathFromWx(Text2_->GetValue()), Check1_->IsChecked());
   const std::string format = FormatNote(PathFromWx(Text1_->GetValue()));
   if (!note.empty() && !format.empty()) note += ". ";
   note_->ChangeValue(ToWx(note + format));
+}
+
+void frmHideFile::Check1_Click() {
+  for (wxTextCtrl* const box : {Text3_, Text4_})
+    LimitMaskedBox(*box, Check1_->IsChecked() ? Typed::Passphrase : Typed::Password);
+  Text2_Change();
 }
 
 // Enter in the second box.
@@ -118,15 +132,15 @@ void frmHideFile::Command1_Click() {
 
 void frmHideFile::Command2_Click() {
   RunStep([this] {
-    job_.emplace(HideForm{PathIn(*Text1_), PathIn(*Text2_), FromWx(Text3_->GetValue()),
-                          FromWx(Text4_->GetValue())},
-                 Talk(), BigFiles::Ask);
+    HideForm filled{PathIn(*Text1_), PathIn(*Text2_), SecretIn(*Text3_), SecretIn(*Text4_)};
+    filled.encrypt = Check1_->IsChecked();
+    job_.emplace(filled, Talk(), BigFiles::Ask);
     if (job_->Check() != HideJob::Next::GoOn) {
       const HideForm& form = job_->Form();
       Text1_->ChangeValue(PathToWx(form.Text1));
       Text2_->SetValue(PathToWx(form.Text2));
-      Text3_->ChangeValue(ToWx(form.Text3));
-      Text4_->ChangeValue(ToWx(form.Text4));
+      Text3_->ChangeValue(ToWx(form.Text3.Text()));
+      Text4_->ChangeValue(ToWx(form.Text4.Text()));
       for (const wxTextCtrl* const box : {Text4_, Text3_, Text2_, Text1_})
         if (box->IsEmpty()) FocusWhenFree(*box);
       return false;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <wx/button.h>
+#include <wx/checkbox.h>
 #include <wx/stattext.h>
 #include <wx/textctrl.h>
 #include <wx/timer.h>
@@ -13,7 +14,8 @@
 
 namespace slyver {
 
-/// The hide form: the main file, the file to hide, and the password twice.
+/// The hide form: the main file, the file to hide, the password twice, and whether the file is
+/// encrypted; then the password is a passphrase.
 class frmHideFile final : public ModernForm {
  public:
   explicit frmHideFile(FormHost& host);
@@ -26,6 +28,7 @@ class frmHideFile final : public ModernForm {
   void LayOut();
   void Wire();
   void Text2_Change();
+  void Check1_Click();
   void Text4_KeyPress();
   void Command1_Click();
   void Command2_Click();
@@ -45,6 +48,7 @@ class frmHideFile final : public ModernForm {
   wxTextCtrl* Text3_ = nullptr;
   wxStaticText* Label3_ = nullptr;
   wxTextCtrl* Text4_ = nullptr;
+  wxCheckBox* Check1_ = nullptr;
   wxButton* Command1_ = nullptr;
   wxButton* Command2_ = nullptr;
   wxButton* Command3_ = nullptr;

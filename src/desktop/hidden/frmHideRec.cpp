@@ -56,12 +56,19 @@ void frmHideRec::Wire() {
   OnClick(Command2_, this, &frmHideRec::Command2_Click);
   OnClick(Command3_, this, &frmHideRec::Command3_Click);
   OnClick(Command4_, this, &frmHideRec::Command4_Click);
+  Text1_->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { Text1_Change(); });
   Text2_->Bind(wxEVT_TEXT_ENTER, [this](wxCommandEvent&) { Command1_Click(); });
   AcceptDroppedFile(*Text1_,
                     [this](const std::filesystem::path& dropped, const std::string& remark) {
                       Text1_->SetValue(PathToWx(dropped));
                       Say(remark);
                     });
+}
+
+// Where the list needs no password, what is typed is the passphrase of an encrypted file.
+void frmHideRec::Text1_Change() {
+  const bool open = ListIsOpen(PathFromWx(Text1_->GetValue()));
+  LimitMaskedBox(*Text2_, open ? Typed::Passphrase : Typed::Password);
 }
 
 void frmHideRec::Command3_Click() {
@@ -91,7 +98,7 @@ void frmHideRec::Command2_Click() {
 
 void frmHideRec::Start(RecoverJob::Next (RecoverJob::*procedure)()) {
   Run([this, procedure] {
-    const RecoverForm form{PathIn(*Text1_), FromWx(Text2_->GetValue())};
+    const RecoverForm form{PathIn(*Text1_), SecretIn(*Text2_)};
     Hide();
     job_.emplace(form, Talk(), BigFiles::Ask);
     return ((*job_).*procedure)();

@@ -30,6 +30,7 @@ class frmHideRec final : public ModernForm {
   void MakeControls();
   void LayOut();
   void Wire();
+  void Text1_Change();
   void Command1_Click();
   void Command2_Click();
   void Command3_Click();

@@ -36,6 +36,17 @@ wxTextCtrl* NewMaskedBox(wxWindow* parent, const wxString& name, const wxString&
   return box;
 }
 
+void LimitMaskedBox(wxTextCtrl& box, Typed what) {
+  box.SetMaxLength(what == Typed::Password ? maxNameLength : 0);
+}
+
+Secret SecretIn(const wxTextCtrl& box) {
+  wxString text = box.GetValue();
+  const Secret secret = Secret::Of(FromWx(text));
+  text.assign(text.length(), '*');
+  return secret;
+}
+
 std::filesystem::path PathIn(const wxTextCtrl& box) {
   const std::filesystem::path typed = PathFromWx(box.GetValue());
   return typed.empty() ? typed : FullPathOf(typed);

@@ -8,6 +8,9 @@
 #include <filesystem>
 #include <initializer_list>
 
+#include "engine/system/Secret.h"
+#include "engine/system/Ui.h"
+
 namespace slyver {
 
 /// The controls and rows that the forms are made of. `name` is the window's name, by which tests
@@ -23,6 +26,13 @@ wxTextCtrl* NewTextBox(wxWindow* parent, const wxString& name, const wxString& l
 /// survive in a carrier. At the 25th it beeps, and `line` says why until something else is typed.
 wxTextCtrl* NewMaskedBox(wxWindow* parent, const wxString& name, const wxString& label,
                          wxTextCtrl& line);
+
+/// Lets a masked box take what a password may have, or a passphrase, which may be of any length.
+void LimitMaskedBox(wxTextCtrl& box, Typed what);
+
+/// What is typed into a masked box. The toolkit's own copy stays in its memory until it is used for
+/// something else.
+Secret SecretIn(const wxTextCtrl& box);
 
 /// The path typed into `box`, made absolute; empty when there is none. Throws FileError.
 std::filesystem::path PathIn(const wxTextCtrl& box);

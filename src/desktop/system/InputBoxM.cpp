@@ -11,18 +11,19 @@ namespace {
 
 class MaskedInputBox final : public Dialog {
  public:
-  MaskedInputBox(wxWindow* parent, const wxString& prompt) : Dialog(parent) {
+  MaskedInputBox(wxWindow* parent, const wxString& prompt, Typed what) : Dialog(parent) {
     auto* const column = new wxBoxSizer(wxVERTICAL);
     column->Add(NewLabel(this, prompt, "Prompt"));
     line_ = NewStatusLine(this, "Note");
     box_ = NewMaskedBox(this, "Text", prompt, *line_);
+    LimitMaskedBox(*box_, what);
     column->Add(box_, wxSizerFlags().Expand().Border(wxTOP | wxBOTTOM, Margin() / 2));
     column->Add(line_, wxSizerFlags().Expand());
     Complete(column, wxOK | wxCANCEL);
     box_->SetFocus();
     box_->Bind(wxEVT_TEXT_ENTER, [this](wxCommandEvent&) { EndModal(wxID_OK); });
   }
-  wxString Typed() const { return box_->GetValue(); }
+  std::string Text() const { return SecretIn(*box_).Text(); }
 
  private:
   wxTextCtrl* line_;
@@ -31,10 +32,10 @@ class MaskedInputBox final : public Dialog {
 
 }  // namespace
 
-std::optional<std::string> MaskedInput(wxWindow* parent, std::string_view prompt) {
-  MaskedInputBox box(parent, ToWx(prompt));
+std::optional<std::string> MaskedInput(wxWindow* parent, std::string_view prompt, Typed what) {
+  MaskedInputBox box(parent, ToWx(prompt), what);
   if (box.ShowModal() != wxID_OK) return std::nullopt;
-  return FromWx(box.Typed());
+  return box.Text();
 }
 
 }  // namespace slyver

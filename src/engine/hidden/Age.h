@@ -19,8 +19,8 @@ namespace slyver {
 /// with the usual work factor, 18, it takes about a second and 256 MiB of memory, and each one more
 /// doubles both.
 
-/// What every age file begins with, whatever its version.
-inline constexpr std::string_view ageBeginning = "age-encryption.org/";
+/// What every age file of this version begins with.
+inline constexpr std::string_view ageBeginning = "age-encryption.org/v1\n";
 
 inline constexpr int ageWorkFactor = 18;
 /// Files of a higher one are refused: whoever sends them decides what they cost.

@@ -127,15 +127,24 @@ bool IsBareFileName(std::string_view name) {
          name != "." && name != "..";
 }
 
-std::string StoredName(std::string_view name) {
+bool ListIsOpen(const std::filesystem::path& carrier) {
+  try {
+    const Directory directory = Directory::OfCarrier(carrier);
+    return directory.Count(nameKey) > 0 && directory.IsPassword(openPassword);
+  } catch (const FileError&) {
+    return false;
+  }
+}
+
+std::string StoredName(std::string_view name, std::size_t most) {
   std::string stored = ToText8Lossy(name);
   std::replace_if(stored.begin(), stored.end(), IsRefused, '_');
   if (NamesADrive(stored)) stored[1] = '_';
-  if (stored.size() <= maxNameLength) return stored;
+  if (stored.size() <= most) return stored;
   const std::size_t dot = stored.rfind('.');
   const std::string extension = dot == std::string::npos ? std::string{} : stored.substr(dot);
-  const bool keeps = extension.size() < maxNameLength;
-  return stored.substr(0, maxNameLength - (keeps ? extension.size() : 0)) +
+  const bool keeps = extension.size() < most;
+  return stored.substr(0, most - (keeps ? extension.size() : 0)) +
          (keeps ? extension : std::string{});
 }
 

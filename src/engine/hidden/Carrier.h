@@ -27,6 +27,13 @@ inline constexpr int maxHiddenFiles = 6;
 /// A name, and so a password, of more characters does not survive being read back.
 inline constexpr std::size_t maxNameLength = 24;
 
+/// The password of a list that anyone may read, as a carrier's is whose hidden file is a secret by
+/// itself: who reads a directory finds its password, so a passphrase must not be one.
+inline constexpr std::string_view openPassword = "slyver";
+
+/// What the name of a hidden file ends in that is encrypted.
+inline constexpr std::string_view encryptedEnding = ".age";
+
 inline constexpr std::string_view mainSection = "s@4)";
 inline constexpr std::string_view nameKey = "&hed#";
 inline constexpr std::string_view lengthKey = "?Kj*^";
@@ -104,10 +111,14 @@ class Directory {
 /// before it: not empty, no separators, drive or control characters, neither "." nor "..".
 bool IsBareFileName(std::string_view name);
 
-/// A file's name (UTF-8) as a directory keeps it: 8-bit text of at most 24 characters, the first
-/// ones and the extension. "_" stands for each character that the code page lacks or that no bare
-/// file name has.
-std::string StoredName(std::string_view name);
+/// Whether the list of what `carrier` hides opens with openPassword. False also where nothing is
+/// hidden in it or that cannot be told.
+bool ListIsOpen(const std::filesystem::path& carrier);
+
+/// A file's name (UTF-8) as a directory keeps it: 8-bit text of at most `most` characters, the
+/// first ones and the extension. "_" stands for each character that the code page lacks or that no
+/// bare file name has.
+std::string StoredName(std::string_view name, std::size_t most = maxNameLength);
 
 /// The text of the directory of a first hide: the main file, then record 0, all enciphered with
 /// `password`. Lengths are in bytes.

@@ -18,6 +18,7 @@
 #include "engine/system/StepProgress.h"
 #include "engine/system/TargetFile.h"
 #include "engine/system/Text8.h"
+#include "engine/system/WorkAside.h"
 
 namespace slyver {
 
@@ -75,6 +76,14 @@ bool CanBegin(const fs::path& path) {
   }
 }
 
+/// The name that a file's record has, but for the ending of an encrypted one.
+std::string RecordName(const fs::path& hidden, bool encrypt) {
+  return StoredName(NameOf(hidden), maxNameLength - (encrypt ? encryptedEnding.size() : 0));
+}
+
+constexpr std::string_view sameAsList =
+    "The Passphrase Is The Password Of The List, Which Anyone Can Find Out. Choose Another One.";
+
 /// Whether a carrier with so many records takes no more.
 bool IsFull(int records) {
   return records >= maxHiddenFiles;
@@ -87,9 +96,9 @@ std::string FullText(int records) {
 
 }  // namespace
 
-std::string NameNote(const fs::path& hidden) {
+std::string NameNote(const fs::path& hidden, bool encrypt) {
   const std::string name = NameOf(hidden);
-  const std::string stored = FromText8(StoredName(name));
+  const std::string stored = FromText8(RecordName(hidden, encrypt));
   return stored == name ? std::string{} : "The Name Will Come Back As " + stored;
 }
 
@@ -153,13 +162,15 @@ Next HideJob::CheckNames() {
 }
 
 Next HideJob::CheckPasswords() {
-  if (form_.Text3.empty() || form_.Text4.empty()) return Back("Enter Password.");
+  password_ = openPassword;
+  if (!form_.encrypt && ListIsOpen(form_.Text1)) return Next::GoOn;
+  if (form_.Text3.Text().empty() || form_.Text4.Text().empty()) return Back("Enter Password.");
   if (form_.Text3 != form_.Text4) {
-    form_.Text3.clear();
-    form_.Text4.clear();
+    form_.Text3 = form_.Text4 = {};
     return Back("Passwords Do Not Match. Re-Enter Them.");
   }
-  const std::optional<std::string> password = PasswordText8(form_.Text3, ui_);
+  if (form_.encrypt) return form_.Text3.Text() == openPassword ? Back(sameAsList) : Next::GoOn;
+  const std::optional<std::string> password = PasswordText8(form_.Text3.Text(), ui_);
   if (!password) return Next::Form;
   password_ = *password;
   return Next::GoOn;
@@ -218,21 +229,37 @@ Next HideJob::ChooseAddition(int records, const Directory& old) {
                 "There are Files Already Hidden In This File. Do You Want To Add Another File In "
                 "It?"))
     return Over({}, Icon::None);
-  const std::string typed =
-      ui_.MaskedInputBox("Enter Password Of The Last File.").value_or(std::string{});
-  const std::optional<std::string> password = ToText8(typed);
-  if (!password || password->empty() || !old.IsPassword(*password))
-    return Over("Incorrect Password.", Icon::Critical);
-  password_ = *password;
+  password_ = openPassword;
+  if (!old.IsPassword(openPassword)) {
+    if (!form_.last)
+      form_.last = Secret::Of(
+          ui_.MaskedInputBox("Enter Password Of The Last File.", Typed::Password).value_or(""));
+    const std::optional<std::string> password = ToText8(form_.last->Text());
+    if (!password || password->empty() || !old.IsPassword(*password))
+      return Over("Incorrect Password.", Icon::Critical);
+    password_ = *password;
+    if (form_.encrypt && form_.last == form_.Text3) return Over(sameAsList, Icon::Information);
+  }
   if (!old.FillsCarrier(password_, records, main_.length))
     throw FileError(form_.Text1, "The list of the files hidden in it is damaged");
   index_ = records;
   return StageHideFiles(&old);
 }
 
+/// The new record. A file to encrypt is begun.
+Record HideJob::HiddenRecord() {
+  const std::string name = RecordName(form_.Text2, form_.encrypt);
+  if (!form_.encrypt) return {name, std::to_string(hidden_.length)};
+  sealed_ = WorkAside(ui_, [this] { return BeginAgeFile(form_.Text3.Text()); });
+  form_.Text3 = form_.Text4 = {};
+  WriteSmallFile(InWork("2.age"), sealed_.beginning, Existing::ReplaceScratch);
+  return {name + std::string(encryptedEnding),
+          std::to_string(sealed_.beginning.size() + sealed_.cipher->TargetLength(hidden_.length))};
+}
+
 /// Writes the new directory: of a first hide, or of an addition to `old`.
 Next HideJob::StageHideFiles(const Directory* old) {
-  const Record hidden = {StoredName(NameOf(form_.Text2)), std::to_string(hidden_.length)};
+  const Record hidden = HiddenRecord();
   if (old == nullptr) {
     mainBytes_ = main_.length;
     const Record main = {StoredName(NameOf(form_.Text1)), std::to_string(main_.length)};
@@ -286,9 +313,18 @@ std::optional<fs::path> HideJob::DoAll() {
     const fs::path carrierPath = OutputPath();
     const FileState directoryState = StateOf(directory);
     CopyPlan joined;
-    joined.ranges = {{joined.sources.Add(form_.Text1, main_), 0, mainBytes_},
-                     {joined.sources.Add(form_.Text2, hidden_), 0, hidden_.length},
-                     {joined.sources.Add(directory, directoryState), 0, directoryState.length}};
+    const auto add = [&](const fs::path& path, const FileState& state, std::uint64_t length) {
+      joined.ranges.push_back({joined.sources.Add(path, state), 0, length});
+    };
+    add(form_.Text1, main_, mainBytes_);
+    if (sealed_.cipher) {
+      const FileState beginning = StateOf(InWork("2.age"));
+      add(InWork("2.age"), beginning, beginning.length);
+      joined.cipher = sealed_.cipher;
+      joined.ciphered = joined.ranges.size();
+    }
+    add(form_.Text2, hidden_, hidden_.length);
+    add(directory, directoryState, directoryState.length);
     joined.EndTarget();
     joined.names = {carrierPath.parent_path(), PathText(carrierPath.filename()), "", 0};
     joined.rights = Narrowed(main_.rights, hidden_.rights);

@@ -6,8 +6,11 @@
 #include <string>
 #include <string_view>
 
+#include "engine/hidden/Age.h"
 #include "engine/hidden/BigFiles.h"
 #include "engine/hidden/Carrier.h"
+#include "engine/system/CoreDump.h"
+#include "engine/system/Secret.h"
 #include "engine/system/SourceFile.h"
 #include "engine/system/Ui.h"
 #include "engine/system/WorkFolders.h"
@@ -18,14 +21,17 @@ namespace slyver {
 struct HideForm {
   std::filesystem::path Text1;  ///< The main file.
   std::filesystem::path Text2;  ///< The file to hide.
-  std::string Text3;            ///< The password,
-  std::string Text4;            ///< and again.
+  Secret Text3;                 ///< The password, or the passphrase where the file is encrypted,
+  Secret Text4;                 ///< and again.
   std::filesystem::path output =
-      {};  ///< The folder for the carrier; that of the main file when empty.
+      {};                ///< The folder for the carrier; that of the main file when empty.
+  bool encrypt = false;  ///< "Encrypt The File".
+  std::optional<Secret> last = {};  ///< The password of the last file; asked for when not given.
 };
 
-/// The name under which a file to hide will come back, in a sentence. Empty when it is its own.
-std::string NameNote(const std::filesystem::path& hidden);
+/// The name under which a file to hide, encrypted or not, will come back, in a sentence. Empty when
+/// it is its own.
+std::string NameNote(const std::filesystem::path& hidden, bool encrypt = false);
 
 /// Says that the carrier may not open as the main file does: its format, which its first bytes
 /// tell, is read from its end or takes nothing behind it. Empty for any other file, and for one
@@ -78,19 +84,22 @@ class HideJob {
   Next ChooseAddition(int records, const Directory& old);
   Next StageHideFiles(const Directory* old);
   bool DirectoryIsWritten() const;
+  Record HiddenRecord();
   Next Back(std::string_view message);
   Next Over(std::string_view message, Icon icon);
   Next Unable();
   std::filesystem::path OutputPath() const;
   std::filesystem::path InWork(const char* name) const;
 
+  const NoCoreDump noCoreDump_;
   HideForm form_;
   Ui& ui_;
   const BigFiles bigFiles_;
   FileState main_;  ///< Both files as they are checked; they must stay so.
   FileState hidden_;
   std::uint64_t mainBytes_ = 0;  ///< What of the main file goes into the carrier.
-  std::string password_;         ///< 8-bit text.
+  std::string password_;         ///< Of the list, 8-bit text.
+  NewAgeFile sealed_;            ///< What is hidden instead of the file where it is encrypted.
   int index_ = 0;                ///< The new record's.
   int ticks_ = 0;
   std::optional<ScratchFolder> run_;    ///< Stands for the root of the disk.

@@ -9,6 +9,7 @@
 #include "engine/system/FileError.h"
 #include "engine/system/Files.h"
 #include "engine/system/PathText.h"
+#include "engine/system/WorkAside.h"
 
 namespace slyver {
 
@@ -33,8 +34,10 @@ constexpr Refusal noPassword = {"Enter Password.", Icon::Information, Next::Form
 /// What the pieces in the work folder are named after.
 constexpr std::string_view pieceTitle = "tempRRR.tmp";
 
-/// A password as 8-bit text. Throws Refusal.
-std::string UsablePassword(std::string_view typed, Ui& ui) {
+/// The password of a carrier's list as 8-bit text: the one typed, unless the list opens without.
+/// Throws Refusal.
+std::string ListPassword(const fs::path& carrier, std::string_view typed, Ui& ui) {
+  if (ListIsOpen(carrier)) return std::string(openPassword);
   if (typed.empty()) throw noPassword;
   std::optional<std::string> password = PasswordText8(typed, ui);
   if (!password) throw Refusal{{}, Icon::None, Next::Form};
@@ -104,7 +107,8 @@ void RecoverJob::Preamble() {
                 "File. Please Exit Other Applications You Might Be Running. Do You Want To "
                 "Continue?"))
     throw Refusal{};
-  password_ = UsablePassword(form_.Text2, ui_);
+  password_ = ListPassword(form_.Text1, form_.Text2.Text(), ui_);
+  passphrase_ = form_.passphrase.value_or(form_.Text2);
   folder_ = form_.output.empty() ? FullPathOf(form_.Text1).parent_path() : form_.output;
   work_.emplace(folder_ / "TempRRR");
   ui_.ShowProgressForm("Recovering Files");
@@ -154,18 +158,59 @@ Next RecoverJob::RecAll() {
 
 /// Recovers the files, none of them when one fails.
 Next RecoverJob::Recover(const std::vector<HiddenFile>& files) {
+  std::vector<Contents> contents;
+  for (const HiddenFile& file : files) contents.push_back(ContentsOf(file));
+  if (!work_) work_.emplace(folder_ / "TempRRR");
   for (const double value : {50, 60, 75}) SetProgress(value);
   std::vector<fs::path> pieces;
-  pieces.reserve(files.size());
-  for (const HiddenFile& file : files)
+  for (const auto& [file, cipher] : contents)
     pieces.push_back(Cut(file.offset, file.length,
-                         std::string(pieceTitle) + "-" + std::to_string(pieces.size()), 75));
+                         std::string(pieceTitle) + "-" + std::to_string(pieces.size()), 75,
+                         cipher));
   SetProgress(85);
   SetProgress(90);
-  for (std::size_t i = 0; i < files.size(); ++i) MoveOut(pieces[i], files[i].name);
+  for (std::size_t i = 0; i < files.size(); ++i) MoveOut(pieces[i], contents[i].file.name);
   SetProgress(95);
   SetProgress(100);
   return Over("File Recovered.", Icon::Information);
+}
+
+/// Looks whether a hidden file is an encrypted one that is to be deciphered, and asks for what that
+/// takes.
+RecoverJob::Contents RecoverJob::ContentsOf(const HiddenFile& file) {
+  if (form_.raw || !file.name.ends_with(encryptedEnding) || file.name == encryptedEnding)
+    return {file, nullptr};
+  const SourceFile carrier(form_.Text1);
+  carrier.ThrowUnlessOpenedAs(carrier_);
+  std::string beginning(
+      static_cast<std::size_t>(std::min<std::uint64_t>(file.length, ageHeaderRoom)), '\0');
+  carrier.Read(file.offset, beginning);
+  if (!beginning.starts_with(ageBeginning)) return {file, nullptr};
+  const std::string name =
+      SystemFileName(file.name.substr(0, file.name.size() - encryptedEnding.size()));
+  const auto header = ReadAgeHeader(beginning, file.length, name);
+  auto cipher = header ? Unlock(*header) : nullptr;
+  if (!cipher) return {file, nullptr};
+  return {{name, file.offset + header->length, file.length - header->length}, std::move(cipher)};
+}
+
+/// What deciphers an encrypted file; null when the user wants it as it is.
+std::shared_ptr<const RangeCipher> RecoverJob::Unlock(const AgeHeader& header) {
+  const auto open = [&] {
+    return WorkAside(ui_, [&] { return UnlockAge(header, passphrase_.Text()); });
+  };
+  if (!passphrase_.Text().empty()) {
+    if (auto cipher = open()) return cipher;
+    if (form_.passphrase) throw incorrect;
+  }
+  work_.reset();  // The user may take long to answer.
+  auto typed = ui_.MaskedInputBox("Enter Passphrase Of " + header.name + ".", Typed::Passphrase);
+  if (!typed) throw Refusal{};
+  passphrase_ = Secret::Of(std::move(*typed));
+  if (passphrase_.Text().empty()) return nullptr;
+  auto cipher = open();
+  if (!cipher) throw incorrect;
+  return cipher;
 }
 
 Next RecoverJob::RecMain() {
@@ -185,7 +230,7 @@ Next RecoverJob::RecMain() {
 /// Cuts bytes of the carrier into the file `name` of the work folder and returns its path. The bar
 /// stands at `barValue`.
 fs::path RecoverJob::Cut(std::uint64_t offset, std::uint64_t length, const std::string& name,
-                         double barValue) {
+                         double barValue, std::shared_ptr<const RangeCipher> cipher) {
   fs::path made;
   if (offset == 0) {
     ChunkOptions options;
@@ -205,6 +250,7 @@ fs::path RecoverJob::Cut(std::uint64_t offset, std::uint64_t length, const std::
     options.TrailerSize = options.SecondPieceSize = length;
     options.state = carrier_;
     options.barValue = barValue;
+    options.cipher = std::move(cipher);
     const SplitResult cut = SplitFile(form_.Text1, offset, options, ui_);
     if (cut.pieces < 1) throw Refusal(unable);
     made = options.title + "." + cut.NumberMask.substr(1) + "1";
@@ -242,9 +288,9 @@ std::optional<int> CountHiddenFiles(const fs::path& carrier, Ui& ui) {
 }
 
 std::optional<std::vector<HiddenFile>> ListHiddenFiles(const fs::path& carrier,
-                                                       std::string_view password, Ui& ui) {
+                                                       const Secret& password, Ui& ui) {
   return LookInto(carrier, ui, [&](std::uint64_t length) {
-    const std::string password8 = UsablePassword(password, ui);
+    const std::string password8 = ListPassword(carrier, password.Text(), ui);
     const Directory directory = DirectoryOf(carrier, length);
     RequirePassword(directory, password8);
     return FilesOf(directory, password8, length);

@@ -7,8 +7,11 @@
 #include <string_view>
 #include <vector>
 
+#include "engine/hidden/Age.h"
 #include "engine/hidden/BigFiles.h"
 #include "engine/hidden/Carrier.h"
+#include "engine/system/CoreDump.h"
+#include "engine/system/Secret.h"
 #include "engine/system/SourceFile.h"
 #include "engine/system/Ui.h"
 #include "engine/system/WorkFolders.h"
@@ -18,14 +21,19 @@ namespace slyver {
 /// What the recover form holds, by the names of its controls. All text is UTF-8.
 struct RecoverForm {
   std::filesystem::path Text1;  ///< The carrier.
-  std::string Text2;            ///< The password.
+  Secret Text2;                 ///< The password; also tried as passphrase of encrypted files.
   std::filesystem::path output =
-      {};  ///< The folder for what is recovered; the carrier's when empty.
+      {};            ///< The folder for what is recovered; the carrier's when empty.
+  bool raw = false;  ///< Encrypted files are not deciphered.
+  std::optional<Secret> passphrase = {};  ///< Theirs; where not given it is asked for.
 };
 
 /// "Rec Hidden" and "Rec Main": write a hidden file, or the main file's own bytes, beside the
 /// carrier as "Original " and the name. The carrier is never changed, and recovering a file costs
 /// that file's length, not the carrier's.
+///
+/// A hidden file whose record's name ends in ".age" and which is an age file with a passphrase is
+/// deciphered on the way, and named without that ending.
 ///
 /// All is said and asked through the Ui. The work folder "TempRRR" goes before the final message,
 /// and with the object. Every procedure throws Cancelled when the user stops it.
@@ -60,24 +68,34 @@ class RecoverJob {
   const std::vector<std::filesystem::path>& Recovered() const { return recovered_; }
 
  private:
+  /// What is written of a hidden file: its bytes, changed by `cipher` unless that is null.
+  struct Contents {
+    HiddenFile file;
+    std::shared_ptr<const RangeCipher> cipher;
+  };
+
   template <typename Procedure>
   Next Guarded(const Procedure& procedure);
   void Preamble();
   Directory OpenDirectory(double progress);
   void OpenFiles();
   Next Recover(const std::vector<HiddenFile>& files);
+  Contents ContentsOf(const HiddenFile& file);
+  std::shared_ptr<const RangeCipher> Unlock(const AgeHeader& header);
   std::filesystem::path Cut(std::uint64_t offset, std::uint64_t length, const std::string& name,
-                            double barValue);
+                            double barValue, std::shared_ptr<const RangeCipher> cipher = {});
   void MoveOut(const std::filesystem::path& piece, const std::string& name);
   void SetProgress(double value);
   Next Over(std::string_view message, Icon icon);
 
+  const NoCoreDump noCoreDump_;
   RecoverForm form_;
   Ui& ui_;
   const BigFiles bigFiles_;
   std::filesystem::path folder_;  ///< For what is recovered.
   FileState carrier_;             ///< It must stay in this state.
-  std::string password_;          ///< 8-bit text.
+  std::string password_;          ///< Of the list, 8-bit text.
+  Secret passphrase_;             ///< The one to try, if any.
   std::vector<HiddenFile> files_;
   std::optional<ScratchFolder> work_;
   std::vector<std::filesystem::path> recovered_;
@@ -91,6 +109,6 @@ std::optional<int> CountHiddenFiles(const std::filesystem::path& carrier, Ui& ui
 /// Hidden In This File.", "Incorrect Password. Unable To Recover File." or "Unable To Recover
 /// File."; then the result is nothing. `password` is UTF-8.
 std::optional<std::vector<HiddenFile>> ListHiddenFiles(const std::filesystem::path& carrier,
-                                                       std::string_view password, Ui& ui);
+                                                       const Secret& password, Ui& ui);
 
 }  // namespace slyver

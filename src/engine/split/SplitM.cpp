@@ -120,6 +120,7 @@ SplitResult SplitFile(const std::filesystem::path& source, std::uint64_t pieceSi
       plan.names.width = mask.size();
       plan.rights = WithoutExecute(state.rights);
       plan.existing = Existing::ReplaceScratch;
+      plan.cipher = options.cipher;
       const Watch watch = StepsTo(30, count, ui, "PB1", options.barValue);
       Copy(plan, options.SkipThenTrailer ? WithoutBytes(watch) : watch);
       return {pieces, mask};

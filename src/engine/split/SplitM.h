@@ -2,10 +2,12 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 
 #include "engine/system/Files.h"
+#include "engine/system/RangeCipher.h"
 #include "engine/system/Ui.h"
 
 namespace slyver {
@@ -26,6 +28,7 @@ struct SplitOptions {
   /// Pieces of a recovery are named name + "." + number, filled with zeros to the length of
   /// NumberMask, and replace scratch files unasked; those of a split are named by PieceNameOf().
   bool forRecovery = false;
+  std::shared_ptr<const RangeCipher> cipher;  ///< Changes the bytes of the one piece, or is null.
 };
 
 struct SplitResult {

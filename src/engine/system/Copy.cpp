@@ -112,11 +112,14 @@ class Copying {
       Buffer buffer{std::vector<char>(bufferSize), {}};
       if (plan_.TakesDigests()) buffer.sha256.emplace();
       while (const std::optional<Job> job = Next()) {
-        if (!Share(*job)) CopySlice(*job, buffer, between);
+        if (job->slice.cipher != nullptr)
+          ConvertSlice(*job, buffer.bytes, between);
+        else if (!Share(*job))
+          CopySlice(*job, buffer, between);
         if (stop_) return;
         if (buffer.sha256) digests_[job->slice.range] = buffer.sha256->Finish();
         job->source->file.ThrowIfChanged();
-        const std::uint64_t share = job->slice.length + (job->slice.beginsRange ? 1 : 0);
+        const std::uint64_t share = job->slice.targetLength + (job->slice.beginsRange ? 1 : 0);
         if (job->target->left.fetch_sub(share) == share)
           targets_.Complete(job->target->number, *job->target->file);
       }
@@ -170,6 +173,23 @@ class Copying {
       job.target->file->Write(slice.targetOffset + done, part);
       done += part.size();
       bytesDone_ += part.size();
+    }
+  }
+
+  void ConvertSlice(const Job& job, std::vector<char>& buffer, const Tick& between) {
+    const Slice& slice = job.slice;
+    std::uint64_t chunk = slice.firstChunk;
+    std::uint64_t written = 0;
+    for (std::uint64_t done = 0; done < slice.length && !stop_; between()) {
+      const auto size = static_cast<std::size_t>(
+          std::min<std::uint64_t>(slice.cipher->SourceChunk(), slice.length - done));
+      job.source->file.Read(slice.sourceOffset + done, std::span(buffer).first(size));
+      done += size;
+      const bool isLast = slice.endsRange && done == slice.length;
+      const std::size_t converted = slice.cipher->Convert(chunk++, isLast, buffer, size);
+      job.target->file->Write(slice.targetOffset + written, std::span(buffer).first(converted));
+      written += converted;
+      bytesDone_ += size;
     }
   }
 

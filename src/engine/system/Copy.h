@@ -28,6 +28,8 @@ using Watch = std::function<bool(const CopyProgress&)>;
 /// is told so before it touches any. Where an earlier set is replaced, it stays whole until the
 /// new one is complete and on the disk, and comes back if the exchange fails.
 ///
+/// Bytes that a cipher changes are changed on the way; what it throws stops the copy.
+///
 /// Two threads at most copy, each with a small buffer, since one reads while the other writes;
 /// where the system gives none, this thread does.
 ///

@@ -9,6 +9,7 @@ namespace slyver {
 namespace {
 
 constexpr std::uint64_t sliceLength = std::uint64_t{4} * 1024 * 1024;
+constexpr std::uint64_t sliceChunks = 64;
 constexpr std::uint64_t sharedSliceLength = std::uint64_t{64} * 1024 * 1024;
 
 }  // namespace
@@ -32,9 +33,14 @@ std::filesystem::path TargetNames::Path(std::size_t index) const {
   return folder / PathFromText(before + zeros + digits + after);
 }
 
+std::uint64_t CopyPlan::LengthThere(std::size_t range) const {
+  const RangeCipher* const changing = CipherOf(range);
+  return changing != nullptr ? changing->TargetLength(ranges[range].length) : ranges[range].length;
+}
+
 std::uint64_t CopyPlan::Length(std::size_t target) const {
   std::uint64_t length = 0;
-  for (std::size_t i = FirstRange(target); i < rangeEnds[target]; ++i) length += ranges[i].length;
+  for (std::size_t i = FirstRange(target); i < rangeEnds[target]; ++i) length += LengthThere(i);
   return length;
 }
 
@@ -51,11 +57,12 @@ std::uint64_t CopyPlan::SpaceNeeded(const Sharing& sharing) const {
   for (std::size_t i = 0, target = 0; i < ranges.size(); ++i) {
     for (; i == rangeEnds[target]; ++target) targetOffset = 0;
     const Part shared = SharedPart(i, target, targetOffset, sharing);
-    targetOffset += ranges[i].length;
-    ofSource += ranges[i].length - (sharing.byServer ? 0 : shared.end - shared.begin);
+    targetOffset += LengthThere(i);
+    ofSource += LengthThere(i) - (sharing.byServer ? 0 : shared.end - shared.begin);
     if (i + 1 < ranges.size() && ranges[i + 1].source == ranges[i].source) continue;
     const FileState& state = sources.State(ranges[i].source);
-    needed += state.IsSparse() ? std::min(ofSource, state.space) : ofSource;
+    needed +=
+        state.IsSparse() && CipherOf(i) == nullptr ? std::min(ofSource, state.space) : ofSource;
     ofSource = 0;
   }
   return needed;
@@ -65,9 +72,9 @@ std::uint64_t CopyPlan::SpaceToReserve(std::size_t target, const Sharing& sharin
   std::uint64_t length = 0;
   for (std::size_t i = FirstRange(target); i < rangeEnds[target]; ++i) {
     const Part shared = SharedPart(i, target, length, sharing);
-    const bool sparse = sources.State(ranges[i].source).IsSparse();
+    const bool sparse = sources.State(ranges[i].source).IsSparse() && CipherOf(i) == nullptr;
     if (sparse || (shared.end > shared.begin && !sharing.byServer)) return 0;
-    length += ranges[i].length;
+    length += LengthThere(i);
   }
   return length;
 }
@@ -77,7 +84,8 @@ CopyPlan::Part CopyPlan::SharedPart(std::size_t range, std::size_t target,
   const auto& [source, offset, length] = ranges[range];
   const FileState& state = sources.State(source);
   const std::uint64_t unit = sharing.unit;
-  if (unit == 0 || state.device != sharing.device || offset % unit != targetOffset % unit)
+  if (unit == 0 || CipherOf(range) != nullptr || state.device != sharing.device ||
+      offset % unit != targetOffset % unit)
     return {};
   const std::uint64_t begin = (unit - offset % unit) % unit;
   // A file's last block may be cut short, and is shared where it is the last one of both.
@@ -95,17 +103,30 @@ std::optional<Slice> SliceCursor::Next(const Sharing& sharing) {
   const ByteRange& range = plan_.ranges[range_];
   const CopyPlan::Part part = plan_.SharedPart(range_, target_, targetDone_ - rangeDone_, sharing);
   const bool shared = part.begin <= rangeDone_ && rangeDone_ < part.end;
+  const RangeCipher* const cipher = plan_.CipherOf(range_);
   const std::uint64_t most = plan_.TakesDigests() ? range.length
+                             : cipher != nullptr  ? sliceChunks * cipher->SourceChunk()
                              : shared ? std::min(sharedSliceLength, part.end - rangeDone_)
                              : rangeDone_ < part.begin ? part.begin - rangeDone_
                                                        : sliceLength;
-  const Slice slice{target_,         range_,
-                    range.source,    range.offset + rangeDone_,
-                    targetDone_,     std::min(most, range.length - rangeDone_),
-                    rangeDone_ == 0, shared};
+  Slice slice;
+  slice.target = target_;
+  slice.range = range_;
+  slice.source = range.source;
+  slice.sourceOffset = range.offset + rangeDone_;
+  slice.targetOffset = targetDone_;
+  slice.length = slice.targetLength = std::min(most, range.length - rangeDone_);
+  slice.beginsRange = rangeDone_ == 0;
+  slice.endsRange = rangeDone_ + slice.length == range.length;
+  slice.shared = shared;
+  if (cipher != nullptr) {
+    slice.cipher = cipher;
+    slice.firstChunk = rangeDone_ / cipher->SourceChunk();
+    slice.targetLength = cipher->TargetLength(slice.length);
+  }
   rangeDone_ += slice.length;
-  targetDone_ += slice.length;
-  if (rangeDone_ == range.length) {
+  targetDone_ += slice.targetLength;
+  if (slice.endsRange) {
     ++range_;
     rangeDone_ = 0;
   }

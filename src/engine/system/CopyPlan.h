@@ -5,11 +5,13 @@
 #include <filesystem>
 #include <functional>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "engine/system/RangeCipher.h"
 #include "engine/system/Rights.h"
 #include "engine/system/Sha256.h"
 #include "engine/system/SourceFile.h"
@@ -67,6 +69,9 @@ struct CopyPlan {
   TargetNames names;
   Rights rights;
   Existing existing = Existing::Keep;  ///< What becomes of files that bear the names already.
+  /// What changes the bytes of one range, or null. No digests are taken then.
+  std::shared_ptr<const RangeCipher> cipher;
+  std::size_t ciphered = 0;  ///< Which range that is.
 
   /// Where the targets are one set of numbered files: the number of a file in their folder that
   /// belongs to such a set, numberOfList for its list, and 0 for any other. With Existing::Keep
@@ -89,9 +94,15 @@ struct CopyPlan {
   std::size_t FirstRange(std::size_t target) const {
     return target == 0 ? 0 : rangeEnds[target - 1];
   }
+  /// What changes the bytes of a range; null where they stay as they are.
+  const RangeCipher* CipherOf(std::size_t range) const {
+    return range == ciphered ? cipher.get() : nullptr;
+  }
+  /// The length in bytes that a range has in its target.
+  std::uint64_t LengthThere(std::size_t range) const;
   /// The length of a target in bytes.
   std::uint64_t Length(std::size_t target) const;
-  /// The sum of all lengths in bytes.
+  /// The sum of all lengths in bytes, as they are read.
   std::uint64_t TotalLength() const;
   /// The most space, in bytes, that the targets can take: holes in sources take none, and neither
   /// do shared blocks.
@@ -117,8 +128,12 @@ struct Slice {
   std::uint64_t sourceOffset = 0;
   std::uint64_t targetOffset = 0;
   std::uint64_t length = 0;
+  std::uint64_t targetLength = 0;
   bool beginsRange = false;
-  bool shared = false;  ///< Whether the file system can bring it over by itself.
+  bool endsRange = false;
+  bool shared = false;                  ///< Whether the file system can bring it over by itself.
+  const RangeCipher* cipher = nullptr;  ///< The range's; then the slice is made of whole chunks,
+  std::uint64_t firstChunk = 0;         ///< of which this is the first one's number.
 };
 
 /// Hands out a plan's slices in order: whole ranges where their digests are taken, so that one

@@ -8,9 +8,10 @@ namespace slyver {
 
 /// Overwrites a text's memory, also where the compiler sees that nobody reads it again, and empties
 /// the text.
-inline void Wipe(std::string& text) {
+template <typename Char>
+void Wipe(std::basic_string<Char>& text) {
   text.resize(text.capacity());
-  for (volatile char& c : text) c = '\0';
+  for (volatile Char& c : text) c = Char();
   text.clear();
 }
 

@@ -14,6 +14,10 @@ enum class Icon { None, Information, Critical };
 enum class Buttons { YesNo, OkCancel };
 enum class Answer { Yes, No, Ok, Cancel };
 
+/// What is typed unseen: the password of a list, of which a box takes no more than can be used, or
+/// a passphrase of any length.
+enum class Typed { Password, Passphrase };
+
 /// The state of a progress bar.
 struct Progress {
   std::string_view bar;  ///< The bar's name: "pb" of the split form, "PB1" of the join form.
@@ -48,7 +52,7 @@ class Ui {
   virtual std::optional<std::filesystem::path> PickFolder() = 0;
 
   /// Asks for one line that is not shown while it is typed. Nothing when the user has cancelled.
-  virtual std::optional<std::string> MaskedInputBox(std::string_view prompt) = 0;
+  virtual std::optional<std::string> MaskedInputBox(std::string_view prompt, Typed what) = 0;
 
   /// Opens the progress form under `caption` ("Joining Files", "Recovering Files").
   virtual void ShowProgressForm(std::string_view caption) = 0;

@@ -26,11 +26,11 @@ void MakeFolders(const fs::path& path) {
   MakeFolder(path);
 }
 
-/// Whether a job makes files of this name in its work folder: numbered ini files and pieces, and
-/// files that are not complete yet.
+/// Whether a job makes files of this name in its work folder: numbered ini files and pieces, the
+/// beginning of an encrypted file, and files that are not complete yet.
 bool IsWorkFile(std::string_view name) {
   if (name.starts_with(".slyver-")) return name.ends_with(".tmp");
-  if (name.starts_with("tempRRR.tmp")) return true;
+  if (name.starts_with("tempRRR.tmp") || name == "2.age") return true;
   return name.ends_with(".ini") &&
          name.substr(0, name.size() - 4).find_first_not_of("0123456789.") == std::string_view::npos;
 }

@@ -106,6 +106,23 @@ TEST_F(HiddenFormTest, HidesAnotherFileUnderTheLastPassword) {
                   .starts_with(main + SampleBytes(0) + SampleBytes(1) + "hidden bytes[s@4)]"));
 }
 
+TEST_F(HiddenFormTest, EncryptsUnderALongPassphraseAndDeciphers) {
+  Open("Command4", 0);
+  const std::string passphrase(30, 'p');
+  wxCommandEvent ticked(wxEVT_CHECKBOX);
+  ControlOf<wxCheckBox>("frmHideFile", "Check1").SetValue(true);
+  ControlOf("frmHideFile", "Check1").HandleWindowEvent(ticked);
+  FillHide(carrier, toHide, passphrase, passphrase);
+  ui.Expect({"i File Hidden.", "end"});
+  Click("frmHideFile", "Command2");
+  RunToTheEnd();
+  carrier = folder / "Hidden File m.png";
+  EXPECT_EQ(ReadFile(carrier).find("hidden bytes"), std::string::npos);
+  Click("frmSplitJoin", "Command5");
+  Recover("Command1", passphrase, {"p Recovering Files", "i File Recovered.", "end"});
+  EXPECT_EQ(ReadFile(folder / "Original hide.dat"), "hidden bytes");
+}
+
 TEST_F(HiddenFormTest, ClosingTheWaitFormStopsTheJob) {
   Open("Command4", 0);
   FillHide(carrier, toHide, "p", "p");

@@ -4,21 +4,11 @@
 
 #include <cstring>
 
+#include "support/SampleAge.h"
 #include "support/TempFolder.h"
 
 namespace slyver {
 namespace {
-
-// Published with the format: the passphrase is "password", the plain bytes "age".
-const std::string published =
-    "age-encryption.org/v1\n"
-    "-> scrypt rF0/NwblUHHTpgQgRpe5CQ 10\n"
-    "gUjEymFKMVXQEKdMMHL24oYexjE3TIC0O0zGSqJ2aUY\n"
-    "--- IOXiQYStkoT1mvZW2tFOqZdhRVvj58egABx/sWfZQbc\n"
-    "\x1B\x35\xC6\xE6\x87\xDD" +
-    std::string(1, '\0') +
-    "\xDA:\xC3y\xAC\x9Ft,!\xFD\x18Z\x1B\x9E=\xEDs\x9D\x14\xACj\x9AP\x12M\xB8"
-    "f\xD8";
 
 /// What a cipher makes of all its chunks.
 std::string Converted(const RangeCipher& cipher, std::string_view bytes) {
@@ -45,16 +35,16 @@ std::string Opened(std::string_view file, std::string_view passphrase) try {
 }
 
 TEST(Age, OpensThePublishedFileAndNoOtherFormOfIt) {
-  EXPECT_EQ(Opened(published, "password"), "age");
-  EXPECT_EQ(Opened(published, "Password"), "wrong");
-  for (std::size_t i = 0; i < published.size(); ++i) {
-    std::string changed = published;
+  EXPECT_EQ(Opened(sampleAge, sampleAgePassphrase), "age");
+  EXPECT_EQ(Opened(sampleAge, "Password"), "wrong");
+  for (std::size_t i = 0; i < sampleAge.size(); ++i) {
+    std::string changed = sampleAge;
     changed[i] = static_cast<char>(changed[i] ^ 1);
-    const std::string result = Opened(changed, "password");
+    const std::string result = Opened(changed, sampleAgePassphrase);
     EXPECT_TRUE(result == "N Is Damaged." || result == "wrong" || result == "for keys") << i;
-    EXPECT_EQ(Opened(published.substr(0, i), "password"), "N Is Damaged.") << i;
+    EXPECT_EQ(Opened(sampleAge.substr(0, i), sampleAgePassphrase), "N Is Damaged.") << i;
   }
-  EXPECT_EQ(Opened(published + '\0', "password"), "N Is Damaged.");
+  EXPECT_EQ(Opened(sampleAge + '\0', sampleAgePassphrase), "N Is Damaged.");
 }
 
 TEST(Age, ReadsHeadersToTheLetter) {
@@ -77,15 +67,17 @@ TEST(Age, ReadsHeadersToTheLetter) {
         {"scrypt", "X25519", "for keys"},
         {"--- ", "---", "N Is Damaged."},
         {"--- ", "---  ", "N Is Damaged."}}) {
-    std::string file = published;
-    EXPECT_EQ(Opened(file.replace(file.find(part), std::strlen(part), instead), "password"), result)
+    std::string file = sampleAge;
+    EXPECT_EQ(
+        Opened(file.replace(file.find(part), std::strlen(part), instead), sampleAgePassphrase),
+        result)
         << instead;
   }
   // Where a header is longer than what is read of it, it has many keys.
   const std::string stanza = "-> X25519 A\n\n";
   std::string file = "age-encryption.org/v1\n";
   while (file.size() <= ageHeaderRoom) file += stanza;
-  EXPECT_EQ(Opened(file, "password"), "for keys");
+  EXPECT_EQ(Opened(file, sampleAgePassphrase), "for keys");
 }
 
 TEST(Age, NoChunkCanBeTakenAwayOrMoved) {

@@ -21,8 +21,7 @@ TEST(Crypt, EnciphersToHandWorkedText) {
 
 TEST(Crypt, ReadsDamagedTextAsFarAsItIsHexadecimal) {
   // 7 xor 54; only the 4 counts; both pairs count as 0; lower case is hexadecimal too.
-  for (const auto& [cipher, text] :
-       {std::pair{"7", "1"}, {"4G", "2"}, {"G4zz", "65"}, {"7f", "I"}})
+  for (const auto& [cipher, text] : {std::pair{"7", "1"}, {"4G", "2"}, {"G4zz", "65"}, {"7f", "I"}})
     EXPECT_EQ(DecryptText(cipher, "A"), text);
 }
 

@@ -231,6 +231,8 @@ TEST_F(Hide, TellsWhatWillNotComeBackOrOpenAsItIs) {
   EXPECT_EQ(NameNote(folder / "Holiday pictures from Spain.jpg"),
             "The Name Will Come Back As Holiday pictures fro.jpg");
   EXPECT_EQ(NameNote(folder / std::string(24, 'a')), "");
+  EXPECT_EQ(NameNote(folder / "Holiday pictures from Spain.zip", true),
+            "The Name Will Come Back As Holiday pictures.zip");
   for (const auto& [bytes, warns] : {std::pair{"PK\x03\x04..", true},
                                      {"PK\x05\x06..", true},
                                      {"\x1F\x8B....", true},

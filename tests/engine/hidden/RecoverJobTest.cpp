@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "engine/split/Scene.h"
+#include "support/SampleAge.h"
 #include "support/SampleCarrier.h"
 
 namespace slyver {
@@ -113,7 +114,7 @@ TEST_F(Recover, ASmallMainFileOfABigCarrier) {
   EXPECT_EQ(ReadFile(Recovered(theMainFile).at(0)), "PNG");
   EXPECT_EQ(fs::file_size(Recovered().at(0)), 99997497U);
 
-  form.Text2.clear();
+  form.Text2 = "";
   for (const int what : {0, theMainFile}) {
     ScriptedUi ui;
     Expect(ui, {"n" + big, "end", "y" + big, "i Enter Password.", "i Enter Password."});
@@ -174,6 +175,53 @@ TEST_F(Recover, NamesComeBackAsTheyWereStored) {
                                     {Enciphered("nul.txt"), std::string("nul.txt")}}) {
     PutCarrierOf("[0dfg%]\r\n&hed#=" + value + "\r\n?Kj*^=07\r\n");
     EXPECT_EQ(Recovered().at(0), folder / PathFromText("Original " + name));
+  }
+}
+
+TEST_F(Recover, DeciphersWhatAPassphraseOpens) {
+  struct Case {
+    std::string hidden;
+    std::optional<Secret> given;
+    std::optional<std::optional<std::string>> typed;
+    Script script;
+    std::string name, bytes;
+    bool raw = false;
+  };
+  const Script done = {"i File Recovered.", "end"};
+  const Script damaged = {"x n Is Damaged.", unable, "end"};
+  const auto changed = [](std::size_t at) {
+    std::string bytes = sampleAge;
+    bytes[at] = '?';
+    return bytes;
+  };
+  for (const Case& c :
+       std::initializer_list<Case>{{sampleAge, {}, sampleAgePassphrase, done, "Original n", "age"},
+                                   {sampleAge, sampleAgePassphrase, {}, done, "Original n", "age"},
+                                   {sampleAge, {}, "", done, "Original n.age", sampleAge},
+                                   {sampleAge, {}, {}, done, "Original n.age", sampleAge, true},
+                                   {"-> scrypt", {}, {}, done, "Original n.age", "-> scrypt"},
+                                   {sampleAge, {}, std::optional<std::string>(), {"end"}, "", ""},
+                                   {sampleAge, {}, "Password", {incorrect, "end"}, "", ""},
+                                   {sampleAge, "Password", {}, {incorrect, "end"}, "", ""},
+                                   {changed(32), {}, {}, damaged, "", ""},
+                                   {changed(184), sampleAgePassphrase, {}, damaged, "", ""}}) {
+    const std::string value = Enciphered(std::to_string(c.hidden.size()));
+    PutCarrier("PNG" + c.hidden +
+               SampleDirectory("05", "[0dfg%]\r\n&hed#=" + Enciphered("n.age") +
+                                         "\r\n?Kj*^=" + value + "\r\n"));
+    form.passphrase = c.given;
+    form.raw = c.raw;
+    ScriptedUi ui;
+    Expect(ui, {progress});
+    if (c.typed) ui.ExpectMaskedInputBox("Enter Passphrase Of n.", *c.typed);
+    Expect(ui, c.script);
+    RecoverJob job(form, ui, BigFiles::Take);
+    EXPECT_EQ(job.RecHidden(), Next::Over);
+    EXPECT_EQ(Names().size(), c.name.empty() ? 1U : 2U);
+    if (c.name.empty()) continue;
+    EXPECT_EQ(job.Recovered().at(0), folder / c.name);
+    EXPECT_EQ(ReadFile(folder / c.name), c.bytes);
+    fs::remove(folder / c.name);
   }
 }
 
