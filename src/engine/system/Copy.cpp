@@ -21,6 +21,7 @@ namespace {
 
 constexpr std::size_t bufferSize = std::size_t{128} * 1024;
 constexpr std::uint64_t worthASecondThread = std::uint64_t{1} * 1024 * 1024;
+constexpr std::uint64_t smallTarget = std::uint64_t{64} * 1024;
 
 /// A source that is being read. Consecutive ranges of one file are read from one opening of it, so
 /// that a file put in its place meanwhile cannot mix in.
@@ -74,8 +75,7 @@ class Copying {
   std::vector<std::size_t> Run() {
     const auto tell = [this] { Tell(); };
     RunOnThreads(
-        bytesTotal_ < worthASecondThread ? 1 : 2, [this](const Tick& between) { Work(between); },
-        tell);
+        IsWorthTwoThreads() ? 2 : 1, [this](const Tick& between) { Work(between); }, tell);
     Tell();
     Ending ending = HasFailed() ? Ending::Failed : stop_ ? Ending::Cancelled : Ending::Copied;
     std::vector<std::size_t> wrong;
@@ -91,6 +91,11 @@ class Copying {
   }
 
  private:
+  /// Small targets are copied sooner than they are named, and a folder gives its names one by one.
+  bool IsWorthTwoThreads() const {
+    return bytesTotal_ >= worthASecondThread && bytesTotal_ / plan_.TargetCount() >= smallTarget;
+  }
+
   enum class Ending { Copied, Failed, Cancelled };
 
   void Tell() {

@@ -49,8 +49,8 @@ class TargetFile {
   TargetFile(const TargetFile&) = delete;
   TargetFile& operator=(const TargetFile&) = delete;
 
-  /// Reserves space for `length` bytes where the file system can. Throws FileError: the disk has no
-  /// room.
+  /// Reserves space for `length` bytes where the file system can and it is worth the time. Throws
+  /// FileError: the disk has no room.
   void Reserve(std::uint64_t length);
 
   /// What the file system promises to do by itself with bytes of `source`.

@@ -6,6 +6,7 @@
 #include <sys/vfs.h>
 
 #include <cstdio>
+#include <optional>
 
 #include "engine/system/Disk.h"
 #include "engine/system/Posix.h"
@@ -90,6 +91,22 @@ gid_t GroupIn(const std::filesystem::path& folder) {
   struct stat found = {};
   if (stat(folder.c_str(), &found) == 0 && (found.st_mode & S_ISGID) != 0) return found.st_gid;
   return getegid();
+}
+
+/// The rights of a file that takes the place of `path`, as RightsInPlaceOf() has it; none where
+/// nothing bears the name.
+std::optional<Rights> RightsReplacing(const std::filesystem::path& path, const Rights& source) {
+  struct stat found = {};
+  if (lstat(path.c_str(), &found) != 0) {
+    // A name that is too long, say, is better known now than after the long work.
+    if (errno != ENOENT) FailWithLastError(path);
+    return std::nullopt;
+  }
+  if (S_ISDIR(found.st_mode))
+    throw FileError(path, std::make_error_code(std::errc::is_a_directory));
+  if (S_ISLNK(found.st_mode)) return source;
+  if (!S_ISREG(found.st_mode)) throw FileError(path, "Not a regular file");
+  return Narrowed({static_cast<std::uint16_t>(found.st_mode & 0777), true, found.st_gid}, source);
 }
 
 /// Sets what creating the file could not: rights that the user's mask must not narrow, and those of
@@ -190,17 +207,19 @@ TargetFile::TargetFile(std::filesystem::path target, Existing existing, Rights r
   state_->file = CreateTemporary(state_->temporary, state_->target,
                                  BitsFor(state_->rights, GroupIn(state_->target.parent_path())));
   // What bears the name is looked at under the lock: another program may have given it just now.
-  const Rights now = RightsInPlaceOf(state_->target, rights);
-  if (existing == Existing::Keep && NameIsTaken(state_->target))
+  const std::optional<Rights> now = RightsReplacing(state_->target, rights);
+  if (existing == Existing::Keep && now)
     throw FileError(state_->target, std::make_error_code(std::errc::file_exists));
-  if (existing == Existing::Replace) state_->rights = now;
+  if (existing == Existing::Replace) state_->rights = now.value_or(rights);
   SetRights(state_->file, state_->rights, false, state_->target);
 }
 
 TargetFile::~TargetFile() = default;
 
 void TargetFile::Reserve(std::uint64_t length) {
-  if (length == 0) return;
+  // What is written at once gets its space as fast by that.
+  constexpr std::uint64_t worthItsTime = std::uint64_t{128} * 1024;
+  if (length <= worthItsTime) return;
   int result = 0;
   do result = fallocate(state_->file.Get(), 0, 0, static_cast<off_t>(length));
   while (result != 0 && errno == EINTR);
@@ -264,17 +283,7 @@ void TargetFile::Commit() {
 }
 
 Rights RightsInPlaceOf(const std::filesystem::path& path, const Rights& source) {
-  struct stat found = {};
-  if (lstat(path.c_str(), &found) != 0) {
-    // A name that is too long, say, is better known now than after the long work.
-    if (errno != ENOENT) FailWithLastError(path);
-    return source;
-  }
-  if (S_ISDIR(found.st_mode))
-    throw FileError(path, std::make_error_code(std::errc::is_a_directory));
-  if (S_ISLNK(found.st_mode)) return source;
-  if (!S_ISREG(found.st_mode)) throw FileError(path, "Not a regular file");
-  return Narrowed({static_cast<std::uint16_t>(found.st_mode & 0777), true, found.st_gid}, source);
+  return RightsReplacing(path, source).value_or(source);
 }
 
 bool MoveToFreeName(const std::filesystem::path& from, const std::filesystem::path& to) {
