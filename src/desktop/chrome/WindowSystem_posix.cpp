@@ -125,9 +125,12 @@ void AllowResizing(wxFrame& frame, bool allowed) {
 }
 
 bool IsOnScreen(const wxTopLevelWindow& window) {
-  if (gtk_widget_get_mapped(window.GetHandle()) == 0) return false;
-  GdkWindow* const shown = gtk_widget_get_window(window.GetHandle());
-  return window.GetSize() == wxSize(gdk_window_get_width(shown), gdk_window_get_height(shown));
+  GtkWidget* const widget = window.GetHandle();
+  if (gtk_widget_get_mapped(widget) == 0) return false;
+  GdkWindow* const shown = gtk_widget_get_window(widget);
+  const wxSize size(gdk_window_get_width(shown), gdk_window_get_height(shown));
+  return window.GetSize() == size && gtk_widget_get_allocated_width(widget) == size.x &&
+         gtk_widget_get_allocated_height(widget) == size.y;
 }
 
 // The toolkit's own way asks where the owner is, which it may not know yet.

@@ -86,8 +86,11 @@ void ModernForm::SayBeneathMessage(const std::string& text) {
     growth.y = std::max(0, size.y + message - 2 * lineTop);
   }
   const int room = statusLine_->GetSize().x - Gap() + growth.x;
-  // What stood in the middle of the screen stays there.
-  if (!IsMaximized()) SetSize({GetPosition() - growth / 2, size + growth});
+  // What stood in the middle of the screen stays there. Where a form stands that has just been
+  // shown the toolkit may not know yet.
+  const wxPoint before = GetPosition();
+  if (!IsMaximized()) SetSize({before - growth / 2, size + growth});
+  if (before == wxPoint(0, 0)) CentreOnScreen();
   statusLine_->ChangeValue(wxControl::Ellipsize(whole, dc, wxELLIPSIZE_MIDDLE, room));
 }
 
