@@ -122,9 +122,12 @@ class Changed:
         os.utime(self.file, (1e9, 1e9))
         # The result is made of the source as it was or as it is now, never of both.
         changed = dataclasses.replace(job, sources=job.sources | {path: self.new})
-        self.ways = lambda status: [way | {path: (self.new,)} for each in (job, changed)
+        gone = (jobs.ABSENT,) if job.deletes else ()
+        self.ways = lambda status: [way | {path: (self.new, *gone)} for each in (job, changed)
                                     for way in each.ways(status)]
 
     def change(self):
+        if not self.file.exists():
+            return  # The job has deleted it.
         self.file.open("r+b").write(self.new)
         os.truncate(self.file, len(self.new))

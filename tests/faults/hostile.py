@@ -3,6 +3,7 @@ together. Whatever comes, sly does what a reader written from docs/FORMAT.md say
 never crashes, hangs, or touches another file. This is the build with sanitizers."""
 
 import dataclasses
+import hashlib
 import random
 import re
 
@@ -28,6 +29,7 @@ def run(setting):
         "passwords of every byte": passwords,
         "names of every byte": names,
         "pieces that do not belong together": pieces,
+        "checksum files that do not fit": lists,
     }
     cases = []
     for name, attempts in groups.items():
@@ -248,3 +250,43 @@ def joined(contents):
     if not whole or len(found) < 2 or any(len(candidates) != 1 for candidates in chosen):
         return None
     return {FILES + "f": b"".join(candidates[0] for candidates in chosen)}
+
+
+def lists(rng):
+    """Checksum files that are changed, that tell of other files, or of too many."""
+    parts = jobs.cut(rng.randbytes(250), 100, FILES + "f")
+    digest = lambda data: hashlib.sha256(data).hexdigest().encode()
+    lines = [digest(data) + b"  " + path.removeprefix(FILES).encode() + b"\n"
+             for path, data in parts.items()]
+    sound = b"".join(lines)
+    texts = [sound, sound.replace(b"\n", b"\r\n"), sound.upper(), b"", b"\0" * 500, sound * 2,
+             sound + b"#" * 3000, b"\n" * 40_000_000, sound.replace(b"f.3", b"f.4")]
+    outside = digest(b"untouched") + b"  "
+    texts += [sound + outside + name + b"\n" for name in (
+        b"../outside", b"/etc/passwd", b"./f.1.sly", b"f.0.sly", b"f.32768.sly", b"f.99999999999.sly",
+        b"f.4.sly\0", b"\xff.1.sly", b"", b"f.04.sly", b"F.4.sly", b"more/f.4.sly")]
+    for _ in range(200):
+        text = bytearray(rng.choice((sound, b"".join(rng.sample(lines, rng.randrange(4))))))
+        at, length = rng.randrange(len(text) + 1), rng.choice((0, 1, 1, 1, 64))
+        text[at : at + length] = rng.choice((b"", b"\\", b"\n", b"*", b"a", rng.randbytes(1)))
+        texts.append(bytes(text))
+    for text in texts:
+        contents = parts | {FILES + "f.sha256": text}
+        fits = told(text) == {i + 1: digest(data) for i, data in enumerate(parts.values())}
+        yield f"list {text[:300]}", contents, [
+            (("verify", "f.1.sly"), {} if fits else None),
+            (("join", "f.1.sly"), {FILES + "f": b"".join(parts.values())} if fits else None)]
+
+
+def told(text):
+    """The digests that a checksum file of the pieces of f tells; None where it is refused."""
+    found = {}
+    for line in text.split(b"\n"):
+        line = line if len(line) <= 2048 else b"?"
+        match = re.fullmatch(
+            rb"\\?([0-9a-fA-F]{64}) [ *]f\.([1-9][0-9]{0,4})\.[sS][lL][yY]", line.removesuffix(b"\r"))
+        if match and int(match[2]) not in found:
+            found[int(match[2])] = match[1].lower()
+        elif line.removesuffix(b"\r") and not line.startswith(b"#"):
+            return None
+    return found if len(text) <= 2**25 else None
