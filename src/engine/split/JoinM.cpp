@@ -33,6 +33,7 @@ constexpr std::string_view pieceFilter = "Sly File (*.Sly)|*.Sly;|";
 CopyPlan PlanOf(const Pieces& pieces, const fs::path& target, Ui& ui) {
   CopyPlan plan;
   plan.names = {target.parent_path(), PathText(target.filename()), "", 0};
+  plan.ranges.reserve(pieces.Count());
   for (std::size_t number = 1; number <= pieces.Count(); ++number) {
     if (!ui.GoOn()) throw Cancelled{};
     const fs::path path = pieces.PathOf(number);
@@ -86,7 +87,7 @@ class Joining {
     joined_.lastPiece = pieces_.NameOf(pieces_.Count());
     if (joined_.pieces > mostPieces) throw OverflowError();
     plan_ = PlanOf(pieces_, joined_.path, ui_);
-    plan_.expected = checksums_.digests;
+    plan_.expected = std::move(checksums_.digests);
     plan_.flush = then == PiecesThen::Delete;
     joined_.length = plan_.TotalLength();
     joined_.allAlike = plan_.ranges.back().length == plan_.ranges.front().length;

@@ -128,10 +128,11 @@ SplitResult SplitFile(const std::filesystem::path& source, std::uint64_t pieceSi
     plan.names.after = ".sly";
     plan.rights = state.rights;
     plan.numberInSet = [&](const std::filesystem::path& path) { return NumberInSet(path, name); };
+    plan.list.name = ChecksumNameOf(name);
     if (options.checksum)
-      plan.list = {ChecksumNameOf(name), [&](std::size_t index, const Digest& digest) {
-                     return ChecksumLine(PieceNameOf(name, static_cast<int>(index) + 1), digest);
-                   }};
+      plan.list.line = [&](std::size_t index, const Digest& digest) {
+        return ChecksumLine(PieceNameOf(name, static_cast<int>(index) + 1), digest);
+      };
     if (HoldsPieces(plan)) {
       if (!AskYesNo(ui, "Pieces Of An Earlier Split Of " + name + " Are In " +
                             FolderText(options.outputFolder) + ". Do You Want To Replace Them?"))

@@ -68,7 +68,7 @@ class Copying {
         watch_(watch),
         bytesTotal_(plan.TotalLength()),
         targets_(plan),
-        digests_(plan.TakesDigests() ? plan.ranges.size() : 0),
+        digests_(plan.list.line ? plan.ranges.size() : 0),
         cursor_(plan),
         sharing_(targets_.SharingThere()) {}
 
@@ -122,7 +122,7 @@ class Copying {
         else if (!Share(*job))
           CopySlice(*job, buffer, between);
         if (stop_) return;
-        if (buffer.sha256) digests_[job->slice.range] = buffer.sha256->Finish();
+        if (buffer.sha256) TakeDigest(job->slice.range, buffer.sha256->Finish());
         job->source->file.ThrowIfChanged();
         const std::uint64_t share = job->slice.targetLength + (job->slice.beginsRange ? 1 : 0);
         if (job->target->left.fetch_sub(share) == share)
@@ -226,11 +226,17 @@ class Copying {
     targets_.CleanUp(ending == Ending::Cancelled);
   }
 
-  std::vector<std::size_t> WrongRanges() const {
-    std::vector<std::size_t> wrong;
-    for (std::size_t i = 0; i < plan_.expected.size(); ++i)
-      if (digests_[i] != plan_.expected[i]) wrong.push_back(i);
-    return wrong;
+  void TakeDigest(std::size_t range, const Digest& digest) EXCLUDES(wrongMutex_) {
+    if (!digests_.empty()) digests_[range] = digest;
+    if (range >= plan_.expected.size() || plan_.expected[range] == digest) return;
+    const Lock lock(wrongMutex_);
+    wrong_.push_back(range);
+  }
+
+  std::vector<std::size_t> WrongRanges() EXCLUDES(wrongMutex_) {
+    const Lock lock(wrongMutex_);
+    std::sort(wrong_.begin(), wrong_.end());
+    return wrong_;
   }
 
   bool HasFailed() EXCLUDES(failureMutex_) {
@@ -242,7 +248,8 @@ class Copying {
   const Watch& watch_;
   const std::uint64_t bytesTotal_;
   TargetSet targets_;
-  std::vector<Digest> digests_;  ///< Of all ranges; each is written by the thread that copies it.
+  /// For a list: of all ranges, each written by the thread that copies it.
+  std::vector<Digest> digests_;
 
   std::atomic<bool> stop_ = false;
   std::atomic<std::size_t> rangesStarted_ = 0;
@@ -253,6 +260,9 @@ class Copying {
   Sharing sharing_ GUARDED_BY(nextMutex_);  ///< What the file system still does by itself.
   std::shared_ptr<const OpenSource> source_ GUARDED_BY(nextMutex_);
   std::shared_ptr<OpenTarget> target_ GUARDED_BY(nextMutex_);
+
+  Mutex wrongMutex_;
+  std::vector<std::size_t> wrong_ GUARDED_BY(wrongMutex_);  ///< Ranges other than expected.
 
   Mutex failureMutex_;
   std::exception_ptr failure_ GUARDED_BY(failureMutex_);

@@ -56,8 +56,9 @@ struct TargetNames {
 
 /// A file beside a set of targets that lists their digests.
 struct DigestList {
-  std::string name;  ///< In the targets' folder. Empty: none is written.
-  /// The line of target `index`, with its end; equally long whatever the digest.
+  std::string name;  ///< In the targets' folder. Empty: their set can have none.
+  /// The line of target `index`, with its end; equally long whatever the digest. Null: none is
+  /// written.
   std::function<std::string(std::size_t index, const Digest& digest)> line;
 };
 
@@ -88,7 +89,7 @@ struct CopyPlan {
   void EndTarget() { rangeEnds.push_back(static_cast<std::uint32_t>(ranges.size())); }
 
   /// Whether the bytes are looked at while they are copied.
-  bool TakesDigests() const { return !list.name.empty() || !expected.empty(); }
+  bool TakesDigests() const { return list.line || !expected.empty(); }
 
   std::size_t TargetCount() const { return rangeEnds.size(); }
   std::size_t FirstRange(std::size_t target) const {

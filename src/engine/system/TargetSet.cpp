@@ -25,7 +25,7 @@ Sharing SharingOf(const CopyPlan& plan, const TargetFile& target) {
 
 std::uint64_t ListLength(const CopyPlan& plan) {
   std::uint64_t length = 0;
-  for (std::size_t i = 0; !plan.list.name.empty() && i < plan.TargetCount(); ++i)
+  for (std::size_t i = 0; plan.list.line && i < plan.TargetCount(); ++i)
     length += plan.list.line(i, {}).size();
   return length;
 }
@@ -39,7 +39,8 @@ constexpr std::string_view asideName = "earlier";
 /// Whether a job makes a file of this name in its staging folder.
 bool IsStaged(const fs::path& path, const CopyPlan& plan) {
   const std::string name = PathText(path.filename());
-  return plan.numberInSet(path) > 0 || (name.starts_with(".slyver-") && name.ends_with(".tmp"));
+  return name == plan.list.name || plan.numberInSet(path) > 0 ||
+         (name.starts_with(".slyver-") && name.ends_with(".tmp"));
 }
 
 /// Removes the files of a set, new ones and earlier ones, that are in `staging`, and the folder
@@ -93,7 +94,7 @@ TargetSet::TargetSet(const CopyPlan& plan) : plan_(plan) {
   const fs::path staging = StagingPath(plan.names.Path(0));
   RemoveLeftover(staging, plan);
   FindEarlier();
-  if (!plan.list.name.empty()) {
+  if (plan.list.line) {
     list_ = std::make_unique<TargetFile>(
         ListPath(plan), hasEarlierList_ ? Existing::Replace : Existing::Keep, plan.rights);
     list_->Reserve(ListLength(plan));
