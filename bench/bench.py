@@ -5,6 +5,7 @@ import contextlib
 import mmap
 import os
 import re
+import resource
 import shlex
 import shutil
 import statistics
@@ -40,11 +41,17 @@ def sh(command):
                    stderr=subprocess.DEVNULL)
 
 
+def processor_time():
+    used = resource.getrusage(resource.RUSAGE_CHILDREN)
+    return used.ru_utime + used.ru_stime
+
+
 def run_in(out, command):
-    """The time of a command in seconds, that of the shell included."""
-    begun = time.perf_counter()
+    """How long a command took, and the processors' time that it took, in seconds, those of the
+    shell included."""
+    begun, used = time.perf_counter(), processor_time()
     sh(f"cd {shlex.quote(str(out))} && {command}")
-    return time.perf_counter() - begun
+    return time.perf_counter() - begun, processor_time() - used
 
 
 def peak_memory(command, out):
@@ -71,7 +78,7 @@ def touch_free_memory():
 
 
 def space_used(place):
-    os.sync()
+    sh(f"sync -f {place}")
     found = os.statvfs(place)
     return (found.f_blocks - found.f_bfree) * found.f_frsize
 
@@ -86,7 +93,8 @@ class Work:
 
 def measure(work, place, before=lambda: None, keep=True):
     """Runs every command once a round, in turn, so that a noisy minute strikes all alike. `before`
-    is called before each. Returns the median times, less the shell's, and the space taken.
+    is called before each. Returns the median times and processor times, less the shell's, and the
+    space taken.
 
     With `keep` old outputs go only when the work is measured: a file system that avoids the numbers
     of files deleted lately would otherwise be measured instead."""
@@ -107,9 +115,12 @@ def measure(work, place, before=lambda: None, keep=True):
             shutil.rmtree(scratch)
             scratch.mkdir()
     shutil.rmtree(scratch)
-    medians = {label: statistics.median(values) for label, values in times.items()}
-    shell = medians.pop("shell")
-    return {label: max(0.0001, median - shell) for label, median in medians.items()}, space
+    medians, used = ({label: statistics.median(each[i] for each in values)
+                      for label, values in times.items()} for i in (0, 1))
+    for each in (medians, used):
+        shell = each.pop("shell")
+        each.update({label: max(0.0001, median - shell) for label, median in each.items()})
+    return medians, used, space
 
 
 def memory_of(work, place):
@@ -134,13 +145,13 @@ def report(work, medians, memory):
               f"| {memory[label] / KIB:.1f} MiB |", flush=True)
 
 
-def on_the_disk():
-    """The jobs with big files in the page cache, beside each other on FOLDER's file system, and
-    some of them with files that are not in the cache."""
+def big_works():
+    """The jobs with big files on FOLDER's file system."""
     big, small = folder / "big.bin", folder / "small.bin"
     make_file(big, GIB)
     make_file(small, GIB // 4)
     pieces = folder / "pieces"
+    shutil.rmtree(pieces, ignore_errors=True)
     pieces.mkdir()
     sh(f"{sly} split --quiet {big} --output {pieces}")
     half, directory, tiny = (folder / name for name in ("half.bin", "directory", "tiny.bin"))
@@ -149,13 +160,13 @@ def on_the_disk():
     make_file(tiny, 1000)
     (folder / "password").write_text("secret\n")
     password = f"--quiet --password-file {folder}/password"
-    sh(f"cd {folder} && {sly} hide {password} half.bin small.bin && "
+    sh(f"cd {folder} && rm -f Hidden* && {sly} hide {password} half.bin small.bin && "
        f"{sly} hide {password} tiny.bin small.bin")
     carrier, light = folder / "Hidden\\ File\\ half.bin", folder / "Hidden\\ File\\ tiny.bin"
 
     # The joined file goes beside the pieces, so every run joins from links in its own folder.
     links = f"ln -s {pieces}/*.sly ."
-    works = [
+    return [
         Work("split 1 GiB into 1450000-byte pieces", {
             "sly": f"{sly} split --quiet {big} --output .",
             "split -b 1450000": f"split -b 1450000 -a 4 {big}",
@@ -183,11 +194,18 @@ def on_the_disk():
         }),
         Work("list a carrier of 768 MiB", {"sly": f"{sly} list {password} {carrier}"}),
     ]
-    head = "| work | command | time | ratio | bar | peak memory |\n|---|---|---|---|---|---|"
-    print(f"Files in the page cache:\n\n{head}", flush=True)
+
+
+BIG_HEAD = "| work | command | time | ratio | bar | peak memory |\n|---|---|---|---|---|---|"
+
+
+def on_the_disk():
+    """The big jobs with files in the page cache."""
+    print(f"Files in the page cache:\n\n{BIG_HEAD}", flush=True)
     results = {}
+    works = big_works()
     for work in works:
-        medians, _ = measure(work, folder, touch_free_memory)
+        medians, *_ = measure(work, folder, touch_free_memory)
         results[work.name] = medians["sly"]
         report(work, medians, memory_of(work, folder))
     growth = results[works[0].name] / results["split 256 MiB"]
@@ -195,13 +213,17 @@ def on_the_disk():
     weight = results["recover 256 MiB from 768 MiB"] / results["recover 256 MiB from 256 MiB"]
     print(f"Recovering the same file from a carrier 3 times as big takes {weight:.2f} times as long.")
 
+
+def from_the_disk():
+    """Those big jobs that tools do too, with an empty page cache."""
     if os.geteuid() != 0:
         print("\nNot root: nothing is measured with a cold page cache.")
         return
-    print(f"\nFiles on the disk, the page cache empty:\n\n{head}", flush=True)
-    for work in [work for work in works if len(work.commands) > 1]:
+    print(f"\nFiles on the disk, the page cache empty:\n\n{BIG_HEAD}", flush=True)
+    for work in [work for work in big_works() if len(work.commands) > 1]:
         work.bar = None
-        medians, _ = measure(work, folder, lambda: Path("/proc/sys/vm/drop_caches").write_text("3"))
+        empty = Path("/proc/sys/vm/drop_caches")
+        medians, *_ = measure(work, folder, lambda: empty.write_text("3"))
         report(work, medians, memory_of(work, folder))
 
 
@@ -251,7 +273,7 @@ def works_with(place, size, piece):
         "head": f"head -c {size} {carrier} >recovered", CLONE: clone})
 
 
-def row(name, size, work, medians, space):
+def row(name, size, work, medians, used, space):
     """Prints how sly did beside the tool and beside a clone of the main file, and what is missed:
     sly may take a tenth or 3 ms longer than the tool, and 20 ms and 8 MiB more than the clone."""
     ours, label = medians["sly"], list(medians)[1]
@@ -262,33 +284,33 @@ def row(name, size, work, medians, space):
         misses += ["space"] if space["sly"] > 8 * MIB else []
     print(f"| {name} | {size} | {work.name} | {milliseconds(ours)} | `{label}`: "
           f"{milliseconds(medians[label])} | {ours / medians[label]:.2f} | "
+          f"{milliseconds(used['sly'])} : {milliseconds(used[label])} | "
           f"{'' if clone is None else milliseconds(clone)} | {space['sly'] / MIB:.1f} MiB | "
           f"{space[label] / MIB:.1f} MiB | {', '.join(misses)} |", flush=True)
 
 
-def on_file_systems():
-    """The jobs with files of all sizes, and with as many pieces as there may be, on all file
-    systems."""
+def on_file_system(name):
+    """The jobs with files of all sizes, and with as many pieces as there may be, on a new file
+    system."""
     if os.geteuid() != 0:
-        print("\nNot root: the file systems are not compared.")
+        print(f"\nNot root: nothing is measured on {name}.")
         return
-    print("\nOn new file systems, loop devices but for tmpfs:\n\n| file system | size | work | sly "
-          "| tool | ratio | cp --reflink | sly's space | tool's space | missed |\n"
-          "|---|---|---|---|---|---|---|---|---|---|", flush=True)
-    for name in FILE_SYSTEMS:
-        cases = {size: (length, -(-length // 16)) for size, length in SIZES.items()}
-        cases[f"{MOST_PIECES} pieces"] = (MOST_PIECES * 4096, 4096)
-        for size, (length, piece) in cases.items():
-            with mounted(name) as place:
-                for work in works_with(place, length, piece):
-                    if subprocess.run(["cp", "--reflink=always", place / "main", place / "copy"],
-                                      stderr=subprocess.DEVNULL).returncode != 0:
-                        del work.commands[CLONE]
-                    row(name, size, work, *measure(work, place, keep=False))
-            (folder / name).rmdir()
+    print("\n| file system | size | work | sly | tool | ratio | processors | cp --reflink "
+          "| sly's space | tool's space | missed |\n|---|---|---|---|---|---|---|---|---|---|---|",
+          flush=True)
+    cases = {size: (length, -(-length // 16)) for size, length in SIZES.items()}
+    cases[f"{MOST_PIECES} pieces"] = (MOST_PIECES * 4096, 4096)
+    for size, (length, piece) in cases.items():
+        with mounted(name) as place:
+            for work in works_with(place, length, piece):
+                if subprocess.run(["cp", "--reflink=always", place / "main", place / "copy"],
+                                  stderr=subprocess.DEVNULL).returncode != 0:
+                    del work.commands[CLONE]
+                row(name, size, work, *measure(work, place, keep=False))
+        (folder / name).rmdir()
 
 
-PARTS = {"disk": on_the_disk, "systems": on_file_systems}
+PARTS = {"disk": on_the_disk, "cold": from_the_disk}
 
 
 def main():
@@ -296,8 +318,11 @@ def main():
     folder.mkdir(parents=True)
     print(f"{os.cpu_count()} cores, load {os.getloadavg()[0]:.1f}, medians of {ROUNDS} runs; the "
           "ratio is sly's time to the tool's.\n")
-    for part in sys.argv[3:] or PARTS:
-        PARTS[part]()
+    for part in sys.argv[3:] or [*PARTS, *FILE_SYSTEMS]:
+        if part in PARTS:
+            PARTS[part]()
+        else:
+            on_file_system(part)
     shutil.rmtree(folder)
 
 

@@ -5,7 +5,7 @@ desktop_packages=(libwxgtk3.2-dev libgtk-3-dev pkg-config adwaita-icon-theme)
 screen_packages=(xvfb xauth openbox xdotool x11-utils imagemagick)
 test_packages=(age python3 time libgtest-dev clang libclang-rt-dev)
 lint_packages=(clang-format clang-tidy)
-bench_packages=(age hyperfine time)
+bench_packages=(age btrfs-progs time xfsprogs)
 debian_packages=(debhelper dpkg-dev git librsvg2-bin scdoc xz-utils)
 debian_test_packages=(lintian desktop-file-utils appstream debootstrap)
 

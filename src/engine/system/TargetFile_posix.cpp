@@ -274,6 +274,8 @@ void TargetFile::Commit() {
   if (duplicate < 0 || close(duplicate) != 0) FailWithLastError(state.target);
   if (!NameStillBelongs(state.temporary, state.file))
     throw FileError(state.target, "Another program has removed it while it was being written");
+  // A file system that flushes by itself what takes another's place has no reason to here.
+  if (state.existing == Existing::ReplaceScratch) (void)unlink(state.target.c_str());
   const bool renamed = state.existing == Existing::Keep
                            ? RenameToFreeName(state.temporary, state.target)
                            : rename(state.temporary.c_str(), state.target.c_str()) == 0;
