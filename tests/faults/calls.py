@@ -93,14 +93,15 @@ def _of_others(job, home):
 
 def _losses_of_killed(setting, job, home, outcome):
     lost = jobs.losses(job, home, outcome, _of_others(job, home), (-signal.SIGKILL,))
-    on_their_way_out = job.ways(None)[3]
-    if job.deletes and not jobs.differing(jobs.look(home), [on_their_way_out]):
+    found, others = jobs.look(home), _of_others(job, home)
+    _, _, _, on_their_way_out, *without_list = job.ways(None)
+    if job.deletes and not jobs.differing(found, [on_their_way_out], others):
         return lost
     # The same job must succeed and leave nothing behind of either run. Results that are complete
     # are taken away first: a job does not write over them.
-    if not jobs.differing(jobs.look(home), job.ways(0), _of_others(job, home)):
+    if not jobs.differing(found, job.ways(0) + without_list[1:], others):
         for path in job.results:
-            os.unlink(home / path)
+            (home / path).unlink(missing_ok=True)
     # Pieces of a killed split are those of an earlier one, about which the user is asked.
     yes = () if "--yes" in job.arguments else ("--yes",)
     outcome = jobs.run(setting.sly, (*job.arguments, *yes), home)
