@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <optional>
 #include <utility>
 
 #include "engine/split/PieceName.h"
@@ -106,7 +105,10 @@ bool ChecksumReader::TakeLine(std::string_view line) {
 }
 
 bool ChecksumReader::TakeName(std::string_view name, const Digest& digest) {
-  if (name == origName_ && !ofWhole_) return ofWhole_ = true;
+  if (name == origName_ && !ofWhole_) {
+    ofWhole_ = digest;
+    return true;
+  }
   const auto number = static_cast<std::size_t>(PieceNumberOf(name, origName_));
   if (number == 0 || number > mostPieces) return false;
   if (number > told_.size()) {
@@ -122,16 +124,16 @@ bool ChecksumReader::TakeName(std::string_view name, const Digest& digest) {
 
 Checksums ChecksumReader::Finish() {
   if (understood_) understood_ = TakeLine(line_);
-  if (understood_ && count_ == 0 && ofWhole_) return {};
+  if (understood_ && count_ == 0 && ofWhole_) return {.ofWhole = ofWhole_};
   if (!understood_ || count_ == 0 || count_ < told_.size())
-    return {Checksums::Kind::NotUnderstood, {}};
-  return {Checksums::Kind::Understood, std::move(digests_)};
+    return {.kind = Checksums::Kind::NotUnderstood};
+  return {.kind = Checksums::Kind::Understood, .digests = std::move(digests_)};
 }
 
 Checksums ReadChecksumFile(const std::filesystem::path& folder, std::string_view origName) {
   const std::filesystem::path path = folder / PathFromText(ChecksumNameOf(origName));
   if (path.filename().native().size() > longestName || !NameIsTaken(path)) return {};
-  if (!IsFileItself(path)) return {Checksums::Kind::NotUnderstood, {}};
+  if (!IsFileItself(path)) return {.kind = Checksums::Kind::NotUnderstood};
   const SourceFile file(path);
   ChecksumReader reader(origName);
   std::string part;
@@ -139,7 +141,7 @@ Checksums ReadChecksumFile(const std::filesystem::path& folder, std::string_view
     part.resize(static_cast<std::size_t>(std::min<std::uint64_t>(65536, file.Length() - done)));
     file.Read(done, part);
     if (file.Length() > longestFile || !reader.Add(part))
-      return {Checksums::Kind::NotUnderstood, {}};
+      return {.kind = Checksums::Kind::NotUnderstood};
   }
   file.ThrowIfChanged();
   return reader.Finish();

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -29,7 +30,8 @@ struct Checksums {
     Understood
   };
   Kind kind = Kind::None;
-  std::vector<Digest> digests;  ///< Of pieces 1 to n, where it is understood.
+  std::vector<Digest> digests = {};    ///< Of pieces 1 to n, where it is understood.
+  std::optional<Digest> ofWhole = {};  ///< Of the whole file, where it tells of that alone.
 };
 
 /// Reads the text of a checksum file, which may have come from anywhere, in parts of any length.
@@ -55,7 +57,7 @@ class ChecksumReader {
   std::vector<Digest> digests_;
   std::vector<bool> told_;  ///< Of which pieces.
   std::size_t count_ = 0;   ///< Of pieces told.
-  bool ofWhole_ = false;    ///< There is a line for the whole file.
+  std::optional<Digest> ofWhole_;
   bool understood_ = true;
 };
 

@@ -91,7 +91,8 @@ class Joining {
     plan_.flush = then == PiecesThen::Delete;
     joined_.length = plan_.TotalLength();
     joined_.allAlike = plan_.ranges.back().length == plan_.ranges.front().length;
-    joined_.checked = plan_.expected.size() == plan_.ranges.size();
+    plan_.expectedOfAll = checksums_.ofWhole;
+    joined_.checked = plan_.expectedOfAll || plan_.expected.size() == plan_.ranges.size();
     if (!MayBegin(then)) return Ending::Declined;
     const Ending ending = Join(replace);
     if (ending == Ending::Joined && then == PiecesThen::Delete) DeletePieces();
@@ -128,15 +129,20 @@ class Joining {
   Ending Join(bool replace) {
     const JoinResult result = JoinInScratch(replace);
     if (result.damaged.empty()) return result.ranges < 1 ? Ending::Failed : Ending::Joined;
-    const std::string more = std::to_string(result.damaged.size() - 1);
-    if (!JoinAllTheSame(pieces_.NameOf(result.damaged.front() + 1) +
-                            (more == "0" ? " Is Damaged." : " And " + more + " More Are Damaged."),
-                        ui_))
-      return Ending::Declined;
+    if (!JoinAllTheSame(WhatIsDamaged(result.damaged), ui_)) return Ending::Declined;
+    plan_.expectedOfAll.reset();
     plan_.expected.clear();
     joined_.checked = false;
     damaged_ = true;
     return JoinInScratch(replace).ranges < 1 ? Ending::Failed : Ending::Joined;
+  }
+
+  std::string WhatIsDamaged(const std::vector<std::size_t>& ranges) const {
+    const bool isWhole = ranges.front() == plan_.ranges.size();
+    return (isWhole ? PathText(joined_.path.filename()) : pieces_.NameOf(ranges.front() + 1)) +
+           (ranges.size() == 1
+                ? " Is Damaged."
+                : " And " + std::to_string(ranges.size() - 1) + " More Are Damaged.");
   }
 
   /// Holds the work folder no longer than the copy takes.

@@ -29,7 +29,7 @@ enum class PiecesThen { Stay, Delete };
 /// What a JoinFolder() has done.
 struct JoinResult {
   std::int16_t ranges = 0;           ///< 1 to 32767; 0 when refused or failed.
-  std::vector<std::size_t> damaged;  ///< The ranges whose bytes are not as expected, from 0.
+  std::vector<std::size_t> damaged;  ///< The ranges that Copy() returns.
 };
 
 /// "Join File": asks whether the pieces are together and for one of them, then joins. `dropped` is

@@ -93,7 +93,8 @@ class Copying {
  private:
   /// Small targets are copied sooner than they are named, and a folder gives its names one by one.
   bool IsWorthTwoThreads() const {
-    return bytesTotal_ >= worthASecondThread && bytesTotal_ / plan_.TargetCount() >= smallTarget;
+    return !plan_.expectedOfAll && bytesTotal_ >= worthASecondThread &&
+           bytesTotal_ / plan_.TargetCount() >= smallTarget;
   }
 
   enum class Ending { Copied, Failed, Cancelled };
@@ -115,18 +116,22 @@ class Copying {
   void Work(const Tick& between) {
     try {
       Buffer buffer{std::vector<char>(bufferSize), {}};
-      if (plan_.TakesDigests()) buffer.sha256.emplace();
+      if (plan_.TakesDigests() || plan_.expectedOfAll) buffer.sha256.emplace();
       while (const std::optional<Job> job = Next()) {
         if (job->slice.cipher != nullptr)
           ConvertSlice(*job, buffer.bytes, between);
         else if (!Share(*job))
           CopySlice(*job, buffer, between);
         if (stop_) return;
-        if (buffer.sha256) TakeDigest(job->slice.range, buffer.sha256->Finish());
+        if (plan_.TakesDigests()) TakeDigest(job->slice.range, buffer.sha256->Finish());
         job->source->file.ThrowIfChanged();
         const std::uint64_t share = job->slice.targetLength + (job->slice.beginsRange ? 1 : 0);
         if (job->target->left.fetch_sub(share) == share)
           targets_.Complete(job->target->number, *job->target->file);
+      }
+      if (plan_.expectedOfAll && !stop_ && buffer.sha256->Finish() != *plan_.expectedOfAll) {
+        const Lock lock(wrongMutex_);
+        wrong_.push_back(plan_.ranges.size());
       }
     } catch (...) {
       Stop(std::current_exception());

@@ -34,7 +34,8 @@ using Watch = std::function<bool(const CopyProgress&)>;
 /// where the system gives none, this thread does.
 ///
 /// Where the plan wants a list of digests, or expects some, they are computed from the very bytes
-/// that are written. Returns the ranges whose digests are not those expected, in ascending order;
+/// that are written; one of all ranges together is computed by one thread. Returns the ranges whose
+/// digests are not those expected, in ascending order, or where all together are not, their number;
 /// where there are any, no target has got its name.
 ///
 /// Throws FileError when a file cannot be read or written, or a source is not or does not stay in

@@ -81,14 +81,16 @@ struct CopyPlan {
   static constexpr int numberOfList = std::numeric_limits<int>::max();
 
   DigestList list;
-  std::vector<Digest>
-      expected;        ///< What the bytes of as many ranges, from the first on, must have.
+  /// What the bytes of as many ranges, from the first on, must have.
+  std::vector<Digest> expected;
+  /// What the bytes of all ranges together must have; not where the others are set.
+  std::optional<Digest> expectedOfAll;
   bool flush = false;  ///< At the end the targets, and their names, are on the disk.
 
   /// Closes a target that is made of the ranges added since the last one.
   void EndTarget() { rangeEnds.push_back(static_cast<std::uint32_t>(ranges.size())); }
 
-  /// Whether the bytes are looked at while they are copied.
+  /// Whether each range's bytes are looked at while they are copied.
   bool TakesDigests() const { return list.line || !expected.empty(); }
 
   std::size_t TargetCount() const { return rangeEnds.size(); }
