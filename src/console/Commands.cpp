@@ -223,7 +223,7 @@ bool Hide(const Arguments& arguments, ConsoleUi& ui) {
   WarnOf(form.Text2, NameNote(form.Text2, arguments.encrypt), ui);
   WarnOf(form.Text1, FormatNote(form.Text1), ui);
   if (!TakePasswords(form, arguments, ui)) return false;
-  HideJob job(form, ui, BigFiles::Take);
+  HideJob job(std::exchange(form, {}), ui, BigFiles::Take);  // Secrets are nowhere else.
   using Next = HideJob::Next;
   if (job.Check() != Next::GoOn || job.PrepareHide() != Next::GoOn) return false;
   Next next = Next::Wait;
@@ -255,12 +255,13 @@ bool Recover(const Arguments& arguments, ConsoleUi& ui) {
   const std::optional<fs::path> folder = OutputFolder(arguments, form.Text1, ui);
   if (!folder) return false;
   form.output = *folder;
-  const std::optional<Secret> password = ListPassword(form.Text1, arguments, ui);
-  if (!password) return false;
-  form.Text2 = *password;
+  if (const std::optional<Secret> password = ListPassword(form.Text1, arguments, ui))
+    form.Text2 = *password;
+  else
+    return false;
   if (!arguments.passphraseFile.empty())
     form.passphrase = SecretIn(arguments.passphraseFile, Typed::Passphrase, ui);
-  RecoverJob job(form, ui, BigFiles::Take);
+  RecoverJob job(std::exchange(form, {}), ui, BigFiles::Take);
   if (arguments.main) {
     (void)job.RecMain();
   } else if (arguments.all) {

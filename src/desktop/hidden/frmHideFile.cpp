@@ -132,9 +132,7 @@ void frmHideFile::Command1_Click() {
 
 void frmHideFile::Command2_Click() {
   RunStep([this] {
-    HideForm filled{PathIn(*Text1_), PathIn(*Text2_), SecretIn(*Text3_), SecretIn(*Text4_)};
-    filled.encrypt = Check1_->IsChecked();
-    job_.emplace(filled, Talk(), BigFiles::Ask);
+    job_.emplace(Filled(), Talk(), BigFiles::Ask);
     if (job_->Check() != HideJob::Next::GoOn) {
       const HideForm& form = job_->Form();
       Text1_->ChangeValue(PathToWx(form.Text1));
@@ -146,11 +144,18 @@ void frmHideFile::Command2_Click() {
       return false;
     }
     Hide();
+    for (wxTextCtrl* const box : {Text3_, Text4_}) box->ChangeValue("");
     App().ShowInit();
     if (job_->PrepareHide() != HideJob::Next::GoOn) return false;
     CheckIniTim_.Start(checkIniInterval);
     return true;
   });
+}
+
+HideForm frmHideFile::Filled() const {
+  HideForm form{PathIn(*Text1_), PathIn(*Text2_), SecretIn(*Text3_), SecretIn(*Text4_)};
+  form.encrypt = Check1_->IsChecked();
+  return form;
 }
 
 void frmHideFile::Command3_Click() {

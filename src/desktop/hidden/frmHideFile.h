@@ -38,6 +38,7 @@ class frmHideFile final : public ModernForm {
   bool Browse(const char* title, wxTextCtrl& box);
   void RunStep(const std::function<bool()>& step);
   void JobOver();
+  HideForm Filled() const;
 
   wxStaticText* Label1_ = nullptr;
   wxTextCtrl* Text1_ = nullptr;

@@ -2,6 +2,8 @@
 
 #include <wx/sizer.h>
 
+#include <utility>
+
 #include "desktop/hidden/frmShowList.h"
 #include "desktop/system/Controls.h"
 #include "desktop/system/FileDrop.h"
@@ -98,9 +100,9 @@ void frmHideRec::Command2_Click() {
 
 void frmHideRec::Start(RecoverJob::Next (RecoverJob::*procedure)()) {
   Run([this, procedure] {
-    const RecoverForm form{PathIn(*Text1_), SecretIn(*Text2_)};
+    RecoverForm form{PathIn(*Text1_), SecretIn(*Text2_)};
     Hide();
-    job_.emplace(form, Talk(), BigFiles::Ask);
+    job_.emplace(std::exchange(form, {}), Talk(), BigFiles::Ask);
     return ((*job_).*procedure)();
   });
 }

@@ -160,6 +160,8 @@ Next RecoverJob::RecAll() {
 Next RecoverJob::Recover(const std::vector<HiddenFile>& files) {
   std::vector<Contents> contents;
   for (const HiddenFile& file : files) contents.push_back(ContentsOf(file));
+  form_.Text2 = passphrase_ = {};
+  form_.passphrase.reset();
   if (!work_) work_.emplace(folder_ / "TempRRR");
   for (const double value : {50, 60, 75}) SetProgress(value);
   std::vector<fs::path> pieces;
