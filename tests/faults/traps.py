@@ -97,7 +97,7 @@ def places(job):
     marks = "hide" in job.name or "recover" in job.name
     for path in job.results:
         # A recovered file is moved there when it is complete, and so is a set that replaces another.
-        staged = path.startswith("files/old/") and not path.endswith(".1.sly")
+        staged = path.startswith("files/old/") and not path.endswith((".1.sly", ".sha256"))
         if "recover" not in job.name and not staged:
             own = own_file | ({"passable": everything} if "hide" in job.name else {})
             yield Place(temporary_path(path), **own)
@@ -182,7 +182,8 @@ def losses(sly, home, job, place, kind):
             folder, name = path.split("/")
             name = f"[1] {name}" if "hide" in job.name else name.replace(" ", " [1] ", 1)
             results[f"{folder}/{name}"] = results.pop(path)
-        ways = [way | jobs.only(dict.fromkeys(job.replaced) | results)]
+        gone = job.sources if job.deletes else ()
+        ways = [way | jobs.only(dict.fromkeys((*job.replaced, *gone)) | results)]
     else:
         part = {path: (before.get(path, ABSENT), data) for path, data in job.results.items()}
         ways += [way | part]
