@@ -13,8 +13,8 @@ await form Selection
 key Return
 choose "Select File To Sly" "$file"
 await form Slyver
-key shift+Tab shift+Tab shift+Tab # From "Sly It" back to the options, of which the first is chosen.
-key Down space Tab Tab            # The second one, and on to the number.
+key shift+Tab shift+Tab shift+Tab shift+Tab # From "Sly It" back to the options, of which the first is chosen.
+key Down space Tab Tab                      # The second one, and on to the number.
 xdotool type "x12"
 key Return
 confirm # File Successfully Sly.
