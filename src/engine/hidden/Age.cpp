@@ -159,7 +159,7 @@ ChunkNonce NonceOf(std::uint64_t number, bool isLast) {
 
 class Sealing final : public RangeCipher {
  public:
-  explicit Sealing(Secret key) : key_(std::move(key)) {}
+  explicit Sealing(const Secret& key) : key_(key) {}
   std::size_t SourceChunk() const override { return plainChunk; }
   std::size_t TargetChunk() const override { return sealedChunk; }
   std::size_t Convert(std::uint64_t number, bool isLast, std::span<char> buffer,
@@ -174,7 +174,7 @@ class Sealing final : public RangeCipher {
 
 class Opening final : public RangeCipher {
  public:
-  Opening(Secret key, std::string name) : key_(std::move(key)), name_(std::move(name)) {}
+  Opening(const Secret& key, std::string name) : key_(key), name_(std::move(name)) {}
   std::size_t SourceChunk() const override { return sealedChunk; }
   std::size_t TargetChunk() const override { return plainChunk; }
   std::size_t Convert(std::uint64_t number, bool isLast, std::span<char> buffer,
