@@ -159,12 +159,14 @@ Next RecoverJob::RecAll() {
 /// Recovers the files, none of them when one fails.
 Next RecoverJob::Recover(const std::vector<HiddenFile>& files) {
   std::vector<Contents> contents;
+  contents.reserve(files.size());
   for (const HiddenFile& file : files) contents.push_back(ContentsOf(file));
   form_.Text2 = passphrase_ = {};
   form_.passphrase.reset();
   if (!work_) work_.emplace(folder_ / "TempRRR");
   for (const double value : {50, 60, 75}) SetProgress(value);
   std::vector<fs::path> pieces;
+  pieces.reserve(files.size());
   for (const auto& [file, cipher] : contents)
     pieces.push_back(Cut(file.offset, file.length,
                          std::string(pieceTitle) + "-" + std::to_string(pieces.size()), 75,
