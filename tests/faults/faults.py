@@ -74,13 +74,13 @@ def calls_of(job, setting, home):
 
 def numbers(job, setting, home):
     """The numbers of the calls to strike, to the first that the job does not come to. In the short
-    run every fourth, and the last one of each name, so that none is left out because it is rare."""
+    run every eighth, and the last one of each name, so that none is left out because it is rare."""
     if not setting.short:
         yield from range(1, 10**6)
     calls = calls_of(job, setting, home)
     last = {call[0]: number for number, call in enumerate(calls, 1)}
-    every_fourth = range(1 + setting.seed % 4, len(calls) + 1, 4)
-    yield from sorted({*every_fourth, *last.values()})
+    every_eighth = range(1 + setting.seed % 8, len(calls) + 1, 8)
+    yield from sorted({*every_eighth, *last.values()})
     yield 10**6
 
 

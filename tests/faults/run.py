@@ -20,7 +20,7 @@ SUITES = ["calls", "crashes", "window", "races", "hostile", "traps", "load"]
 def main():
     parser = argparse.ArgumentParser()
     folder_of = lambda text: pathlib.Path(text).resolve()
-    parser.add_argument("--short", action="store_true", help="the part that takes two minutes")
+    parser.add_argument("--short", action="store_true", help="the part that takes a few minutes")
     parser.add_argument("--seed", type=int, default=random.SystemRandom().randrange(10**6))
     parser.add_argument("--built", type=folder_of, required=True, help="the release build")
     parser.add_argument("--checked", type=folder_of, required=True, help="with sanitizers")
