@@ -27,6 +27,13 @@ STOPPED = -signal.SIGINT  # The status of a job that Ctrl-C has stopped.
 PATIENCE = 60  # Seconds after which a job hangs.
 ABSENT = None
 
+# An age file that was published with the format: the passphrase is "password", the plain bytes "age".
+AGE_FILE = b"""age-encryption.org/v1
+-> scrypt rF0/NwblUHHTpgQgRpe5CQ 10
+gUjEymFKMVXQEKdMMHL24oYexjE3TIC0O0zGSqJ2aUY
+--- IOXiQYStkoT1mvZW2tFOqZdhRVvj58egABx/sWfZQbc
+""" + bytes.fromhex("1b35c6e687dd00da3ac379ac9f742c21fd185a1b9e3ded739d14ac6a9a50124db866d8")
+
 
 @dataclasses.dataclass(frozen=True)
 class Setting:
@@ -198,6 +205,11 @@ def make_jobs(unit=1000, piece=None, seed=1):
             from_carrier, **part_of("second.zip", second_begins, second_begins + len(second))),
         Job("recover the main file", ("recover", "carrier.jpg", "--main", *WITH_PASSWORD),
             from_carrier, **part_of("carrier.jpg", 0, len(main))),
+        Job("recover an encrypted file",
+            ("recover", "carrier.jpg", "--passphrase-file", "password"),
+            in_files(carrier_jpg=carrier_of(b"main.jpg", main, [(b"a.age", AGE_FILE)], b"slyver"),
+                     password=b"password\n"),
+            lambda sources: {"files/Original a": b"age"}, out="{files}/Original a\n"),
         Job("list", ("list", "carrier.jpg", *WITH_PASSWORD), from_carrier,
             out=f"0\t{len(first)}\tfirst.zip\n1\t{len(second)}\tsecond.zip\n"),
     ]
@@ -208,7 +220,8 @@ def make_jobs(unit=1000, piece=None, seed=1):
 
 def make_big_jobs():
     """The same with sources so big that two threads copy: from 1 MiB in all."""
-    return [dataclasses.replace(job, name=job.name + ", two threads") for job in make_jobs(320_000)]
+    return [dataclasses.replace(job, name=job.name + ", two threads") for job in make_jobs(320_000)
+            if "encrypted" not in job.name]
 
 
 def prepare(home, contents, mode=lambda path: 0o644):
