@@ -86,13 +86,6 @@ std::optional<TypedTwice> Ask(Typed what, bool twice, const Arguments& arguments
     return TypedTwice{secret, secret};
   }
   const std::string name = isPassphrase ? "Passphrase" : "Password";
-  if (!Terminal::CanAsk()) {
-    ui.Message("Enter " + name + ". (Nobody is at the terminal; " +
-                   (isPassphrase ? "--passphrase-file" : "--password-file") +
-                   " names a file with it.)",
-               Icon::Critical);
-    return std::nullopt;
-  }
   std::optional<std::string> first = ui.MaskedInputBox("Enter " + name + " :", what);
   if (!first) return std::nullopt;
   TypedTwice typed{Secret::Of(std::move(*first)), {}};

@@ -20,7 +20,7 @@ namespace fs = std::filesystem;
 #define REPLACE "a Already Exists. Do You Want To Replace It?"
 #define ADD "There are Files Already Hidden In This File. Do You Want To Add Another File In It?"
 #define NO_PASSWORD \
-  "Enter Password. (Nobody is at the terminal; --password-file names a file with it.)\n"
+  "Enter Password : (Nobody is at the terminal; --password-file names a file with it.)\n"
 #define UNCHECKED "There Is No Checksum File Of The Pieces. Their Bytes Were Not Checked.\n"
 #define SAME \
   "The Passphrase Is The Password Of The List, Which Anyone Can Find Out. Choose Another One.\n"

@@ -7,6 +7,7 @@
 
 #include "engine/hidden/Age.h"
 #include "fuzz/Require.h"
+#include "support/SampleAge.h"
 
 using namespace slyver;
 
@@ -14,20 +15,6 @@ namespace {
 
 constexpr std::string_view passphrase = "p";
 const std::string plain(65536 + 3, 'x');
-
-/// What a cipher makes of all its chunks.
-std::string Converted(const RangeCipher& cipher, std::string_view bytes) {
-  std::string all;
-  std::string chunk(70000, '\0');
-  for (std::size_t at = 0, number = 0; at < bytes.size(); ++number) {
-    const std::string_view part = bytes.substr(at, cipher.SourceChunk());
-    chunk.replace(0, part.size(), part);
-    at += part.size();
-    all += chunk.substr(0, cipher.Convert(number, at == bytes.size(), chunk, part.size()));
-  }
-  Require(all.size() == cipher.TargetLength(bytes.size()));
-  return all;
-}
 
 /// The plain bytes of a file; empty when it is refused.
 std::string Opened(std::string_view file) try {

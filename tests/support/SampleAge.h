@@ -1,6 +1,11 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
+#include <string_view>
+
+#include "engine/system/RangeCipher.h"
+#include "fuzz/Require.h"
 
 namespace slyver {
 
@@ -15,5 +20,19 @@ inline const std::string sampleAge =
     std::string(1, '\0') +
     "\xDA:\xC3y\xAC\x9Ft,!\xFD\x18Z\x1B\x9E=\xEDs\x9D\x14\xACj\x9AP\x12M\xB8"
     "f\xD8";
+
+/// What a cipher makes of all its chunks.
+inline std::string Converted(const RangeCipher& cipher, std::string_view bytes) {
+  std::string all;
+  std::string chunk(70000, '\0');
+  for (std::size_t at = 0, number = 0; at < bytes.size(); ++number) {
+    const std::string_view part = bytes.substr(at, cipher.SourceChunk());
+    chunk.replace(0, part.size(), part);
+    at += part.size();
+    all += chunk.substr(0, cipher.Convert(number, at == bytes.size(), chunk, part.size()));
+  }
+  Require(all.size() == cipher.TargetLength(bytes.size()));
+  return all;
+}
 
 }  // namespace slyver

@@ -86,7 +86,7 @@ class Desktop final : public FormHost {
 
   /// Sets the progress bar that it concerns.
   void ShowProgress(const Progress& progress) const;
-  /// Shows on the form of the job that runs where the file is that it has made.
+  /// Shows on the forms in sight where the file is that a job has made.
   void ShowPlace(const std::filesystem::path& made) const;
 
  private:

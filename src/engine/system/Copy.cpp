@@ -116,7 +116,7 @@ class Copying {
   void Work(const Tick& between) {
     try {
       Buffer buffer{std::vector<char>(bufferSize), {}};
-      if (plan_.TakesDigests() || plan_.expectedOfAll) buffer.sha256.emplace();
+      if (plan_.LooksAtBytes()) buffer.sha256.emplace();
       while (const std::optional<Job> job = Next()) {
         if (job->slice.cipher != nullptr)
           ConvertSlice(*job, buffer.bytes, between);

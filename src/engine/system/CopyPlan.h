@@ -92,6 +92,8 @@ struct CopyPlan {
 
   /// Whether each range's bytes are looked at while they are copied.
   bool TakesDigests() const { return list.line || !expected.empty(); }
+  /// Whether any bytes are looked at while they are copied.
+  bool LooksAtBytes() const { return TakesDigests() || expectedOfAll; }
 
   std::size_t TargetCount() const { return rangeEnds.size(); }
   std::size_t FirstRange(std::size_t target) const {

@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 namespace {
 
 Sharing SharingOf(const CopyPlan& plan, const TargetFile& target) {
-  if (plan.TakesDigests() || plan.expectedOfAll) return {};  // What is looked at is read anyway.
+  if (plan.LooksAtBytes()) return {};  // What is looked at is read anyway.
   try {
     return target.SharingWith(SourceFile(plan.sources.Path(plan.ranges.front().source)));
   } catch (const FileError&) {

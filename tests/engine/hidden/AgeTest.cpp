@@ -10,20 +10,6 @@
 namespace slyver {
 namespace {
 
-/// What a cipher makes of all its chunks.
-std::string Converted(const RangeCipher& cipher, std::string_view bytes) {
-  std::string all;
-  std::string chunk(70000, '\0');
-  for (std::size_t at = 0, number = 0; at < bytes.size(); ++number) {
-    const std::string_view part = bytes.substr(at, cipher.SourceChunk());
-    chunk.replace(0, part.size(), part);
-    at += part.size();
-    all += chunk.substr(0, cipher.Convert(number, at == bytes.size(), chunk, part.size()));
-  }
-  EXPECT_EQ(all.size(), cipher.TargetLength(bytes.size()));
-  return all;
-}
-
 /// The plain bytes of a file, or why there are none.
 std::string Opened(std::string_view file, std::string_view passphrase) try {
   const auto header = ReadAgeHeader(file.substr(0, ageHeaderRoom), file.size(), "N");
