@@ -51,7 +51,8 @@ void ConsoleUi::Message(std::string_view text, Icon icon) {
     std::cerr << Printable(text) << std::endl;
 }
 
-Answer ConsoleUi::Question(std::string_view text, Buttons buttons, Icon /*icon*/) {
+// Whatever a job asks is answered with Yes or No.
+Answer ConsoleUi::Question(std::string_view text, Buttons /*buttons*/, Icon /*icon*/) {
   ClearProgressLine();
   const std::string shown = Printable(text);
   bool yes = options_.yes;
@@ -64,7 +65,6 @@ Answer ConsoleUi::Question(std::string_view text, Buttons buttons, Icon /*icon*/
     else
       std::cerr << shown << " No (nobody is at the terminal; --yes answers Yes)" << std::endl;
   }
-  if (buttons == Buttons::OkCancel) return yes ? Answer::Ok : Answer::Cancel;
   return yes ? Answer::Yes : Answer::No;
 }
 
