@@ -78,7 +78,7 @@ def _losses(setting, job, home, outcome, effect, struck, then):
         spared = {path for path in jobs.look(home) if path.startswith(str(work[-1]))}
     lost = jobs.losses(job, home, outcome, spared)
     # By failing, these say that bytes written before may be lost. Of what is removed none can be.
-    written = place.match("files/**/.slyver-*.tmp") or place.match("files/.slyver-*.tmp")
+    written = place.parts[:1] == ("files",) and (place.suffix == ".tmp" or faults.is_nameless(place.name))
     if outcome.status == 0 and written and call in ("fsync", "close"):
         lost.append("not noticed")
     if outcome.status != 0 and (effect is faults.SHORT or call == "pthread_create"):

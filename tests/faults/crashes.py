@@ -33,6 +33,7 @@ def changes_of(record, home, contents, flushes=True):
     the path that it has at first."""
     numbers = itertools.count()
     names = {path: path for path, data in contents.items() if data is not ABSENT}
+    nameless = {}
     changes = []
 
     def rename(*names_now):
@@ -44,12 +45,16 @@ def changes_of(record, home, contents, flushes=True):
     for call, path, *asked in record:
         path = os.path.relpath(path, home)
         file = names.get(path)
+        if faults.is_nameless(path):
+            file = nameless.setdefault(path, str(next(numbers)))
         if (call in ("open", "openat") and asked[0] or call == "mkdir") and file is None:
             rename((path, ("folder " if call == "mkdir" else "") + str(next(numbers))))
         elif call.startswith("rename"):
             to = os.path.relpath(asked[0], home)
             if file is not None and (call == "rename" or names.get(to) is None):
                 rename((path, None), (to, file))
+        elif call == "linkat" and names.get(os.path.relpath(asked[0], home)) != file:
+            rename((os.path.relpath(asked[0], home), file))
         elif call in REMOVALS and file is not None:
             rename((path, None))
         elif call in WRITES and file is not None and asked[0]:

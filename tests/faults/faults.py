@@ -4,6 +4,7 @@ import concurrent.futures
 import dataclasses
 import errno
 import os
+import re
 import signal
 
 import jobs
@@ -64,6 +65,11 @@ def run(job, setting, home, at, effect, meanwhile=lambda: None):
     outcome = jobs.finish(process)
     lines = report.read_text().splitlines() if report.exists() else []
     return outcome, [line.split("\t")[1:] for line in lines]
+
+
+def is_nameless(path):
+    """Whether the library, where it reports this path, speaks of a file that has no name yet."""
+    return re.search(r"#\d+ \(deleted\)$", path) is not None
 
 
 def calls_of(job, setting, home):

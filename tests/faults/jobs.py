@@ -213,7 +213,8 @@ def make_jobs(unit=1000, piece=None, seed=1):
         Job("list", ("list", "carrier.jpg", *WITH_PASSWORD), from_carrier,
             out=f"0\t{len(first)}\tfirst.zip\n1\t{len(second)}\tsecond.zip\n"),
     ]
-    on = {"split over pieces": "shares", "join over a file": "shares", "hide": "network"}
+    on = {"split": "network", "split over pieces": "shares", "join over a file": "shares",
+          "hide": "network"}
     return found + [dataclasses.replace(job, name=f"{job.name}, {on[job.name]}", disk=on[job.name])
                     for job in found if job.name in on]
 

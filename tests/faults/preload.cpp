@@ -13,7 +13,8 @@
 ///                      fail from that number on, as on a full disk
 /// SLYVER_FAULT_DISK    "shares": files share blocks of 300 bytes, by imitation, since most file
 ///                      systems cannot; a clone that fails has brought over a half;
-///                      "network": the disk says that it is a network file system
+///                      "network": the disk says that it is a network file system, which
+///                      has no files without names
 /// SLYVER_FAULT_REPORT  a file that is told of the call; with number 0 and no effect, of all calls:
 ///                      lines of number, call, path and what was asked for, separated by tabs
 #include <dirent.h>
@@ -30,6 +31,7 @@
 #include <sys/vfs.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
@@ -37,6 +39,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
 namespace {
@@ -66,13 +69,18 @@ const Settings& TheSettings() {
 }
 
 /// The path behind a descriptor; AT_FDCWD is the working folder. System calls are made directly
-/// here, since the names of their functions are taken.
+/// here, since the names of their functions are taken. A file without a name has one that ends in
+/// " (deleted)"; when it has got its name, it is not told of any more.
 std::string PathOf(int descriptor) {
   const std::string link = descriptor == AT_FDCWD ? std::string("/proc/self/cwd")
                                                   : "/proc/self/fd/" + std::to_string(descriptor);
   std::array<char, PATH_MAX> path = {};
   const long length = syscall(SYS_readlink, link.c_str(), path.data(), path.size());
-  return length < 0 ? std::string{} : std::string(path.data(), static_cast<std::size_t>(length));
+  std::string text(path.data(), static_cast<std::size_t>(std::max(length, 0L)));
+  struct stat found = {};
+  const bool named = text.ends_with(" (deleted)") && syscall(SYS_fstat, descriptor, &found) == 0 &&
+                     found.st_nlink > 0;
+  return named ? text.substr(0, text.rfind('/') + 1) : text;
 }
 
 std::string PathAt(int folder, const char* name) {
@@ -206,19 +214,20 @@ int Clone(const file_clone_range& range, int target) {
   CALL(type, name, __VA_ARGS__)  \
   ALSO_64(name)
 
-#define OPEN(name, parameters, folder, ...)                                     \
-  int name parameters {                                                         \
-    std::va_list list;                                                          \
-    va_start(list, flags);                                                      \
-    const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(list, mode_t) : 0;      \
-    va_end(list);                                                               \
-    REAL(name);                                                                 \
-    const bool makes = (flags & O_CREAT) != 0;                                  \
-    if (Strikes(#name, makes ? Kind::Change : Kind::Look, PathAt(folder, path), \
-                makes ? "new" : ""))                                            \
-      return -1;                                                                \
-    return real(__VA_ARGS__, flags, mode);                                      \
-  }                                                                             \
+#define OPEN(name, parameters, folder, ...)                                        \
+  int name parameters {                                                            \
+    std::va_list list;                                                             \
+    va_start(list, flags);                                                         \
+    const bool nameless = (flags & O_TMPFILE) == O_TMPFILE;                        \
+    const bool makes = (flags & O_CREAT) != 0;                                     \
+    const mode_t mode = makes || nameless ? va_arg(list, mode_t) : 0;              \
+    va_end(list);                                                                  \
+    REAL(name);                                                                    \
+    const Kind kind = makes || nameless ? Kind::Change : Kind::Look;               \
+    if (Strikes(#name, kind, PathAt(folder, path), makes ? "new" : "")) return -1; \
+    if (nameless && TheSettings().network) return (errno = EOPNOTSUPP), -1;        \
+    return real(__VA_ARGS__, flags, mode);                                         \
+  }                                                                                \
   ALSO_64(name)
 
 extern "C" {
@@ -313,6 +322,11 @@ CALL(int, rename, (const char* from, const char* to) noexcept, -1, Look, (At(fro
      to)
 CALL(int, renameat2, (int in, const char* from, int out, const char* to, unsigned flags) noexcept,
      -1, Look, (PathAt(in, from), PathAt(out, to)), in, from, out, to, flags)
+CALL(int, linkat, (int folder, const char* from, int in, const char* to, int flags) noexcept, -1,
+     Change,
+     (PathOf((flags & AT_EMPTY_PATH) != 0 ? folder : std::atoi(std::strrchr(from, '/') + 1)),
+      PathAt(in, to)),
+     folder, from, in, to, flags)
 CALL(int, mkdir, (const char* path, mode_t mode) noexcept, -1, Change, (At(path)), path, mode)
 CALL(int, unlink, (const char* path) noexcept, -1, Look, (At(path)), path)
 CALL(int, unlinkat, (int folder, const char* path, int flags) noexcept, -1, Look,

@@ -100,7 +100,9 @@ def places(job):
         staged = path.startswith("files/old/") and not path.endswith((".1.sly", ".sha256"))
         if "recover" not in job.name and not staged:
             own = own_file | ({"passable": everything} if "hide" in job.name else {})
-            yield Place(temporary_path(path), **own)
+            # Pieces but the first need no such name where files can be without.
+            first = not path.endswith(".sly") or path.endswith(".1.sly")
+            yield Place(temporary_path(path), either=set() if first else FOLDERS, **own)
         if path not in job.replaced:
             replaces = "new" in job.name  # It says yes to every question.
             yield Place(path, everything if marks else REPLACEABLE if replaces else set())

@@ -21,7 +21,7 @@ namespace {
 
 constexpr std::size_t bufferSize = std::size_t{128} * 1024;
 constexpr std::uint64_t worthASecondThread = std::uint64_t{1} * 1024 * 1024;
-constexpr std::uint64_t smallTarget = std::uint64_t{64} * 1024;
+constexpr std::uint64_t smallRange = std::uint64_t{64} * 1024;
 
 /// A source that is being read. Consecutive ranges of one file are read from one opening of it, so
 /// that a file put in its place meanwhile cannot mix in.
@@ -91,10 +91,11 @@ class Copying {
   }
 
  private:
-  /// Small targets are copied sooner than they are named, and a folder gives its names one by one.
+  /// Small ranges are copied sooner than files are opened and named, and a folder does that one by
+  /// one.
   bool IsWorthTwoThreads() const {
     return !plan_.expectedOfAll && bytesTotal_ >= worthASecondThread &&
-           bytesTotal_ / plan_.TargetCount() >= smallTarget;
+           bytesTotal_ / plan_.ranges.size() >= smallRange;
   }
 
   enum class Ending { Copied, Failed, Cancelled };

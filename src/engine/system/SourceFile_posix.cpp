@@ -49,7 +49,9 @@ SourceFile::SourceFile(const std::filesystem::path& path) : state_(std::make_uni
     throw FileError(path, std::make_error_code(std::errc::is_a_directory));
   if (!S_ISREG(found.st_mode)) throw FileError(path, "Not a regular file");
   state_->opened = StateIn(found);
-  if (HasList(state_->descriptor)) state_->opened.rights = ForAnyGroup(state_->opened.rights);
+  Rights& rights = state_->opened.rights;
+  const Rights narrow = ForAnyGroup(rights);
+  if (narrow.bits != rights.bits && HasList(state_->descriptor)) rights = narrow;
 }
 
 SourceFile::~SourceFile() = default;

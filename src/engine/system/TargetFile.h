@@ -24,6 +24,10 @@ std::filesystem::path TemporaryPath(const std::filesystem::path& target);
 /// another program is writing it.
 void RemoveLeftoverOf(const std::filesystem::path& target);
 
+/// Whether a file can be without any name until it gets the name `target`. Tries it, with
+/// TemporaryPath() for the name; false where that is taken.
+bool CanBeNamelessUntil(const std::filesystem::path& target);
+
 /// What the file system of a target does by itself: it lets files share whole blocks, which takes
 /// neither time nor space, or has its server copy bytes, so that they do not cross the network
 /// twice.
@@ -38,13 +42,18 @@ struct Sharing {
 ///
 /// It is written under TemporaryPath() and locked, so that a second program writing the same
 /// target is told so and cannot mix its bytes in. Until Commit() the target's name is untouched;
-/// an object that is destroyed without Commit() leaves nothing behind.
+/// an object that is destroyed without Commit() leaves nothing behind. One that has no name at all
+/// until then is its writer's alone and needs no lock; small files take half the time so.
 class TargetFile {
  public:
   /// Starts a file. Its rights are `rights`, or those in place of the file that it replaces, before
   /// the first byte is written. Throws FileError: the folder cannot be written to, `target` is a
   /// folder or a device, it exists and `existing` is Keep, or another program is writing it.
   TargetFile(std::filesystem::path target, Existing existing, Rights rights = {});
+
+  /// Starts a file that has no name until Commit(), where CanBeNamelessUntil() says that it can. A
+  /// file that bears the name then is kept. Throws FileError: the folder cannot be written to.
+  static std::shared_ptr<TargetFile> StartNameless(std::filesystem::path target, Rights rights);
   ~TargetFile();
   TargetFile(const TargetFile&) = delete;
   TargetFile& operator=(const TargetFile&) = delete;
@@ -74,6 +83,7 @@ class TargetFile {
 
  private:
   struct State;
+  explicit TargetFile(std::unique_ptr<State> state);
   std::unique_ptr<State> state_;
 };
 

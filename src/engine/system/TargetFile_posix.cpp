@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <sys/vfs.h>
 
+#include <array>
 #include <cstdio>
 #include <optional>
 
@@ -177,7 +178,31 @@ bool RenameToFreeName(const std::filesystem::path& from, const std::filesystem::
   return rename(from.c_str(), to.c_str()) == 0;
 }
 
+Descriptor OpenNameless(const std::filesystem::path& folder, mode_t bits) {
+  int file = -1;
+  do file = open(folder.c_str(), O_RDWR | O_TMPFILE | O_CLOEXEC, bits);
+  while (file < 0 && errno == EINTR);
+  return Descriptor(file);
+}
+
+/// Gives a nameless file its name without replacing; false with errno set when it fails.
+bool GiveFirstName(const Descriptor& file, const std::filesystem::path& name) {
+  if (linkat(file.Get(), "", AT_FDCWD, name.c_str(), AT_EMPTY_PATH) == 0) return true;
+  if (errno == EEXIST) return false;
+  // Older systems let nobody but root name a file by its descriptor alone.
+  std::array<char, 32> link = {};
+  (void)std::snprintf(link.data(), link.size(), "/proc/self/fd/%d", file.Get());
+  return linkat(AT_FDCWD, link.data(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0;
+}
+
 }  // namespace
+
+bool CanBeNamelessUntil(const std::filesystem::path& target) {
+  // Some file systems say no only when the name is given, and so does a system without /proc.
+  const std::filesystem::path name = TemporaryPath(target);
+  const Descriptor file = OpenNameless(name.parent_path(), S_IRUSR | S_IWUSR);
+  return file && GiveFirstName(file, name) && unlink(name.c_str()) == 0;
+}
 
 void RemoveLeftoverOf(const std::filesystem::path& target) {
   RemoveLeftover(TemporaryPath(target), target);
@@ -185,7 +210,7 @@ void RemoveLeftoverOf(const std::filesystem::path& target) {
 
 struct TargetFile::State {
   std::filesystem::path target;
-  std::filesystem::path temporary;
+  std::filesystem::path temporary;  ///< Empty where it has no name.
   Existing existing = Existing::Keep;
   Rights rights;
   Descriptor file;
@@ -193,7 +218,8 @@ struct TargetFile::State {
   bool named = false;
 
   ~State() {
-    if (file && !named && NameStillBelongs(temporary, file)) (void)unlink(temporary.c_str());
+    if (file && !named && !temporary.empty() && NameStillBelongs(temporary, file))
+      (void)unlink(temporary.c_str());
   }
 };
 
@@ -212,6 +238,19 @@ TargetFile::TargetFile(std::filesystem::path target, Existing existing, Rights r
     throw FileError(state_->target, std::make_error_code(std::errc::file_exists));
   if (existing == Existing::Replace) state_->rights = now.value_or(rights);
   SetRights(state_->file, state_->rights, false, state_->target);
+}
+
+TargetFile::TargetFile(std::unique_ptr<State> state) : state_(std::move(state)) {}
+
+std::shared_ptr<TargetFile> TargetFile::StartNameless(std::filesystem::path target, Rights rights) {
+  auto state = std::make_unique<State>();
+  state->file = OpenNameless(target.parent_path(), rights.bits);
+  if (!state->file) FailWithLastError(target);
+  // Whom it would be open to does not matter before it has a name.
+  SetRights(state->file, rights, true, target);
+  state->target = std::move(target);
+  state->rights = rights;
+  return std::shared_ptr<TargetFile>(new TargetFile(std::move(state)));
 }
 
 TargetFile::~TargetFile() = default;
@@ -265,21 +304,23 @@ void TargetFile::Flush() {
 
 void TargetFile::Commit() {
   const State& state = *state_;
+  const bool nameless = state.temporary.empty();
   const bool replaces = state.existing == Existing::Replace && NameIsTaken(state.target);
-  SetRights(state.file, state.rights, true, state.target);
+  if (!nameless) SetRights(state.file, state.rights, true, state.target);
   if (replaces && !state.flushed) Flush();
   // Some file systems report a failed write only at close. Closing a duplicate asks for that
   // report and keeps the lock.
   const int duplicate = fcntl(state.file.Get(), F_DUPFD_CLOEXEC, 0);
   if (duplicate < 0 || close(duplicate) != 0) FailWithLastError(state.target);
-  if (!NameStillBelongs(state.temporary, state.file))
+  if (!nameless && !NameStillBelongs(state.temporary, state.file))
     throw FileError(state.target, "Another program has removed it while it was being written");
   // A file system that flushes by itself what takes another's place has no reason to here.
   if (state.existing == Existing::ReplaceScratch) (void)unlink(state.target.c_str());
-  const bool renamed = state.existing == Existing::Keep
-                           ? RenameToFreeName(state.temporary, state.target)
-                           : rename(state.temporary.c_str(), state.target.c_str()) == 0;
-  if (!renamed) FailWithLastError(state.target);
+  const bool done = nameless ? GiveFirstName(state.file, state.target)
+                    : state.existing == Existing::Keep
+                        ? RenameToFreeName(state.temporary, state.target)
+                        : rename(state.temporary.c_str(), state.target.c_str()) == 0;
+  if (!done) FailWithLastError(state.target);
   state_->named = true;
   if (replaces) FlushFolder(state.target.parent_path());
 }

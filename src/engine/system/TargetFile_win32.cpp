@@ -113,6 +113,14 @@ TargetFile::TargetFile(std::filesystem::path target, Existing existing, Rights r
   }
 }
 
+bool CanBeNamelessUntil(const std::filesystem::path& /*target*/) {
+  return false;
+}
+
+std::shared_ptr<TargetFile> TargetFile::StartNameless(std::filesystem::path target, Rights rights) {
+  return std::make_shared<TargetFile>(std::move(target), Existing::Keep, rights);
+}
+
 TargetFile::~TargetFile() = default;
 
 void TargetFile::Reserve(std::uint64_t length) {

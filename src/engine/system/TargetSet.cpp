@@ -99,7 +99,10 @@ TargetSet::TargetSet(const CopyPlan& plan) : plan_(plan) {
         ListPath(plan), hasEarlierList_ ? Existing::Replace : Existing::Keep, plan.rights);
     list_->Reserve(ListLength(plan));
   }
-  if (earlier_.empty()) return;
+  if (earlier_.empty()) {
+    nameless_ = plan.TargetCount() > 1 && CanBeNamelessUntil(plan.names.Path(1));
+    return;
+  }
   for (std::size_t i = 1; i < plan.TargetCount(); ++i) RemoveLeftoverOf(plan.names.Path(i));
   MakeOwnFolder(staging);
   try {
@@ -141,7 +144,9 @@ std::shared_ptr<TargetFile> TargetSet::Begin(std::size_t index) {
   if (index == 0) return first_;
   const fs::path target = plan_.names.Path(index);
   std::shared_ptr<TargetFile> file;
-  if (staging_.empty()) {
+  if (nameless_) {
+    file = TargetFile::StartNameless(target, plan_.rights);
+  } else if (staging_.empty()) {
     const Existing existing = plan_.numberInSet ? Existing::Keep : plan_.existing;
     file = std::make_shared<TargetFile>(target, existing, plan_.rights);
   } else {

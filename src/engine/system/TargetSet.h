@@ -62,6 +62,7 @@ class TargetSet {
   std::vector<std::string> earlier_;
   bool hasEarlierList_ = false;
   std::filesystem::path staging_;  ///< Empty where no set is replaced.
+  bool nameless_ = false;          ///< Whether the others have no name until they are complete.
 
   Mutex mutex_;
   std::vector<std::size_t> named_ GUARDED_BY(mutex_);  ///< Targets of a new set.
