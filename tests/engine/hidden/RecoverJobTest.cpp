@@ -186,6 +186,7 @@ TEST_F(Recover, DeciphersWhatAPassphraseOpens) {
     Script script;
     std::string name, bytes;
     bool raw = false;
+    const char* stored = "n.age";
   };
   const Script done = {"i File Recovered.", "end"};
   const Script damaged = {"x n Is Damaged.", unable, "end"};
@@ -194,20 +195,22 @@ TEST_F(Recover, DeciphersWhatAPassphraseOpens) {
     bytes[at] = '?';
     return bytes;
   };
-  for (const Case& c :
-       std::initializer_list<Case>{{sampleAge, {}, sampleAgePassphrase, done, "Original n", "age"},
-                                   {sampleAge, sampleAgePassphrase, {}, done, "Original n", "age"},
-                                   {sampleAge, {}, "", done, "Original n.age", sampleAge},
-                                   {sampleAge, {}, {}, done, "Original n.age", sampleAge, true},
-                                   {"-> scrypt", {}, {}, done, "Original n.age", "-> scrypt"},
-                                   {sampleAge, {}, std::optional<std::string>(), {"end"}, "", ""},
-                                   {sampleAge, {}, "Password", {incorrect, "end"}, "", ""},
-                                   {sampleAge, "Password", {}, {incorrect, "end"}, "", ""},
-                                   {changed(32), {}, {}, damaged, "", ""},
-                                   {changed(184), sampleAgePassphrase, {}, damaged, "", ""}}) {
+  for (const Case& c : std::initializer_list<Case>{
+           {sampleAge, {}, sampleAgePassphrase, done, "Original n", "age"},
+           {sampleAge, sampleAgePassphrase, {}, done, "Original n", "age"},
+           {sampleAge, {}, "", done, "Original n.age", sampleAge},
+           {sampleAge, {}, {}, done, "Original n.age", sampleAge, true},
+           {"-> scrypt", {}, {}, done, "Original n.age", "-> scrypt"},
+           {sampleAge, {}, {}, done, "Original n.x", sampleAge, false, "n.x"},
+           {sampleAge, {}, {}, done, "Original .age", sampleAge, false, ".age"},
+           {sampleAge, {}, std::optional<std::string>(), {"end"}, "", ""},
+           {sampleAge, {}, "Password", {incorrect, "end"}, "", ""},
+           {sampleAge, "Password", {}, {incorrect, "end"}, "", ""},
+           {changed(32), {}, {}, damaged, "", ""},
+           {changed(184), sampleAgePassphrase, {}, damaged, "", ""}}) {
     const std::string value = Enciphered(std::to_string(c.hidden.size()));
     PutCarrier("PNG" + c.hidden +
-               SampleDirectory("05", "[0dfg%]\r\n&hed#=" + Enciphered("n.age") +
+               SampleDirectory("05", "[0dfg%]\r\n&hed#=" + Enciphered(c.stored) +
                                          "\r\n?Kj*^=" + value + "\r\n"));
     form.passphrase = c.given;
     form.raw = c.raw;

@@ -26,6 +26,8 @@ TEST(Text8, RefusesOrSubstitutesWhatTheCodePageLacks) {
            {"\xE0\x80\xAF", "___"},           // longer than need be
            {"\xED\xA0\x80", "___"},           // half a surrogate pair
            {"\xF4\x90\x80\x80", "____"},      // beyond the last character
+           // The first and the last of each length.
+           {"\u0800\uD7FF\uE000\U00010000\U0010FFFF", "_____"},
        }) {
     EXPECT_EQ(ToText8(utf8), std::nullopt) << lossy;
     EXPECT_EQ(ToText8Lossy(utf8), lossy);
