@@ -87,7 +87,7 @@ class Job:
             return 0o600
         if path in self.results:
             return functools.reduce(int.__and__, map(self.mode, self.sources))
-        return 0o600 if path == "files/first.zip" else 0o640
+        return 0o600 if path.endswith(("first.zip", ".3.sly")) else 0o640
 
     def ways(self, status):
         """What may lie there after this exit status; a negative one is a signal's."""
@@ -107,10 +107,12 @@ class Job:
             part[path] = self.replaced.get(path), results.get(path)
             if path.endswith(".sly"):
                 part[path] = (ABSENT,) if path.endswith(".1.sly") else (ABSENT, *part[path])
-        # A list of the pieces goes before them and comes after them.
-        no_list = {path: (ABSENT,) for path in part if path.endswith(".sha256")}
-        ways = [start, start | part | no_list, final, final | loose]
-        return ways + [way | no_list for way in (start, final) if no_list]
+        # A list of the pieces goes before them and comes after them; piece 1 goes before the others.
+        gone = lambda paths, *endings: {path: (ABSENT,) for path in paths if path.endswith(endings)}
+        no_list = gone(part, ".sha256")
+        ways = [start, start | part | no_list, final, final | loose | gone(loose, ".sha256", ".1.sly")]
+        ways += [way | no_list for way in (start, final) if no_list]
+        return ways + [final | gone(loose, ".sha256")]
 
 
 def only(contents):

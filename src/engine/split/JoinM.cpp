@@ -169,7 +169,10 @@ class Joining {
       for (fs::path f = own; own != list_.parent_path() && f != f.parent_path();
            f = f.parent_path())
         FlushFolder(f.parent_path());
-      if (checksums_.kind == Checksums::Kind::Understood) Delete(list_);
+      if (checksums_.kind == Checksums::Kind::Understood) {
+        Delete(list_);
+        FlushFolder(list_.parent_path());
+      }
       for (std::uint32_t i = 0; i < plan_.ranges.size(); ++i) {
         const fs::path path = plan_.sources.Path(i);
         if (StateOf(path) != plan_.sources.State(i)) throw FileError(path, fileWasChanged);
