@@ -14,12 +14,14 @@ from jobs import Case
 
 REMOVALS = {"unlink", "unlinkat", "rmdir", "remove"}
 LOOKS = {"open", "openat", "fdopendir", "readdir", "stat", "lstat", "fstat"}
+WAITS = {"read", "pread", "pwrite", "copy_file_range", "ioctl", "flock"}  # A signal can end these.
 EFFECTS = [
     faults.failing_with(errno.EIO, threads=True),
     *map(faults.failing_with, (errno.ENOSPC, errno.EACCES, errno.EINTR, errno.EINVAL)),
     faults.SHORT,
     faults.Effect("no bytes", "nothing"),
     faults.FULL_DISK,
+    faults.NO_NAMES,
     faults.DEAD_DISK,
     faults.KILL,
     faults.STOP,
@@ -64,10 +66,13 @@ def _losses(setting, job, home, outcome, effect, struck, then):
     if effect is faults.STOP:
         return jobs.losses(job, home, outcome, expected=(0, jobs.STOPPED))
     if then:
-        return jobs.losses(job, home, outcome, ways=then.ways(outcome.status))
-    if effect is faults.DEAD_DISK:  # Nothing can be removed any more.
+        return jobs.losses(job, home, outcome, ways=then.ways(outcome.status, call))
+    if effect in (faults.DEAD_DISK, faults.NO_NAMES):
+        # Nothing can be removed any more, or be put back. But it is there.
         kept = job.ways(None) if outcome.status else None
-        return jobs.losses(job, home, outcome, _of_others(job, home), ways=kept)
+        gone = set(job.replaced.values()) - set(jobs.look(home).values()) if kept else ()
+        return jobs.losses(job, home, outcome, _of_others(job, home), ways=kept) + [
+            "an earlier file is gone"] * bool(gone)
     place = pathlib.PurePath(path).relative_to(home)
     # What was not to be removed stays, and so do the folders it lies in.
     spared = {str(place), *map(str, place.parents)} if call in REMOVALS else ()
@@ -81,7 +86,8 @@ def _losses(setting, job, home, outcome, effect, struck, then):
     written = place.parts[:1] == ("files",) and (place.suffix == ".tmp" or faults.is_nameless(place.name))
     if outcome.status == 0 and written and call in ("fsync", "close"):
         lost.append("not noticed")
-    if outcome.status != 0 and (effect is faults.SHORT or call == "pthread_create"):
+    harmless = call == "pthread_create" or effect.name == "EINTR" and call in WAITS
+    if outcome.status != 0 and (effect is faults.SHORT or harmless):
         lost.append(f"fails: {outcome.err}")
     return lost
 
@@ -121,14 +127,19 @@ class Changed:
             bytes(8) + old[8:-8] + bytes(8)]))
         self.file = home / path
         os.utime(self.file, (1e9, 1e9))
-        # The result is made of the source as it was or as it is now, never of both.
-        changed = dataclasses.replace(job, sources=job.sources | {path: self.new})
-        gone = (jobs.ABSENT,) if job.deletes else ()
-        self.ways = lambda status: [way | {path: (self.new, *gone)} for each in (job, changed)
-                                    for way in each.ways(status)]
+        self.job, self.path = job, path
+        self.deleted = False
 
     def change(self):
-        if not self.file.exists():
-            return  # The job has deleted it.
-        self.file.open("r+b").write(self.new)
-        os.truncate(self.file, len(self.new))
+        self.deleted = not self.file.exists()
+        if not self.deleted:
+            self.file.open("r+b").write(self.new)
+            os.truncate(self.file, len(self.new))
+
+    def ways(self, status, call):
+        """The result is made of the source as it was or as it is now, never of both. What has
+        changed is not deleted, unless that was decided just now."""
+        gone = self.deleted or self.path.endswith(".sha256") or call in ("close", "remove")
+        now = self.new, *[jobs.ABSENT] * (self.job.deletes and gone)
+        changed = dataclasses.replace(self.job, sources=self.job.sources | {self.path: self.new})
+        return [way | {self.path: now} for each in (self.job, changed) for way in each.ways(status)]

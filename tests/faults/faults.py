@@ -16,7 +16,7 @@ LIBRARY = "libslyver_faults.so"
 class Effect:
     name: str  # As the table has it.
     what: str  # As the library has it.
-    stays: str = ""  # Which later calls fail too: "all", or the "writes" of all kinds.
+    stays: str = ""  # Which later calls fail too: "all", "names", or the "writes" of all kinds.
     threads: bool = False  # Whether jobs that copy with two threads are tried too.
 
 
@@ -29,6 +29,7 @@ SLOW = Effect("slow", "slow")
 NFS = Effect("network file system", "nfs")
 SHORT = Effect("half the bytes", "short", threads=True)
 FULL_DISK = Effect("ENOSPC from then on", str(errno.ENOSPC), "writes", threads=True)
+NO_NAMES = Effect("no name from then on", str(errno.ENOSPC), "names")
 DEAD_DISK = Effect("EIO from then on", str(errno.EIO), "all")
 KILL = Effect("killed, and run again", f"signal {signal.SIGKILL}", threads=True)
 STOP = Effect("stopped", f"signal {signal.SIGINT}", threads=True)

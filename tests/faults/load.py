@@ -1,5 +1,5 @@
-"""Load: as many pieces as there can be, a join beside many folders, and a file of 64 GiB; all in
-little memory."""
+"""Load: as many pieces as there can be, a join beside many folders, a passphrase, and a file of
+64 GiB; all in little memory."""
 
 import os
 import random
@@ -10,6 +10,7 @@ from jobs import Case
 
 PIECES = 32767
 MEMORY = 16 << 10  # KiB
+PASSPHRASE_MEMORY = 280 << 10
 GIB = 1 << 30
 
 
@@ -19,11 +20,12 @@ def run(setting):
     return [
         attempt(setting, f"{PIECES} pieces", most_pieces, rng),
         attempt(setting, f"a join beside {folders} folders", many_folders, rng, folders),
+        attempt(setting, "a passphrase", encrypted_file, memory=PASSPHRASE_MEMORY),
         attempt(setting, "a file of 64 GiB", sparse_file),
     ]
 
 
-def attempt(setting, name, suite, *arguments):
+def attempt(setting, name, suite, *arguments, memory=MEMORY):
     case = Case(name, 1)
     home = setting.folder / "home"
     jobs.prepare(home, {})
@@ -35,10 +37,10 @@ def attempt(setting, name, suite, *arguments):
         ended = subprocess.run([*command, *map(str, arguments)], cwd=home / "files",
                                env=jobs.environment(home), stdin=subprocess.DEVNULL,
                                capture_output=True)
-        memory = int((home / "peak").read_text().split()[-1])
+        peak = int((home / "peak").read_text().split()[-1])
         (home / "peak").unlink()
-        if ended.returncode != 0 or memory > MEMORY:
-            case.losses.append(f"{arguments} ended with {ended.returncode} and took {memory} KiB of"
+        if ended.returncode != 0 or peak > memory:
+            case.losses.append(f"{arguments} ended with {ended.returncode} and took {peak} KiB of"
                                f" memory: {ended.stderr[-500:]}")
 
     case.losses += suite(home, sly, *arguments)
@@ -65,6 +67,17 @@ def many_folders(home, sly, rng, count):
     sly("join", "w.3.sly")
     if (home / "files/w").read_bytes() != b"".join(pieces.values()):
         yield "wrong: w"
+
+
+def encrypted_file(home, sly):
+    start = {"files/m": b"main", "files/h": b"hidden", "files/password": b"phrase\n"}
+    jobs.prepare(home, start)
+    passphrase = ("--passphrase-file", "password")
+    sly("hide", "m", "h", "--encrypt", *passphrase)
+    sly("recover", "Hidden File m", *passphrase)
+    found = jobs.look(home)
+    made = {"files/Original h": b"hidden", "files/Hidden File m": found.get("files/Hidden File m")}
+    yield from jobs.differing(found, [jobs.only(start | made)])
 
 
 def sparse_file(home, sly):

@@ -11,6 +11,7 @@
 /// SLYVER_FAULT_STAYS   "all": all calls from that number on fail, as on a disk that has died;
 ///                      "writes": only calls that need room on the disk count, and all of them
 ///                      fail from that number on, as on a full disk
+///                      "names": only calls that rename count, and all of them fail from there on
 /// SLYVER_FAULT_DISK    "shares": files share blocks of 300 bytes, by imitation, since most file
 ///                      systems cannot; a clone that fails has brought over a half;
 ///                      "network": the disk says that it is a network file system, which
@@ -107,6 +108,7 @@ bool Strikes(const char* call, Kind kind, const std::string& path, const std::st
   const bool movesOnly =
       settings.effect == "short" || settings.effect == "nothing" || settings.effect == "slow";
   if (settings.stays == "writes" && kind != Kind::Write && kind != Kind::Change) return false;
+  if (settings.stays == "names" && std::strncmp(call, "rename", 6) != 0) return false;
   if ((movesOnly && !moves) || !path.starts_with(settings.root)) return false;
   const int before = errno;
   const long number = ++count;

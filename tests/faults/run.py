@@ -6,6 +6,7 @@ import os
 import pathlib
 import random
 import shutil
+import signal
 import sys
 import tempfile
 import time
@@ -33,6 +34,8 @@ def main():
     scratch = pathlib.Path(tempfile.mkdtemp(prefix="slyver-reliability-"))
     passed = failed = 0
     os.umask(0o022)
+    # A shell's background job ignores Ctrl-C, and so would all that it starts.
+    signal.signal(signal.SIGINT, signal.default_int_handler)
     rows = {}  # (suite, group): cases, tried, losses
     try:
         for name, suite in suites.items():

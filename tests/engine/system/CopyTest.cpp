@@ -270,7 +270,7 @@ TEST_F(Copied, ASetReplacesAnotherAsOne) {
   const CopyPlan plan = SetOf(4, Existing::Replace);
   // A name that is taken in the middle of the exchange: everything goes back.
   const auto takesAName = [&](const CopyProgress&) {
-    fs::create_directory(out / "s2");
+    WriteFile(out / "s2", "came meanwhile");
     return true;
   };
   EXPECT_NE(ErrorOf([&] { Copy(plan, takesAName); }), "no error");
