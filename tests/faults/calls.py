@@ -58,7 +58,7 @@ def _at_every_call(setting, job, effect):
 
 
 def _losses(setting, job, home, outcome, effect, struck, then):
-    call, path, *_ = struck
+    call, path, *asked = struck
     if effect.what == "nothing" and path.endswith("/password"):
         return []  # The file is as good as empty there.
     if effect is faults.KILL:
@@ -82,9 +82,11 @@ def _losses(setting, job, home, outcome, effect, struck, then):
     if work and call in LOOKS:
         spared = {path for path in jobs.look(home) if path.startswith(str(work[-1]))}
     lost = jobs.losses(job, home, outcome, spared)
-    # By failing, these say that bytes written before may be lost. Of what is removed none can be.
-    written = place.parts[:1] == ("files",) and (place.suffix == ".tmp" or faults.is_nameless(place.name))
-    if outcome.status == 0 and written and call in ("fsync", "close"):
+    # By failing, these say that bytes written before may be lost. Of what is removed none can be,
+    # nor of what is empty.
+    temporary = place.suffix == ".tmp" or faults.is_nameless(place.name)
+    tells = call == "fsync" or (call == "close" and asked != ["0"])
+    if outcome.status == 0 and temporary and place.parts[0] == "files" and tells:
         lost.append("not noticed")
     harmless = call == "pthread_create" or effect.name == "EINTR" and call in WAITS
     if outcome.status != 0 and (effect is faults.SHORT or harmless):

@@ -84,6 +84,13 @@ std::string PathOf(int descriptor) {
   return named ? text.substr(0, text.rfind('/') + 1) : text;
 }
 
+/// The length of an open file in bytes.
+std::string LengthOf(int descriptor) {
+  struct stat found = {};
+  (void)syscall(SYS_fstat, descriptor, &found);
+  return std::to_string(found.st_size);
+}
+
 std::string PathAt(int folder, const char* name) {
   return *name == '/' ? std::string(name) : PathOf(folder) + "/" + name;
 }
@@ -191,14 +198,14 @@ int Clone(const file_clone_range& range, int target) {
   }
 
 // What is closed is closed, whatever the call returns.
-#define CLOSE(type, name, descriptor)                                    \
-  int name(type file) {                                                  \
-    REAL(name);                                                          \
-    const bool strikes = Strikes(#name, Kind::Look, PathOf(descriptor)); \
-    const int error = errno;                                             \
-    const int result = real(file);                                       \
-    if (strikes) errno = error;                                          \
-    return strikes ? -1 : result;                                        \
+#define CLOSE(type, name, descriptor)                                                          \
+  int name(type file) {                                                                        \
+    REAL(name);                                                                                \
+    const bool strikes = Strikes(#name, Kind::Look, PathOf(descriptor), LengthOf(descriptor)); \
+    const int error = errno;                                                                   \
+    const int result = real(file);                                                             \
+    if (strikes) errno = error;                                                                \
+    return strikes ? -1 : result;                                                              \
   }
 
 #define MOVE(name, parameters, kind, asked, ...)                                 \
