@@ -69,10 +69,11 @@ def _losses(setting, job, home, outcome, effect, struck, then):
         return jobs.losses(job, home, outcome, ways=then.ways(outcome.status, call))
     if effect in (faults.DEAD_DISK, faults.NO_NAMES):
         # Nothing can be removed any more, or be put back. But it is there.
-        kept = job.ways(None) if outcome.status else None
-        gone = set(job.replaced.values()) - set(jobs.look(home).values()) if kept else ()
+        kept, found = job.ways(None) if outcome.status else None, jobs.look(home)
+        gone = set(job.replaced.values()) - set(found.values())
+        whole = all(found.get(path) == data for path, data in job.results.items())
         return jobs.losses(job, home, outcome, _of_others(job, home), ways=kept) + [
-            "an earlier file is gone"] * bool(gone)
+            "an earlier file is gone"] * (bool(gone) and not whole)
     place = pathlib.PurePath(path).relative_to(home)
     # What was not to be removed stays, and so do the folders it lies in.
     spared = {str(place), *map(str, place.parents)} if call in REMOVALS else ()
