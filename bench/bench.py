@@ -91,7 +91,7 @@ class Work:
         self.name, self.commands, self.bar = name, commands, bar
 
 
-def measure(work, place, before=lambda: None, keep=True):
+def measure(work, place, before=lambda: None, keep=True, rounds=ROUNDS):
     """Runs every command once a round, in turn, so that a noisy minute strikes all alike. `before`
     is called before each. Returns the median times and processor times, less the shell's, and the
     space taken.
@@ -102,11 +102,11 @@ def measure(work, place, before=lambda: None, keep=True):
     scratch.mkdir()
     times = {label: [] for label in [*work.commands, "shell"]}
     space = {}
-    for number in range(ROUNDS):
+    for number in range(rounds):
         for label, command in {**work.commands, "shell": "true"}.items():
             out = scratch / f"{number} {label}".replace(" ", "-")
             out.mkdir()
-            used = space_used(place)
+            used = space_used(place) if number == 0 else 0
             before()
             times[label].append(run_in(out, command))
             if number == 0:
@@ -311,7 +311,9 @@ def on_file_system(name):
                 if subprocess.run(["cp", "--reflink=always", place / "main", place / "copy"],
                                   stderr=subprocess.DEVNULL).returncode != 0:
                     del work.commands[CLONE]
-                row(name, size, work, *measure(work, place, keep=False))
+                # What takes milliseconds is more easily disturbed.
+                rounds = ROUNDS if length > 10 * MIB else 5 * ROUNDS
+                row(name, size, work, *measure(work, place, keep=False, rounds=rounds))
         (folder / name).rmdir()
 
 
