@@ -142,7 +142,7 @@ class Changed:
     def ways(self, status, call):
         """The result is made of the source as it was or as it is now, never of both. What has
         changed is not deleted, unless that was decided just now."""
-        gone = self.deleted or self.path.endswith(".sha256") or call in ("close", "remove")
+        gone = self.deleted or call in ("close", "remove")
         now = self.new, *[jobs.ABSENT] * (self.job.deletes and gone)
         changed = dataclasses.replace(self.job, sources=self.job.sources | {self.path: self.new})
         return [way | {self.path: now} for each in (self.job, changed) for way in each.ways(status)]

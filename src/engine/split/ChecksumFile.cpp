@@ -144,7 +144,9 @@ Checksums ReadChecksumFile(const std::filesystem::path& folder, std::string_view
       return {.kind = Checksums::Kind::NotUnderstood};
   }
   file.ThrowIfChanged();
-  return reader.Finish();
+  Checksums checksums = reader.Finish();
+  checksums.state = file.Opened();
+  return checksums;
 }
 
 }  // namespace slyver

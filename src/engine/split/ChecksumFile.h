@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "engine/system/Sha256.h"
+#include "engine/system/SourceFile.h"
 
 namespace slyver {
 
@@ -32,6 +33,7 @@ struct Checksums {
   Kind kind = Kind::None;
   std::vector<Digest> digests = {};    ///< Of pieces 1 to n, where it is understood.
   std::optional<Digest> ofWhole = {};  ///< Of the whole file, where it tells of that alone.
+  FileState state = {};                ///< In which the file was read, where it is understood.
 };
 
 /// Reads the text of a checksum file, which may have come from anywhere, in parts of any length.

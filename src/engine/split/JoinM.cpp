@@ -170,20 +170,21 @@ class Joining {
            f = f.parent_path())
         FlushFolder(f.parent_path());
       if (checksums_.kind == Checksums::Kind::Understood) {
-        Delete(list_);
+        Delete(list_, checksums_.state);
         FlushFolder(list_.parent_path());
       }
       for (std::uint32_t i = 0; i < plan_.ranges.size(); ++i) {
         const fs::path path = plan_.sources.Path(i);
-        if (StateOf(path) != plan_.sources.State(i)) throw FileError(path, fileWasChanged);
-        Delete(path);
+        Delete(path, plan_.sources.State(i));
         if (i == 0) FlushFolder(path.parent_path());
       }
       return true;
     });
   }
 
-  static void Delete(const fs::path& path) {
+  /// Deletes the file that was read.
+  static void Delete(const fs::path& path, const FileState& state) {
+    if (StateOf(path) != state) throw FileError(path, fileWasChanged);
     if (const std::error_code error = RemoveFile(path)) throw FileError(path, error);
   }
 
