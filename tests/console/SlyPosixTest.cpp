@@ -276,7 +276,9 @@ constexpr Case scripts[] = {
     {"truncate -s 80000 a; $SLY split a -n 40000; $SLY split a -s 2; rm a", 0, "",
      "Overflow\nOverflow\n"},
     {"$SLY split e.bin --quiet", 1, "", "Chunk Size Bigger Than File Size.\n"},
-    {"$SLY split e.bin -o none", 1, "", "@/none Does Not Exists. Do You Want To Create It?" NOBODY},
+    {"cp e.bin e.1.sly; $SLY split e.bin -o none; $SLY join e.1.sly -o none || rm e.1.sly", 0, "",
+     "@/none Does Not Exists. Do You Want To Create It?" NOBODY
+     "@/none Does Not Exists. Do You Want To Create It?" NOBODY},
     {"$SLY split none", 1, "", "@/none: No such file or directory\n"},
     {"$SLY split .", 1, "", "@/.: Is a directory\n"},
     {"$SLY join none.1.sly", 1, "", "none.1.sly Is Missing.\nUnable To Join File.\n"},

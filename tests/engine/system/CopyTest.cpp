@@ -270,11 +270,11 @@ TEST_F(Copied, ASetReplacesAnotherAsOne) {
   const CopyPlan plan = SetOf(4, Existing::Replace);
   // A name that is taken in the middle of the exchange: everything goes back.
   const auto takesAName = [&](const CopyProgress&) {
-    WriteFile(out / "s2", "came meanwhile");
+    WriteFile(out / "s4", "came meanwhile");
     return true;
   };
   EXPECT_NE(ErrorOf([&] { Copy(plan, takesAName); }), "no error");
-  EXPECT_TRUE(fs::remove(out / "s2")) << "what another program made was removed";
+  EXPECT_TRUE(fs::remove(out / "s4")) << "what another program made was removed";
   EXPECT_EQ(Names(out), earlier);
   for (const std::string& name : earlier) EXPECT_EQ(ReadFile(out / name), "old");
 
