@@ -39,6 +39,10 @@ TEST(Carrier, LaysFilesOutOneBehindTheOther) {
   EXPECT_EQ((*files)[1].length, 5000000000U);
   EXPECT_FALSE(directory.Files(samplePassword, 10000002506)) << "one byte short";
   EXPECT_FALSE(directory.MainLength(samplePassword, 2499));
+  for (const std::string bad : {"", "0", "-1", "+7", " 7", "7x", "18446744073709551623"}) {
+    const std::string record = "[0dfg%]\r\n&hed#=DF\r\n?Kj*^=" + Enciphered(bad) + "\r\n";
+    EXPECT_FALSE(Directory(SampleDirectory(big, record)).Files(samplePassword, 10000002507)) << bad;
+  }
 }
 
 TEST(Carrier, PadsTo2500Bytes) {
