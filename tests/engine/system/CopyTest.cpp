@@ -147,7 +147,7 @@ TEST_F(Copied, KeepsOrReplacesWhatBearsTheName) {
   const auto error = [&](Existing existing, const Watch& watch) {
     return ErrorOf([&] { Copy(PlanOf(whole, existing), watch); });
   };
-  EXPECT_EQ(error(Existing::Keep, GoOn), target.string() + ": File exists");
+  EXPECT_EQ(error(Existing::Keep, StopNow), target.string() + ": File exists") << "at once";
   EXPECT_THROW(Copy(PlanOf(whole, Existing::Replace), StopNow), Cancelled);
   const auto fails = [](const CopyProgress&) -> bool { throw std::runtime_error("the watch"); };
   EXPECT_THROW(Copy(PlanOf(whole, Existing::Replace), fails), std::runtime_error);
@@ -268,6 +268,12 @@ TEST_F(Copied, ASetReplacesAnotherAsOne) {
   fs::create_directory(out);
   for (const std::string& name : earlier) WriteFile(out / name, "old");
   const CopyPlan plan = SetOf(4, Existing::Replace);
+  const fs::path staging = TemporaryPath(out / "s1").replace_extension(".set");
+  fs::create_directory(staging);
+  WriteFile(staging / "letter", "precious");
+  EXPECT_EQ(ErrorOf([&] { Copy(plan, GoOn); }),
+            staging.string() + " Holds Other Files. Move Them Away.");
+  EXPECT_EQ(fs::remove_all(staging), 2U) << "what no job made was removed";
   // A name that is taken in the middle of the exchange: everything goes back.
   const auto takesAName = [&](const CopyProgress&) {
     WriteFile(out / "s4", "came meanwhile");
