@@ -164,6 +164,10 @@ constexpr Case scripts[] = {
      0, "30\n@/my f.v1.dat\n",
      "File Successfully Sly.\n30 pieces of 20000 bytes in @\nFile Joined.\n30 pieces, 588888 "
      "bytes in all\n"},
+    // A hole at the end of one piece, and data at the beginning of the next.
+    {"for p in a.1.sly a.2.sly; do echo $p >$p; truncate -s 1M $p; cat $p >>b; done;"
+     "$SLY join a.1.sly -q; cmp a b",
+     0, "@/a\n", ""},
     {"$SLY split e.bin --size 2KiB -o new/out --yes --verbose --quiet; wc -c <new/out/e.bin.3.sly",
      0, "@/new/out/e.bin.1.sly\n@/new/out/e.bin.2.sly\n@/new/out/e.bin.3.sly\n904\n", ""},
     {"$SLY split b.bin --count 7 -q; wc -c <b.bin.1.sly; wc -c <b.bin.7.sly", 0, "429\n426\n", ""},
