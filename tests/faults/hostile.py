@@ -208,7 +208,8 @@ def names(rng):
         size = (len(data) + 1) // 2
         parts = jobs.cut(data, size, f"{FILES}out/{name}") if len(raw) + 6 <= 255 else None
         split = ("split", "--size", size, "--output", "out", "--yes", "--", f"in/{name}")
-        yield f"{raw}", {path: data}, [(split, parts)]
+        # The folder is there: one that is made at the user's wish stays when the split is refused.
+        yield f"{raw}", {path: data, f"{FILES}out/other": b"other"}, [(split, parts)]
         if parts:
             join = ("join", "--", f"out/{name}.2.sly")
             yield f"{raw}", parts, [(join, {f"{FILES}out/{name}": data})]
