@@ -16,6 +16,7 @@ import time
 from pathlib import Path
 
 ROUNDS = 5
+SMALL_ROUNDS = 25  # What takes milliseconds is more easily disturbed.
 KIB = 1024
 MIB = 1024 * KIB
 GIB = 1024 * MIB
@@ -311,8 +312,7 @@ def on_file_system(name):
                 if subprocess.run(["cp", "--reflink=always", place / "main", place / "copy"],
                                   stderr=subprocess.DEVNULL).returncode != 0:
                     del work.commands[CLONE]
-                # What takes milliseconds is more easily disturbed.
-                rounds = ROUNDS if length > 10 * MIB else 5 * ROUNDS
+                rounds = ROUNDS if length > 10 * MIB else SMALL_ROUNDS
                 row(name, size, work, *measure(work, place, keep=False, rounds=rounds))
         (folder / name).rmdir()
 
@@ -323,8 +323,8 @@ PARTS = {"disk": on_the_disk, "cold": from_the_disk}
 def main():
     shutil.rmtree(folder, ignore_errors=True)
     folder.mkdir(parents=True)
-    print(f"{os.cpu_count()} cores, load {os.getloadavg()[0]:.1f}, medians of {ROUNDS} runs; the "
-          "ratio is sly's time to the tool's.\n")
+    print(f"{os.cpu_count()} cores, load {os.getloadavg()[0]:.1f}, medians of {ROUNDS} runs, "
+          f"of {SMALL_ROUNDS} with files of up to 10 MiB; the ratio is sly's time to the tool's.\n")
     for part in sys.argv[3:] or [*PARTS, *FILE_SYSTEMS]:
         if part in PARTS:
             PARTS[part]()

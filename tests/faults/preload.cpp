@@ -70,8 +70,8 @@ const Settings& TheSettings() {
 }
 
 /// The path behind a descriptor; AT_FDCWD is the working folder. System calls are made directly
-/// here, since the names of their functions are taken. A file without a name has one that ends in
-/// " (deleted)"; when it has got its name, it is not told of any more.
+/// here, since the names of their functions are taken. A file that never had a name has
+/// one that ends in " (deleted)"; once it is named, its folder stands for it.
 std::string PathOf(int descriptor) {
   const std::string link = descriptor == AT_FDCWD ? std::string("/proc/self/cwd")
                                                   : "/proc/self/fd/" + std::to_string(descriptor);

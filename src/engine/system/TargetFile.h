@@ -43,7 +43,7 @@ struct Sharing {
 /// It is written under TemporaryPath() and locked, so that a second program writing the same
 /// target is told so and cannot mix its bytes in. Until Commit() the target's name is untouched;
 /// an object that is destroyed without Commit() leaves nothing behind. One that has no name at all
-/// until then is its writer's alone and needs no lock; small files take half the time so.
+/// until then is its writer's alone and needs no lock, which halves the time of small files.
 class TargetFile {
  public:
   /// Starts a file. Its rights are `rights`, or those in place of the file that it replaces, before
@@ -52,7 +52,8 @@ class TargetFile {
   TargetFile(std::filesystem::path target, Existing existing, Rights rights = {});
 
   /// Starts a file that has no name until Commit(), where CanBeNamelessUntil() says that it can. A
-  /// file that bears the name then is kept. Throws FileError: the folder cannot be written to.
+  /// file that bears the name then is kept. It gets its rights there, too: until then nobody else
+  /// can open it. Throws FileError: the folder cannot be written to.
   static std::shared_ptr<TargetFile> StartNameless(std::filesystem::path target, Rights rights);
   ~TargetFile();
   TargetFile(const TargetFile&) = delete;

@@ -246,8 +246,6 @@ std::shared_ptr<TargetFile> TargetFile::StartNameless(std::filesystem::path targ
   auto state = std::make_unique<State>();
   state->file = OpenNameless(target.parent_path(), rights.bits);
   if (!state->file) FailWithLastError(target);
-  // Whom it would be open to does not matter before it has a name.
-  SetRights(state->file, rights, true, target);
   state->target = std::move(target);
   state->rights = rights;
   return std::shared_ptr<TargetFile>(new TargetFile(std::move(state)));
@@ -306,7 +304,7 @@ void TargetFile::Commit() {
   const State& state = *state_;
   const bool nameless = state.temporary.empty();
   const bool replaces = state.existing == Existing::Replace && NameIsTaken(state.target);
-  if (!nameless) SetRights(state.file, state.rights, true, state.target);
+  SetRights(state.file, state.rights, true, state.target);
   if (replaces && !state.flushed) Flush();
   // Some file systems report a failed write only at close. Closing a duplicate asks for that
   // report and keeps the lock.
