@@ -2,9 +2,7 @@
 """Times Slyver's jobs against the usual tools: bench.py SLY FOLDER [PART...]."""
 
 import contextlib
-import mmap
 import os
-import re
 import resource
 import shlex
 import shutil
@@ -47,41 +45,43 @@ def processor_time():
     return used.ru_utime + used.ru_stime
 
 
-def run_in(out, command):
-    """How long a command took, and the processors' time that it took, in seconds, those of the
-    shell included."""
-    begun, used = time.perf_counter(), processor_time()
-    sh(f"cd {shlex.quote(str(out))} && {command}")
-    return time.perf_counter() - begun, processor_time() - used
+@contextlib.contextmanager
+def new_folder(out):
+    out.mkdir()
+    try:
+        yield f"cd {shlex.quote(str(out))} && "
+    finally:
+        shutil.rmtree(out)
+
+
+def times_of(command, out):
+    """How long a command takes in a new folder, and the processors' time that it takes, in seconds,
+    those of the shell included."""
+    with new_folder(out) as there:
+        begun, used = time.perf_counter(), processor_time()
+        sh(there + command)
+        return time.perf_counter() - begun, processor_time() - used
 
 
 def peak_memory(command, out):
     """The peak resident memory of a command in KiB."""
-    out.mkdir()
-    with tempfile.NamedTemporaryFile("r") as report:
-        sh(f"cd {shlex.quote(str(out))} && /usr/bin/time -f %M -o {report.name} "
-           f"sh -c {shlex.quote(command)}")
+    with new_folder(out) as there, tempfile.NamedTemporaryFile("r") as report:
+        sh(f"{there} /usr/bin/time -f %M -o {report.name} sh -c {shlex.quote(command)}")
         return int(report.read().split()[-1])
-
-
-def touch_free_memory():
-    """Touches the memory that is free. The host of a virtual machine takes back what has lain free,
-    and giving it again would be charged to whoever runs next."""
-    available = int(re.search(r"MemAvailable:\s+(\d+)", Path("/proc/meminfo").read_text())[1]) * KIB
-    step = 2 * MIB
-    length = (available - 3 * GIB // 2) // step * step
-    if length <= 0:
-        return
-    with mmap.mmap(-1, length, flags=mmap.MAP_PRIVATE | mmap.MAP_ANONYMOUS) as memory:
-        memory.madvise(mmap.MADV_HUGEPAGE)
-        for start in range(0, length, step):
-            memory[start] = 1
 
 
 def space_used(place):
     sh(f"sync -f {place}")
     found = os.statvfs(place)
     return (found.f_blocks - found.f_bfree) * found.f_frsize
+
+
+def space_of(command, out):
+    """The space in bytes that a command's output takes."""
+    with new_folder(out) as there:
+        before = space_used(out)
+        sh(there + command)
+        return max(0, space_used(out) - before)
 
 
 class Work:
@@ -92,30 +92,23 @@ class Work:
         self.name, self.commands, self.bar = name, commands, bar
 
 
-def measure(work, place, before=lambda: None, keep=True, rounds=ROUNDS):
-    """Runs every command once a round, in turn, so that a noisy minute strikes all alike. `before`
-    is called before each. Returns the median times and processor times, less the shell's, and the
-    space taken.
+def measure(work, place, forget=None, rounds=ROUNDS):
+    """Runs every command once a round, in turn, so that a noisy minute strikes all alike. Returns the
+    median times and processor times, less the shell's, and the space taken.
 
-    With `keep` old outputs go only when the work is measured: a file system that avoids the numbers
-    of files deleted lately would otherwise be measured instead."""
+    Just before each run `forget` is called; without it the command is run once unmeasured, so that
+    it finds its files in the page cache and its memory at hand: the host of a virtual machine takes
+    back what has lain free, and giving it again would be charged to whoever runs next."""
     scratch = place / "out"
-    scratch.mkdir()
     times = {label: [] for label in [*work.commands, "shell"]}
-    space = {}
-    for number in range(rounds):
+    space = {label: space_of(command, scratch) for label, command in work.commands.items()}
+    for _ in range(rounds):
         for label, command in {**work.commands, "shell": "true"}.items():
-            out = scratch / f"{number} {label}".replace(" ", "-")
-            out.mkdir()
-            used = space_used(place) if number == 0 else 0
-            before()
-            times[label].append(run_in(out, command))
-            if number == 0:
-                space[label] = max(0, space_used(place) - used)
-        if not keep:
-            shutil.rmtree(scratch)
-            scratch.mkdir()
-    shutil.rmtree(scratch)
+            if forget:
+                forget()
+            else:
+                times_of(command, scratch)
+            times[label].append(times_of(command, scratch))
     medians, used = ({label: statistics.median(each[i] for each in values)
                       for label, values in times.items()} for i in (0, 1))
     for each in (medians, used):
@@ -125,12 +118,7 @@ def measure(work, place, before=lambda: None, keep=True, rounds=ROUNDS):
 
 
 def memory_of(work, place):
-    scratch = place / "out"
-    scratch.mkdir()
-    memory = {label: peak_memory(command, scratch / label.replace(" ", "-"))
-              for label, command in work.commands.items()}
-    shutil.rmtree(scratch)
-    return memory
+    return {label: peak_memory(command, place / "out") for label, command in work.commands.items()}
 
 
 def milliseconds(seconds):
@@ -200,21 +188,6 @@ def big_works():
 BIG_HEAD = "| work | command | time | ratio | bar | peak memory |\n|---|---|---|---|---|---|"
 
 
-def on_the_disk():
-    """The big jobs with files in the page cache."""
-    print(f"Files in the page cache:\n\n{BIG_HEAD}", flush=True)
-    results = {}
-    works = big_works()
-    for work in works:
-        medians, *_ = measure(work, folder, touch_free_memory)
-        results[work.name] = medians["sly"]
-        report(work, medians, memory_of(work, folder))
-    growth = results[works[0].name] / results["split 256 MiB"]
-    print(f"\nGrowth of split: 4 times the bytes take {growth:.2f} times as long (bar: 4.40).")
-    weight = results["recover 256 MiB from 768 MiB"] / results["recover 256 MiB from 256 MiB"]
-    print(f"Recovering the same file from a carrier 3 times as big takes {weight:.2f} times as long.")
-
-
 def forget_sources():
     """Takes the files that are read, and no others, out of the page cache."""
     for path in [*folder.glob("*"), *folder.glob("pieces/*")]:
@@ -222,6 +195,21 @@ def forget_sources():
             with path.open("rb") as file:
                 os.fsync(file.fileno())
                 os.posix_fadvise(file.fileno(), 0, 0, os.POSIX_FADV_DONTNEED)
+
+
+def on_the_disk():
+    """The big jobs with files in the page cache."""
+    print(f"Files in the page cache:\n\n{BIG_HEAD}", flush=True)
+    results = {}
+    works = big_works()
+    for work in works:
+        medians, *_ = measure(work, folder)
+        results[work.name] = medians["sly"]
+        report(work, medians, memory_of(work, folder))
+    growth = results[works[0].name] / results["split 256 MiB"]
+    print(f"\nGrowth of split: 4 times the bytes take {growth:.2f} times as long (bar: 4.40).")
+    weight = results["recover 256 MiB from 768 MiB"] / results["recover 256 MiB from 256 MiB"]
+    print(f"Recovering the same file from a carrier 3 times as big takes {weight:.2f} times as long.")
 
 
 def from_the_disk():
@@ -313,7 +301,7 @@ def on_file_system(name):
                                   stderr=subprocess.DEVNULL).returncode != 0:
                     del work.commands[CLONE]
                 rounds = ROUNDS if length > 10 * MIB else SMALL_ROUNDS
-                row(name, size, work, *measure(work, place, keep=False, rounds=rounds))
+                row(name, size, work, *measure(work, place, rounds=rounds))
         (folder / name).rmdir()
 
 
