@@ -430,6 +430,9 @@ constexpr Talk talks[] = {
     {"fallocate -l 2000000000 a.bin; exec $SLY hide $P m.png a.bin", " of 2.00 GB<\x03>", 130,
      NOTHING_MADE},
     {"truncate -s 47GB a; exec $SLY split a", " of 47.0 GB<\x03>\r\033[K", 130, "! ls | grep sly"},
+    {"truncate -s 2GB a.1.sly a.2.sly; printf '%064d  a.1.sly\n%064d  a.2.sly\n' 0 0 >a.sha256;"
+     "exec $SLY verify a.1.sly >out",
+     " of 4.00 GB<\x03>\r\033[K", 130, "! grep . out"},
 };
 // NOLINTEND(modernize-avoid-c-arrays,modernize-raw-string-literal)
 

@@ -2,12 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <limits>
 #include <stdexcept>
 #include <thread>
 
 #include "engine/system/FileError.h"
 #include "engine/system/Files.h"
+#include "engine/system/Workers.h"
 #include "support/TempFolder.h"
 
 namespace slyver {
@@ -22,6 +25,16 @@ bool GoOn(const CopyProgress& /*progress*/) {
 }
 bool StopNow(const CopyProgress& /*progress*/) {
   return false;
+}
+
+TEST(Workers, TickWhileTheyWork) {
+  std::atomic<int> ticks = 0;
+  const auto untilTicked = [&](const Tick& /*between*/) {
+    for (int i = 0; i < 1000 && ticks < 2; ++i)
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  };
+  RunOnThreads(2, untilTicked, [&] { ++ticks; });
+  EXPECT_GE(ticks, 2);
 }
 
 struct Part {
