@@ -310,6 +310,9 @@ constexpr Case scripts[] = {
     {"$SLY recover six --file 65536", 1, "", "There is no such file.\n"},
     {"$SLY hide $P one b.bin", 1, "", ADD NOBODY},
     {"echo other | $SLY hide --password-file - one b.bin --yes -q", 1, "", "Incorrect Password.\n"},
+    {"printf '%065536d' 0 >long; $SLY hide -e --passphrase-file long $P m.png a.bin; s=$?; rm long;"
+     "exit $s",
+     1, "", "long: The first line is too long\n"},
     {"$SLY hide none a.bin", 1, "", "@/none: No such file or directory\n"},
     {"$SLY hide six a.bin --yes", 1, "",
      "There Are Aready 6 Files Hidden In This File. Unable To Hide File. Please Select Another "

@@ -28,8 +28,8 @@ constexpr std::size_t mostPieces = std::numeric_limits<std::int16_t>::max();
 constexpr std::string_view pieceFilter = "Sly File (*.Sly)|*.Sly;|";
 
 /// The plan of a join into `target`. The states of the pieces are those of one split: whoever
-/// replaces the pieces meanwhile replaces the first one too. Nobody may read the joined file who
-/// may not read all pieces. Throws FileError, and Cancelled.
+/// replaces the pieces meanwhile replaces the first one too, with which the copy begins. Nobody may
+/// read the joined file who may not read all pieces. Throws FileError, and Cancelled.
 CopyPlan PlanOf(const Pieces& pieces, const fs::path& target, Ui& ui) {
   CopyPlan plan;
   plan.names = {target.parent_path(), PathText(target.filename()), "", 0};
@@ -42,8 +42,6 @@ CopyPlan PlanOf(const Pieces& pieces, const fs::path& target, Ui& ui) {
     plan.ranges.push_back({plan.sources.Add(path, state), 0, state.length});
   }
   plan.EndTarget();
-  if (StateOf(pieces.PathOf(1)) != plan.sources.State(0))
-    throw FileError(pieces.PathOf(1), fileWasChanged);
   return plan;
 }
 

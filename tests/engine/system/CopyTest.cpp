@@ -283,10 +283,10 @@ TEST_F(Copied, ASetReplacesAnotherAsOne) {
   const CopyPlan plan = SetOf(4, Existing::Replace);
   const fs::path staging = TemporaryPath(out / "s1").replace_extension(".set");
   fs::create_directory(staging);
-  WriteFile(staging / "letter", "precious");
+  for (const char* name : {"letter.tmp", ".slyver-letter"}) WriteFile(staging / name, "precious");
   EXPECT_EQ(ErrorOf([&] { Copy(plan, GoOn); }),
             staging.string() + " Holds Other Files. Move Them Away.");
-  EXPECT_EQ(fs::remove_all(staging), 2U) << "what no job made was removed";
+  EXPECT_EQ(fs::remove_all(staging), 3U) << "what no job made was removed";
   // A name that is taken in the middle of the exchange: everything goes back.
   const auto takesAName = [&](const CopyProgress&) {
     WriteFile(out / "s4", "came meanwhile");
