@@ -24,9 +24,10 @@ constexpr std::chrono::milliseconds progressInterval{100};
 constexpr int openLevels = 64;
 
 struct Search {
+  const fs::path& top;
   std::string_view pattern;
   Ui& ui;
-  const std::function<void(const fs::path&)>& found;
+  const FoundFile& found;
   FindCounts counts = {};
   std::uint64_t names = 0;
   Clock::time_point shown = Clock::now();
@@ -40,24 +41,24 @@ struct Search {
     ui.SetProgress({.bar = "PB1", .searched = names});
   }
 
-  /// Returns the error with which the listing of `folder` itself ended, if any.
-  std::error_code LookInto(const fs::path& folder, int level) {
+  /// Returns the error with which the listing of the folder `below` itself ended, if any.
+  std::error_code LookInto(const fs::path& below, int level) {
     std::vector<std::string> later;
-    const std::error_code error = ListFolder(folder, [&](const fs::path& entry, EntryKind kind) {
+    const auto look = [&](const std::string& name, EntryKind kind) {
       CountName();
       if (kind == EntryKind::Folder) {
         ++counts.folders;
         if (level < openLevels)
-          (void)LookInto(entry, level + 1);
+          (void)LookInto(below / PathFromText(name), level + 1);
         else
-          later.push_back(PathText(entry.filename()));
-      } else if (kind == EntryKind::File &&
-                 EndsIgnoringCase(PathText(entry.filename()), pattern.substr(1))) {
+          later.push_back(name);
+      } else if (kind == EntryKind::File && EndsIgnoringCase(name, pattern.substr(1))) {
         ++counts.files;
-        found(entry);
+        found(below, name);
       }
-    });
-    for (const std::string& name : later) (void)LookInto(folder / PathFromText(name), level + 1);
+    };
+    const std::error_code error = ListFolder(top / below, look);
+    for (const std::string& name : later) (void)LookInto(below / PathFromText(name), level + 1);
     return error;
   }
 };
@@ -65,9 +66,9 @@ struct Search {
 }  // namespace
 
 FindCounts FindFilesAPI(const fs::path& path, std::string_view pattern, Ui& ui,
-                        const std::function<void(const fs::path&)>& found) {
-  Search search{pattern, ui, found};
-  if (const std::error_code error = search.LookInto(path, 1)) throw FileError(path, error);
+                        const FoundFile& found) {
+  Search search{path, pattern, ui, found};
+  if (const std::error_code error = search.LookInto({}, 1)) throw FileError(path, error);
   return search.counts;
 }
 

@@ -36,10 +36,10 @@ CopyPlan PlanOf(const Pieces& pieces, const fs::path& target, Ui& ui) {
   plan.ranges.reserve(pieces.Count());
   for (std::size_t number = 1; number <= pieces.Count(); ++number) {
     if (!ui.GoOn()) throw Cancelled{};
-    const fs::path path = pieces.PathOf(number);
-    const FileState state = StateOf(path);
-    plan.rights = number == 1 ? state.rights : Narrowed(plan.rights, state.rights);
-    plan.ranges.push_back({plan.sources.Add(path, state), 0, state.length});
+    const SourceFile piece(pieces.PathOf(number));
+    const Rights& rights = piece.Opened().rights;
+    plan.rights = number == 1 ? rights : Narrowed(plan.rights, rights);
+    plan.ranges.push_back({plan.sources.Add(piece.Path(), piece.Opened()), 0, piece.Length()});
   }
   plan.EndTarget();
   return plan;

@@ -14,20 +14,18 @@ namespace fs = std::filesystem;
 
 Pieces::Pieces(fs::path folder, std::string origName, Ui& ui)
     : folder_(std::move(folder)), origName_(std::move(origName)) {
-  (void)FindFilesAPI(folder_, "*.sly", ui, [&](const fs::path& path) {
-    if (const int number = PieceNumberOf(PathText(path.filename()), origName_); number > 0)
-      Take(path, static_cast<std::size_t>(number));
-  });
+  (void)FindFilesAPI(folder_, "*.sly", ui,
+                     [this](const fs::path& below, const std::string& name) { Take(below, name); });
 }
 
-void Pieces::Take(const fs::path& path, std::size_t number) {
+void Pieces::Take(const fs::path& below, std::string_view name) {
+  const auto number = static_cast<std::size_t>(PieceNumberOf(name, origName_));
+  if (number == 0) return;
   if (number > found_.size()) found_.resize(number);
   Piece& piece = found_[number - 1];
-  const bool below = path.parent_path() != folder_;
-  if (piece.count > 0 && below != piece.below.empty()) ++piece.count;
-  if (piece.count > 0 && (below || piece.below.empty())) return;
-  piece = {1, below ? PathText(path.parent_path().lexically_relative(folder_)) : "",
-           PathText(path.extension())};
+  if (piece.count > 0 && below.empty() == piece.below.empty()) ++piece.count;
+  if (piece.count > 0 && (!below.empty() || piece.below.empty())) return;
+  piece = {1, PathText(below), std::string(name.substr(name.rfind('.')))};
 }
 
 std::string Pieces::NameOf(std::size_t number) const {
@@ -38,7 +36,7 @@ fs::path Pieces::PathOf(std::size_t number) const {
   const Piece& piece = found_[number - 1];
   std::string name = NameOf(number);
   name.replace(name.size() - piece.ending.size(), piece.ending.size(), piece.ending);
-  return folder_ / PathFromText(piece.below) / PathFromText(name);
+  return (piece.below.empty() ? folder_ : folder_ / PathFromText(piece.below)) / PathFromText(name);
 }
 
 bool Pieces::AreSingle(Ui& ui) const {

@@ -51,7 +51,7 @@ class Pieces {
     std::string ending;       ///< ".sly", in letters of either case.
   };
 
-  void Take(const std::filesystem::path& path, std::size_t number);
+  void Take(const std::filesystem::path& below, std::string_view name);
 
   std::filesystem::path folder_;
   std::string origName_;

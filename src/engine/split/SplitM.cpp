@@ -77,10 +77,10 @@ Watch WithoutBytes(const Watch& watch) {
 
 /// The number of a file in the set of the pieces of `name`. Its checksum file belongs to the set if
 /// it is one of pieces: under that name there may as well be one of the file itself.
-int NumberInSet(const std::filesystem::path& path, const std::string& name) {
-  const std::string fileName = PathText(path.filename());
+int NumberInSet(const std::filesystem::path& folder, const std::string& fileName,
+                const std::string& name) {
   if (fileName != ChecksumNameOf(name)) return PieceNumberOf(fileName, name);
-  const Checksums checksums = ReadChecksumFile(path.parent_path(), name);
+  const Checksums checksums = ReadChecksumFile(folder, name);
   return checksums.kind == Checksums::Kind::Understood ? CopyPlan::numberOfList : 0;
 }
 
@@ -88,8 +88,8 @@ int NumberInSet(const std::filesystem::path& path, const std::string& name) {
 bool HoldsPieces(const CopyPlan& plan) {
   bool holds = false;
   const std::error_code error =
-      ListFolder(plan.names.folder, [&](const std::filesystem::path& path, EntryKind kind) {
-        holds = holds || (kind != EntryKind::Folder && plan.numberInSet(path) > 0);
+      ListFolder(plan.names.folder, [&](const std::string& name, EntryKind kind) {
+        holds = holds || (kind != EntryKind::Folder && plan.numberInSet(name) > 0);
       });
   if (error) throw FileError(plan.names.folder, error);
   return holds;
@@ -127,7 +127,9 @@ SplitResult SplitFile(const std::filesystem::path& source, std::uint64_t pieceSi
     }
     plan.names.after = ".sly";
     plan.rights = state.rights;
-    plan.numberInSet = [&](const std::filesystem::path& path) { return NumberInSet(path, name); };
+    plan.numberInSet = [&](const std::string& fileName) {
+      return NumberInSet(options.outputFolder, fileName, name);
+    };
     plan.list.name = ChecksumNameOf(name);
     if (options.checksum)
       plan.list.line = [&](std::size_t index, const Digest& digest) {

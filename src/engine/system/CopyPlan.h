@@ -74,10 +74,11 @@ struct CopyPlan {
   std::shared_ptr<const RangeCipher> cipher;
   std::size_t ciphered = 0;  ///< Which range that is.
 
-  /// Where the targets are one set of numbered files: the number of a file in their folder that
-  /// belongs to such a set, numberOfList for its list, and 0 for any other. With Existing::Keep
-  /// there must be none; with Existing::Replace all of them go when the new set is complete.
-  std::function<int(const std::filesystem::path& path)> numberInSet;
+  /// Where the targets are one set of numbered files: the number of the file in their folder
+  /// that has the name `name`, numberOfList where it is their list, and 0 where it is neither. With
+  /// Existing::Keep there must be none; with Existing::Replace all of them go when the new set is
+  /// complete.
+  std::function<int(const std::string& name)> numberInSet;
   static constexpr int numberOfList = std::numeric_limits<int>::max();
 
   DigestList list;

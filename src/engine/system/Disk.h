@@ -56,10 +56,11 @@ enum class EntryKind {
   Folder,  ///< A folder itself.
   Other    ///< A link to a folder or to nothing, a device, a pipe.
 };
-using EntryVisitor = std::function<void(const std::filesystem::path& path, EntryKind kind)>;
+using EntryVisitor = std::function<void(const std::string& name, EntryKind kind)>;
 
-/// Calls `visit` for everything in the folder `folder`, in no fixed order; what it throws ends the
-/// listing and reaches the caller. Returns the error with which the listing ended, if any.
+/// Calls `visit` for everything in the folder `folder`, in no fixed order, with its name as
+/// PathText() has it; what it throws ends the listing and reaches the caller. Returns the error
+/// with which the listing ended, if any.
 std::error_code ListFolder(const std::filesystem::path& folder, const EntryVisitor& visit);
 
 /// The full path of a name that the user typed, which is relative to the current folder. Throws

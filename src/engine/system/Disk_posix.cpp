@@ -1,8 +1,10 @@
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 
 #include <limits>
+#include <memory>
 
 #include "engine/system/Disk.h"
 #include "engine/system/Posix.h"
@@ -13,11 +15,19 @@ namespace fs = std::filesystem;
 
 namespace {
 
-EntryKind KindOf(const fs::directory_entry& entry) {
-  std::error_code ignored;
-  if (entry.is_regular_file(ignored)) return EntryKind::File;
-  const bool folder = entry.is_directory(ignored) && !entry.is_symlink(ignored);
-  return folder ? EntryKind::Folder : EntryKind::Other;
+using OpenFolder = std::unique_ptr<DIR, decltype([](DIR* folder) { (void)closedir(folder); })>;
+
+EntryKind KindOf(const dirent& entry, const OpenFolder& folder) {
+  if (entry.d_type == DT_REG) return EntryKind::File;
+  if (entry.d_type == DT_DIR) return EntryKind::Folder;
+  // A link, or a file system that does not say.
+  struct stat found = {};
+  const auto is = [&](mode_t type, int flags) {
+    return fstatat(dirfd(folder.get()), entry.d_name, &found, flags) == 0 &&
+           (found.st_mode & S_IFMT) == type;
+  };
+  if (is(S_IFREG, 0)) return EntryKind::File;
+  return is(S_IFDIR, AT_SYMLINK_NOFOLLOW) ? EntryKind::Folder : EntryKind::Other;
 }
 
 }  // namespace
@@ -92,11 +102,16 @@ void RenameFile(const fs::path& from, const fs::path& to) {
 }
 
 std::error_code ListFolder(const fs::path& folder, const EntryVisitor& visit) {
-  std::error_code error;
-  fs::directory_iterator entry(folder, error);
-  for (; !error && entry != fs::directory_iterator(); entry.increment(error))
-    visit(entry->path(), KindOf(*entry));
-  return error;
+  const OpenFolder open(opendir(folder.c_str()));
+  if (!open) return LastError();
+  std::string name;
+  while (true) {
+    errno = 0;
+    const dirent* const entry = readdir(open.get());
+    if (entry == nullptr) return errno == 0 ? std::error_code{} : LastError();
+    name = entry->d_name;
+    if (name != "." && name != "..") visit(name, KindOf(*entry, open));
+  }
 }
 
 fs::path FullPathOf(const fs::path& typed) {

@@ -165,7 +165,7 @@ std::error_code ListFolder(const fs::path& folder, const EntryVisitor& visit) {
     EntryKind kind = IsFolder(found.dwFileAttributes) ? EntryKind::Folder : EntryKind::File;
     if (isLink && (kind == EntryKind::Folder || !LeadsToFile(name + L'\\' + found.cFileName)))
       kind = EntryKind::Other;
-    visit(folder / found.cFileName, kind);
+    visit(Utf8Of(found.cFileName), kind);
   });
   SetLastError(error);
   return error == ERROR_SUCCESS ? std::error_code{} : LastError();

@@ -32,9 +32,9 @@ struct FileState {
 /// A regular file that is open for reading at any offset, from any thread.
 class SourceFile {
  public:
-  /// Opens `path`. Throws FileError when it cannot be opened or is not a regular file (a pipe or a
-  /// device has no length and may never answer).
-  explicit SourceFile(const std::filesystem::path& path);
+  /// Opens `itsPath`. Throws FileError when it cannot be opened or is not a regular file (a pipe or
+  /// a device has no length and may never answer).
+  explicit SourceFile(std::filesystem::path itsPath);
   ~SourceFile();
   SourceFile(const SourceFile&) = delete;
   SourceFile& operator=(const SourceFile&) = delete;

@@ -3,6 +3,7 @@
 #include <sys/xattr.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "engine/system/Posix.h"
 #include "engine/system/SourceFile.h"
@@ -39,8 +40,9 @@ struct SourceFile::State {
   FileState opened;
 };
 
-SourceFile::SourceFile(const std::filesystem::path& path) : state_(std::make_unique<State>()) {
-  state_->path = path;
+SourceFile::SourceFile(std::filesystem::path itsPath) : state_(std::make_unique<State>()) {
+  state_->path = std::move(itsPath);
+  const std::filesystem::path& path = state_->path;
   // Without O_NONBLOCK the opening of a pipe would wait for a writer.
   state_->descriptor = Descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   struct stat found = {};

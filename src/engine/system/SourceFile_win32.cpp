@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 #include "engine/system/FileError.h"
 #include "engine/system/SourceFile.h"
@@ -48,8 +49,9 @@ struct SourceFile::State {
   FileState opened;
 };
 
-SourceFile::SourceFile(const std::filesystem::path& path) : state_(std::make_unique<State>()) {
-  state_->path = path;
+SourceFile::SourceFile(std::filesystem::path itsPath) : state_(std::make_unique<State>()) {
+  state_->path = std::move(itsPath);
+  const std::filesystem::path& path = state_->path;
   // A folder can be opened too, so that it can be told as one.
   state_->handle = Handle(CreateFileW(
       LongPath(path).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,

@@ -37,9 +37,8 @@ fs::path ListPath(const CopyPlan& plan) {
 constexpr std::string_view asideName = "earlier";
 
 /// Whether a job makes a file of this name in its staging folder.
-bool IsStaged(const fs::path& path, const CopyPlan& plan) {
-  const std::string name = PathText(path.filename());
-  return name == plan.list.name || plan.numberInSet(path) > 0 ||
+bool IsStaged(const std::string& name, const CopyPlan& plan) {
+  return name == plan.list.name || plan.numberInSet(name) > 0 ||
          (name.starts_with(".slyver-") && name.ends_with(".tmp"));
 }
 
@@ -48,9 +47,8 @@ bool IsStaged(const fs::path& path, const CopyPlan& plan) {
 std::error_code RemoveStaging(const fs::path& staging, const CopyPlan& plan) {
   for (const fs::path& folder : {staging / asideName, staging}) {
     std::vector<std::string> names;
-    (void)ListFolder(folder, [&](const fs::path& path, EntryKind kind) {
-      if (kind != EntryKind::Folder && IsStaged(path, plan))
-        names.push_back(PathText(path.filename()));
+    (void)ListFolder(folder, [&](const std::string& name, EntryKind kind) {
+      if (kind != EntryKind::Folder && IsStaged(name, plan)) names.push_back(name);
     });
     for (const std::string& name : names) (void)RemoveFile(folder / PathFromText(name));
     if (const std::error_code error = RemoveEmptyFolder(folder)) return error;
@@ -122,18 +120,19 @@ void TargetSet::RequireRoom() const {
 
 /// Looks under the lock: another program may have made its set just now.
 void TargetSet::FindEarlier() {
-  const auto found = [&](const fs::path& path, EntryKind kind) {
-    const int number = plan_.numberInSet(path);
+  const auto found = [&](const std::string& name, EntryKind kind) {
+    const int number = plan_.numberInSet(name);
     if (number == 0) return;
     const bool isTarget = static_cast<std::size_t>(number) <= plan_.TargetCount();
     if (kind == EntryKind::Folder && !isTarget) return;
+    const fs::path path = plan_.names.folder / PathFromText(name);
     (void)RightsInPlaceOf(path, plan_.rights);
     if (plan_.existing == Existing::Keep)
       throw FileError(path, std::make_error_code(std::errc::file_exists));
     const auto place = number == CopyPlan::numberOfList ? earlier_.begin()
                        : number == 1 ? earlier_.begin() + (hasEarlierList_ ? 1 : 0)
                                      : earlier_.end();
-    earlier_.insert(place, PathText(path.filename()));
+    earlier_.insert(place, name);
     hasEarlierList_ = hasEarlierList_ || number == CopyPlan::numberOfList;
   };
   if (const std::error_code error = ListFolder(plan_.names.folder, found))

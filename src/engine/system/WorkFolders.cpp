@@ -48,11 +48,11 @@ Leftover RemoveEmpty(const fs::path& folder) {
 
 /// Removes a folder whose lock is held, with the work files and the work folder in it.
 Leftover RemoveHeld(const fs::path& folder, FolderLock& lock) {
-  std::vector<fs::path> files;
-  (void)ListFolder(folder, [&](const fs::path& path, EntryKind kind) {
-    if (kind == EntryKind::File && IsWorkFile(PathText(path.filename()))) files.push_back(path);
+  std::vector<std::string> files;
+  (void)ListFolder(folder, [&](const std::string& name, EntryKind kind) {
+    if (kind == EntryKind::File && IsWorkFile(name)) files.push_back(name);
   });
-  for (const fs::path& path : files) (void)RemoveFile(path);
+  for (const std::string& name : files) (void)RemoveFile(folder / PathFromText(name));
   const fs::path inside = folder / "tempHHH";
   FolderLock inner;
   if (inner.Take(inside) == FolderLock::Answer::Taken)

@@ -13,8 +13,8 @@ class FindFiles : public TempFolderTest {
  protected:
   std::set<std::string> Search() {
     std::set<std::string> found;
-    counts = FindFilesAPI(folder, "*.sly", ui, [&](const fs::path& path) {
-      found.insert(path.lexically_relative(folder).generic_string());
+    counts = FindFilesAPI(folder, "*.sly", ui, [&](const fs::path& below, const std::string& name) {
+      found.insert((below / name).generic_string());
     });
     EXPECT_EQ(counts.files, found.size());
     return found;
@@ -41,7 +41,7 @@ TEST_F(FindFiles, TellsHowFarItIsAndLooksDeepDown) {
   for (int i = 0; i < 70; ++i) fs::create_directory(deep /= "d");
   WriteFile(deep / "1.sly", "x");
   WriteFile(deep / "2.sly", "x");
-  const std::uint64_t files = FindFilesAPI(folder, "*.sly", ui, [](const fs::path&) {
+  const std::uint64_t files = FindFilesAPI(folder, "*.sly", ui, [](const auto&, const auto&) {
                                 std::this_thread::sleep_for(std::chrono::milliseconds(120));
                               }).files;
   EXPECT_EQ(files, 2U);

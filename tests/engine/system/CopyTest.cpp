@@ -72,8 +72,7 @@ class Copied : public TempFolderTest {
       plan.EndTarget();
     }
     plan.names = {folder / "out", "s", "", 1};
-    plan.numberInSet = [](const fs::path& path) {
-      const std::string name = PathText(path.filename());
+    plan.numberInSet = [](const std::string& name) {
       return name.size() == 2 && (name[0] == 's' || name[0] == 'S') ? name[1] - '0' : 0;
     };
     plan.existing = existing;

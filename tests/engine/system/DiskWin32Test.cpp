@@ -41,9 +41,10 @@ TEST_F(Disk, PathsOfAnyLengthAndScriptServeJobs) {
       source);
   EXPECT_EQ(ReadSmallFile(source), SomeBytes(5000));
 
-  std::vector<fs::path> files;
-  EXPECT_FALSE(ListFolder(deep, [&](const fs::path& path, EntryKind) { files.push_back(path); }));
-  for (const fs::path& path : files) EXPECT_FALSE(RemoveFile(path));
+  std::vector<std::string> names;
+  EXPECT_FALSE(
+      ListFolder(deep, [&](const std::string& name, EntryKind) { names.push_back(name); }));
+  for (const std::string& name : names) EXPECT_FALSE(RemoveFile(deep / PathFromText(name)));
   for (; deep != folder; deep = deep.parent_path()) EXPECT_FALSE(RemoveEmptyFolder(deep));
 }
 
