@@ -30,14 +30,14 @@ struct Search {
   const FoundFile& found;
   FindCounts counts = {};
   std::uint64_t names = 0;
-  Clock::time_point shown = Clock::now();
+  Clock::time_point told = Clock::now();
 
   void CountName() {
-    if (!ui.GoOn()) throw Cancelled{};
     ++names;
     const Clock::time_point now = Clock::now();
-    if (now - shown < progressInterval) return;
-    shown = now;
+    if (now - told < progressInterval) return;
+    told = now;
+    if (!ui.GoOn()) throw Cancelled{};
     ui.SetProgress({.bar = "PB1", .searched = names});
   }
 

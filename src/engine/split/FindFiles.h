@@ -16,14 +16,15 @@ struct FindCounts {
   std::uint64_t folders = 0;  ///< Subfolders, at any depth.
 };
 
+/// Told of a file that was found: the folder that it lies in, and its name.
 using FoundFile = std::function<void(const std::filesystem::path& below, const std::string& name)>;
 
 /// Searches the folder `path` and all folders below it for regular files whose name ends as
-/// `pattern` says: "*" and an ending, whose letters may be of either case. Calls `found` for
-/// each, in no fixed order, with the path of its folder relative to `path`, which is empty for
-/// `path` itself, and with its name. Links to files count as files; links to folders are not
-/// followed. Tells `ui` how many names it has seen, and asks it at each whether to go on. Memory
-/// does not grow with the number of names, but for folders more than 64 levels down.
+/// `pattern` says: "*" and an ending, whose letters may be of either case. Calls `found` for each,
+/// in no fixed order, with the path of its folder relative to `path`, which is empty for `path`
+/// itself, and with its name. Links to files count as files; links to folders are not followed. Ten
+/// times a second it tells `ui` how many names it has seen, and asks whether to go on. Memory does
+/// not grow with the number of names, but for folders more than 64 levels down.
 ///
 /// Passes over subfolders that cannot be read. Throws FileError when `path` itself cannot be read,
 /// and Cancelled when the user stops the search.

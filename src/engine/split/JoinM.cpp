@@ -16,6 +16,7 @@
 #include "engine/system/Registry.h"
 #include "engine/system/StepProgress.h"
 #include "engine/system/WorkFolders.h"
+#include "engine/system/Workers.h"
 
 namespace slyver {
 
@@ -33,13 +34,17 @@ constexpr std::string_view pieceFilter = "Sly File (*.Sly)|*.Sly;|";
 CopyPlan PlanOf(const Pieces& pieces, const fs::path& target, Ui& ui) {
   CopyPlan plan;
   plan.names = {target.parent_path(), PathText(target.filename()), "", 0};
-  plan.ranges.reserve(pieces.Count());
-  for (std::size_t number = 1; number <= pieces.Count(); ++number) {
-    if (!ui.GoOn()) throw Cancelled{};
-    const SourceFile piece(pieces.PathOf(number));
-    const Rights& rights = piece.Opened().rights;
-    plan.rights = number == 1 ? rights : Narrowed(plan.rights, rights);
-    plan.ranges.push_back({plan.sources.Add(piece.Path(), piece.Opened()), 0, piece.Length()});
+  std::vector<FileState> states(pieces.Count());
+  const auto look = [&](std::size_t i, const Tick& /*between*/) {
+    states[i] = StateOf(pieces.PathOf(i + 1));
+  };
+  ForEachNumber(states.size(), ThreadsToLookWith(states.size()), look, [&] { return ui.GoOn(); });
+  plan.rights = states.front().rights;
+  plan.ranges.reserve(states.size());
+  for (std::size_t i = 0; i < states.size(); ++i) {
+    const FileState& state = states[i];
+    plan.rights = Narrowed(plan.rights, state.rights);
+    plan.ranges.push_back({plan.sources.AddText(pieces.TextOf(i + 1), state), 0, state.length});
   }
   plan.EndTarget();
   return plan;

@@ -13,7 +13,9 @@ namespace slyver {
 namespace fs = std::filesystem;
 
 Pieces::Pieces(fs::path folder, std::string origName, Ui& ui)
-    : folder_(std::move(folder)), origName_(std::move(origName)) {
+    : folder_(std::move(folder)),
+      folderText_(PathText(folder_ / "")),
+      origName_(std::move(origName)) {
   (void)FindFilesAPI(folder_, "*.sly", ui,
                      [this](const fs::path& below, const std::string& name) { Take(below, name); });
 }
@@ -25,18 +27,22 @@ void Pieces::Take(const fs::path& below, std::string_view name) {
   Piece& piece = found_[number - 1];
   if (piece.count > 0 && below.empty() == piece.below.empty()) ++piece.count;
   if (piece.count > 0 && (!below.empty() || piece.below.empty())) return;
-  piece = {1, PathText(below), std::string(name.substr(name.rfind('.')))};
+  piece = {1, below.empty() ? "" : PathText(below / ""), std::string(name.substr(name.rfind('.')))};
 }
 
 std::string Pieces::NameOf(std::size_t number) const {
   return PieceNameOf(origName_, static_cast<int>(number));
 }
 
-fs::path Pieces::PathOf(std::size_t number) const {
+std::string Pieces::TextOf(std::size_t number) const {
   const Piece& piece = found_[number - 1];
-  std::string name = NameOf(number);
-  name.replace(name.size() - piece.ending.size(), piece.ending.size(), piece.ending);
-  return (piece.below.empty() ? folder_ : folder_ / PathFromText(piece.below)) / PathFromText(name);
+  std::string text = folderText_ + piece.below + NameOf(number);
+  text.replace(text.size() - piece.ending.size(), piece.ending.size(), piece.ending);
+  return text;
+}
+
+fs::path Pieces::PathOf(std::size_t number) const {
+  return PathFromText(TextOf(number));
 }
 
 bool Pieces::AreSingle(Ui& ui) const {

@@ -14,6 +14,12 @@ namespace slyver {
 /// Said of a name that is not that of a piece.
 inline constexpr std::string_view isNoPiece = " Is Not A Piece Of A Split File.";
 
+/// How many threads to open so many pieces with, just to look at them. A few take less time than a
+/// thread takes to start.
+constexpr unsigned ThreadsToLookWith(std::size_t pieces) {
+  return pieces < 256 ? 1 : 2;
+}
+
 /// The pieces of one split that are there, by their numbers from 1.
 class Pieces {
  public:
@@ -27,6 +33,9 @@ class Pieces {
 
   /// The name of a piece, found or not.
   std::string NameOf(std::size_t number) const;
+
+  /// The path of a piece that was found, as PathText() has it.
+  std::string TextOf(std::size_t number) const;
 
   /// The path of a piece that was found.
   std::filesystem::path PathOf(std::size_t number) const;
@@ -47,13 +56,15 @@ class Pieces {
   /// no name, since there may be 32767 of them.
   struct Piece {
     std::uint32_t count = 0;  ///< How many there are at the best place.
-    std::string below;        ///< The subfolder that it lies in; empty for the folder itself.
+    std::string below;        ///< The subfolder that it lies in, with a separator; empty for
+                              ///< the folder itself.
     std::string ending;       ///< ".sly", in letters of either case.
   };
 
   void Take(const std::filesystem::path& below, std::string_view name);
 
   std::filesystem::path folder_;
+  std::string folderText_;  ///< With a separator at its end.
   std::string origName_;
   std::vector<Piece> found_;
 };

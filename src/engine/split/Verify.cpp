@@ -5,6 +5,7 @@
 #include <exception>
 #include <limits>
 #include <map>
+#include <numeric>
 #include <span>
 
 #include "engine/split/ChecksumFile.h"
@@ -41,14 +42,15 @@ class Verification {
 
  private:
   void LookAtNumbers() {
-    for (std::size_t number = 1; number <= states_.size(); ++number) {
-      if (!ui_.GoOn()) throw Cancelled{};
-      if (pieces_.Has(number))
-        LookAt(number, [&] { lengths_[number - 1] = FileLength(pieces_.PathOf(number)); });
+    const auto look = [this](std::size_t i, const Tick& /*between*/) {
+      if (pieces_.Has(i + 1))
+        LookAt(i + 1, [&] { lengths_[i] = FileLength(pieces_.PathOf(i + 1)); });
       else
-        states_[number - 1] = PieceState::Missing;
-      bytesTotal_ += lengths_[number - 1];
-    }
+        states_[i] = PieceState::Missing;
+    };
+    ForEachNumber(states_.size(), ThreadsToLookWith(states_.size()), look,
+                  [this] { return ui_.GoOn(); });
+    bytesTotal_ = std::accumulate(lengths_.begin(), lengths_.end(), std::uint64_t{0});
   }
 
   /// All pieces are as long as the first one; the last one may be shorter.
@@ -62,13 +64,18 @@ class Verification {
   }
 
   void CompareBytes(const std::vector<Digest>& digests) {
-    const auto tell = [this] {
-      ui_.SetProgress({"PB1", Percent(), bytesDone_, bytesTotal_});
-      if (!ui_.GoOn()) stop_ = true;
+    const auto tell = [this] { ui_.SetProgress({"PB1", Percent(), bytesDone_, bytesTotal_}); };
+    const auto compare = [&](std::size_t i, const Tick& between) {
+      if (states_[i] != PieceState::Ok) return;
+      LookAt(i + 1, [&] {
+        if (DigestOf(i + 1, between) != digests[i]) states_[i] = PieceState::Damaged;
+      });
     };
-    RunOnThreads(
-        2, [&](const Tick& between) { Work(digests, between); }, tell);
-    if (stop_) throw Cancelled{};
+    // Each piece is read by one thread; the next piece by whichever is free.
+    ForEachNumber(states_.size(), 2, compare, [&] {
+      tell();
+      return ui_.GoOn();
+    });
     tell();
   }
 
@@ -78,23 +85,11 @@ class Verification {
                : 100 * static_cast<double>(bytesDone_) / static_cast<double>(bytesTotal_);
   }
 
-  /// Each piece is read by one thread; the next piece by whichever is free.
-  void Work(const std::vector<Digest>& digests, const Tick& between) {
-    std::size_t number = 0;
-    while (!stop_ && (number = ++next_) <= states_.size()) {
-      if (states_[number - 1] != PieceState::Ok) continue;
-      LookAt(number, [&] {
-        if (DigestOf(number, between) != digests[number - 1])
-          states_[number - 1] = PieceState::Damaged;
-      });
-    }
-  }
-
   Digest DigestOf(std::size_t number, const Tick& between) {
     const SourceFile file(pieces_.PathOf(number));
     Sha256 sha256;
     std::vector<char> buffer(bufferSize);
-    for (std::uint64_t done = 0; done < file.Length() && !stop_; between()) {
+    for (std::uint64_t done = 0; done < file.Length(); between()) {
       const std::span part(buffer.data(), static_cast<std::size_t>(std::min<std::uint64_t>(
                                               buffer.size(), file.Length() - done)));
       file.Read(done, part);
@@ -124,8 +119,6 @@ class Verification {
   std::vector<std::uint64_t> lengths_;
   std::uint64_t bytesTotal_ = 0;
   std::atomic<std::uint64_t> bytesDone_ = 0;
-  std::atomic<std::size_t> next_ = 0;
-  std::atomic<bool> stop_ = false;
 
   Mutex mutex_;
   std::map<std::size_t, std::string> causes_ GUARDED_BY(mutex_);

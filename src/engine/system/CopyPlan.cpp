@@ -15,7 +15,11 @@ constexpr std::uint64_t sharedSliceLength = std::uint64_t{64} * 1024 * 1024;
 }  // namespace
 
 std::uint32_t SourceList::Add(const std::filesystem::path& path, const FileState& state) {
-  paths_ += PathText(path);
+  return AddText(PathText(path), state);
+}
+
+std::uint32_t SourceList::AddText(std::string_view path, const FileState& state) {
+  paths_ += path;
   ends_.push_back(paths_.size());
   states_.push_back(state);
   return static_cast<std::uint32_t>(ends_.size() - 1);

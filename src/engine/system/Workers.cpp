@@ -1,11 +1,15 @@
 #include "engine/system/Workers.h"
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <exception>
 #include <system_error>
 #include <thread>
+#include <utility>
 #include <vector>
 
+#include "engine/system/FileError.h"
 #include "engine/system/Mutex.h"
 
 namespace slyver {
@@ -40,6 +44,26 @@ class Running {
   unsigned count_ GUARDED_BY(mutex_) = 0;
 };
 
+/// What was thrown for the lowest number.
+class FirstFailure {
+ public:
+  void Note(std::size_t number, std::exception_ptr failure) {
+    const Lock lock(mutex_);
+    if (failure_ && number_ < number) return;
+    number_ = number;
+    failure_ = std::move(failure);
+  }
+  void Rethrow() {
+    const Lock lock(mutex_);
+    if (failure_) std::rethrow_exception(failure_);
+  }
+
+ private:
+  Mutex mutex_;
+  std::size_t number_ GUARDED_BY(mutex_) = 0;
+  std::exception_ptr failure_ GUARDED_BY(mutex_);
+};
+
 }  // namespace
 
 void RunOnThreads(unsigned count, const std::function<void(const Tick& between)>& work,
@@ -69,6 +93,32 @@ void RunOnThreads(unsigned count, const std::function<void(const Tick& between)>
     tick();
     next = Clock::now() + tickInterval;
   });
+}
+
+void ForEachNumber(std::size_t end, unsigned count,
+                   const std::function<void(std::size_t number, const Tick& between)>& each,
+                   const std::function<bool()>& goOn) {
+  std::atomic<std::size_t> next = 0;
+  std::atomic<bool> stop = false;
+  FirstFailure failure;
+  const auto work = [&](const Tick& between) {
+    std::size_t number = 0;
+    const auto goOnOrStop = [&] {
+      between();
+      if (stop) throw Cancelled{};
+    };
+    try {
+      while ((number = next++) < end) {
+        goOnOrStop();
+        each(number, goOnOrStop);
+      }
+    } catch (...) {
+      failure.Note(number, std::current_exception());
+      next = end;
+    }
+  };
+  RunOnThreads(count, work, [&] { stop = stop || !goOn(); });
+  failure.Rethrow();
 }
 
 }  // namespace slyver

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 
 namespace slyver {
@@ -13,5 +14,13 @@ using Tick = std::function<void()>;
 /// Neither may throw.
 void RunOnThreads(unsigned count, const std::function<void(const Tick& between)>& work,
                   const Tick& tick);
+
+/// Calls `each` for every number from 0 to `end` - 1 on at most `count` threads, each number once
+/// and in ascending order. `goOn` is asked about twenty times a second on the calling thread; when
+/// it says no, `between`, which `each` calls between units of its work, throws Cancelled. What
+/// `each` throws ends the rest and reaches the caller, that of the lowest number first.
+void ForEachNumber(std::size_t end, unsigned count,
+                   const std::function<void(std::size_t number, const Tick& between)>& each,
+                   const std::function<bool()>& goOn);
 
 }  // namespace slyver
