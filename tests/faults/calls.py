@@ -13,7 +13,7 @@ import jobs
 from jobs import Case
 
 REMOVALS = {"unlink", "unlinkat", "rmdir", "remove"}
-LOOKS = {"open", "openat", "fdopendir", "readdir", "stat", "lstat", "fstat"}
+LOOKS = {"open", "openat", "opendir", "readdir", "stat", "lstat", "fstat"}
 WAITS = {"read", "pread", "pwrite", "copy_file_range", "ioctl", "flock"}  # A signal can end these.
 EFFECTS = [
     faults.failing_with(errno.EIO, threads=True),

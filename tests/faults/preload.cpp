@@ -343,7 +343,7 @@ CALL(int, unlinkat, (int folder, const char* path, int flags) noexcept, -1, Look
 CALL(int, rmdir, (const char* path) noexcept, -1, Look, (At(path)), path)
 CALL(int, remove, (const char* path) noexcept, -1, Look, (At(path)), path)
 
-CALL(DIR*, fdopendir, (int folder), nullptr, Look, (PathOf(folder)), folder)
+CALL(DIR*, opendir, (const char* path), nullptr, Look, (At(path)), path)
 CALL_64(struct dirent*, readdir, (DIR * folder), nullptr, Look, (PathOf(dirfd(folder))), folder);
 
 }  // extern "C"

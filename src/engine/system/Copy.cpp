@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <condition_variable>
 #include <exception>
 #include <memory>
 #include <optional>
@@ -58,6 +59,51 @@ struct Job {
 struct Buffer {
   std::vector<char> bytes;
   std::optional<Sha256> sha256;  ///< Where digests are taken.
+
+  // What `bytes` holds: a source's bytes from `begin` to `end`.
+  std::shared_ptr<const OpenSource> source;
+  std::uint64_t begin = 0;
+  std::uint64_t end = 0;
+  bool checked = false;  ///< Whether the source was in its state when they had been read.
+};
+
+/// Targets whose bytes are all written.
+using Batch = std::vector<std::shared_ptr<OpenTarget>>;
+constexpr std::size_t batchSize = 32;
+
+/// Where the thread that copies leaves batches for the one that names.
+class Handover {
+ public:
+  /// Leaves a batch; false where the last one has not been taken yet.
+  bool Give(Batch& batch) {
+    const Lock lock(mutex_);
+    if (!batch_.empty()) return false;
+    batch_.swap(batch);
+    changed_.notify_one();
+    return true;
+  }
+
+  /// Waits for the next batch; an empty one says that no more will come.
+  Batch Take() {
+    const Lock lock(mutex_);
+    while (batch_.empty() && !closed_) changed_.wait(mutex_);
+    return std::exchange(batch_, {});
+  }
+
+  /// Says that no more will come. Returns the last one if nobody has taken it: there may be no
+  /// thread that does.
+  Batch Close() {
+    const Lock lock(mutex_);
+    closed_ = true;
+    changed_.notify_one();
+    return std::exchange(batch_, {});
+  }
+
+ private:
+  Mutex mutex_;
+  std::condition_variable_any changed_;
+  Batch batch_ GUARDED_BY(mutex_);
+  bool closed_ GUARDED_BY(mutex_) = false;
 };
 
 /// One carrying out of a plan.
@@ -70,12 +116,18 @@ class Copying {
         targets_(plan),
         digests_(plan.list.line ? plan.ranges.size() : 0),
         cursor_(plan),
-        sharing_(targets_.SharingThere()) {}
+        sharing_(targets_.SharingThere()) {
+    const bool much = bytesTotal_ >= worthASecondThread && !plan.expectedOfAll;
+    const bool small = much && bytesTotal_ / plan.ranges.size() < smallRange;
+    // Small ranges are copied sooner than files are opened and named.
+    namesApart_ = small && targets_.AreNamedApart();
+    threads_ = much && (!small || namesApart_) ? 2 : 1;
+  }
 
   std::vector<std::size_t> Run() {
     const auto tell = [this] { Tell(); };
     RunOnThreads(
-        IsWorthTwoThreads() ? 2 : 1, [this](const Tick& between) { Work(between); }, tell);
+        threads_, [this](const Tick& between) { Work(between); }, tell);
     Tell();
     Ending ending = HasFailed() ? Ending::Failed : stop_ ? Ending::Cancelled : Ending::Copied;
     std::vector<std::size_t> wrong;
@@ -91,13 +143,6 @@ class Copying {
   }
 
  private:
-  /// Small ranges are copied sooner than files are opened and named, and a folder does that one by
-  /// one.
-  bool IsWorthTwoThreads() const {
-    return !plan_.expectedOfAll && bytesTotal_ >= worthASecondThread &&
-           bytesTotal_ / plan_.ranges.size() >= smallRange;
-  }
-
   enum class Ending { Copied, Failed, Cancelled };
 
   void Tell() {
@@ -115,20 +160,29 @@ class Copying {
   }
 
   void Work(const Tick& between) {
+    if (namesApart_ && hasCopier_.exchange(true))
+      NameAll();
+    else
+      CopyAll(between);
+  }
+
+  void CopyAll(const Tick& between) {
+    Batch batch;
     try {
-      Buffer buffer{std::vector<char>(bufferSize), {}};
+      Buffer buffer;
+      buffer.bytes.resize(bufferSize);
       if (plan_.LooksAtBytes()) buffer.sha256.emplace();
       while (const std::optional<Job> job = Next()) {
         if (job->slice.cipher != nullptr)
-          ConvertSlice(*job, buffer.bytes, between);
+          ConvertSlice(*job, buffer, between);
         else if (!Share(*job))
           CopySlice(*job, buffer, between);
-        if (stop_) return;
+        if (stop_) break;
         if (plan_.TakesDigests()) TakeDigest(job->slice.range, buffer.sha256->Finish());
-        job->source->file.ThrowIfChanged();
         const std::uint64_t share = job->slice.targetLength + (job->slice.beginsRange ? 1 : 0);
-        if (job->target->left.fetch_sub(share) == share)
-          targets_.Complete(job->target->number, *job->target->file);
+        if (job->target->left.fetch_sub(share) != share) continue;
+        batch.push_back(job->target);
+        if (!namesApart_ || (batch.size() == batchSize && !handover_.Give(batch))) Name(batch);
       }
       if (plan_.expectedOfAll && !stop_ && buffer.sha256->Finish() != *plan_.expectedOfAll) {
         const Lock lock(wrongMutex_);
@@ -137,6 +191,23 @@ class Copying {
     } catch (...) {
       Stop(std::current_exception());
     }
+    Name(batch);
+    if (namesApart_) Name(batch = handover_.Close());
+  }
+
+  /// Gives targets their names, and closes them.
+  void Name(Batch& batch) {
+    try {
+      for (const std::shared_ptr<OpenTarget>& target : batch)
+        targets_.Complete(target->number, *target->file);
+    } catch (...) {
+      Stop(std::current_exception());
+    }
+    batch.clear();
+  }
+
+  void NameAll() {
+    for (Batch batch = handover_.Take(); !batch.empty(); batch = handover_.Take()) Name(batch);
   }
 
   std::optional<Job> Next() EXCLUDES(nextMutex_) {
@@ -162,6 +233,7 @@ class Copying {
                                 slice.targetOffset, slice.length);
     if (shared) {
       bytesDone_ += slice.length;
+      job.source->file.ThrowIfChanged();
     } else {
       const Lock lock(nextMutex_);
       sharing_ = {};
@@ -175,20 +247,56 @@ class Copying {
       const std::uint64_t data = SkipHole(job, done);
       if (buffer.sha256) buffer.sha256->AddZeros(data - done);
       bytesDone_ += data - done;
+      if (data > done) buffer.checked = false;
       done = data;
-      const std::span part(buffer.bytes.data(), static_cast<std::size_t>(std::min<std::uint64_t>(
-                                                    buffer.bytes.size(), slice.length - done)));
-      if (part.empty()) return;
-      job.source->file.Read(slice.sourceOffset + done, part);
+      if (done == slice.length) break;
+      const std::span<const char> part = Read(job, done, buffer);
       if (buffer.sha256) buffer.sha256->Add(part);
       job.target->file->Write(slice.targetOffset + done, part);
       done += part.size();
       bytesDone_ += part.size();
     }
+    if (stop_ || buffer.checked) return;
+    job.source->file.ThrowIfChanged();
+    buffer.checked = true;
   }
 
-  void ConvertSlice(const Job& job, std::vector<char>& buffer, const Tick& between) {
+  /// Bytes of the slice from `done` on, read unless the buffer holds them already.
+  std::span<const char> Read(const Job& job, std::uint64_t done, Buffer& buffer) const {
     const Slice& slice = job.slice;
+    const std::uint64_t offset = slice.sourceOffset + done;
+    if (job.source != buffer.source || offset < buffer.begin || offset >= buffer.end) {
+      const auto size = static_cast<std::size_t>(
+          std::min<std::uint64_t>(buffer.bytes.size(), slice.length - done + LengthAfter(slice)));
+      job.source->file.Read(offset, std::span(buffer.bytes).first(size));
+      buffer.source = job.source;
+      buffer.begin = offset;
+      buffer.end = offset + size;
+      buffer.checked = false;
+    }
+    const std::uint64_t left = std::min(buffer.end - offset, slice.length - done);
+    return std::span<const char>(buffer.bytes)
+        .subspan(static_cast<std::size_t>(offset - buffer.begin), static_cast<std::size_t>(left));
+  }
+
+  /// How many bytes are to be copied that follow a small range in its source, as far as they are
+  /// worth reading together: big ranges may be another thread's.
+  std::uint64_t LengthAfter(const Slice& slice) const {
+    const ByteRange* const last = &plan_.ranges.back();
+    const ByteRange* range = &plan_.ranges[slice.range];
+    if (range->length >= smallRange) return 0;
+    std::uint64_t length = 0;
+    for (; range < last && length < bufferSize && range[1].source == range->source &&
+           range[1].offset == range->offset + range->length;
+         ++range)
+      length += range[1].length;
+    return length;
+  }
+
+  void ConvertSlice(const Job& job, Buffer& its, const Tick& between) {
+    const Slice& slice = job.slice;
+    std::vector<char>& buffer = its.bytes;
+    its.source.reset();
     std::uint64_t chunk = slice.firstChunk;
     std::uint64_t written = 0;
     for (std::uint64_t done = 0; done < slice.length && !stop_; between()) {
@@ -202,6 +310,7 @@ class Copying {
       written += converted;
       bytesDone_ += size;
     }
+    if (!stop_) job.source->file.ThrowIfChanged();
   }
 
   /// How much of the slice is done where the next bytes are that take space. What is skipped stays
@@ -257,6 +366,10 @@ class Copying {
   /// For a list: of all ranges, each written by the thread that copies it.
   std::vector<Digest> digests_;
 
+  bool namesApart_ = false;  ///< Whether one thread copies and the other names.
+  unsigned threads_ = 1;
+  std::atomic<bool> hasCopier_ = false;
+  Handover handover_;
   std::atomic<bool> stop_ = false;
   std::atomic<std::size_t> rangesStarted_ = 0;
   std::atomic<std::uint64_t> bytesDone_ = 0;

@@ -51,10 +51,11 @@ class TargetFile {
   /// folder or a device, it exists and `existing` is Keep, or another program is writing it.
   TargetFile(std::filesystem::path target, Existing existing, Rights rights = {});
 
-  /// Starts a file that has no name until Commit(), where CanBeNamelessUntil() says that it can. A
-  /// file that bears the name then is kept. It gets its rights there, too: until then nobody else
-  /// can open it. Throws FileError: the folder cannot be written to.
-  static std::shared_ptr<TargetFile> StartNameless(std::filesystem::path target, Rights rights);
+  /// Starts a file of `folder` that has no name until Commit(), where CanBeNamelessUntil() says
+  /// that it can. A file that bears the name then is kept. It gets its rights there, too: until
+  /// then nobody else can open it. Throws FileError: the folder cannot be written to.
+  static std::shared_ptr<TargetFile> StartNameless(const std::filesystem::path& folder,
+                                                   std::filesystem::path target, Rights rights);
   ~TargetFile();
   TargetFile(const TargetFile&) = delete;
   TargetFile& operator=(const TargetFile&) = delete;

@@ -242,9 +242,10 @@ TargetFile::TargetFile(std::filesystem::path target, Existing existing, Rights r
 
 TargetFile::TargetFile(std::unique_ptr<State> state) : state_(std::move(state)) {}
 
-std::shared_ptr<TargetFile> TargetFile::StartNameless(std::filesystem::path target, Rights rights) {
+std::shared_ptr<TargetFile> TargetFile::StartNameless(const std::filesystem::path& folder,
+                                                      std::filesystem::path target, Rights rights) {
   auto state = std::make_unique<State>();
-  state->file = OpenNameless(target.parent_path(), rights.bits);
+  state->file = OpenNameless(folder, rights.bits);
   if (!state->file) FailWithLastError(target);
   state->target = std::move(target);
   state->rights = rights;

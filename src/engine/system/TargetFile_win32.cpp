@@ -117,7 +117,8 @@ bool CanBeNamelessUntil(const std::filesystem::path& /*target*/) {
   return false;
 }
 
-std::shared_ptr<TargetFile> TargetFile::StartNameless(std::filesystem::path target, Rights rights) {
+std::shared_ptr<TargetFile> TargetFile::StartNameless(const std::filesystem::path& /*folder*/,
+                                                      std::filesystem::path target, Rights rights) {
   return std::make_shared<TargetFile>(std::move(target), Existing::Keep, rights);
 }
 

@@ -141,10 +141,10 @@ void TargetSet::FindEarlier() {
 
 std::shared_ptr<TargetFile> TargetSet::Begin(std::size_t index) {
   if (index == 0) return first_;
-  const fs::path target = plan_.names.Path(index);
+  fs::path target = plan_.names.Path(index);
   std::shared_ptr<TargetFile> file;
   if (nameless_) {
-    file = TargetFile::StartNameless(target, plan_.rights);
+    file = TargetFile::StartNameless(plan_.names.folder, std::move(target), plan_.rights);
   } else if (staging_.empty()) {
     const Existing existing = plan_.numberInSet ? Existing::Keep : plan_.existing;
     file = std::make_shared<TargetFile>(target, existing, plan_.rights);

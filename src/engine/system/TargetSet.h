@@ -31,6 +31,10 @@ class TargetSet {
   /// beside it.
   const Sharing& SharingThere() const { return sharing_; }
 
+  /// Whether one thread can name targets while another makes them. A file system that shares blocks
+  /// keeps its nameless files in lists that only one thread at a time may change.
+  bool AreNamedApart() const { return nameless_ && sharing_.unit == 0; }
+
   /// The file of target `index`, begun. Throws FileError.
   std::shared_ptr<TargetFile> Begin(std::size_t index);
 

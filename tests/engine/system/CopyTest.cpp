@@ -274,6 +274,35 @@ TEST_F(Copied, TheFirstOfASetComesLast) {
   EXPECT_TRUE(ErrorOf([&] { Copy(SetOf(1, Existing::Keep), GoOn); }).ends_with(": File exists"));
 }
 
+TEST_F(Copied, ManySmallRangesGoTogether) {
+  const fs::path out = folder / "out";
+  const std::string big = SomeBytes(3 * mebibyte);
+  WriteFile(folder / "big", big);
+  CopyPlan plan = SetOf(0, Existing::Keep);
+  plan.numberInSet = [](const std::string&) { return 0; };
+  const std::uint32_t second = plan.sources.Add(folder / "big", StateOf(folder / "big"));
+  // Some follow each other, some do not, some are empty, and some are of another source.
+  std::vector<std::string> expected;
+  for (std::uint64_t at = 0; at + 1003 <= big.size(); at += at % 7 == 0 ? 1000 : 1003) {
+    const std::uint64_t length = at % 11 == 0 ? 0 : 1000;
+    const bool ofSecond = expected.size() % 97 != 5;
+    plan.ranges.push_back(ofSecond ? ByteRange{second, at, length} : ByteRange{0, 0, 1000});
+    plan.EndTarget();
+    expected.push_back(ofSecond ? big.substr(at, length) : bytes);
+  }
+  fs::create_directories(out / "s2000");
+  EXPECT_EQ(ErrorOf([&] { Copy(plan, GoOn); }), (out / "s2000").string() + ": File exists");
+  EXPECT_FALSE(fs::exists(out / "s1"));
+  fs::remove_all(out);
+  fs::create_directory(out);
+  EXPECT_THROW(Copy(plan, StopNow), Cancelled);
+  EXPECT_EQ(Names(out), std::set<std::string>());
+  Copy(plan, GoOn);
+  EXPECT_EQ(Names(out).size(), expected.size());
+  for (std::size_t i = 0; i < expected.size(); ++i)
+    ASSERT_TRUE(ReadFile(plan.names.Path(i)) == expected[i]) << i;
+}
+
 TEST_F(Copied, ASetReplacesAnotherAsOne) {
   const fs::path out = folder / "out";
   const std::set<std::string> earlier = {"S5", "s1", "s3", "s9"};
