@@ -30,8 +30,9 @@ using Watch = std::function<bool(const CopyProgress&)>;
 ///
 /// Bytes that a cipher changes are changed on the way; what it throws stops the copy.
 ///
-/// Two threads at most copy, each with a small buffer, since one reads while the other writes;
-/// where the system gives none, this thread does.
+/// Two threads at most copy, each with a small buffer, since one reads while the other writes; of
+/// many small targets one copies and the other gives names. Where the system gives no thread, this
+/// one does it all.
 ///
 /// Where the plan wants a list of digests, or expects some, they are computed from the very bytes
 /// that are written; one of all ranges together is computed by one thread. Returns the ranges whose
