@@ -21,7 +21,7 @@ namespace slyver {
 namespace {
 
 constexpr std::size_t bufferSize = std::size_t{128} * 1024;
-constexpr std::uint64_t worthASecondThread = std::uint64_t{1} * 1024 * 1024;
+constexpr std::uint64_t worthAThread = std::uint64_t{1} * 1024 * 1024;
 constexpr std::uint64_t smallRange = std::uint64_t{64} * 1024;
 
 /// A source that is being read. Consecutive ranges of one file are read from one opening of it, so
@@ -117,11 +117,15 @@ class Copying {
         digests_(plan.list.line ? plan.ranges.size() : 0),
         cursor_(plan),
         sharing_(targets_.SharingThere()) {
-    const bool much = bytesTotal_ >= worthASecondThread && !plan.expectedOfAll;
-    const bool small = much && bytesTotal_ / plan.ranges.size() < smallRange;
+    // A thread takes longer to come and go than so little to be copied.
+    if (plan.SpaceNeeded(sharing_) < worthAThread) {
+      threads_ = plan.Flushes() ? 1 : 0;
+      return;
+    }
+    const bool small = bytesTotal_ / plan.ranges.size() < smallRange;
     // Small ranges are copied sooner than files are opened and named.
     namesApart_ = small && targets_.AreNamedApart();
-    threads_ = much && (!small || namesApart_) ? 2 : 1;
+    threads_ = !plan.expectedOfAll && (!small || namesApart_) ? 2 : 1;
   }
 
   std::vector<std::size_t> Run() {
@@ -134,8 +138,9 @@ class Copying {
     if (ending == Ending::Copied) wrong = WrongRanges();
     if (!wrong.empty()) ending = Ending::Failed;
     // What takes long at the end, too, is done while the window stays alive.
+    const bool takesLong = threads_ > 0 || ending != Ending::Copied;
     RunOnThreads(
-        1, [&](const Tick&) { End(ending); }, tell);
+        takesLong ? 1 : 0, [&](const Tick&) { End(ending); }, tell);
     const Lock lock(failureMutex_);
     if (failure_) std::rethrow_exception(failure_);
     if (ending == Ending::Cancelled) throw Cancelled{};
@@ -177,6 +182,7 @@ class Copying {
           ConvertSlice(*job, buffer, between);
         else if (!Share(*job))
           CopySlice(*job, buffer, between);
+        between();
         if (stop_) break;
         if (plan_.TakesDigests()) TakeDigest(job->slice.range, buffer.sha256->Finish());
         const std::uint64_t share = job->slice.targetLength + (job->slice.beginsRange ? 1 : 0);
@@ -367,7 +373,7 @@ class Copying {
   std::vector<Digest> digests_;
 
   bool namesApart_ = false;  ///< Whether one thread copies and the other names.
-  unsigned threads_ = 1;
+  unsigned threads_ = 0;     ///< None: the calling one copies.
   std::atomic<bool> hasCopier_ = false;
   Handover handover_;
   std::atomic<bool> stop_ = false;

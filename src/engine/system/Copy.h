@@ -32,7 +32,7 @@ using Watch = std::function<bool(const CopyProgress&)>;
 ///
 /// Two threads at most copy, each with a small buffer, since one reads while the other writes; of
 /// many small targets one copies and the other gives names. Where the system gives no thread, this
-/// one does it all.
+/// one does it all, and so it does where less than 1 MiB is to be copied and nothing to be flushed.
 ///
 /// Where the plan wants a list of digests, or expects some, they are computed from the very bytes
 /// that are written; one of all ranges together is computed by one thread. Returns the ranges whose

@@ -98,6 +98,9 @@ struct CopyPlan {
   /// Whether any bytes are looked at while they are copied.
   bool LooksAtBytes() const { return TakesDigests() || expectedOfAll; }
 
+  /// Whether the disk is waited for.
+  bool Flushes() const { return flush || existing == Existing::Replace; }
+
   std::size_t TargetCount() const { return rangeEnds.size(); }
   std::size_t FirstRange(std::size_t target) const {
     return target == 0 ? 0 : rangeEnds[target - 1];
