@@ -224,7 +224,7 @@ def make_jobs(unit=1000, piece=None, seed=1):
 def make_big_jobs():
     """The same with sources so big that two threads copy: from 1 MiB in all."""
     # Of a split into small pieces one thread copies and the other gives names.
-    small = next(job for job in make_jobs(320_000, 40_000) if job.name == "split")
+    small = next(job for job in make_jobs(320_000, 20_000) if job.name == "split")
     big = [job for job in make_jobs(320_000) if "encrypted" not in job.name]
     return [dataclasses.replace(job, name=job.name + ", two threads") for job in big] + [
         dataclasses.replace(small, name="split into small pieces, two threads")]

@@ -276,22 +276,30 @@ TEST_F(Copied, TheFirstOfASetComesLast) {
 
 TEST_F(Copied, ManySmallRangesGoTogether) {
   const fs::path out = folder / "out";
-  const std::string big = SomeBytes(3 * mebibyte);
+  const std::string big = SomeBytes(2 * mebibyte);
+  const std::string turned(big.rbegin(), big.rend());
   WriteFile(folder / "big", big);
+  WriteFile(folder / "turned", turned);
   CopyPlan plan = SetOf(0, Existing::Keep);
   plan.numberInSet = [](const std::string&) { return 0; };
-  const std::uint32_t second = plan.sources.Add(folder / "big", StateOf(folder / "big"));
-  // Some follow each other, some do not, some are empty, and some are of another source.
+  const std::uint32_t first = plan.sources.Add(folder / "big", StateOf(folder / "big"));
+  const std::uint32_t other = plan.sources.Add(folder / "turned", StateOf(folder / "turned"));
+  // Some follow each other, some do not, some are empty, and some are where the one before them is,
+  // but of another source.
   std::vector<std::string> expected;
-  for (std::uint64_t at = 0; at + 1003 <= big.size(); at += at % 7 == 0 ? 1000 : 1003) {
-    const std::uint64_t length = at % 11 == 0 ? 0 : 1000;
-    const bool ofSecond = expected.size() % 97 != 5;
-    plan.ranges.push_back(ofSecond ? ByteRange{second, at, length} : ByteRange{0, 0, 1000});
+  for (std::uint64_t at = 0; at + 10003 <= big.size(); at += at % 7 == 0 ? 10000 : 10003) {
+    const std::uint64_t length = at % 11 == 0 ? 0 : 10000;
+    plan.ranges.push_back({first, at, length});
+    expected.push_back(big.substr(at, length));
     plan.EndTarget();
-    expected.push_back(ofSecond ? big.substr(at, length) : bytes);
+    if (expected.size() % 10 != 5) continue;
+    plan.ranges.push_back({other, at, length});
+    expected.push_back(turned.substr(at, length));
+    plan.EndTarget();
   }
-  fs::create_directories(out / "s2000");
-  EXPECT_EQ(ErrorOf([&] { Copy(plan, GoOn); }), (out / "s2000").string() + ": File exists");
+  fs::create_directory(out);
+  WriteFile(out / "s150", "another program's");
+  EXPECT_EQ(ErrorOf([&] { Copy(plan, GoOn); }), (out / "s150").string() + ": File exists");
   EXPECT_FALSE(fs::exists(out / "s1"));
   fs::remove_all(out);
   fs::create_directory(out);
