@@ -39,12 +39,13 @@ CopyPlan PlanOf(const Pieces& pieces, const fs::path& target, Ui& ui) {
     states[i] = StateOf(pieces.PathOf(i + 1));
   };
   ForEachNumber(states.size(), ThreadsToLookWith(states.size()), look, [&] { return ui.GoOn(); });
-  plan.rights = states.front().rights;
-  plan.ranges.reserve(states.size());
-  for (std::size_t i = 0; i < states.size(); ++i) {
-    const FileState& state = states[i];
+  plan.sources = SourceList(std::move(states), [&](std::size_t i) { return pieces.TextOf(i + 1); });
+  plan.rights = plan.sources.State(0).rights;
+  plan.ranges.reserve(pieces.Count());
+  for (std::uint32_t i = 0; i < pieces.Count(); ++i) {
+    const FileState& state = plan.sources.State(i);
     plan.rights = Narrowed(plan.rights, state.rights);
-    plan.ranges.push_back({plan.sources.AddText(pieces.TextOf(i + 1), state), 0, state.length});
+    plan.ranges.push_back({i, 0, state.length});
   }
   plan.EndTarget();
   return plan;

@@ -1,6 +1,7 @@
 #include "engine/system/CopyPlan.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "engine/system/PathText.h"
 
@@ -14,12 +15,18 @@ constexpr std::uint64_t sharedSliceLength = std::uint64_t{64} * 1024 * 1024;
 
 }  // namespace
 
-std::uint32_t SourceList::Add(const std::filesystem::path& path, const FileState& state) {
-  return AddText(PathText(path), state);
+SourceList::SourceList(std::vector<FileState> states,
+                       const std::function<std::string(std::size_t number)>& textOf)
+    : states_(std::move(states)) {
+  ends_.reserve(states_.size());
+  for (std::size_t number = 0; number < states_.size(); ++number) {
+    paths_ += textOf(number);
+    ends_.push_back(paths_.size());
+  }
 }
 
-std::uint32_t SourceList::AddText(std::string_view path, const FileState& state) {
-  paths_ += path;
+std::uint32_t SourceList::Add(const std::filesystem::path& path, const FileState& state) {
+  paths_ += PathText(path);
   ends_.push_back(paths_.size());
   states_.push_back(state);
   return static_cast<std::uint32_t>(ends_.size() - 1);

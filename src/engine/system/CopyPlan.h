@@ -23,10 +23,13 @@ namespace slyver {
 /// paths are packed: there may be 32767, and path objects take several times the memory.
 class SourceList {
  public:
+  SourceList() = default;
+  /// As many files as there are states; `textOf` gives their paths as PathText() has them.
+  SourceList(std::vector<FileState> states,
+             const std::function<std::string(std::size_t number)>& textOf);
+
   /// Returns the new source's number, counted from 0.
   std::uint32_t Add(const std::filesystem::path& path, const FileState& state);
-  /// The same with a path as PathText() has it, which takes less time.
-  std::uint32_t AddText(std::string_view path, const FileState& state);
 
   std::filesystem::path Path(std::uint32_t number) const;
   const FileState& State(std::uint32_t number) const { return states_[number]; }
