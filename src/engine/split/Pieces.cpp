@@ -12,11 +12,9 @@ namespace slyver {
 
 namespace fs = std::filesystem;
 
-Pieces::Pieces(fs::path folder, std::string origName, Ui& ui)
-    : folder_(std::move(folder)),
-      folderText_(PathText(folder_ / "")),
-      origName_(std::move(origName)) {
-  (void)FindFilesAPI(folder_, "*.sly", ui,
+Pieces::Pieces(const fs::path& folder, std::string origName, Ui& ui)
+    : folder_(PathText(folder / "")), origName_(std::move(origName)) {
+  (void)FindFilesAPI(folder, "*.sly", ui,
                      [this](const fs::path& below, const std::string& name) { Take(below, name); });
 }
 
@@ -36,7 +34,7 @@ std::string Pieces::NameOf(std::size_t number) const {
 
 std::string Pieces::TextOf(std::size_t number) const {
   const Piece& piece = found_[number - 1];
-  std::string text = folderText_ + piece.below + NameOf(number);
+  std::string text = folder_ + piece.below + NameOf(number);
   text.replace(text.size() - piece.ending.size(), piece.ending.size(), piece.ending);
   return text;
 }
@@ -62,12 +60,12 @@ bool Pieces::AreWhole(std::size_t chosen, Ui& ui) const {
   if (Count() < 2) return Missing(Count() + 1, ui);
   if (chosen > Count()) return Missing(chosen, ui);
   // A link that leads nowhere, say, would be taken for the end of the pieces.
-  const fs::path next = folder_ / PathFromText(NameOf(Count() + 1));
+  const fs::path next = PathFromText(folder_ + NameOf(Count() + 1));
   return !NameIsTaken(next) || Missing(Count() + 1, ui);
 }
 
 bool Pieces::Missing(std::size_t number, Ui& ui) const {
-  const fs::path path = folder_ / PathFromText(NameOf(number));
+  const fs::path path = PathFromText(folder_ + NameOf(number));
   if (NameIsTaken(path)) (void)StateOf(path);
   ui.Message(NameOf(number) + " Is Missing.", Icon::Critical);
   return false;

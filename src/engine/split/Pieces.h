@@ -24,7 +24,7 @@ constexpr unsigned ThreadsToLookWith(std::size_t pieces) {
 class Pieces {
  public:
   /// Finds all pieces of `origName` in `folder` and below. Throws as FindFilesAPI() does.
-  Pieces(std::filesystem::path folder, std::string origName, Ui& ui);
+  Pieces(const std::filesystem::path& folder, std::string origName, Ui& ui);
 
   /// The highest number found.
   std::size_t Count() const { return found_.size(); }
@@ -63,8 +63,7 @@ class Pieces {
 
   void Take(const std::filesystem::path& below, std::string_view name);
 
-  std::filesystem::path folder_;
-  std::string folderText_;  ///< With a separator at its end.
+  std::string folder_;  ///< Its path, with a separator at its end.
   std::string origName_;
   std::vector<Piece> found_;
 };

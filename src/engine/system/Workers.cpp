@@ -98,6 +98,7 @@ void RunOnThreads(unsigned count, const std::function<void(const Tick& between)>
 void ForEachNumber(std::size_t end, unsigned count,
                    const std::function<void(std::size_t number, const Tick& between)>& each,
                    const std::function<bool()>& goOn) {
+  if (!goOn()) throw Cancelled{};
   std::atomic<std::size_t> next = 0;
   std::atomic<bool> stop = false;
   FirstFailure failure;
@@ -119,6 +120,7 @@ void ForEachNumber(std::size_t end, unsigned count,
   };
   RunOnThreads(count, work, [&] { stop = stop || !goOn(); });
   failure.Rethrow();
+  if (stop) throw Cancelled{};
 }
 
 }  // namespace slyver

@@ -16,9 +16,10 @@ void RunOnThreads(unsigned count, const std::function<void(const Tick& between)>
                   const Tick& tick);
 
 /// Calls `each` for every number from 0 to `end` - 1 on at most `count` threads, each number once
-/// and in ascending order. `goOn` is asked about twenty times a second on the calling thread; when
-/// it says no, `between`, which `each` calls between units of its work, throws Cancelled. What
-/// `each` throws ends the rest and reaches the caller, that of the lowest number first.
+/// and in ascending order. `goOn` is asked at the beginning and about twenty times a second on
+/// the calling thread; when it says no, Cancelled is thrown, by `between` too, which `each` calls
+/// between units of its work. What `each` throws ends the rest and reaches the caller, that of the
+/// lowest number first.
 void ForEachNumber(std::size_t end, unsigned count,
                    const std::function<void(std::size_t number, const Tick& between)>& each,
                    const std::function<bool()>& goOn);
