@@ -313,11 +313,14 @@ def main():
     folder.mkdir(parents=True)
     print(f"{os.cpu_count()} cores, load {os.getloadavg()[0]:.1f}, medians of {ROUNDS} runs, "
           f"of {SMALL_ROUNDS} with files of up to 10 MiB; the ratio is sly's time to the tool's.\n")
-    for part in sys.argv[3:] or [*PARTS, *FILE_SYSTEMS]:
-        if part in PARTS:
-            PARTS[part]()
-        else:
-            on_file_system(part)
+    # Whoever logs in gets such a folder in memory; sly keeps its small work files there.
+    with tempfile.TemporaryDirectory(dir="/dev/shm") as runtime:
+        os.environ.setdefault("XDG_RUNTIME_DIR", runtime)
+        for part in sys.argv[3:] or [*PARTS, *FILE_SYSTEMS]:
+            if part in PARTS:
+                PARTS[part]()
+            else:
+                on_file_system(part)
     shutil.rmtree(folder)
 
 
