@@ -169,7 +169,6 @@ class ShownUi final : public WxUi, private wxModalDialogHook {
     script_.SetProgress(progress);
     WxUi::SetProgress(progress);
   }
-  bool GoOn() override { return WxUi::GoOn() && script_.GoOn(); }
   void EndProgram() override { script_.EndProgram(); }
 
  private:
