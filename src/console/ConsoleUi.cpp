@@ -52,20 +52,20 @@ void ConsoleUi::Message(std::string_view text, Icon icon) {
 }
 
 // Whatever a job asks is answered with Yes or No.
-Answer ConsoleUi::Question(std::string_view text, Buttons /*buttons*/, Icon /*icon*/) {
+Answer ConsoleUi::Question(std::string_view text, Buttons /*buttons*/, Stakes stakes) {
   ClearProgressLine();
+  const bool unproven = stakes == Stakes::Unproven;
   const std::string shown = Printable(text);
-  bool yes = options_.yes;
-  if (options_.yes) {
-    if (!options_.quiet) std::cerr << shown << " Yes (--yes)" << std::endl;
-  } else {
-    ShowHeldBack();
-    if (Terminal::CanAsk())
-      yes = AnswerFromTerminal(shown);
-    else
-      std::cerr << shown << " No (nobody is at the terminal; --yes answers Yes)" << std::endl;
+  if (options_.force || (options_.yes && !unproven)) {
+    if (!options_.quiet || unproven)
+      std::cerr << shown << " Yes (" << (options_.force ? "--force" : "--yes") << ")" << std::endl;
+    return Answer::Yes;
   }
-  return yes ? Answer::Yes : Answer::No;
+  ShowHeldBack();
+  if (Terminal::CanAsk()) return AnswerFromTerminal(shown) ? Answer::Yes : Answer::No;
+  std::cerr << shown << " No (nobody is at the terminal; " << (unproven ? "--force" : "--yes")
+            << " answers Yes)" << std::endl;
+  return Answer::No;
 }
 
 bool ConsoleUi::AnswerFromTerminal(std::string_view text) {

@@ -12,7 +12,8 @@
 namespace slyver {
 
 struct ConsoleOptions {
-  bool yes = false;    ///< Answers every question with Yes.
+  bool yes = false;    ///< Answers Yes, but where other bytes than were split may come of it.
+  bool force = false;  ///< Answers every question with Yes.
   bool quiet = false;  ///< Neither progress nor messages of success.
 };
 
@@ -24,7 +25,7 @@ class ConsoleUi final : public Ui {
   ~ConsoleUi() override;
 
   void Message(std::string_view text, Icon icon) override;
-  Answer Question(std::string_view text, Buttons buttons, Icon icon) override;
+  Answer Question(std::string_view text, Buttons buttons, Stakes stakes) override;
   std::optional<std::filesystem::path> OpenFile(
       std::string_view title, std::string_view filter,
       const std::filesystem::path& initialFolder) override;

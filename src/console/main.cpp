@@ -81,7 +81,10 @@ void AddOutput(CLI::App& command, Arguments& arguments, const std::string& help)
 }
 
 void AddCommonOptions(CLI::App& command, Arguments& arguments) {
-  command.add_flag("-y,--yes", arguments.console.yes, "Answer every question with Yes");
+  command.add_flag("-y,--yes", arguments.console.yes,
+                   "Answer Yes to questions, unless damaged or unproven pieces would be taken");
+  command.add_flag("--force", arguments.console.force,
+                   "Answer Yes to every question, also where pieces are damaged or unproven");
   command.add_flag("-q,--quiet", arguments.console.quiet,
                    "Show neither progress nor messages of success");
   command.add_flag("-v,--verbose", arguments.verbose, "Print the path of every file made");
@@ -231,7 +234,7 @@ int main(int argc, char** argv) {
   try {
     return Program(ArgumentsOf(argc, argv));
   } catch (const std::exception& error) {
-    (void)std::fprintf(stderr, "%s\n", error.what());
+    (void)std::fprintf(stderr, "%s\n", TextFor(error).c_str());
     return statusFailed;
   }
 }

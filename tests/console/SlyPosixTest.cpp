@@ -16,6 +16,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
+#define UNPROVEN " No (nobody is at the terminal; --force answers Yes)\n"
+#define FORCED " Yes (--force)\n"
+#define DAMAGED "e.bin.2.sly Is Damaged. Do You Want To Join Them Anyway?"
+#define ODD \
+  "e.bin.2.sly Does Not Have The Size Of The Other Pieces. Do You Want To Join Them Anyway?"
 #define NOBODY " No (nobody is at the terminal; --yes answers Yes)\n"
 #define REPLACE "a Already Exists. Do You Want To Replace It?"
 #define ADD "There are Files Already Hidden In This File. Do You Want To Add Another File In It?"
@@ -204,16 +209,16 @@ constexpr Case scripts[] = {
      "e.bin.1.sly: OK\ne.bin.2.sly: OK\ne.bin.3.sly: OK\n@/e.bin\ne.bin\n",
      "File Joined.\n3 pieces, 5000 bytes in all; checked; the pieces are deleted\n"},
     {"$SLY split e.bin -n 2 --checksum -q; printf x >>e.bin.2.sly; rm e.bin;"
-     "$SLY join e.bin.1.sly --delete -q; $SLY join e.bin.1.sly --delete -q -y; echo $?; ls e.bin*;"
-     "rm e.bin e.bin.sha256; $SLY join e.bin.1.sly --delete -q; ls e.bin*;"
-     "$SLY join e.bin.1.sly --delete -q -y; ls e.bin*",
+     "$SLY join e.bin.1.sly --delete -q; $SLY join e.bin.1.sly --delete -q -y; $SLY join "
+     "e.bin.1.sly --delete -q --force; echo $?;"
+     "ls e.bin*; rm e.bin e.bin.sha256; $SLY join e.bin.1.sly --delete -q -y; ls e.bin*;"
+     "$SLY join e.bin.1.sly --delete -q --force; ls e.bin*",
      0,
      "@/e.bin\n1\ne.bin\ne.bin.1.sly\ne.bin.2.sly\ne.bin.sha256\ne.bin.1.sly\ne.bin.2.sly\n"
      "@/e.bin\ne.bin\n",
-     "e.bin.2.sly Is Damaged. Do You Want To Join Them All The Same?" NOBODY
-     "The Pieces Stay, Since Some Are Damaged.\nFile Joined.\n2 pieces, 5001 bytes in all\n"
-     "e.bin.2.sly Does Not Have The Size Of The Other Pieces. Do You Want To Join Them All The "
-     "Same?" NOBODY},
+     DAMAGED UNPROVEN DAMAGED UNPROVEN DAMAGED FORCED
+     "The Pieces Stay, Since Some Are Damaged.\nFile Joined.\n2 pieces, 5001 bytes in all\n" ODD
+         UNPROVEN ODD FORCED "The Pieces Cannot Be Verified. Delete Them Anyway?" FORCED},
     // A list of the pieces is a part of their set, one of the whole file is not.
     {"mkdir d; $SLY split e.bin -n 4 --checksum -o d -q; $SLY split e.bin -n 2 -o d -y -q; ls d;"
      "$SLY split e.bin -n 3 --checksum -o d -y -q; cd d; sha256sum -c e.bin.sha256; cd ..;"

@@ -140,12 +140,12 @@ class ShownUi final : public WxUi, private wxModalDialogHook {
     Prepare(text, wxID_OK);
     WxUi::Message(text, icon);
   }
-  Answer Question(std::string_view text, Buttons buttons, Icon icon) override {
-    const Answer answer = script_.Question(text, buttons, icon);
+  Answer Question(std::string_view text, Buttons buttons, Stakes stakes) override {
+    const Answer answer = script_.Question(text, buttons, stakes);
     const bool agrees = answer == Answer::Yes || answer == Answer::Ok;
     Prepare(text, buttons == Buttons::YesNo ? (agrees ? wxID_YES : wxID_NO)
                                             : (agrees ? wxID_OK : wxID_CANCEL));
-    EXPECT_EQ(WxUi::Question(text, buttons, icon), answer);
+    EXPECT_EQ(WxUi::Question(text, buttons, stakes), answer);
     return answer;
   }
   std::optional<std::string> MaskedInputBox(std::string_view prompt, Typed what) override {

@@ -51,8 +51,7 @@ class ScriptedUi : public Ui {
   void Message(std::string_view text, Icon icon) override {
     (void)Take({std::string(1, "mix"[static_cast<int>(icon)]) + " " + std::string(text)});
   }
-  Answer Question(std::string_view text, Buttons buttons, Icon icon) override {
-    EXPECT_EQ(icon, Icon::None) << text;
+  Answer Question(std::string_view text, Buttons buttons, Stakes /*stakes*/) override {
     const std::string rest = " " + std::string(text);
     if (buttons == Buttons::YesNo)
       return Take({"y" + rest, "n" + rest}).line[0] == 'y' ? Answer::Yes : Answer::No;

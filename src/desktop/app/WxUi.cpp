@@ -88,10 +88,11 @@ void WxUi::Message(std::string_view text, Icon icon) {
   (void)ShowMessageBox(DialogParent(desktop_->JobRuns()), text, icon, wxOK);
 }
 
-Answer WxUi::Question(std::string_view text, Buttons buttons, Icon icon) {
+Answer WxUi::Question(std::string_view text, Buttons buttons, Stakes stakes) {
   const bool yesNo = buttons == Buttons::YesNo;
-  const bool agreed = ShowMessageBox(DialogParent(desktop_->JobRuns()), text, icon,
-                                     yesNo ? wxYES_NO : wxOK | wxCANCEL);
+  const long harmless = stakes == Stakes::None ? 0 : yesNo ? wxNO_DEFAULT : wxCANCEL_DEFAULT;
+  const bool agreed = ShowMessageBox(DialogParent(desktop_->JobRuns()), text, Icon::None,
+                                     (yesNo ? wxYES_NO : wxOK | wxCANCEL) | harmless);
   if (yesNo) return agreed ? Answer::Yes : Answer::No;
   return agreed ? Answer::Ok : Answer::Cancel;
 }

@@ -15,7 +15,7 @@ class WxUi : public Ui {
   void Serve(Desktop& desktop) { desktop_ = &desktop; }
 
   void Message(std::string_view text, Icon icon) override;
-  Answer Question(std::string_view text, Buttons buttons, Icon icon) override;
+  Answer Question(std::string_view text, Buttons buttons, Stakes stakes) override;
   std::optional<std::filesystem::path> OpenFile(
       std::string_view title, std::string_view filter,
       const std::filesystem::path& initialFolder) override;

@@ -73,7 +73,7 @@ void frmFirst::Form_Load(const std::string& commandLine) {
     const std::optional<Job> job = TakeJob(argument);
     OpenCommandLine(PathIn(argument), job);
   } catch (const std::exception& error) {
-    desktop_.Talk().Message(error.what(), Icon::Critical);
+    desktop_.Talk().Message(TextFor(error), Icon::Critical);
     desktop_.Talk().EndProgram();
   }
 }
@@ -82,7 +82,7 @@ bool frmFirst::StartOnce() {
   if (!desktop_.System().anotherInstanceRuns() ||
       desktop_.Talk().Question("Slyver Is Already Running. Do You Want To Create Another Instance "
                                "Of It?",
-                               Buttons::OkCancel, Icon::None) == Answer::Ok)
+                               Buttons::OkCancel, Stakes::None) == Answer::Ok)
     return true;
   DeleteFilePathValue();
   desktop_.Talk().EndProgram();

@@ -174,7 +174,7 @@ std::uint64_t frmSplitter::SourceLength() {
     Say("");
     return length;
   } catch (const std::exception& error) {
-    Say(error.what());
+    Say(TextFor(error));
     return 0;
   }
 }

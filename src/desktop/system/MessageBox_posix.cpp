@@ -2,6 +2,7 @@
 
 #include <gtk/gtk.h>
 #include <wx/artprov.h>
+#include <wx/button.h>
 #include <wx/display.h>
 #include <wx/scrolwin.h>
 #include <wx/statbmp.h>
@@ -65,7 +66,11 @@ MessageBox::MessageBox(wxWindow* parent, std::string_view text, Icon icon, long 
   largest.x = std::min(largest.x, charactersPerLine * GetCharWidth());
   row->Add(NewText(shown, largest), wxSizerFlags(1).CentreVertical());
   Complete(row, buttons);
-  FindWindow(GetAffirmativeId())->SetFocus();
+  const bool lastIsDefault = (buttons & (wxNO_DEFAULT | wxCANCEL_DEFAULT)) != 0;
+  auto* const button =
+      dynamic_cast<wxButton*>(FindWindow(lastIsDefault ? GetEscapeId() : GetAffirmativeId()));
+  button->SetDefault();
+  button->SetFocus();
 }
 
 /// What is higher than `largest` scrolls.

@@ -6,10 +6,10 @@
 #include <array>
 #include <charconv>
 #include <limits>
-#include <stdexcept>
 #include <utility>
 #include <vector>
 
+#include "engine/system/FileError.h"
 #include "engine/system/Gcrypt.h"
 #include "engine/system/Secret.h"
 
@@ -36,13 +36,12 @@ constexpr std::size_t sealedChunk = plainChunk + tagLength;
 using ChunkNonce = std::array<char, 12>;
 
 void Require(gcry_error_t error) {
-  if (gcry_err_code(error) == GPG_ERR_ENOMEM)
-    throw std::runtime_error("Not Enough Memory For The Passphrase.");
-  if (error != 0) throw std::runtime_error(std::string("Encryption: ") + gcry_strerror(error));
+  if (gcry_err_code(error) == GPG_ERR_ENOMEM) throw Error("Not Enough Memory For The Passphrase.");
+  if (error != 0) throw Error(std::string("Encryption: ") + gcry_strerror(error));
 }
 
 [[noreturn]] void ThrowDamaged(const std::string& name) {
-  throw std::runtime_error(name + " Is Damaged.");
+  throw Error(name + " Is Damaged.");
 }
 
 std::string RandomBytes(std::size_t count) {
@@ -354,8 +353,8 @@ std::optional<AgeHeader> ReadAgeHeader(std::string_view beginning, std::uint64_t
     AgeHeader header = PassphraseHeader(beginning, raw);
     header.name = name;
     if (header.workFactor > ageMostWork)
-      throw std::runtime_error(header.name + " Asks For Too Much Work (2 To The Power Of " +
-                               std::string(raw.stanzas.front().words[2]) + ").");
+      throw Error(header.name + " Asks For Too Much Work (2 To The Power Of " +
+                  std::string(raw.stanzas.front().words[2]) + ").");
     if (length >= header.length && AreChunks(length - header.length)) return header;
   } catch (const Malformed&) {
     // As below.

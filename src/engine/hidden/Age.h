@@ -36,7 +36,7 @@ struct NewAgeFile {
 };
 
 /// Begins an age file with a new key under `passphrase`. Costs what `workFactor` says. Throws
-/// std::runtime_error where memory or random numbers are not to be had.
+/// Error where memory or random numbers are not to be had.
 NewAgeFile BeginAgeFile(std::string_view passphrase, int workFactor = ageWorkFactor);
 
 /// The header of an age file that a passphrase opens, as it was read: nothing in it is believed.
@@ -53,13 +53,13 @@ struct AgeHeader {
 
 /// Reads the header of a file of `length` bytes that begins with `beginning`: all of it, or
 /// ageHeaderRoom of its bytes. Nothing where the file is for the holders of keys, whom this program
-/// does not know. Throws std::runtime_error that says why to the user: "NAME Is Damaged.", or that
+/// does not know. Throws Error that says why to the user: "NAME Is Damaged.", or that
 /// it asks for too much work.
 std::optional<AgeHeader> ReadAgeHeader(std::string_view beginning, std::uint64_t length,
                                        std::string_view name);
 
 /// What deciphers the chunks behind the header; null when the passphrase is wrong. Costs what the
-/// header's work factor says. Throws std::runtime_error as ReadAgeHeader() and BeginAgeFile() do.
+/// header's work factor says. Throws Error as ReadAgeHeader() and BeginAgeFile() do.
 /// A chunk that is not authentic is refused with "NAME Is Damaged."
 std::shared_ptr<const RangeCipher> UnlockAge(const AgeHeader& header, std::string_view passphrase);
 

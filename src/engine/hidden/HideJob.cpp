@@ -128,7 +128,7 @@ Next HideJob::Check() {
     if (next == Next::GoOn) next = CheckLengths();
     return next;
   } catch (const std::exception& error) {
-    ui_.Message(error.what(), Icon::Critical);
+    ui_.Message(TextFor(error), Icon::Critical);
     return Next::Form;
   }
 }
@@ -219,7 +219,7 @@ Next HideJob::PrepareHide() {
     if (IsFull(records)) return Over(FullText(records), Icon::Information);
     return ChooseAddition(records, old);
   } catch (const std::exception& error) {
-    ui_.Message(error.what(), Icon::Critical);
+    ui_.Message(TextFor(error), Icon::Critical);
     return Unable();
   }
 }

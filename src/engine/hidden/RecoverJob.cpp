@@ -67,7 +67,7 @@ auto LookInto(const fs::path& carrier, Ui& ui, const Work& work)
   } catch (const Refusal& refusal) {
     if (!refusal.text.empty()) ui.Message(refusal.text, refusal.icon);
   } catch (const std::exception& error) {
-    ui.Message(error.what(), Icon::Critical);
+    ui.Message(TextFor(error), Icon::Critical);
   }
   return std::nullopt;
 }
@@ -92,7 +92,7 @@ Next RecoverJob::Guarded(const Procedure& procedure) {
     if (!refusal.text.empty()) ui_.Message(refusal.text, refusal.icon);
     return refusal.next;
   } catch (const std::exception& error) {
-    ui_.Message(error.what(), Icon::Critical);
+    ui_.Message(TextFor(error), Icon::Critical);
     return Over(unable.text, unable.icon);
   }
 }

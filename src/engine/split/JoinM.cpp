@@ -70,7 +70,7 @@ bool HasSixDigits(std::string_view pieceName, std::string_view origName) {
 enum class Ending { Failed, Declined, Joined };
 
 bool JoinAllTheSame(const std::string& although, Ui& ui) {
-  return AskYesNo(ui, although + " Do You Want To Join Them All The Same?");
+  return AskYesNo(ui, although + " Do You Want To Join Them Anyway?", Stakes::Unproven);
 }
 
 /// One join, from what was found to the joined file.
@@ -124,9 +124,7 @@ class Joining {
         !JoinAllTheSame(pieces_.NameOf(odd) + " Does Not Have The Size Of The Other Pieces.", ui_))
       return false;
     return then == PiecesThen::Stay ||
-           AskYesNo(ui_,
-                    "The Bytes Of The Pieces Cannot Be Checked. Do You Want To Delete Them All The "
-                    "Same?");
+           AskYesNo(ui_, "The Pieces Cannot Be Verified. Delete Them Anyway?", Stakes::Unproven);
   }
 
   /// Joins, and where pieces are damaged once more if the user wants that.
@@ -215,7 +213,8 @@ Ending Join(const fs::path& FullPath, const std::string& OrigName, JoinedFile& j
     return Ending::Failed;
   }
   const bool replace = NameIsTaken(joined.path);
-  if (replace && !AskYesNo(ui, OrigName + " Already Exists. Do You Want To Replace It?"))
+  if (replace &&
+      !AskYesNo(ui, OrigName + " Already Exists. Do You Want To Replace It?", Stakes::Replaces))
     return Ending::Declined;
   // Whether the file can be made at all is better known before the search.
   (void)TargetFile(joined.path, replace ? Existing::ReplaceScratch : Existing::Keep);

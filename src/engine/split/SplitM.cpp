@@ -19,7 +19,7 @@ namespace {
 
 /// How many pieces of `size` bytes `length` bytes make.
 std::uint64_t CountPieces(std::uint64_t length, std::uint64_t size) {
-  if (size == 0) throw std::invalid_argument("The piece size must be at least 1 byte.");
+  if (size == 0) throw Error("The Piece Size Must Be At Least 1 Byte.");
   return length / size + (length % size > 0 ? 1 : 0);
 }
 
@@ -136,8 +136,10 @@ SplitResult SplitFile(const std::filesystem::path& source, std::uint64_t pieceSi
         return ChecksumLine(PieceNameOf(name, static_cast<int>(index) + 1), digest);
       };
     if (HoldsPieces(plan)) {
-      if (!AskYesNo(ui, "Pieces Of An Earlier Split Of " + name + " Are In " +
-                            FolderText(options.outputFolder) + ". Do You Want To Replace Them?"))
+      if (!AskYesNo(ui,
+                    "Pieces Of An Earlier Split Of " + name + " Are In " +
+                        FolderText(options.outputFolder) + ". Do You Want To Replace Them?",
+                    Stakes::Replaces))
         return {0, mask, true};
       plan.existing = Existing::Replace;
     }

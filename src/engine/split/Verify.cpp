@@ -109,7 +109,7 @@ class Verification {
     } catch (const std::exception& error) {
       states_[number - 1] = PieceState::Damaged;
       const Lock lock(mutex_);
-      causes_[number] = error.what();
+      causes_[number] = TextFor(error);
     }
   }
 

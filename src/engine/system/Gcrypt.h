@@ -3,7 +3,7 @@
 namespace slyver {
 
 /// Makes libgcrypt ready; to be called before any other call of it, from any thread, as often as
-/// one likes. Throws std::runtime_error where the installed library is too old.
+/// one likes. Throws Error where the installed library is too old.
 void InitGcrypt();
 
 }  // namespace slyver

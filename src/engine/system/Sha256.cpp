@@ -3,9 +3,9 @@
 #include <gcrypt.h>
 
 #include <algorithm>
-#include <stdexcept>
 #include <string>
 
+#include "engine/system/FileError.h"
 #include "engine/system/Gcrypt.h"
 
 namespace slyver {
@@ -14,7 +14,7 @@ Sha256::Sha256() {
   InitGcrypt();
   gcry_md_hd_t handle = nullptr;
   if (const gcry_error_t error = gcry_md_open(&handle, GCRY_MD_SHA256, 0))
-    throw std::runtime_error(std::string("SHA-256: ") + gcry_strerror(error));
+    throw Error(std::string("SHA-256: ") + gcry_strerror(error));
   handle_.reset(handle);
 }
 

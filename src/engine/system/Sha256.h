@@ -15,7 +15,7 @@ using Digest = std::array<std::uint8_t, 32>;
 /// Computes a digest of bytes as they come by.
 class Sha256 {
  public:
-  /// Throws std::runtime_error where the library has no SHA-256 or there is no memory.
+  /// Throws Error where the library has no SHA-256 or there is no memory.
   Sha256();
 
   /// Takes in the next bytes.

@@ -1,6 +1,5 @@
 #include "engine/system/TargetSet.h"
 
-#include <stdexcept>
 #include <string_view>
 #include <utility>
 
@@ -66,7 +65,7 @@ void RemoveLeftover(const fs::path& staging, const CopyPlan& plan) {
   if (!IsFolderItself(staging)) return;
   const std::error_code error = RemoveStaging(staging, plan);
   if (error == std::errc::directory_not_empty)
-    throw std::runtime_error(PathText(staging) + " Holds Other Files. Move Them Away.");
+    throw Error(PathText(staging) + " Holds Other Files. Move Them Away.");
   if (error) throw FileError(staging, error);
 }
 

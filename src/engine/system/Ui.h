@@ -8,11 +8,21 @@
 #include <string_view>
 #include <type_traits>
 
+#include "engine/system/FileError.h"
+
 namespace slyver {
 
 enum class Icon { None, Information, Critical };
 enum class Buttons { YesNo, OkCancel };
 enum class Answer { Yes, No, Ok, Cancel };
+
+/// What a Yes may cost, which decides who may say it and which button is the default.
+enum class Stakes {
+  None,      ///< Nothing; Yes is the default.
+  Replaces,  ///< Something is replaced or deleted; No is the default.
+  Unproven   ///< Other bytes than were split; No is the default, and only a person, or who has
+             ///< asked for exactly that, says Yes.
+};
 
 /// What is typed unseen: the password of a list, of which a box takes no more than can be used, or
 /// a passphrase of any length.
@@ -39,8 +49,8 @@ class Ui {
   /// Shows a text with an OK button.
   virtual void Message(std::string_view text, Icon icon) = 0;
 
-  /// Asks a question; the answer is one of `buttons`.
-  virtual Answer Question(std::string_view text, Buttons buttons, Icon icon) = 0;
+  /// Asks a question, without an icon; the answer is one of `buttons`.
+  virtual Answer Question(std::string_view text, Buttons buttons, Stakes stakes) = 0;
 
   /// Lets the user choose an existing file. `filter` is "description|pattern;|" or empty for all
   /// files. Returns its full path, or nothing when the user has chosen none.
@@ -70,20 +80,20 @@ class Ui {
   virtual void EndProgram() = 0;
 };
 
-/// Shows a yes-or-no question without an icon; true for Yes.
-inline bool AskYesNo(Ui& ui, std::string_view text) {
-  return ui.Question(text, Buttons::YesNo, Icon::None) == Answer::Yes;
+/// Asks a yes-or-no question; `true` for Yes.
+inline bool AskYesNo(Ui& ui, std::string_view text, Stakes stakes = Stakes::None) {
+  return ui.Question(text, Buttons::YesNo, stakes) == Answer::Yes;
 }
 
-/// What `work` returns. When it throws an error, shows the error's own description with the
-/// critical icon and returns `failed`. Cancelled passes through.
+/// Returns what `work` returns. When it throws an exception, shows TextFor() it with the critical
+/// icon and returns `failed`. Cancelled passes through.
 template <typename Work>
 auto ShowingErrors(Ui& ui, std::invoke_result_t<const Work&> failed, const Work& work)
     -> decltype(work()) {
   try {
     return work();
   } catch (const std::exception& error) {
-    ui.Message(error.what(), Icon::Critical);
+    ui.Message(TextFor(error), Icon::Critical);
     return failed;
   }
 }

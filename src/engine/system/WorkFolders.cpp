@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <exception>
 #include <limits>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -135,7 +134,7 @@ bool ScratchFolder::Make() {
         // Other jobs make and remove their folder between two of these calls; what is not theirs
         // looks the same every time.
         if (looks < looksBeforeRefusal) break;
-        throw std::runtime_error(PathText(path_) + " Holds Other Files. Move Them Away.");
+        throw Error(PathText(path_) + " Holds Other Files. Move Them Away.");
     }
   }
 }

@@ -22,7 +22,7 @@ std::filesystem::path WithSeparator(std::filesystem::path path);
 class ScratchFolder {
  public:
   /// Throws FileError when the folder cannot be made or the name is a file's or a link's, and
-  /// std::runtime_error ("... Holds Other Files. Move Them Away.") when a folder of that name holds
+  /// Error ("... Holds Other Files. Move Them Away.") when a folder of that name holds
   /// anything that no job makes.
   explicit ScratchFolder(const std::filesystem::path& path);
   ~ScratchFolder();

@@ -16,15 +16,15 @@ constexpr const char* twelve =
     "f.10.sly=j f.11.sly=k f.12.sly=l ";
 const std::string replace = " f Already Exists. Do You Want To Replace It?";
 const std::string sizes =
-    " Does Not Have The Size Of The Other Pieces. Do You Want To Join Them All The Same?";
+    " Does Not Have The Size Of The Other Pieces. Do You Want To Join Them Anyway?";
 
 const std::string noPiece = " Is Not A Piece Of A Split File.";
 
 /// A user who does something else while a question is open.
 struct BusyUser : ScriptedUi {
-  Answer Question(std::string_view text, Buttons buttons, Icon icon) override {
+  Answer Question(std::string_view text, Buttons buttons, Stakes stakes) override {
     meanwhile();
-    return ScriptedUi::Question(text, buttons, icon);
+    return ScriptedUi::Question(text, buttons, stakes);
   }
   std::function<void()> meanwhile;
 };
@@ -110,7 +110,7 @@ TEST_F(Join, ChecksWhatAChecksumFileTellsOf) {
     Script script;
     std::string joined = {};
   };
-  const std::string anyway = " Do You Want To Join Them All The Same?";
+  const std::string anyway = " Do You Want To Join Them Anyway?";
   const std::string three = "f.1.sly=ab f.2.sly=cd f.3.sly=e ";
   const std::string list =
       "fb8e20fc2e4c3f248c60c39bd652f3c1347298bb977b8b4d5903b85055620603  f.1.sly\n"

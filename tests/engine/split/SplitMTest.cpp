@@ -95,7 +95,7 @@ TEST_F(SplitM, RefusesAndWritesNothing) {
   };
   refused(32768, "i Chunk Size Bigger Than File Size.");
   refused(1, "x Overflow");
-  refused(0, "x The piece size must be at least 1 byte.");
+  refused(0, "x The Piece Size Must Be At Least 1 Byte.");
   Expect(ui, {"m This file cannot be split as filesize is less or equal to maximum chunksize"});
   EXPECT_EQ(ChunkToTemp(source, 32768, chunkOptions, ui).chunks, 0);
   Expect(ui, {"x Overflow"});
