@@ -1,5 +1,6 @@
 #include "console/Commands.h"
 
+#include <array>
 #include <filesystem>
 #include <iostream>
 #include <sstream>
@@ -188,18 +189,20 @@ bool Join(const Arguments& arguments, ConsoleUi& ui) {
                                      : "") +
                  (joined->deleted ? "; the pieces are deleted" : ""),
              Icon::Information);
-  return Print({joined->path}) && joined->deleted == arguments.deletePieces;
+  return Print({joined->path}) && !joined->damaged && joined->deleted == arguments.deletePieces;
 }
 
 bool Verify(const Arguments& arguments, ConsoleUi& ui) {
   const std::optional<Verified> verified = VerifyPieces(TypedPath(arguments.file), ui);
   if (!verified) return false;
+  const auto print = [](const std::string& name, PieceState state) {
+    constexpr std::array words = {"OK", "DAMAGED", "MISSING", "NOT CHECKED"};
+    std::cout << NameOnALine(name) << '\t' << words[static_cast<std::size_t>(state)] << '\n';
+  };
   int number = 0;
   for (const PieceState state : verified->pieces)
-    std::cout << NameOnALine(PieceNameOf(verified->origName, ++number))
-              << (state == PieceState::Ok        ? "\tOK\n"
-                  : state == PieceState::Damaged ? "\tDAMAGED\n"
-                                                 : "\tMISSING\n");
+    print(PieceNameOf(verified->origName, ++number), state);
+  if (verified->whole) print(verified->origName, *verified->whole);
   return verified->sound;
 }
 

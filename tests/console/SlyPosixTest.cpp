@@ -217,8 +217,17 @@ constexpr Case scripts[] = {
      "@/e.bin\n1\ne.bin\ne.bin.1.sly\ne.bin.2.sly\ne.bin.sha256\ne.bin.1.sly\ne.bin.2.sly\n"
      "@/e.bin\ne.bin\n",
      DAMAGED UNPROVEN DAMAGED UNPROVEN DAMAGED FORCED
+     "e.bin Was Joined With 1 Damaged Piece.\n"
      "The Pieces Stay, Since Some Are Damaged.\nFile Joined.\n2 pieces, 5001 bytes in all\n" ODD
          UNPROVEN ODD FORCED "The Pieces Cannot Be Verified. Delete Them Anyway?" FORCED},
+    {"$SLY split e.bin -n 2 -q; sha256sum --tag ./e.bin >e.bin.sha256; $SLY verify e.bin.1.sly;"
+     "echo $?; printf x >>e.bin.2.sly; $SLY verify e.bin.1.sly; rm e.bin.2.sly;"
+     "$SLY verify e.bin.1.sly",
+     1,
+     "e.bin.1.sly\tNOT CHECKED\ne.bin.2.sly\tNOT CHECKED\ne.bin\tOK\n0\n"
+     "e.bin.1.sly\tNOT CHECKED\ne.bin.2.sly\tNOT CHECKED\ne.bin\tDAMAGED\n"
+     "e.bin.1.sly\tNOT CHECKED\ne.bin.2.sly\tMISSING\ne.bin\tNOT CHECKED\n",
+     "e.bin Is Damaged.\n1 Of 2 Pieces Are Damaged Or Missing.\n"},
     // A list of the pieces is a part of their set, one of the whole file is not.
     {"mkdir d; $SLY split e.bin -n 4 --checksum -o d -q; $SLY split e.bin -n 2 -o d -y -q; ls d;"
      "$SLY split e.bin -n 3 --checksum -o d -y -q; cd d; sha256sum -c e.bin.sha256; cd ..;"

@@ -56,6 +56,34 @@ std::optional<Digest> DigestIn(std::string_view text) {
   return digest;
 }
 
+/// What a line says: the digest of a file. The name may still be escaped.
+struct Entry {
+  Digest digest;
+  std::string_view name;
+};
+
+/// The entry of a line with the digest before the name.
+std::optional<Entry> EntryIn(std::string_view line) {
+  const std::optional<Digest> digest = DigestIn(line);
+  if (!digest) return std::nullopt;
+  line.remove_prefix(2 * digest->size());
+  if (!line.starts_with("  ") && !line.starts_with(" *")) return std::nullopt;
+  return Entry{*digest, line.substr(2)};
+}
+
+constexpr std::string_view tagBegin = "SHA256 (";
+constexpr std::string_view tagEnd = ") = ";
+
+/// The entry of a line that begins with the algorithm: "SHA256 (name) = digest".
+std::optional<Entry> TaggedEntry(std::string_view line) {
+  const std::size_t end = line.rfind(tagEnd);
+  if (end == std::string_view::npos || end < tagBegin.size()) return std::nullopt;
+  const std::string_view digits = line.substr(end + tagEnd.size());
+  const std::optional<Digest> digest = DigestIn(digits);
+  if (!digest || digits.size() != 2 * digest->size()) return std::nullopt;
+  return Entry{*digest, line.substr(tagBegin.size(), end - tagBegin.size())};
+}
+
 }  // namespace
 
 std::string ChecksumNameOf(std::string_view name) {
@@ -91,23 +119,25 @@ bool ChecksumReader::Add(std::string_view bytes) {
 }
 
 bool ChecksumReader::TakeLine(std::string_view line) {
+  constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+  if (std::exchange(atStart_, false) && line.starts_with(byteOrderMark))
+    line.remove_prefix(byteOrderMark.size());
   if (line.ends_with('\r')) line.remove_suffix(1);
   if (line.empty() || line.front() == '#') return true;
   const bool isEscaped = line.front() == '\\';
   if (isEscaped) line.remove_prefix(1);
-  const std::optional<Digest> digest = DigestIn(line);
-  if (!digest) return false;
-  line.remove_prefix(2 * digest->size());
-  if (!line.starts_with("  ") && !line.starts_with(" *")) return false;
-  line.remove_prefix(2);
-  const std::optional<std::string> name = isEscaped ? Unescaped(line) : std::string(line);
-  return name && TakeName(*name, *digest);
+  const std::optional<Entry> entry = line.starts_with(tagBegin) ? TaggedEntry(line) : EntryIn(line);
+  if (!entry) return false;
+  std::optional<std::string> name =
+      isEscaped ? Unescaped(entry->name) : std::optional<std::string>(entry->name);
+  if (name && name->starts_with("./")) name->erase(0, 2);
+  return name && TakeName(*name, entry->digest);
 }
 
 bool ChecksumReader::TakeName(std::string_view name, const Digest& digest) {
-  if (name == origName_ && !ofWhole_) {
-    ofWhole_ = digest;
-    return true;
+  if (name == origName_) {
+    if (!ofWhole_) ofWhole_ = digest;
+    return ofWhole_ == digest;
   }
   const auto number = static_cast<std::size_t>(PieceNumberOf(name, origName_));
   if (number == 0 || number > mostPieces) return false;
@@ -115,7 +145,7 @@ bool ChecksumReader::TakeName(std::string_view name, const Digest& digest) {
     told_.resize(number);
     digests_.resize(number);
   }
-  if (told_[number - 1]) return false;
+  if (told_[number - 1]) return digests_[number - 1] == digest;
   told_[number - 1] = true;
   digests_[number - 1] = digest;
   ++count_;

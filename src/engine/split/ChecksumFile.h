@@ -37,8 +37,9 @@ struct Checksums {
 };
 
 /// Reads the text of a checksum file, which may have come from anywhere, in parts of any length.
-/// It believes lines that `sha256sum` writes, as text or as binary, with LF or CR LF, in any order;
-/// empty lines and those that begin with "#" say nothing.
+/// It believes lines as `sha256sum` writes them, as text, as binary or with --tag, with LF or CR
+/// LF, in any order, the same one twice, "./" before names, and behind a byte-order mark. Empty
+/// lines and those that begin with "#" say nothing.
 class ChecksumReader {
  public:
   /// `origName` is the name of the file that was split.
@@ -55,6 +56,7 @@ class ChecksumReader {
   bool TakeName(std::string_view name, const Digest& digest);
 
   std::string origName_;
+  bool atStart_ = true;
   std::string line_;  ///< The beginning of a line whose end is to come.
   std::vector<Digest> digests_;
   std::vector<bool> told_;  ///< Of which pieces.

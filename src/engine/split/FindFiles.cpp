@@ -23,6 +23,9 @@ constexpr std::chrono::milliseconds progressInterval{100};
 /// open folders are few.
 constexpr int openLevels = 64;
 
+/// What the names of folders begin with in which jobs gather new pieces and put earlier ones aside.
+constexpr std::string_view ownFolders = ".slyver-";
+
 struct Search {
   const fs::path& top;
   std::string_view pattern;
@@ -48,8 +51,9 @@ struct Search {
       CountName();
       if (kind == EntryKind::Folder) {
         ++counts.folders;
+        if (name.starts_with(ownFolders)) return;
         if (level < openLevels)
-          (void)LookInto(below / PathFromText(name), level + 1);
+          LookBelow(below / PathFromText(name), level + 1);
         else
           later.push_back(name);
       } else if (kind == EntryKind::File && EndsIgnoringCase(name, pattern.substr(1))) {
@@ -58,8 +62,12 @@ struct Search {
       }
     };
     const std::error_code error = ListFolder(top / below, look);
-    for (const std::string& name : later) (void)LookInto(below / PathFromText(name), level + 1);
+    for (const std::string& name : later) LookBelow(below / PathFromText(name), level + 1);
     return error;
+  }
+
+  void LookBelow(const fs::path& below, int level) {
+    if (LookInto(below, level) && counts.unreadable++ == 0) counts.firstUnreadable = below;
   }
 };
 

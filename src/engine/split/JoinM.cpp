@@ -69,7 +69,7 @@ bool HasSixDigits(std::string_view pieceName, std::string_view origName) {
 
 enum class Ending { Failed, Declined, Joined };
 
-bool JoinAllTheSame(const std::string& although, Ui& ui) {
+bool JoinAnyway(const std::string& although, Ui& ui) {
   return AskYesNo(ui, although + " Do You Want To Join Them Anyway?", Stakes::Unproven);
 }
 
@@ -112,16 +112,22 @@ class Joining {
   /// Asks where it cannot be proven that these are the pieces.
   bool MayBegin(PiecesThen then) {
     if (joined_.checked) return true;
+    const std::vector<std::size_t> below = pieces_.BelowFrom(plan_.expected.size());
+    if (!below.empty() && !AskYesNo(ui_,
+                                    pieces_.WhereAre(below) + ". Do You Want To Join " +
+                                        (below.size() == 1 ? "It" : "Them") + " Too?",
+                                    Stakes::Unproven))
+      return false;
     const std::string list = PathText(list_.filename());
     if (checksums_.kind == Checksums::Kind::NotUnderstood &&
-        !JoinAllTheSame(list + " Cannot Be Understood.", ui_))
+        !JoinAnyway(list + " Cannot Be Understood.", ui_))
       return false;
     if (checksums_.kind == Checksums::Kind::Understood &&
-        !JoinAllTheSame(pieces_.NameOf(pieces_.Count()) + " Is Not In " + list + ".", ui_))
+        !JoinAnyway(pieces_.NameOf(pieces_.Count()) + " Is Not In " + list + ".", ui_))
       return false;
     if (const std::size_t odd = OddPiece(plan_.ranges);
         odd > 0 &&
-        !JoinAllTheSame(pieces_.NameOf(odd) + " Does Not Have The Size Of The Other Pieces.", ui_))
+        !JoinAnyway(pieces_.NameOf(odd) + " Does Not Have The Size Of The Other Pieces.", ui_))
       return false;
     return then == PiecesThen::Stay ||
            AskYesNo(ui_, "The Pieces Cannot Be Verified. Delete Them Anyway?", Stakes::Unproven);
@@ -131,17 +137,29 @@ class Joining {
   Ending Join(bool replace) {
     const JoinResult result = JoinInScratch(replace);
     if (result.damaged.empty()) return result.ranges < 1 ? Ending::Failed : Ending::Joined;
-    if (!JoinAllTheSame(WhatIsDamaged(result.damaged), ui_)) return Ending::Declined;
+    if (!JoinAnyway(WhatIsDamaged(result.damaged), ui_)) return Ending::Declined;
     plan_.expectedOfAll.reset();
     plan_.expected.clear();
     joined_.checked = false;
-    damaged_ = true;
-    return JoinInScratch(replace).ranges < 1 ? Ending::Failed : Ending::Joined;
+    joined_.damaged = true;
+    if (JoinInScratch(replace).ranges < 1) return Ending::Failed;
+    const std::size_t count = result.damaged.size();
+    const std::string name = PathText(joined_.path.filename());
+    ui_.Message(IsWhole(result.damaged) ? name + " Was Joined, But Is Damaged."
+                                        : name + " Was Joined With " + std::to_string(count) +
+                                              " Damaged Piece" + (count == 1 ? "." : "s."),
+                Icon::Critical);
+    return Ending::Joined;
+  }
+
+  /// True if Copy() has found the bytes of all ranges together wrong, of which each may be sound.
+  bool IsWhole(const std::vector<std::size_t>& damaged) const {
+    return damaged.front() == plan_.ranges.size();
   }
 
   std::string WhatIsDamaged(const std::vector<std::size_t>& ranges) const {
-    const bool isWhole = ranges.front() == plan_.ranges.size();
-    return (isWhole ? PathText(joined_.path.filename()) : pieces_.NameOf(ranges.front() + 1)) +
+    return (IsWhole(ranges) ? PathText(joined_.path.filename())
+                            : pieces_.NameOf(ranges.front() + 1)) +
            (ranges.size() == 1
                 ? " Is Damaged."
                 : " And " + std::to_string(ranges.size() - 1) + " More Are Damaged.");
@@ -150,7 +168,7 @@ class Joining {
   /// Holds the work folder no longer than the copy takes.
   JoinResult JoinInScratch(bool replace) {
     const ScratchFolder scratch(joined_.path.parent_path() / scratchName);
-    if (!damaged_) ui_.ShowProgressForm("Joining Files");
+    if (!joined_.damaged) ui_.ShowProgressForm("Joining Files");
     // The bar's steps grow with the index, so that it fills quickly when there are many pieces.
     const Watch watch = StepProgress(ui_, "PB1", 0, [](double value, std::size_t index) {
       return value + static_cast<double>(index) * 5;
@@ -161,7 +179,7 @@ class Joining {
   /// The list goes first and piece 1 next: where either stands, all pieces stand. What is no longer
   /// the file that was joined stays, and so do those that would come after it.
   void DeletePieces() {
-    if (damaged_) {
+    if (joined_.damaged) {
       ui_.Message("The Pieces Stay, Since Some Are Damaged.", Icon::None);
       return;
     }
@@ -196,7 +214,6 @@ class Joining {
   CopyPlan plan_;
   JoinedFile& joined_;
   Ui& ui_;
-  bool damaged_ = false;  ///< The user has taken damaged pieces for good.
 };
 
 /// The join up to its final message.
@@ -213,6 +230,7 @@ Ending Join(const fs::path& FullPath, const std::string& OrigName, JoinedFile& j
     return Ending::Failed;
   }
   const bool replace = NameIsTaken(joined.path);
+  if (replace) (void)RightsInPlaceOf(joined.path, {});  // A folder, say, cannot be replaced.
   if (replace &&
       !AskYesNo(ui, OrigName + " Already Exists. Do You Want To Replace It?", Stakes::Replaces))
     return Ending::Declined;

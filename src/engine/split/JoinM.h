@@ -19,7 +19,8 @@ struct JoinedFile {
   std::uint64_t length = 0;  ///< In bytes.
   std::string lastPiece;     ///< The name of the piece with the highest number.
   bool allAlike = false;     ///< All pieces are equally long, so none shows that it is the last.
-  bool checked = false;      ///< All bytes are those that a checksum file tells of.
+  bool checked = false;      ///< All bytes are those of a checksum file.
+  bool damaged = false;      ///< They are not, and were joined anyway.
   bool deleted = false;      ///< The pieces are gone.
 };
 
@@ -46,17 +47,17 @@ std::optional<JoinedFile> JoinFromCommandLine(const std::filesystem::path& FileP
 /// Joins the split that the piece `FullPath` belongs to, under the piece's name without
 /// ".number.sly", into `outputFolder`, or beside the piece where that is empty.
 ///
-/// Finds the other pieces by their names, in the piece's folder and its subfolders; one in the
-/// folder counts before one of the same number below it. The numbers must run from 1 to n, 2 at
-/// least, each once and the given piece among them, unless its number has six digits. Asks before
-/// it replaces a file, which stays until the new one is complete, and when the sizes show that
-/// pieces of different splits may be mixed. Always asks for the end of the program.
+/// Finds the other pieces by their names, in the piece's folder and its subfolders (Pieces.h). The
+/// numbers must run from 1 to n, 2 at least, each once and the given piece among them, unless its
+/// number has six digits. Asks before it replaces a file, which stays until the new one is
+/// complete, and, with Stakes::Unproven, when pieces of different splits may be mixed: their sizes
+/// are odd, or some are in subfolders. Always asks for the end of the program.
 ///
-/// Where a checksum file lies beside the piece, no piece that it tells of may be missing, and what
-/// is joined is checked before it gets its name; the user is asked where something is wrong. The
-/// pieces are deleted, if that is wanted, once the joined file is on the disk and was found right;
-/// where it cannot be checked the user is asked before. JoinedFile::deleted tells whether they are;
-/// why not has been said.
+/// Where a checksum file is beside the piece, no piece on it may be missing, and the joined bytes
+/// are checked before the rename; the user is asked, with Stakes::Unproven, where something is
+/// wrong. The pieces are deleted, if that is wanted, once the joined file is on the disk and was
+/// found right; where it cannot be checked the user is asked before. JoinedFile::deleted is `true`
+/// if they are; why not has been said.
 ///
 /// Returns what was made, or nothing; then the user has been told why, or has said no. Throws
 /// Cancelled when the user stops it; then nothing has changed.

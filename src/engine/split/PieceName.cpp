@@ -27,9 +27,10 @@ std::optional<std::string> OrigNameOf(std::string_view pieceName) {
 }
 
 int PieceNumberOf(std::string_view fileName, std::string_view origName) {
-  if (!EndsIgnoringCase(fileName, extension) || !fileName.starts_with(origName)) return 0;
-  const std::string_view number =
-      fileName.substr(0, fileName.size() - extension.size()).substr(origName.size());
+  if (!EndsIgnoringCase(fileName, extension)) return 0;
+  std::string_view number = fileName.substr(0, fileName.size() - extension.size());
+  if (!number.starts_with(origName)) return 0;
+  number.remove_prefix(origName.size());
   if (number.size() < 2 || number.size() > 6 || number[0] != '.' || number[1] == '0') return 0;
   int value = 0;
   const char* const end = number.data() + number.size();

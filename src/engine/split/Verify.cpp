@@ -29,15 +29,18 @@ class Verification {
   Verification(const Pieces& pieces, std::size_t count, Ui& ui)
       : pieces_(pieces), ui_(ui), states_(count, PieceState::Ok), lengths_(count) {}
 
-  std::vector<PieceState> Run(const std::vector<Digest>& digests) {
+  /// Puts what it finds into `verified`.
+  void Run(const Checksums& checksums, Verified& verified) {
     LookAtNumbers();
-    if (digests.empty())
-      CompareSizes();
+    if (!checksums.digests.empty())
+      CompareBytes(checksums.digests);
+    else if (checksums.ofWhole)
+      verified.whole = CompareWhole(*checksums.ofWhole);
     else
-      CompareBytes(digests);
+      CompareSizes();
     const Lock lock(mutex_);
     for (const auto& [number, cause] : causes_) ui_.Message(cause, Icon::Critical);
-    return states_;
+    verified.pieces = states_;
   }
 
  private:
@@ -53,7 +56,8 @@ class Verification {
     bytesTotal_ = std::accumulate(lengths_.begin(), lengths_.end(), std::uint64_t{0});
   }
 
-  /// All pieces are as long as the first one; the last one may be shorter.
+  /// All pieces are as long as the first one; the last one may be shorter. Those in subfolders may
+  /// be of another set.
   void CompareSizes() {
     for (std::size_t i = 1; i < states_.size(); ++i) {
       const bool isLast = i + 1 == states_.size();
@@ -61,22 +65,43 @@ class Verification {
           (isLast ? lengths_[i] > lengths_[0] : lengths_[i] != lengths_[0]))
         states_[i] = PieceState::Damaged;
     }
+    for (const std::size_t number : pieces_.BelowFrom(0))
+      if (states_[number - 1] == PieceState::Ok) states_[number - 1] = PieceState::NotChecked;
   }
 
   void CompareBytes(const std::vector<Digest>& digests) {
-    const auto tell = [this] { ui_.SetProgress({"PB1", Percent(), bytesDone_, bytesTotal_}); };
-    const auto compare = [&](std::size_t i, const Tick& between) {
-      if (states_[i] != PieceState::Ok) return;
-      LookAt(i + 1, [&] {
-        if (DigestOf(i + 1, between) != digests[i]) states_[i] = PieceState::Damaged;
-      });
-    };
     // Each piece is read by one thread; the next piece by whichever is free.
-    ForEachNumber(states_.size(), 2, compare, [&] {
-      tell();
+    ReadAll(2, [&](std::size_t i, const Tick& between) {
+      Sha256 sha256;
+      Read(i + 1, sha256, between);
+      if (sha256.Finish() != digests[i]) states_[i] = PieceState::Damaged;
+    });
+  }
+
+  /// Nothing is known of a single piece, unless it cannot be read.
+  PieceState CompareWhole(const Digest& digest) {
+    Sha256 sha256;
+    ReadAll(1, [&](std::size_t i, const Tick& between) {
+      Read(i + 1, sha256, between);
+      states_[i] = PieceState::NotChecked;
+    });
+    const auto wasRead = [](PieceState state) { return state == PieceState::NotChecked; };
+    if (!std::all_of(states_.begin(), states_.end(), wasRead)) return PieceState::NotChecked;
+    return sha256.Finish() == digest ? PieceState::Ok : PieceState::Damaged;
+  }
+
+  /// Calls `read` for every piece that exists, in ascending order.
+  template <typename ReadPiece>
+  void ReadAll(unsigned threads, const ReadPiece& read) {
+    const auto report = [this] { ui_.SetProgress({"PB1", Percent(), bytesDone_, bytesTotal_}); };
+    const auto each = [&](std::size_t i, const Tick& between) {
+      if (states_[i] == PieceState::Ok) LookAt(i + 1, [&] { read(i, between); });
+    };
+    ForEachNumber(states_.size(), threads, each, [&] {
+      report();
       return ui_.GoOn();
     });
-    tell();
+    report();
   }
 
   double Percent() const {
@@ -85,9 +110,9 @@ class Verification {
                : 100 * static_cast<double>(bytesDone_) / static_cast<double>(bytesTotal_);
   }
 
-  Digest DigestOf(std::size_t number, const Tick& between) {
+  /// Adds a piece's bytes to a digest.
+  void Read(std::size_t number, Sha256& sha256, const Tick& between) {
     const SourceFile file(pieces_.PathOf(number));
-    Sha256 sha256;
     std::vector<char> buffer(bufferSize);
     for (std::uint64_t done = 0; done < file.Length(); between()) {
       const std::span part(buffer.data(), static_cast<std::size_t>(std::min<std::uint64_t>(
@@ -98,7 +123,6 @@ class Verification {
       bytesDone_ += part.size();
     }
     file.ThrowIfChanged();
-    return sha256.Finish();
   }
 
   /// Does something with a piece; where that fails, the piece is damaged, and the cause is noted.
@@ -152,21 +176,29 @@ std::optional<Verified> VerifyPieces(const std::filesystem::path& FullPath, Ui& 
   if (!pieces.AreSingle(ui)) return std::nullopt;
 
   const std::size_t count = PieceCount(checksums, pieces, chosen);
-  Verified verified{OrigName, Verification(pieces, count, ui).Run(checksums.digests)};
+  Verified verified{.origName = OrigName};
+  Verification(pieces, count, ui).Run(checksums, verified);
   const auto bad = static_cast<std::size_t>(
-      std::count_if(verified.pieces.begin(), verified.pieces.end(),
-                    [](PieceState state) { return state != PieceState::Ok; }));
+      std::count_if(verified.pieces.begin(), verified.pieces.end(), [](PieceState state) {
+        return state == PieceState::Damaged || state == PieceState::Missing;
+      }));
   if (bad > 0)
     ui.Message(
         std::to_string(bad) + " Of " + std::to_string(count) + " Pieces Are Damaged Or Missing.",
         Icon::Critical);
-  if (checksums.digests.empty())
+  if (verified.whole == PieceState::Damaged) ui.Message(OrigName + " Is Damaged.", Icon::Critical);
+  const bool hasNoList = checksums.digests.empty() && !checksums.ofWhole;
+  const std::vector<std::size_t> below =
+      hasNoList ? pieces.BelowFrom(0) : std::vector<std::size_t>{};
+  if (!below.empty()) ui.Message(pieces.WhereAre(below) + ".", Icon::Critical);
+  if (hasNoList)
     ui.Message("There Is No Checksum File Of The Pieces. Their Bytes Were Not Checked.",
                Icon::None);
   const std::size_t highest = std::max(pieces.Count(), static_cast<std::size_t>(chosen));
   if (highest > count)
     ui.Message(pieces.NameOf(highest) + " Is Not In " + list + ".", Icon::Critical);
-  verified.sound = bad == 0 && highest <= count;
+  verified.sound = bad == 0 && below.empty() && highest <= count &&
+                   verified.whole.value_or(PieceState::Ok) == PieceState::Ok;
   return verified;
 }
 

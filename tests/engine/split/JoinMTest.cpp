@@ -39,7 +39,8 @@ class Join : public TempFolderTest {
     const bool shows = !script.empty() && script.front()[0] == 'p';
     if (!joined.empty() && !shows) script.emplace_back("p Joining Files");
     if (!joined.empty()) script.emplace_back("i File Joined.");
-    if (!script.empty() && script.back()[0] == 'x') script.emplace_back("x Unable To Join File.");
+    if (joined.empty() && !script.empty() && script.back()[0] == 'x')
+      script.emplace_back("x Unable To Join File.");
     script.emplace_back("end");
     BusyUser ui;
     ui.meanwhile = [this, before = files] { EXPECT_EQ(FilesIn(folder), before); };
@@ -71,13 +72,25 @@ TEST_F(Join, JoinsThePiecesOfOneSplitOrSaysWhyNot) {
     std::string joined = {};
   };
   const std::string two = "f.1.sly=ab f.2.sly=cd ";
+  const std::string in = " Is In " + folder.string() + "/";
+  const std::string tooIt = ". Do You Want To Join It Too?";
   const std::string others = "f.b.1.sly=x x.3.sly=x f.03.sly=x f.3.txt=x f3.sly=x f.123456.sly=x ";
   const std::vector<Case> cases = {
       {twelve, "f.12.sly", {}, "abcdefghijkl"},
       {twelve, "f.1.sly", {}, "abcdefghijkl"},
-      {"f.1.sly=ab sub/f.2.sly=cd f.3.SLY=e " + others, "f.123456.sly", {}, "abcde"},
-      {two + "a/f.2.sly=xx b/f.2.sly=xx", "f.1.sly", {}, "abcd"},
-      {"f.1.sly=ab a/f.2.sly=xx b/f.2.sly=xx", "f.1.sly", {"x f.2.sly Is There More Than Once."}},
+      {"f.1.sly=ab f.2.sly=cd f.3.SLY=e " + others, "f.123456.sly", {}, "abcde"},
+      {"f.1.sly=ab sub/f.2.sly=cd", "f.1.sly", {"y f.2.sly" + in + "sub" + tooIt}, "abcd"},
+      {two + "a/b/f.3.sly=ef a/b/f.4.sly=g",
+       "f.1.sly",
+       {"n f.3.sly" + in + "a/b, And 1 More In Subfolders. Do You Want To Join Them Too?"}},
+      // Other sets, and what a killed split has left.
+      {two + "a/f.2.sly=xx a/f.3.sly=xx b/f.1.sly=xx b/f.3.sly=xx .slyver-1.set/f.3.sly=xx",
+       "f.1.sly",
+       {},
+       "abcd"},
+      {"f.1.sly=ab a/f.2.sly=xx b/f.2.sly=xx",
+       "f.1.sly",
+       {"x f.2.sly" + in + "a And In " + folder.string() + "/b."}},
       {two + "f.4.sly=x", "f.4.sly", {"x f.3.sly Is Missing."}},
       {"f.2.sly=ab", "f.2.sly", {"x f.1.sly Is Missing."}},
       {"f.1.sly=ab", "f.1.sly", {"x f.2.sly Is Missing."}},
@@ -126,7 +139,8 @@ TEST_F(Join, ChecksWhatAChecksumFileTellsOf) {
        {"p Joining Files", "n f.2.sly Is Damaged." + anyway}},
       {"f.1.sly=cd f.2.sly=ab f.3.sly=e",
        list,
-       {"p Joining Files", "y f.1.sly And 1 More Are Damaged." + anyway},
+       {"p Joining Files", "y f.1.sly And 1 More Are Damaged." + anyway,
+        "x f Was Joined With 2 Damaged Pieces."},
        "cdabe"},
       {three + "f.4.sly=f", list, {"n f.4.sly Is Not In f.sha256." + anyway}},
       {three, list + "?", {"n f.sha256 Cannot Be Understood." + anyway}},
@@ -134,7 +148,10 @@ TEST_F(Join, ChecksWhatAChecksumFileTellsOf) {
       {three, abcde, {}, "abcde"},
       {"f.1.sly=abc f.2.sly=d f.3.sly=e", abcde, {}, "abcde"},
       {"f.1.sly=ab f.2.sly=cd", abcde, {"p Joining Files", "n f Is Damaged." + anyway}},
-      {"f.1.sly=ab f.2.sly=cd", abcde, {"p Joining Files", "y f Is Damaged." + anyway}, "abcd"}};
+      {"f.1.sly=ab f.2.sly=cd",
+       abcde,
+       {"p Joining Files", "y f Is Damaged." + anyway, "x f Was Joined, But Is Damaged."},
+       "abcd"}};
   for (const Case& c : cases) {
     fs::remove_all(folder);
     fs::create_directory(folder);
@@ -142,6 +159,7 @@ TEST_F(Join, ChecksWhatAChecksumFileTellsOf) {
     WriteFile(folder / "f.sha256", c.list);
     Run("f.1.sly", c.script, c.joined);
     EXPECT_TRUE(!result || result->checked == c.script.empty());
+    EXPECT_TRUE(!result || result->damaged == (!c.script.empty() && c.script.back()[0] == 'x'));
   }
 }
 

@@ -21,6 +21,8 @@ TEST(PieceName, GivesTheNumberOfThePiecesOfOneFileAlone) {
                "a.txt.1x.sly=0 a.txt.1.2.sly=0 a.txt1.sly=0 b.txt.1.sly=0 aa.txt.1.sly=0 "
                "A.txt.1.sly=0 a.txt.1.txt=0 a.txt=0"))
     EXPECT_EQ(PieceNumberOf(name, "a.txt"), std::stoi(number)) << name;
+  for (const auto& [name, original] : PairsIn("a.sly=a.sly a.sly=a.sl a.sly=a.s a.1.sly=a.1.sly"))
+    EXPECT_EQ(PieceNumberOf(name, original), 0) << original;
 }
 
 }  // namespace
