@@ -32,15 +32,16 @@ fs::path TypedPath(const std::string& typed) {
   return FullPathOf(PathFromText(typed));
 }
 
-/// The folder for what is made from `source`: that of --output, which is made if the user agrees,
-/// else the source's own. Nothing when the user does not agree. Throws FileError.
-std::optional<fs::path> OutputFolder(const Arguments& arguments, const fs::path& source, Ui& ui) {
+/// The folder for what is made from `source`: that of --output, which is created if the user
+/// agrees, else the source's own. Nothing when the user does not agree. Throws FileError.
+std::optional<fs::path> OutputFolder(const Arguments& arguments, const fs::path& source,
+                                     NewFolders& created, Ui& ui) {
   if (arguments.output.empty()) return source.parent_path();
   fs::path folder = TypedPath(arguments.output);
   if (FolderExists(folder)) return folder;
-  (void)StateOf(source);  // No folder is made for a job that cannot begin.
-  if (!OfferFolder(folder, ui)) return std::nullopt;
-  MakeFolder(folder);  // If it could not be made, this tells why.
+  (void)StateOf(source);  // No folder is created for a job that cannot begin.
+  if (!OfferFolder(folder, created, ui)) return std::nullopt;
+  created.Create(folder);
   return folder;
 }
 
@@ -157,7 +158,8 @@ std::optional<std::size_t> ChooseFile(const Arguments& arguments,
 bool Split(const Arguments& arguments, ConsoleUi& ui) {
   SplitForm form;
   form.Text1 = TypedPath(arguments.file);
-  const std::optional<fs::path> folder = OutputFolder(arguments, form.Text1, ui);
+  NewFolders created;
+  const std::optional<fs::path> folder = OutputFolder(arguments, form.Text1, created, ui);
   if (!folder) return false;
   form.Text2 = *folder;
   form.Check1 = arguments.checksum;
@@ -177,7 +179,8 @@ bool Split(const Arguments& arguments, ConsoleUi& ui) {
 
 bool Join(const Arguments& arguments, ConsoleUi& ui) {
   const fs::path piece = TypedPath(arguments.file);
-  const std::optional<fs::path> folder = OutputFolder(arguments, piece, ui);
+  NewFolders created;
+  const std::optional<fs::path> folder = OutputFolder(arguments, piece, created, ui);
   if (!folder) return false;
   const std::optional<JoinedFile> joined = JoinPieces(
       piece, ui, *folder, arguments.deletePieces ? PiecesThen::Delete : PiecesThen::Stay);
@@ -213,7 +216,8 @@ bool Hide(const Arguments& arguments, ConsoleUi& ui) {
   form.Text1 = TypedPath(arguments.file);
   form.Text2 = TypedPath(arguments.hidden);
   if (!HideJob(form, ui, BigFiles::Take).CheckFiles()) return false;
-  const std::optional<fs::path> folder = OutputFolder(arguments, form.Text1, ui);
+  NewFolders created;
+  const std::optional<fs::path> folder = OutputFolder(arguments, form.Text1, created, ui);
   if (!folder) return false;
   form.output = *folder;
   WarnOf(form.Text2, NameNote(form.Text2, arguments.encrypt), ui);
@@ -248,7 +252,8 @@ bool Recover(const Arguments& arguments, ConsoleUi& ui) {
   if (!count) return false;
   if (arguments.number && *arguments.number >= static_cast<std::uint64_t>(*count))
     return NoSuchFile(ui);
-  const std::optional<fs::path> folder = OutputFolder(arguments, form.Text1, ui);
+  NewFolders created;
+  const std::optional<fs::path> folder = OutputFolder(arguments, form.Text1, created, ui);
   if (!folder) return false;
   form.output = *folder;
   if (const std::optional<Secret> password = ListPassword(form.Text1, arguments, ui))

@@ -30,18 +30,27 @@ std::optional<std::uint64_t> SizeAskedFor(const SplitForm& form, Ui& ui) {
   return size;
 }
 
+/// Throws FileError where something on the way to a folder that is missing is none, or cannot be
+/// looked at.
+void RequireFoldersAbove(const std::filesystem::path& folder) {
+  for (std::filesystem::path path = folder; !FolderExists(path); path = path.parent_path()) {
+    if (path.has_filename() && NameIsTaken(path))
+      throw FileError(path, std::make_error_code(std::errc::not_a_directory));
+    if (path == path.parent_path()) return;
+  }
+}
+
 }  // namespace
 
-bool OfferFolder(const std::filesystem::path& folder, Ui& ui) {
+bool OfferFolder(const std::filesystem::path& folder, NewFolders& created, Ui& ui) {
   if (FolderExists(folder)) return true;
-  // What cannot even be looked at is not to be made.
   if (!ShowingErrors(ui, false, [&] {
-        (void)NameIsTaken(folder);
+        RequireFoldersAbove(folder);
         return true;
       }))
     return false;
   if (!AskYesNo(ui, PathText(folder) + " Does Not Exists. Do You Want To Create It?")) return false;
-  (void)MakeSureDirectoryPathExists(WithSeparator(folder));
+  (void)MakeSureDirectoryPathExists(folder, created);
   return true;
 }
 
@@ -51,7 +60,8 @@ std::int16_t SlyIt(SplitForm& form, Ui& ui, AfterFailure afterFailure) {
     DeleteFilePathValue();
     return 0;
   }
-  if (!OfferFolder(form.Text2, ui)) return 0;
+  NewFolders created;
+  if (!OfferFolder(form.Text2, created, ui)) return 0;
   form.Text2 = WithSeparator(form.Text2);
   const std::optional<std::uint64_t> size = SizeAskedFor(form, ui);
   if (!size) return 0;

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <string>
 
+#include "engine/system/NewFolders.h"
 #include "engine/system/Ui.h"
 
 namespace slyver {
@@ -25,9 +26,11 @@ struct SplitForm {
 /// the form, or, where there is no form, is not.
 enum class AfterFailure { Ask, End };
 
-/// Asks whether a folder that is missing shall be made, and makes it. False when the user does not
-/// want it; a folder that cannot be made shows when something is to be written in it.
-bool OfferFolder(const std::filesystem::path& folder, Ui& ui);
+/// Asks whether to create a folder that is missing, and creates those of its folders that are
+/// followed by a separator. Returns `false` when the user does not want it, and when it cannot be,
+/// since the path leads through a file; then that has been said. A folder that could not be created
+/// shows when something is to be written in it.
+bool OfferFolder(const std::filesystem::path& folder, NewFolders& created, Ui& ui);
 
 /// "Sly It": checks the form, makes the output folder if the user agrees, splits and reports. All
 /// is said and asked through `ui`. `form.Text2` gets a separator at its end.

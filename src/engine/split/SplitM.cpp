@@ -10,6 +10,7 @@
 #include "engine/system/Disk.h"
 #include "engine/system/FileError.h"
 #include "engine/system/Files.h"
+#include "engine/system/NewFolders.h"
 #include "engine/system/PathText.h"
 #include "engine/system/StepProgress.h"
 
@@ -109,7 +110,8 @@ SplitResult SplitFile(const std::filesystem::path& source, std::uint64_t pieceSi
     const std::uint64_t count = CountPieces(length, pieceSize);
     const std::int16_t pieces = Count16(count, options.SkipThenRange || options.SkipThenTrailer);
     const std::string mask = options.NumberMask + ZeroPerDigit(count);
-    MakeFolder(options.outputFolder);
+    NewFolders created;
+    created.Create(options.outputFolder);
 
     const std::string name = options.title.empty() ? PathText(source.filename()) : options.title;
     CopyPlan plan;
@@ -161,7 +163,7 @@ ChunkResult ChunkToTemp(const std::filesystem::path& source, std::uint64_t chunk
     const std::uint64_t count = CountPieces(length, chunkSize);
     const std::int16_t chunks = Count16(count, options.only > 0);
     const std::string mask = ZeroPerDigit(count);
-    MakeFolder(options.folder);
+    (void)MakeFolder(options.folder);
 
     const std::uint64_t tailSize = options.SmallTailChunks ? options.TrailerSize : chunkSize;
     const std::uint64_t tails = std::min(CountPieces(length - chunkSize, tailSize), count - 1);

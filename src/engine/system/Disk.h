@@ -32,8 +32,8 @@ std::uint64_t FreeSpace(const std::filesystem::path& path);
 /// be flushed it does nothing. Throws FileError.
 void FlushFolder(const std::filesystem::path& path);
 
-/// Makes the folder `path`; one that is there already stays as it is. Throws FileError.
-void MakeFolder(const std::filesystem::path& path);
+/// Creates the folder `path`; `false` if it exists, and then it stays as it is. Throws FileError.
+bool MakeFolder(const std::filesystem::path& path);
 
 /// Makes the folder `path`, which on POSIX nobody but its owner may enter. False when something
 /// bears the name. Throws FileError.

@@ -71,10 +71,11 @@ void FlushFolder(const fs::path& path) {
     FailWithLastError(path);
 }
 
-void MakeFolder(const fs::path& path) {
-  if (mkdir(path.c_str(), S_IRWXU | S_IRWXG | S_IRWXO) == 0) return;
+bool MakeFolder(const fs::path& path) {
+  if (mkdir(path.c_str(), S_IRWXU | S_IRWXG | S_IRWXO) == 0) return true;
   const std::error_code error = LastError();
   if (error != std::errc::file_exists || !FolderExists(path)) throw FileError(path, error);
+  return false;
 }
 
 bool MakeNewFolder(const fs::path& path) {

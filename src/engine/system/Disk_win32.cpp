@@ -126,11 +126,12 @@ std::uint64_t FreeSpace(const fs::path& path) {
 // The system keeps a journal of names itself.
 void FlushFolder(const fs::path& /*path*/) {}
 
-void MakeFolder(const fs::path& path) {
-  if (CreateDirectoryW(LongPath(path).c_str(), nullptr) != 0) return;
+bool MakeFolder(const fs::path& path) {
+  if (CreateDirectoryW(LongPath(path).c_str(), nullptr) != 0) return true;
   const std::error_code error = LastError();
   // The root of a drive is refused in other ways than as one that exists.
   if (!FolderExists(path)) throw FileError(path, error);
+  return false;
 }
 
 bool MakeNewFolder(const fs::path& path) {

@@ -19,10 +19,10 @@ namespace fs = std::filesystem;
 
 namespace {
 
-void MakeFolders(const fs::path& path) {
+void MakeFolders(const fs::path& path, NewFolders& created) {
   if (path.empty() || FolderExists(path)) return;
-  if (path.has_relative_path()) MakeFolders(path.parent_path());
-  MakeFolder(path);
+  if (path.has_relative_path()) MakeFolders(path.parent_path(), created);
+  created.Create(path);
 }
 
 /// Whether a job makes files of this name in its work folder: numbered ini files and pieces, the
@@ -87,9 +87,9 @@ fs::path Numbered(const fs::path& path, int number) {
 
 }  // namespace
 
-bool MakeSureDirectoryPathExists(const fs::path& path) {
+bool MakeSureDirectoryPathExists(const fs::path& path, NewFolders& created) {
   try {
-    MakeFolders(path.parent_path());
+    MakeFolders(path.parent_path(), created);
     return true;
   } catch (const FileError&) {
     return false;

@@ -3,12 +3,13 @@
 #include <filesystem>
 
 #include "engine/system/FolderLock.h"
+#include "engine/system/NewFolders.h"
 
 namespace slyver {
 
-/// Makes every folder of `path` that is followed by a separator, so the last one only when the path
-/// ends in one. Returns false when one could not be made.
-bool MakeSureDirectoryPathExists(const std::filesystem::path& path);
+/// Creates every folder of `path` that is followed by a separator, so the last one only when the
+/// path ends in one. Returns `false` when one could not be created.
+bool MakeSureDirectoryPathExists(const std::filesystem::path& path, NewFolders& created);
 
 /// `path` with a separator at its end.
 std::filesystem::path WithSeparator(std::filesystem::path path);

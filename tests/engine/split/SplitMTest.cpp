@@ -102,7 +102,7 @@ TEST_F(SplitM, RefusesAndWritesNothing) {
   EXPECT_EQ(ChunkToTemp(source, 1, chunkOptions, ui).chunks, 0);
   for (const char* folderName : {"no/such", "f"}) {
     options.outputFolder = folder / folderName;
-    refused(10000, "x " + ErrorOf([&] { MakeFolder(options.outputFolder); }));
+    refused(10000, "x " + ErrorOf([&] { (void)MakeFolder(options.outputFolder); }));
   }
   options.outputFolder = out;
   EXPECT_EQ(Names(), std::set<std::string>{"f"});
@@ -113,7 +113,7 @@ TEST_F(SplitM, RefusesAndWritesNothing) {
   options.SkipThenRange = false;
   fs::resize_file(source, 32767);
   options.outputFolder = source;
-  refused(1, "x " + ErrorOf([&] { MakeFolder(source); }));
+  refused(1, "x " + ErrorOf([&] { (void)MakeFolder(source); }));
 }
 
 TEST_F(SplitM, CutsOnlyTheStateThatWasAskedFor) {

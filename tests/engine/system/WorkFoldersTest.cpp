@@ -60,14 +60,19 @@ TEST_F(WorkFolders, WhatAKilledJobHasLeftGoesAndNothingElse) {
   EXPECT_EQ(Names(work), std::set<std::string>{"letter.txt"});
 }
 
-TEST_F(WorkFolders, MakesEveryFolderFollowedByASeparator) {
+TEST_F(WorkFolders, MakesEveryFolderFollowedByASeparatorAndRemovesEmptyOnes) {
   const fs::path deep = folder / "a" / "b" / "c";
-  EXPECT_TRUE(MakeSureDirectoryPathExists(deep));
-  EXPECT_EQ(Names(folder / "a" / "b"), std::set<std::string>{});
-  EXPECT_TRUE(MakeSureDirectoryPathExists(WithSeparator(WithSeparator(deep))));
+  {
+    NewFolders created;
+    EXPECT_TRUE(MakeSureDirectoryPathExists(deep, created));
+    EXPECT_EQ(Names(folder / "a" / "b"), std::set<std::string>{});
+  }
+  EXPECT_FALSE(fs::exists(folder / "a"));
+  NewFolders created;
+  EXPECT_TRUE(MakeSureDirectoryPathExists(WithSeparator(WithSeparator(deep)), created));
   EXPECT_TRUE(fs::is_directory(deep));
   WriteFile(deep / "file", "x");
-  EXPECT_FALSE(MakeSureDirectoryPathExists(deep / "file" / "x" / ""));
+  EXPECT_FALSE(MakeSureDirectoryPathExists(deep / "file" / "x" / "", created));
 }
 
 }  // namespace
