@@ -13,6 +13,7 @@
 #include "engine/system/NewFolders.h"
 #include "engine/system/PathText.h"
 #include "engine/system/StepProgress.h"
+#include "engine/system/TargetSet.h"
 
 namespace slyver {
 
@@ -137,6 +138,7 @@ SplitResult SplitFile(const std::filesystem::path& source, std::uint64_t pieceSi
       plan.list.line = [&](std::size_t index, const Digest& digest) {
         return ChecksumLine(PieceNameOf(name, static_cast<int>(index) + 1), digest);
       };
+    RestoreEarlierSet(plan);
     if (HoldsPieces(plan)) {
       if (!AskYesNo(ui,
                     "Pieces Of An Earlier Split Of " + name + " Are In " +

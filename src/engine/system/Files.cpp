@@ -43,7 +43,7 @@ std::filesystem::path MoveToFirstFreePath(const std::filesystem::path& from,
                                           const MarkedName& nameOf) {
   std::filesystem::path path;
   do path = FirstFreePath(folder, nameOf);
-  while (!MoveToFreeName(from, path));  // Another program may take the name first.
+  while (!MoveToFreeName(from, path, path));  // Another program may take the name first.
   return path;
 }
 

@@ -94,8 +94,9 @@ class TargetFile {
 /// FileError where what bears the name is neither a file nor a link.
 Rights RightsInPlaceOf(const std::filesystem::path& path, const Rights& source);
 
-/// Gives the file `from` the name `to` in the same file system. False when `to` is taken; then
-/// nothing has changed. Throws FileError.
-bool MoveToFreeName(const std::filesystem::path& from, const std::filesystem::path& to);
+/// Renames the file `from` to `to` in the same file system; `false` if `to` exists, and then
+/// nothing has changed. Throws FileError, naming `named`.
+bool MoveToFreeName(const std::filesystem::path& from, const std::filesystem::path& to,
+                    const std::filesystem::path& named);
 
 }  // namespace slyver

@@ -328,9 +328,10 @@ Rights RightsInPlaceOf(const std::filesystem::path& path, const Rights& source) 
   return RightsReplacing(path, source).value_or(source);
 }
 
-bool MoveToFreeName(const std::filesystem::path& from, const std::filesystem::path& to) {
+bool MoveToFreeName(const std::filesystem::path& from, const std::filesystem::path& to,
+                    const std::filesystem::path& named) {
   if (RenameToFreeName(from, to)) return true;
-  if (errno != EEXIST) FailWithLastError(to);
+  if (errno != EEXIST) FailWithLastError(named);
   return false;
 }
 

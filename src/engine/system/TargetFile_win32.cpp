@@ -184,13 +184,14 @@ Rights RightsInPlaceOf(const std::filesystem::path& path, const Rights& source) 
   return source;
 }
 
-bool MoveToFreeName(const std::filesystem::path& from, const std::filesystem::path& to) {
+bool MoveToFreeName(const std::filesystem::path& from, const std::filesystem::path& to,
+                    const std::filesystem::path& named) {
   RequireUsableName(to);
   const std::wstring oldName = LongPath(from);
   const std::wstring newName = LongPath(to);
   if (Patiently([&] { return MoveFileExW(oldName.c_str(), newName.c_str(), 0) != 0; })) return true;
   if (GetLastError() != ERROR_ALREADY_EXISTS && GetLastError() != ERROR_FILE_EXISTS)
-    FailWithLastError(to);
+    FailWithLastError(named);
   return false;
 }
 

@@ -1,10 +1,12 @@
 #include "engine/system/TargetSet.h"
 
+#include <algorithm>
 #include <string_view>
 #include <utility>
 
 #include "engine/system/Disk.h"
 #include "engine/system/FileError.h"
+#include "engine/system/Files.h"
 #include "engine/system/PathText.h"
 
 namespace slyver {
@@ -35,10 +37,19 @@ fs::path ListPath(const CopyPlan& plan) {
 
 constexpr std::string_view asideName = "earlier";
 
-/// Whether a job makes a file of this name in its staging folder.
-bool IsStaged(const std::string& name, const CopyPlan& plan) {
-  return name == plan.list.name || plan.numberInSet(name) > 0 ||
-         (name.starts_with(".slyver-") && name.ends_with(".tmp"));
+/// A file of a set: its number, CopyPlan::numberOfList for the list, and its name.
+using SetFile = std::pair<int, std::string>;
+
+/// The files of the plan's set in a folder, in ascending order; none where it cannot be read.
+std::vector<SetFile> FilesOfSet(const fs::path& folder, const CopyPlan& plan) {
+  std::vector<SetFile> files;
+  (void)ListFolder(folder, [&](const std::string& name, EntryKind kind) {
+    if (kind == EntryKind::Folder) return;
+    const int number = name == plan.list.name ? CopyPlan::numberOfList : plan.numberInSet(name);
+    if (number > 0) files.emplace_back(number, name);
+  });
+  std::sort(files.begin(), files.end());
+  return files;
 }
 
 /// Removes the files of a set, new ones and earlier ones, that are in `staging`, and the folder
@@ -47,8 +58,10 @@ std::error_code RemoveStaging(const fs::path& staging, const CopyPlan& plan) {
   for (const fs::path& folder : {staging / asideName, staging}) {
     std::vector<std::string> names;
     (void)ListFolder(folder, [&](const std::string& name, EntryKind kind) {
-      if (kind != EntryKind::Folder && IsStaged(name, plan)) names.push_back(name);
+      if (kind != EntryKind::Folder && name.starts_with(".slyver-") && name.ends_with(".tmp"))
+        names.push_back(name);
     });
+    for (SetFile& file : FilesOfSet(folder, plan)) names.push_back(std::move(file.second));
     for (const std::string& name : names) (void)RemoveFile(folder / PathFromText(name));
     if (const std::error_code error = RemoveEmptyFolder(folder)) return error;
   }
@@ -60,37 +73,80 @@ fs::path StagingPath(const fs::path& first) {
   return TemporaryPath(first).replace_extension(".set");
 }
 
-/// Removes what a killed run has left in place of the staging folder.
+void MakeOwnFolder(const fs::path& path) {
+  if (!MakeNewFolder(path)) throw FileError(path, std::make_error_code(std::errc::file_exists));
+}
+
+/// Renames a file to what must not exist; an error names `named`.
+void Move(const fs::path& from, const fs::path& to, const fs::path& named) {
+  if (!MoveToFreeName(from, to, named))
+    throw FileError(to, std::make_error_code(std::errc::file_exists));
+}
+
+/// Undoes an exchange that was killed. The new files that have replaced earlier ones by then go
+/// back into `staging`, the last one first; then the earlier ones are restored, the first and the
+/// list at the end. After every step this can be called again.
+void UndoKilledExchange(const fs::path& staging, const CopyPlan& plan) {
+  const fs::path& folder = plan.names.folder;
+  const auto move = [](const fs::path& from, const fs::path& to, const std::string& name) {
+    const fs::path path = PathFromText(name);
+    Move(from / path, to / path, to / path);
+  };
+  std::vector<SetFile> earlier = FilesOfSet(staging / asideName, plan);
+  if (earlier.empty()) return;
+  const std::vector<SetFile> staged = FilesOfSet(staging, plan);
+  const std::vector<SetFile> present = FilesOfSet(folder, plan);
+  const bool hasFirst = !present.empty() && present.front().first == 1;
+  if (hasFirst && staged.empty()) return;  // It was complete.
+  const int firstStaged = staged.empty() ? CopyPlan::numberOfList : staged.front().first;
+  const auto isEarlier = [](int number) {
+    return [number](const SetFile& file) { return file.first == number; };
+  };
+  for (auto file = present.rbegin(); file != present.rend(); ++file)
+    if (file->first > 1 && file->first < CopyPlan::numberOfList &&
+        (file->first < firstStaged ||
+         std::any_of(earlier.begin(), earlier.end(), isEarlier(file->first))))
+      move(folder, staging, file->second);
+  std::stable_partition(earlier.begin(), earlier.end(), [](const SetFile& file) {
+    return file.first > 1 && file.first < CopyPlan::numberOfList;
+  });
+  for (const auto& [number, name] : earlier) move(staging / asideName, folder, name);
+  FlushFolder(folder);
+}
+
+/// Restores and removes what a killed run has left in place of the staging folder.
 void RemoveLeftover(const fs::path& staging, const CopyPlan& plan) {
   if (!IsFolderItself(staging)) return;
+  UndoKilledExchange(staging, plan);
   const std::error_code error = RemoveStaging(staging, plan);
   if (error == std::errc::directory_not_empty)
     throw Error(PathText(staging) + " Holds Other Files. Move Them Away.");
   if (error) throw FileError(staging, error);
 }
 
-void MakeOwnFolder(const fs::path& path) {
-  if (!MakeNewFolder(path)) throw FileError(path, std::make_error_code(std::errc::file_exists));
-}
-
-/// Moves a file to a name that has to be free.
-void Move(const fs::path& from, const fs::path& to) {
-  if (!MoveToFreeName(from, to)) throw FileError(to, std::make_error_code(std::errc::file_exists));
-}
-
 }  // namespace
+
+void RestoreEarlierSet(const CopyPlan& plan) {
+  const fs::path first = plan.names.Path(0);
+  const fs::path staging = StagingPath(first);
+  if (FilesOfSet(staging / asideName, plan).empty()) return;
+  const TargetFile lock(first, Existing::ReplaceScratch);
+  RemoveLeftover(staging, plan);
+}
 
 TargetSet::TargetSet(const CopyPlan& plan) : plan_(plan) {
   // The last name is the longest. Whether it can be given is better known before the long work.
   (void)NameIsTaken(plan.names.Path(plan.TargetCount() - 1));
   first_ = std::make_shared<TargetFile>(plan.names.Path(0), plan.existing, plan.rights);
   sharing_ = SharingOf(plan, *first_);
+  const fs::path staging = StagingPath(plan.names.Path(0));
+  if (plan.numberInSet) {
+    RemoveLeftover(staging, plan);
+    FindEarlier();
+  }
   RequireRoom();
   first_->Reserve(plan.SpaceToReserve(0, sharing_));
   if (!plan.numberInSet) return;
-  const fs::path staging = StagingPath(plan.names.Path(0));
-  RemoveLeftover(staging, plan);
-  FindEarlier();
   if (plan.list.line) {
     list_ = std::make_unique<TargetFile>(
         ListPath(plan), hasEarlierList_ ? Existing::Replace : Existing::Keep, plan.rights);
@@ -111,12 +167,6 @@ TargetSet::TargetSet(const CopyPlan& plan) : plan_(plan) {
   staging_ = staging;
 }
 
-void TargetSet::RequireRoom() const {
-  const std::uint64_t needed = plan_.SpaceNeeded(sharing_) + ListLength(plan_);
-  const std::uint64_t free = FreeSpace(plan_.names.folder);
-  if (needed > free) throw SpaceError(plan_.names.folder, needed, free);
-}
-
 /// Looks under the lock: another program may have made its set just now.
 void TargetSet::FindEarlier() {
   const auto found = [&](const std::string& name, EntryKind kind) {
@@ -133,9 +183,28 @@ void TargetSet::FindEarlier() {
                                      : earlier_.end();
     earlier_.insert(place, name);
     hasEarlierList_ = hasEarlierList_ || number == CopyPlan::numberOfList;
+    hasEarlierFirst_ = hasEarlierFirst_ || number == 1;
   };
   if (const std::error_code error = ListFolder(plan_.names.folder, found))
     throw FileError(plan_.names.folder, error);
+}
+
+/// Pieces without a first one are what a failed split has left. Where there is no room beside them,
+/// they go first.
+void TargetSet::RequireRoom() {
+  const fs::path& folder = plan_.names.folder;
+  const std::uint64_t needed = plan_.SpaceNeeded(sharing_) + ListLength(plan_);
+  std::uint64_t free = FreeSpace(folder);
+  if (needed > free && !hasEarlierFirst_ && !hasEarlierList_) {
+    std::uint64_t held = 0;
+    for (const std::string& name : earlier_) held += StateOf(folder / PathFromText(name)).space;
+    if (needed - free <= held) {
+      for (const std::string& name : earlier_) (void)RemoveFile(folder / PathFromText(name));
+      earlier_.clear();
+      free = FreeSpace(folder);
+    }
+  }
+  if (needed > free) throw SpaceError(folder, needed, free);
 }
 
 std::shared_ptr<TargetFile> TargetSet::Begin(std::size_t index) {
@@ -205,12 +274,13 @@ void TargetSet::Exchange() {
   try {
     FlushFolder(staging_);
     while (movedAside < earlier_.size()) {
-      Move(folder / PathFromText(earlier_[movedAside]), Aside(movedAside));
+      const fs::path path = folder / PathFromText(earlier_[movedAside]);
+      Move(path, Aside(movedAside), path);
       if (++movedAside <= guards) FlushFolder(folder);
     }
     for (std::size_t i = 1; i < plan_.TargetCount(); ++i, ++named) {
       const fs::path target = plan_.names.Path(i);
-      Move(staging_ / target.filename(), target);
+      Move(staging_ / target.filename(), target, target);
     }
     FlushFolder(folder);
     first_->Commit();
@@ -226,24 +296,27 @@ void TargetSet::Exchange() {
   }
 }
 
-/// Where the disk takes no more changes, the earlier files stay where they were moved to, until the
-/// same split runs again.
+/// Takes the steps of an exchange back, the last one first. Where the disk takes no more changes,
+/// the earlier files stay aside until the same split runs again and restores them.
 void TargetSet::UndoExchange(std::size_t movedAside, std::size_t named) {
   const std::size_t count = plan_.TargetCount();
-  bool undone = true;
-  if (named > count) undone = !RemoveFile(ListPath(plan_));
-  if (named >= count) undone = !RemoveFile(plan_.names.Path(0)) && undone;
-  for (std::size_t i = 1; i < count && i <= named; ++i)
-    undone = !RemoveFile(plan_.names.Path(i)) && undone;
+  const auto remove = [](const fs::path& path) {
+    if (const std::error_code error = RemoveFile(path)) throw FileError(path, error);
+  };
   try {
-    while (undone && movedAside > 0) {
-      --movedAside;
-      Move(Aside(movedAside), plan_.names.folder / PathFromText(earlier_[movedAside]));
+    if (named > count) remove(ListPath(plan_));
+    if (named >= count) remove(plan_.names.Path(0));
+    for (std::size_t i = std::min(named, count - 1); i > 0; --i) {
+      const fs::path target = plan_.names.Path(i);
+      Move(target, staging_ / target.filename(), target);
+    }
+    for (; movedAside > 0; --movedAside) {
+      const fs::path path = plan_.names.folder / PathFromText(earlier_[movedAside - 1]);
+      Move(Aside(movedAside - 1), path, path);
     }
   } catch (const FileError&) {
-    undone = false;
+    staging_.clear();
   }
-  if (!undone) staging_.clear();
 }
 
 fs::path TargetSet::Aside(std::size_t index) const {

@@ -12,6 +12,10 @@
 
 namespace slyver {
 
+/// Restores what a killed exchange of the plan's set has put aside. Throws FileError; then what is
+/// not restored stays aside, for the next call.
+void RestoreEarlierSet(const CopyPlan& plan);
+
 /// Gives the targets of a plan their names.
 ///
 /// A new set is written into its folder and each target named when it is complete, the first one
@@ -51,8 +55,8 @@ class TargetSet {
   void CleanUp(bool removeTargets) EXCLUDES(mutex_);
 
  private:
-  void RequireRoom() const;
   void FindEarlier();
+  void RequireRoom();
   void WriteList(const std::vector<Digest>& digests);
   void Exchange();
   void UndoExchange(std::size_t movedAside, std::size_t named);
@@ -65,6 +69,7 @@ class TargetSet {
   /// The names of the set that is replaced: its list, if it has one, then number 1, then the rest.
   std::vector<std::string> earlier_;
   bool hasEarlierList_ = false;
+  bool hasEarlierFirst_ = false;
   std::filesystem::path staging_;  ///< Empty where no set is replaced.
   bool nameless_ = false;          ///< Whether the others have no name until they are complete.
 

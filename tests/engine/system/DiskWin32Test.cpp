@@ -106,7 +106,7 @@ TEST_F(Disk, NamesThatWindowsCannotBearAreRefused) {
     const fs::path target = folder / name;
     const std::string refusal = PathText(target) + ": Windows does not allow this name";
     EXPECT_EQ(ErrorOf([&] { WriteSmallFile(target, "x"); }), refusal);
-    EXPECT_EQ(ErrorOf([&] { (void)MoveToFreeName(file, target); }), refusal);
+    EXPECT_EQ(ErrorOf([&] { (void)MoveToFreeName(file, target, target); }), refusal);
   }
   EXPECT_EQ(Names(), std::set<std::string>{"file"});
   EXPECT_EQ(ReadFile(file), "x");
