@@ -150,7 +150,7 @@ def make_jobs(unit=1000, piece=None, seed=1):
     split = ("split", "whole.bin", "--size", str(piece))
     cut_into = lambda folder: lambda sources: cut(
         sources["files/whole.bin"], piece, f"files/{folder}whole.bin")
-    # One piece lies in a subfolder, where a join looks too.
+    # One piece is in a subfolder, where a join looks too; without a list it takes --force.
     parts = {path.replace("files/whole.bin.2", "files/more/whole.bin.2"): data
              for path, data in cut(whole, piece, "files/whole.bin").items()}
     join = {
@@ -194,8 +194,8 @@ def make_jobs(unit=1000, piece=None, seed=1):
             listed(cut(rng.randbytes(4 * unit), piece * 4 // 5, "files/old/whole.bin")), **settings),
         Job("join and delete", ("join", "whole.bin.1.sly", "--delete"),
             **join | {"sources": listed(parts)}, **settings, deletes=True),
-        Job("join", ("join", "whole.bin.1.sly"), **join, **settings),
-        Job("join over a file", ("join", "whole.bin.1.sly", "--yes"), **join, **settings,
+        Job("join", ("join", "whole.bin.1.sly", "--force"), **join, **settings),
+        Job("join over a file", ("join", "whole.bin.1.sly", "--force"), **join, **settings,
             replaced=in_files(whole_bin=old)),
         Job("hide", ("hide", "main.jpg", "first.zip", *WITH_PASSWORD),
             in_files(main_jpg=main, first_zip=first) | with_password, hide,

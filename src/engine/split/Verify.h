@@ -16,9 +16,9 @@ enum class PieceState : std::uint8_t { Ok, Damaged, Missing, NotChecked };
 /// What a look at the pieces of a split has shown.
 struct Verified {
   std::string origName;            ///< The name of the file that was split.
-  std::vector<PieceState> pieces;  ///< From piece 1 on.
+  std::vector<PieceState> pieces = {};  ///< From piece 1 on.
   /// Of the whole file, where the checksum file is of that and says nothing about single pieces.
-  std::optional<PieceState> whole;
+  std::optional<PieceState> whole = {};
   bool sound = false;  ///< Nothing is known to be wrong, and a join would ask nothing.
 };
 
