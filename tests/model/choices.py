@@ -1,0 +1,232 @@
+"""Random steps: folders as people have them, and jobs in them."""
+
+import dataclasses
+import os
+
+from world import FORMS
+
+STEMS = ["movie.s", "movie", "a.sly", "a.1.sly", "x", "x.sha256", "x.1", "Caf\u00e9 1.zip", "caf\udce9",
+         "two\nlines", "back\\slash", " ", "-x", ".hidden", "n" * 240, "\u4f60\u597d", "sly", "$HOME", "x."]
+RELATED = ["ly", ".sly", ".1.sly", ".2.sly", ".sha256", ".1", ".S", "2", " "]
+OURS = ".slyver-0123456789abcdef.set"  # As a killed split leaves it.
+BELOW = ["old", "more", "more/deep", OURS, OURS + "/earlier", "b.1.sly", "more/" + OURS]
+MODES = [0o644] * 4 + [0o600, 0o640, 0o444, 0o755, 0o666]
+# An age file that was published with the format.
+SECRETS = [b"Ab\n", b"Ab", b"Ab\r\nmore", b"wrong\n", b"slyver\n", b"x" * 24, b"x" * 25, b"\n", b"",
+           "\u00e4\u20ac\n".encode(), "\u4f60\n".encode(), b"\xff\n", "Ab\n".encode("utf-16"), b"password\n"]
+
+
+@dataclasses.dataclass(frozen=True)
+class Able:
+    """What can be tried here."""
+
+    force: bool  # sly has --force.
+    root: bool  # Owners can be changed, and small disks mounted.
+
+
+class Chooser:
+    def __init__(self, rng, able, age_file):
+        self.rng, self.able, self.age_file = rng, able, age_file
+        self.steps, self.sources, self.pieces, self.folders = [], {}, [], []
+
+    def maybe(self, share):
+        return self.rng.random() < share
+
+    def scenario(self):
+        choose = self.rng.choices(
+            [self.sets, self.killed, self.full_disk, self.hidden], [70, 6, 4 * self.able.root, 20])[0]
+        choose()
+        return self.steps
+
+    # Folders with sets of pieces, and what else people keep there.
+
+    def sets(self):
+        rng = self.rng
+        if self.maybe(0.3):
+            self.steps.append(("umask", rng.choice((0, 0o027, 0o077))))
+        top = rng.choice(("", "p"))
+        self.folders = [top, top, "out"]
+        stem = rng.choice(STEMS)
+        names = [stem]
+        for _ in range(rng.choice((0, 0, 1, 1, 2))):
+            names.append(rng.choice((stem + rng.choice(RELATED), stem[:-1] or "y", stem.swapcase())))
+        opened = ("opens", top or "out", "default")
+        self.steps.append(("folder", opened[1]))
+        if self.maybe(0.1):
+            self.steps.append(opened)
+        size = rng.choice((1, 7, 100, 1000, 4096, 10_000))
+        for name in dict.fromkeys(names):
+            length = rng.choice((size, size + 1, size * 2, size * 3, rng.randrange(1, size * 6)))
+            if self.maybe(0.6):
+                self.file(os.path.join(rng.choice((top, "src")), name), ("A", 0, length))
+            self.set(top, name, "A", length, size)
+            for _ in range(rng.choice((0, 0, 0, 1, 1, 2))):
+                version, size2 = rng.choice("ABC"), rng.choice((size, size, size, max(1, size // 2)))
+                folder = os.path.join(top, rng.choice(BELOW)) if self.maybe(0.8) else "out"
+                self.set(folder, name, version, rng.randrange(1, size * 7), size2)
+        if self.maybe(0.15):
+            self.steps.append(opened)
+        if self.maybe(0.1):
+            self.steps.append(("link", os.path.join(top, rng.choice(names)), rng.choice(("src", "no"))))
+        if self.sources and self.maybe(0.1):
+            self.steps.append(("opens", rng.choice(list(self.sources)), "access"))
+        if self.sources and self.able.root and self.maybe(0.05):
+            self.steps.append(("owner", rng.choice(list(self.sources)), 4322))
+        for _ in range(rng.randrange(1, 5)):
+            self.job()
+
+    def file(self, path, data, mode=None):
+        self.sources[path] = len(data) if isinstance(data, bytes) else data[2] - data[1]
+        self.steps.append(("file", path, data, mode or self.rng.choice(MODES)))
+
+    def set(self, folder, name, version, length, size):
+        """The pieces of a version, or some of them, and perhaps a list."""
+        rng = self.rng
+        data = {i + 1: (version, at, min(at + size, length))
+                for i, at in enumerate(range(0, length, size))}
+        names = {i: f"{name}.{i}.sly" for i in data}
+        mode = rng.choice(MODES)
+        kept = list(data)
+        part = rng.choice(("all",) * 6 + ("rest", "some", "one less", "none"))
+        if part == "rest":
+            kept = kept[rng.randrange(len(kept)) :]
+        elif part == "some":
+            kept = [i for i in kept if self.maybe(0.5)]
+        elif part == "one less":
+            kept.remove(rng.choice(kept))
+        elif part == "none":
+            kept = []
+        for i in kept:
+            piece, odd = data[i], rng.random()
+            if odd < 0.04:
+                piece = (*piece, rng.randrange(size))
+            elif odd < 0.06:
+                piece = (version, piece[1], rng.randrange(piece[1], piece[2]) + 1)
+            elif odd < 0.08:
+                piece = data[rng.choice(list(data))]
+            if self.maybe(0.02):
+                names[i] = f"{name}.{i}.{rng.choice(('SLY', 'Sly'))}"
+            path = os.path.join(folder, names[i])
+            self.steps.append(("file", path, piece, mode))
+            self.pieces.append(path)
+        if self.maybe(0.02):
+            odd = rng.choice((0, "01", len(data) + 1, 32768, 99999, 100000, 1000000, "x", ""))
+            self.steps.append(("file", os.path.join(folder, f"{name}.{odd}.sly"), ("D", 0, size), mode))
+            self.pieces.append(self.steps[-1][1])
+        kind = rng.choice(("no",) * 5 + ("pieces",) * 4 + ("whole",) * 2 + ("both", "old", "other", "few"))
+        whole = [(name, (version, 0, length))]
+        lines = {"pieces": [(names[i], data[i]) for i in data], "whole": whole,
+                 "old": [(names[i], ("Z", *data[i][1:])) for i in data],
+                 "other": [("other.iso", b"?")], "few": [(names[1], data[1])], "no": []}
+        lines = lines["pieces"] + whole if kind == "both" else lines[kind]
+        if lines:
+            if self.maybe(0.2):
+                rng.shuffle(lines)
+            form = rng.choice(list(FORMS)) if self.maybe(0.5) else "plain"
+            self.steps.append(("list", os.path.join(folder, name + ".sha256"), form, tuple(lines)))
+
+    # Jobs.
+
+    def job(self):
+        choices = [self.split] * (4 * bool(self.sources)) + [self.join, self.join, self.verify] * (
+            2 * bool(self.pieces))
+        if choices:
+            self.rng.choice(choices)()
+
+    def say(self, verb, options, *names):
+        for word, share in (("--yes", 0.5), ("--quiet", 0.2), ("--verbose", 0.3)):
+            options += [word] * self.maybe(share)
+        if self.able.force and verb in ("split", "join"):
+            options += ["--force"] * self.maybe(0.2)
+        self.steps.append(("sly", verb, *options, "--", *names))
+
+    def split(self):
+        path = self.rng.choice(list(self.sources))
+        self.say("split", *self.splitting(path, self.rng.choice(self.folders + ["new", "new/deep/"])))
+
+    def splitting(self, path, folder):
+        rng, length = self.rng, self.sources[path]
+        count = rng.randrange(1, 9)
+        options = rng.choice(([], *[["--size", str(max(1, length // count + rng.choice((0, 0, 1))))]] * 8,
+                              *[["--count", str(count)]] * 3, ["--size", "5", "--count", "2"]))
+        if self.maybe(0.5):
+            options += ["--output", folder or "."]
+        else:
+            folder = os.path.dirname(path)
+        self.pieces.append(os.path.join(folder, f"{os.path.basename(path)}.{rng.choice((1, 1, 2))}.sly"))
+        return options + ["--checksum"] * self.maybe(0.4), path
+
+    def join(self):
+        options = ["--delete"] * self.maybe(0.3)
+        if self.maybe(0.2):
+            options += ["--output", self.rng.choice(self.folders) or "."]
+        self.say("join", options, self.rng.choice(self.pieces))
+
+    def verify(self):
+        self.say("verify", [], self.rng.choice(self.pieces))
+
+    # What a killed split leaves; and a disk that is nearly full.
+
+    def killed(self):
+        rng = self.rng
+        self.folders, name = ["p"], rng.choice(STEMS[:4])
+        for version, mode in (("A", 0o644), ("B", 0o600)):
+            length = rng.randrange(2000, 12_000)
+            self.steps.append(("file", "src/" + name, (version, 0, length), mode))
+            self.sources["src/" + name] = length
+            size = ["--size", str(rng.choice((50, 100, 200)))]
+            split = ["split", *size, "--output", "p", "--yes", *["--checksum"] * self.maybe(0.5)]
+            kill = version == "B" or self.maybe(0.2)
+            self.steps.append((*(("kill", rng.randrange(1, 60)) if kill else ("sly",)),
+                               *split, "--", "src/" + name))
+        self.pieces = [f"p/{name}.{i}.sly" for i in (1, 1, 2, 5)]
+        for _ in range(rng.randrange(1, 4)):
+            self.job()
+
+    def full_disk(self):
+        rng = self.rng
+        self.steps.append(("disk", 256))
+        self.folders, length = ["p"], rng.randrange(20_000, 120_000)
+        self.file("x", ("A", 0, length))
+        old, size = rng.randrange(10_000, 140_000), rng.choice((10_000, 20_000))
+        for i in range(rng.choice((0, 1, 1)), old // size):
+            self.steps.append(("file", f"p/x.{i + 1}.sly", ("B", i * size, (i + 1) * size), 0o644))
+        for _ in range(rng.randrange(1, 3)):
+            self.say("split", ["--size", str(size), "--output", "p"], "x")
+
+    # Hidden files.
+
+    def hidden(self):
+        rng = self.rng
+        mains = ["main.jpg", "c.bin", "\u00dcber.png", "notes.txt", "-m"]
+        files = ["a.zip", "letter.odt", "long name of a file that is hidden.tar", "a.age", "b"]
+        for name in rng.sample(mains, 2):
+            self.file(name, ("A", 0, rng.choice((0, 1, 2000, 2500, 2501, 6000))))
+        for name in rng.sample(files, 3):
+            data = self.age_file if name == "a.age" else ("B", 0, rng.choice((0, 1, 500)))
+            self.file(name, data)
+        for name in rng.sample(mains[:3] + ["old.gif"], rng.randrange(1, 3)):
+            inside = tuple((each, self.age_file if each == "a.age" else ("C", 0, rng.randrange(1, 900)))
+                           for each in rng.choices(["a.zip", "a.age", "b.txt", "\u00e9"],
+                                                   k=rng.choice((1, 1, 2, 3, 5, 6))))
+            password = rng.choice((b"Ab", b"Ab", b"slyver", b"x" * 24))
+            self.steps.append(("carrier", name, ("A", 0, rng.choice((1, 3000))), inside, password))
+            self.sources[name] = 1
+        for name in ("key", "pass"):
+            common = SECRETS[0] if name == "key" else SECRETS[-1]
+            self.steps.append(("file", name, common if self.maybe(0.5) else rng.choice(SECRETS), 0o600))
+        paths = list(self.sources)
+        for _ in range(rng.randrange(1, 5)):
+            verb, options = rng.choice(("hide", "hide", "list", "recover", "recover")), []
+            if self.maybe(0.7):
+                options += ["--password-file", "key"]
+            if verb == "list":
+                self.say("list", options, rng.choice(paths))
+            elif verb == "hide":
+                if self.maybe(0.02):
+                    options += ["--encrypt", "--passphrase-file", "pass"]
+                self.say("hide", options, rng.choice(paths), rng.choice(paths))
+            else:
+                options += rng.choice(([], ["--main"], ["--all"], ["--file", str(rng.randrange(3))]))
+                options += rng.choice(([], ["--passphrase-file", "pass"], ["--raw"]))
+                self.say("recover", options, rng.choice(paths + ["Hidden File " + paths[0]]))

@@ -1,0 +1,130 @@
+"""Random jobs against a model: makes folders as people have them, runs random jobs of sly in them,
+and looks whether everything is as the documents promise. A failure is printed with the smallest
+steps that show it.
+
+    python3 -X utf8 -B tests/model/run.py --sly build/sly --minutes 1
+    python3 -X utf8 -B tests/model/run.py --sly build/sly --steps FILE    # printed steps, again"""
+
+import argparse
+import ast
+import concurrent.futures
+import os
+import pathlib
+import random
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+import traceback
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "faults"))
+
+import choices
+import oracle
+import shrink
+import world
+from jobs import AGE_FILE  # The suites' sample.
+
+
+def play(sly, folder, steps):
+    """Does the steps up to the first failure. Returns the number of jobs, and None or the failure's
+    kind, its text and the steps so far."""
+    count = 0
+    with world.World(sly, folder) as place:
+        place.plain[AGE_FILE] = b"age", "password"
+        for i, step in enumerate(steps):
+            if step[0] not in ("sly", "kill"):
+                try:
+                    place.do(step)
+                except OSError:
+                    pass  # Names may be in each other's way.
+                continue
+            before = world.look(place.files)
+            if step[0] == "kill":
+                place.do(step)
+                oracle.remember_kill(step[2:], before, world.look(place.files), place)
+                continue
+            count += 1
+            why = "the model itself"
+            try:
+                expected = oracle.Job(step[1:], before, place).expected()
+                why = expected.why
+                outcome = place.do(step)
+                wrong = oracle.failures(expected, before, world.look(place.files), outcome, place)
+            except Exception:
+                wrong = [("error", traceback.format_exc())]
+            if wrong:
+                kind = (step[1], why, wrong[0][0])
+                return count, (kind, "; ".join(text for _, text in wrong[:4]), steps[: i + 1])
+    return count, None
+
+
+def work(arguments, able, first):
+    """Plays every second scenario. Returns the number of jobs, and of each kind of failure the first:
+    its text, seed, smallest steps, and the number of jobs until then."""
+    folder = tempfile.mkdtemp(prefix="slyver-model-", dir=arguments.folder)
+    until = time.monotonic() + 60 * arguments.minutes
+    seed, jobs, found = arguments.seed + first, 0, {}
+    try:
+        while jobs < arguments.jobs / 2 and time.monotonic() < until:
+            steps = choices.Chooser(random.Random(seed), able, AGE_FILE).scenario()
+            count, failure = play(arguments.sly, folder, steps)
+            jobs += count
+            if failure and failure[0] not in found:
+                kind, text, steps = failure
+                same = lambda fewer: (play(arguments.sly, folder, fewer)[1] or [None])[0] == kind
+                found[kind] = text, seed, shrink.smallest(steps, same), jobs
+                if not arguments.keep_going:
+                    break
+            seed += 2
+    finally:
+        shutil.rmtree(folder, ignore_errors=True)
+    return jobs, found
+
+
+def show(kind, text, steps, where):
+    print(f"LOST in {' | '.join(kind)}, {where}:\n  {text}")
+    for step in steps:
+        print("   ", step)
+    print(flush=True)
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--sly", type=os.path.abspath, required=True)
+    parser.add_argument("--seed", type=int, default=random.SystemRandom().randrange(10**9))
+    parser.add_argument("--jobs", type=int, default=10**9)
+    parser.add_argument("--minutes", type=float, default=10**6)
+    parser.add_argument("--keep-going", action="store_true", help="list every kind of failure")
+    parser.add_argument("--steps", type=pathlib.Path, help="do these, as a failure has printed them")
+    parser.add_argument("--folder", help="for the worlds; in memory is fastest",
+                        default="/dev/shm" if os.access("/dev/shm", os.W_OK) else None)
+    arguments = parser.parse_args()
+    if arguments.steps:
+        steps = [ast.literal_eval(line.strip())
+                 for line in arguments.steps.read_text().splitlines() if line.strip().startswith("(")]
+        with tempfile.TemporaryDirectory(dir=arguments.folder) as folder:
+            _, failure = play(arguments.sly, folder + "/home", steps)
+        if failure:
+            show(*failure, arguments.steps)
+        return int(bool(failure))
+
+    usage = subprocess.run([arguments.sly, "join", "--help"], capture_output=True, check=True).stdout
+    able = choices.Able(force=b"--force" in usage, root=os.geteuid() == 0)
+    print(f"Seed {arguments.seed}", flush=True)
+    begun = time.monotonic()
+    with concurrent.futures.ProcessPoolExecutor(2) as pool:
+        runs = list(pool.map(work, [arguments] * 2, [able] * 2, range(2)))
+    jobs, found = 0, {}
+    for count, failures in runs:
+        jobs, found = jobs + count, failures | found
+    for kind, (text, seed, steps, count) in found.items():
+        show(kind, text, steps, f"seed {seed}, after {count} jobs")
+    minutes = (time.monotonic() - begun) / 60
+    print(f"{jobs} jobs in {minutes:.1f} minutes, {len(found)} kinds of failure")
+    return int(bool(found))
+
+
+if __name__ == "__main__":
+    sys.exit(main())
