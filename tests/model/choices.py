@@ -11,7 +11,6 @@ RELATED = ["ly", ".sly", ".1.sly", ".2.sly", ".sha256", ".1", ".S", "2", " "]
 OURS = ".slyver-0123456789abcdef.set"  # As a killed split leaves it.
 BELOW = ["old", "more", "more/deep", OURS, OURS + "/earlier", "b.1.sly", "more/" + OURS]
 MODES = [0o644] * 4 + [0o600, 0o640, 0o444, 0o755, 0o666]
-# An age file that was published with the format.
 SECRETS = [b"Ab\n", b"Ab", b"Ab\r\nmore", b"wrong\n", b"slyver\n", b"x" * 24, b"x" * 25, b"\n", b"",
            "\u00e4\u20ac\n".encode(), "\u4f60\n".encode(), b"\xff\n", "Ab\n".encode("utf-16"), b"password\n"]
 
@@ -25,8 +24,8 @@ class Able:
 
 
 class Chooser:
-    def __init__(self, rng, able, age_file):
-        self.rng, self.able, self.age_file = rng, able, age_file
+    def __init__(self, rng, able):
+        self.rng, self.able = rng, able
         self.steps, self.sources, self.pieces, self.folders = [], {}, [], []
 
     def maybe(self, share):
@@ -76,7 +75,7 @@ class Chooser:
             self.job()
 
     def file(self, path, data, mode=None):
-        self.sources[path] = len(data) if isinstance(data, bytes) else data[2] - data[1]
+        self.sources[path] = data[2] - data[1] if isinstance(data, tuple) else 1
         self.steps.append(("file", path, data, mode or self.rng.choice(MODES)))
 
     def set(self, folder, name, version, length, size):
@@ -203,10 +202,10 @@ class Chooser:
         for name in rng.sample(mains, 2):
             self.file(name, ("A", 0, rng.choice((0, 1, 2000, 2500, 2501, 6000))))
         for name in rng.sample(files, 3):
-            data = self.age_file if name == "a.age" else ("B", 0, rng.choice((0, 1, 500)))
+            data = "age" if name == "a.age" else ("B", 0, rng.choice((0, 1, 500)))
             self.file(name, data)
         for name in rng.sample(mains[:3] + ["old.gif"], rng.randrange(1, 3)):
-            inside = tuple((each, self.age_file if each == "a.age" else ("C", 0, rng.randrange(1, 900)))
+            inside = tuple((each, "age" if each == "a.age" else ("C", 0, rng.randrange(1, 900)))
                            for each in rng.choices(["a.zip", "a.age", "b.txt", "\u00e9"],
                                                    k=rng.choice((1, 1, 2, 3, 5, 6))))
             password = rng.choice((b"Ab", b"Ab", b"slyver", b"x" * 24))

@@ -24,7 +24,6 @@ import choices
 import oracle
 import shrink
 import world
-from jobs import AGE_FILE  # The suites' sample.
 
 
 def play(sly, folder, steps):
@@ -32,7 +31,6 @@ def play(sly, folder, steps):
     kind, its text and the steps so far."""
     count = 0
     with world.World(sly, folder) as place:
-        place.plain[AGE_FILE] = b"age", "password"
         for i, step in enumerate(steps):
             if step[0] not in ("sly", "kill"):
                 try:
@@ -68,7 +66,7 @@ def work(arguments, able, first):
     seed, jobs, found = arguments.seed + first, 0, {}
     try:
         while jobs < arguments.jobs / 2 and time.monotonic() < until:
-            steps = choices.Chooser(random.Random(seed), able, AGE_FILE).scenario()
+            steps = choices.Chooser(random.Random(seed), able).scenario()
             count, failure = play(arguments.sly, folder, steps)
             jobs += count
             if failure and failure[0] not in found:

@@ -1,5 +1,7 @@
 """Makes the steps of a failure as few and as small as they can be."""
 
+from oracle import VALUED
+
 
 def smallest(steps, fails):
     """The steps with as much left out as possible; `fails` runs steps and returns true if they show
@@ -30,12 +32,10 @@ def smallest(steps, fails):
 def simpler_ones(step):
     what, *rest = step
     if what == "sly":
-        end = rest.index("--") if "--" in rest else len(rest)
+        end = rest.index("--")
         for i in range(1, end):
             if rest[i].startswith("--"):
-                yield ("sly", *rest[:i], *rest[i + 1 :])
-                if i + 1 < end and not rest[i + 1].startswith("--"):
-                    yield ("sly", *rest[:i], *rest[i + 2 :])
+                yield ("sly", *rest[:i], *rest[i + 1 + (rest[i] in VALUED) :])
     if what == "file" and step[3] != 0o644:
         yield (*step[:3], 0o644)
     if what == "list":

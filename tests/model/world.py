@@ -1,7 +1,7 @@
 """A folder made by steps, in which sly runs; and what is in it, byte for byte.
 
 A step is a tuple of plain values, printed and read back as it is:
-    ("file", PATH, DATA, MODE)         DATA: bytes, or (letter, begin, end, flipped bytes ...)
+    ("file", PATH, DATA, MODE)         DATA: bytes, (letter, begin, end, flipped bytes ...) or "age"
     ("folder", PATH) ("link", PATH, TARGET) ("owner", PATH, USER) ("umask", BITS) ("disk", KIB)
     ("list", PATH, FORM, ((NAME, DATA), ...))         a checksum file; FORMS has the forms
     ("carrier", PATH, DATA, ((NAME, DATA), ...), PASSWORD)
@@ -22,6 +22,7 @@ import subprocess
 import time
 
 import carriers
+import jobs
 
 GUEST = 4321
 PATIENCE = 60  # Seconds after which a job hangs.
@@ -76,6 +77,8 @@ def _version(letter):
 
 
 def content(data):
+    if data == "age":
+        return jobs.AGE_FILE
     if isinstance(data, bytes):
         return data
     letter, begin, end, *flipped = data
@@ -130,7 +133,7 @@ class World:
     def __init__(self, sly, folder):
         self.sly, self.home, self.files = sly, folder, os.path.join(folder, "files")
         self.umask, self.disk = 0o022, False
-        self.plain = {}  # Of age files that jobs have made: what is in them, and the passphrase.
+        self.plain = {jobs.AGE_FILE: (b"age", "password")}  # What is in age files, and the passphrase.
         self.put_aside = {}  # Of killed splits, by the path of piece 1: the set before.
         self.leftovers = set()  # What killed jobs have left.
 
