@@ -42,6 +42,8 @@ class Chooser:
     def sets(self):
         rng = self.rng
         if self.maybe(0.3):
+            self.steps.append(("locale", rng.choice(("C", "C.UTF-8", "de_DE.ISO-8859-1"))))
+        if self.maybe(0.3):
             self.steps.append(("umask", rng.choice((0, 0o027, 0o077))))
         top = rng.choice(("", "p"))
         self.folders = [top, top, "out"]
@@ -51,7 +53,7 @@ class Chooser:
             names.append(rng.choice((stem + rng.choice(RELATED), stem[:-1] or "y", stem.swapcase())))
         opened = ("opens", top or "out", "default")
         self.steps.append(("folder", opened[1]))
-        if self.maybe(0.1):
+        if self.maybe(0.15):
             self.steps.append(opened)
         size = rng.choice((1, 7, 100, 1000, 4096, 10_000))
         for name in dict.fromkeys(names):
@@ -63,10 +65,14 @@ class Chooser:
                 version, size2 = rng.choice("ABC"), rng.choice((size, size, size, max(1, size // 2)))
                 folder = os.path.join(top, rng.choice(BELOW)) if self.maybe(0.8) else "out"
                 self.set(folder, name, version, rng.randrange(1, size * 7), size2)
-        if self.maybe(0.15):
+        if self.maybe(0.3):
             self.steps.append(opened)
         if self.maybe(0.1):
-            self.steps.append(("link", os.path.join(top, rng.choice(names)), rng.choice(("src", "no"))))
+            self.folders.append(rng.choice(("dangling", *self.sources)))
+            self.steps.append(("link", "dangling", "no"))
+        if self.maybe(0.05):
+            name = rng.choice(names) + rng.choice(("", ".2.sly", ".sha256"))
+            self.steps.append(("folder", os.path.join(rng.choice(self.folders[:3]), name)))
         if self.sources and self.maybe(0.1):
             self.steps.append(("opens", rng.choice(list(self.sources)), "access"))
         if self.sources and self.able.root and self.maybe(0.05):

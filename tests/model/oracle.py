@@ -14,6 +14,7 @@ LIST_LIMIT, LINE_LIMIT, MOST_PIECES, PAGE = 2**25, 2048, 32767, 4096
 PUBLIC = b"slyver"  # The password that opens a list which needs none.
 AGE = b"age-encryption.org/v1\n"
 UNFIT = ("txt", "ini", "inf", "doc", "log", "html", "htm", "php", "rtf", "dot")
+DONE = rb"^File (Successfully Sly|Joined|Hidden|Recovered)\.$"
 VALUED = {"--size", "--count", "--output", "--file", "--password-file", "--passphrase-file"}
 
 
@@ -204,6 +205,7 @@ class Job:
                     for i, paths in theirs.items():
                         below[i] += paths
         found = here | below
+        refuse_if(not found, "no pieces")
         refuse_if(any(len(paths) > 1 for paths in found.values()), "a number is there twice")
         taken = len(number) == 6 and number.isdigit() and number[0] != "0"
         refuse_if(not taken and path not in [each for paths in here.values() for each in paths],
@@ -450,7 +452,18 @@ def remember_kill(arguments, before, after, place):
         place.put_aside[path] = {path: before[path] for path in job.set()} or job.aside()
 
 
-def failures(expected, before, after, outcome, place):
+def wrong_words(status, err, quiet):
+    """What is wrong with the messages of a job."""
+    if re.search(rb"::|__|\bstd\b", err):
+        return "the text of an exception"
+    if status and not err.strip():
+        return "failed without a message"
+    if re.search(DONE, err, re.MULTILINE) and (status or quiet):
+        return "a message of success"
+    return ""
+
+
+def failures(arguments, expected, before, after, outcome, place):
     """What is wrong after a job: pairs of a kind and a text. Of one job the first counts."""
     status, out, err = outcome
     if status not in (0, 1, 2):
@@ -459,8 +472,9 @@ def failures(expected, before, after, outcome, place):
         expected = expected if status == 0 else Expected(expected.why)
     elif status != expected.status:
         return [("status", f"status {status} instead of {expected.status}: {err[-300:]!r}")]
-    if status and not err.strip():
-        return [("silence", "failed without a message")]
+    words = wrong_words(status, err, "--quiet" in arguments)
+    if words:
+        return [("words", f"{words}: {err!r}")]
     starts = [before] + [expected.instead] * (expected.instead is not None)
     wrong = min((differing(expected, start, after, place) for start in starts), key=len)
     if wrong:
@@ -513,14 +527,15 @@ def rights(expected, old, new, private, place):
         members = source.open_to_group() and source.group == new.group
         if new.open_to_group() and not members and not source.open_to(world.GUEST + 1):
             return "its group may read it, but not its source's"
-    if any(source.access for source in expected.sources) or place.disk:
+    if isinstance(old, File) and old.user != new.user and os.geteuid() == 0:
+        return f"its owner was {old.user} and is {new.user}"
+    alike = all((source.user, source.group) == (new.user, new.group) and not source.access
+                for source in expected.sources)
+    if not alike or place.disk:  # On a full disk what was to be replaced may have gone first.
         return ""
     if not isinstance(old, File):
         return "" if new.mode & 0o444 == common else f"its mode is {new.mode:o}, not {common:o}"
-    if old.user != new.user and os.geteuid() == 0:
-        return f"its owner was {old.user} and is {new.user}"
-    wider = any(old.mode & 0o666 & ~source.mode or old.group != source.group
-                for source in expected.sources)
+    wider = any(old.mode & 0o666 & ~source.mode for source in expected.sources)
     if not wider and (old.mode, old.access) != (new.mode, new.access):
         return f"replaced a file of mode {old.mode:o}, access list {old.access.hex()}"
     return ""

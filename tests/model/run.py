@@ -11,6 +11,7 @@ import concurrent.futures
 import os
 import pathlib
 import random
+import shlex
 import shutil
 import subprocess
 import sys
@@ -49,7 +50,8 @@ def play(sly, folder, steps):
                 expected = oracle.Job(step[1:], before, place).expected()
                 why = expected.why
                 outcome = place.do(step)
-                wrong = oracle.failures(expected, before, world.look(place.files), outcome, place)
+                wrong = oracle.failures(
+                    step, expected, before, world.look(place.files), outcome, place)
             except Exception:
                 wrong = [("error", traceback.format_exc())]
             if wrong:
@@ -72,7 +74,9 @@ def work(arguments, able, first):
             if failure and failure[0] not in found:
                 kind, text, steps = failure
                 same = lambda fewer: (play(arguments.sly, folder, fewer)[1] or [None])[0] == kind
-                found[kind] = text, seed, shrink.smallest(steps, same), jobs
+                steps = shrink.smallest(steps, same)
+                again = play(arguments.sly, folder, steps)[1]  # A killed job does not end alike again.
+                found[kind] = again[1] if again else text, seed, steps, jobs
                 if not arguments.keep_going:
                     break
             seed += 2
@@ -84,8 +88,10 @@ def work(arguments, able, first):
 def show(kind, text, steps, where):
     print(f"LOST in {' | '.join(kind)}, {where}:\n  {text}")
     for step in steps:
-        print("   ", step)
-    print(flush=True)
+        *rest, last = step
+        mode = isinstance(last, int) and step[0] in ("file", "umask")
+        print("    (" + ", ".join([*map(repr, rest), oct(last) if mode else repr(last)]) + ")")
+    print("  $", shlex.join(["sly", *steps[-1][1:]]), "\n", flush=True)
 
 
 def main():

@@ -2,7 +2,8 @@
 
 A step is a tuple of plain values, printed and read back as it is:
     ("file", PATH, DATA, MODE)         DATA: bytes, (letter, begin, end, flipped bytes ...) or "age"
-    ("folder", PATH) ("link", PATH, TARGET) ("owner", PATH, USER) ("umask", BITS) ("disk", KIB)
+    ("folder", PATH) ("link", PATH, TARGET) ("owner", PATH, USER) ("umask", BITS)
+    ("disk", KIB) ("locale", NAME)
     ("list", PATH, FORM, ((NAME, DATA), ...))         a checksum file; FORMS has the forms
     ("carrier", PATH, DATA, ((NAME, DATA), ...), PASSWORD)
     ("opens", PATH, KIND)              user 4321 may read: the file, or what a folder will hold
@@ -132,7 +133,7 @@ class World:
 
     def __init__(self, sly, folder):
         self.sly, self.home, self.files = sly, folder, os.path.join(folder, "files")
-        self.umask, self.disk = 0o022, False
+        self.umask, self.disk, self.locale = 0o022, False, "C.UTF-8"
         self.plain = {jobs.AGE_FILE: (b"age", "password")}  # What is in age files, and the passphrase.
         self.put_aside = {}  # Of killed splits, by the path of piece 1: the set before.
         self.leftovers = set()  # What killed jobs have left.
@@ -182,6 +183,9 @@ class World:
     def _umask(self, bits):
         self.umask = bits
 
+    def _locale(self, name):
+        self.locale = name
+
     def _disk(self, kib):
         subprocess.run(
             ["mount", "-t", "tmpfs", "-o", f"size={kib}k", "none", self.files], check=True)
@@ -202,7 +206,7 @@ class World:
             os.setxattr(self.at(path), "system.posix_acl_" + kind, access)
 
     def _start(self, arguments):
-        home = {"HOME": self.home, "XDG_CONFIG_HOME": self.at("../config"),
+        home = {"LC_ALL": self.locale, "HOME": self.home, "XDG_CONFIG_HOME": self.at("../config"),
                 "XDG_RUNTIME_DIR": self.at("../run")}
         return subprocess.Popen(
             [self.sly, *arguments], cwd=self.files, umask=self.umask, env=os.environ | home,
