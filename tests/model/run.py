@@ -47,16 +47,15 @@ def play(sly, folder, steps):
             count += 1
             why = "the model itself"
             try:
-                expected = oracle.Job(step[1:], before, place).expected()
+                job = oracle.Job(step[1:], before, place)
+                expected = job.expected()
                 why = expected.why
                 outcome = place.do(step)
-                wrong = oracle.failures(
-                    step, expected, before, world.look(place.files), outcome, place)
+                wrong = oracle.failure(job, expected, world.look(place.files), outcome)
             except Exception:
-                wrong = [("error", traceback.format_exc())]
+                wrong = "error", traceback.format_exc()
             if wrong:
-                kind = (step[1], why, wrong[0][0])
-                return count, (kind, "; ".join(text for _, text in wrong[:4]), steps[: i + 1])
+                return count, ((step[1], why, wrong[0]), wrong[1], steps[: i + 1])
     return count, None
 
 

@@ -30,18 +30,17 @@ PATIENCE = 60  # Seconds after which a job hangs.
 _ACCESS = "system.posix_acl_access"
 _USER_OBJ, _USER, _GROUP_OBJ, _GROUP, _MASK, _OTHER = 1, 2, 4, 8, 16, 32
 
-FORMS = {  # What becomes of a line of a checksum file: of its digest, its name and whether it is the last.
-    "plain": lambda digest, name, last: digest + b"  " + name + b"\n",
-    "binary": lambda digest, name, last: digest.upper() + b" *" + name + b"\r\n",
-    "mark": lambda digest, name, last: digest + b"  " + name + b"\n",
-    "here": lambda digest, name, last: digest + b"  ./" + name + b"\n",
-    "tag": lambda digest, name, last: b"SHA256 (" + name + b") = " + digest + b"\n",
-    "twice": lambda digest, name, last: (digest + b"  " + name + b"\n") * 2,
-    "differing": lambda digest, name, last: b"".join(
-        each + b"  " + name + b"\n" for each in (digest, b"0" * 64)),
-    "cut": lambda digest, name, last: (digest + b"  " + name + b"\n")[: 30 if last else None],
-    "notes": lambda digest, name, last: digest + b"  " + name + b"\n" + last * b"see the mail\n",
-    "elsewhere": lambda digest, name, last: digest + b"  /mnt/" + name + b"\n",
+FORMS = {  # The lines of a checksum file.
+    "plain": b"%(digest)s  %(name)s\n",
+    "mark": b"%(digest)s  %(name)s\n",  # Behind a byte-order mark.
+    "cut": b"%(digest)s  %(name)s\n",  # The last line is not whole.
+    "notes": b"%(digest)s  %(name)s\n",  # Another text comes behind.
+    "binary": b"%(DIGEST)s *%(name)s\r\n",
+    "here": b"%(digest)s  ./%(name)s\n",
+    "tag": b"SHA256 (%(name)s) = %(digest)s\n",
+    "twice": b"%(digest)s  %(name)s\n" b"%(digest)s  %(name)s\n",
+    "differing": b"%(digest)s  %(name)s\n" + b"0" * 64 + b"  %(name)s\n",
+    "elsewhere": b"%(digest)s  /mnt/%(name)s\n",
 }
 
 
@@ -53,23 +52,14 @@ class File:
     group: int
     access: bytes  # The access list as the system stores it; empty if there is none.
 
-    def open_to(self, user):
-        """True if this user, who is in no group, may read the file."""
-        entries = list(struct.iter_unpack("<HHI", self.access[4:]))
+    def readers(self):
+        """Who may read the file, but for its owner."""
+        entries = list(struct.iter_unpack("<HHI", self.access[4:])) or [
+            (_GROUP_OBJ, self.mode >> 3, 0), (_OTHER, self.mode, 0)]
         mask = next((bits for tag, bits, _ in entries if tag == _MASK), 7)
-        if user == self.user:
-            return bool(self.mode & 0o400)
-        for tag, bits, who in entries:
-            if tag == _USER and who == user:
-                return bool(bits & mask & 4)
-        return bool(self.mode & 0o004)
-
-    def open_to_group(self):
-        """True if a member of the file's group, or of any group that the list names, may read it."""
-        entries = list(struct.iter_unpack("<HHI", self.access[4:]))
-        mask = next((bits for tag, bits, _ in entries if tag == _MASK), 7)
-        bits = [bits for tag, bits, _ in entries if tag in (_GROUP_OBJ, _GROUP)]
-        return any(each & mask & 4 for each in bits or [self.mode >> 3])
+        names = {_USER: "user %d", _GROUP: "group %d", _GROUP_OBJ: f"group {self.group}", _OTHER: "others"}
+        return {names[tag] % who if "%" in names[tag] else names[tag] for tag, bits, who in entries
+                if tag in names and bits & 4 & (mask if tag != _OTHER else 7)}
 
 
 @functools.cache
@@ -90,14 +80,15 @@ def content(data):
 
 
 def list_text(form, lines):
+    """A checksum file; `lines` are pairs of name and data."""
     text = b"\xef\xbb\xbf" if form == "mark" else b""
-    for i, (name, data) in enumerate(lines):
+    for name, data in lines:
         raw = os.fsencode(name)
         escaped = raw.replace(b"\\", b"\\\\").replace(b"\n", b"\\n").replace(b"\r", b"\\r")
         digest = hashlib.sha256(content(data)).hexdigest().encode()
-        line = FORMS[form](digest, escaped, i == len(lines) - 1)
+        line = FORMS[form] % {b"digest": digest, b"DIGEST": digest.upper(), b"name": escaped}
         text += line if escaped == raw else b"\\" + line
-    return text
+    return text[:-40] if form == "cut" else text + b"see the mail\n" * (form == "notes")
 
 
 def access_list(owner, group, other):
