@@ -182,7 +182,7 @@ class Chooser:
             size = ["--size", str(rng.choice((50, 100, 200)))]
             split = ["split", *size, "--output", "p", "--yes", *["--checksum"] * self.maybe(0.5)]
             kill = version == "B" or self.maybe(0.2)
-            self.steps.append((*(("kill", rng.randrange(1, 60)) if kill else ("sly",)),
+            self.steps.append((*(("kill", rng.choice((*range(-6, 0), rng.randrange(1, 60)))) if kill else ("sly",)),
                                *split, "--", "src/" + name))
         self.pieces = [f"p/{name}.{i}.sly" for i in (1, 1, 2, 5)]
         for _ in range(rng.randrange(1, 4)):

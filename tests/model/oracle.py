@@ -21,12 +21,14 @@ VALUED = {"--size", "--count", "--output", "--file", "--password-file", "--passp
 class Expected:
     why: str  # The rule, in a few words.
     status: int | None = 1  # None: 0, or 1 and then nothing has changed.
-    # Each path's new bytes, None if it is deleted, or a function that is true of the right bytes.
+    # Each path's new bytes, None if it is deleted, a function that is true of the right bytes, or a
+    # tuple of what it may be.
     changes: dict = dataclasses.field(default_factory=dict)
     loose: set = dataclasses.field(default_factory=set)  # May be deleted too.
     sources: list = dataclasses.field(default_factory=list)  # Who may read these may read the results.
     private: set = dataclasses.field(default_factory=set)  # Results for their owner alone.
     out: bytes | None = None  # None: anything.
+    partial: dict = dataclasses.field(default_factory=dict)  # The changes of a job that fails halfway.
     instead: dict | None = None  # Another state that the job may have started from.
 
 
@@ -60,11 +62,11 @@ class Job:
         if self.verb == "split":
             found.loose |= self.place.leftovers
             if aside := self.aside():
-                ours = self.place.leftovers | self.set()
-                found.instead = {path: each for path, each in self.state.items() if path not in ours}
-                found.instead |= aside
-                if found.status == 1:  # It must not be lost.
-                    found.loose = {path for path in found.loose if "/earlier/" not in path}
+                held = {path for path in self.place.leftovers if "/earlier/" in path}
+                found.instead = {path: each for path, each in self.state.items()
+                                 if path not in held | self.set()} | aside
+                if found.status == 1:  # What was put aside must not be lost.
+                    found.loose -= held
         return found
 
     def file(self, path):
@@ -153,12 +155,15 @@ class Job:
             new[path] = list_text(
                 "plain", [(os.path.basename(each), data) for each, data in new.items()])
         refuse_if((old or aside) and not self.yes, "pieces of an earlier split")
-        return Expected("split over an earlier set" if old or aside else "split",
-                        self.status_by_room(new, old), dict.fromkeys(old | aside.keys()) | new,
-                        sources=[source],
+        over = old | aside.keys()
+        partial = {} if over else {path: (None, data) for path, data in new.items()
+                                   if path != self.first() and path.endswith(".sly")}
+        return Expected("split over an earlier set" if over else "split",
+                        self.status_by_room(new, old, partial), dict.fromkeys(over) | new,
+                        sources=[source], partial=partial,
                         out=self.printed(*new) if "--verbose" in self.options else b"")
 
-    def status_by_room(self, new, old):
+    def status_by_room(self, new, old, partial):
         """Between what must fit and what cannot are the pages that the work itself needs."""
         if not self.place.disk:
             return 0
@@ -166,7 +171,8 @@ class Job:
         room = self.place.room()
         if self.first() not in old:  # Leftovers go first where there is no room.
             room += pages(self.state[path].data for path in old)
-        refuse_if(pages(new.values()) > room, "no room")
+        if pages(new.values()) > room:
+            raise Refused("no room", 1, partial)
         return 0 if pages(new.values()) + 16 * PAGE <= room else None
 
     # Join and verify.
@@ -195,7 +201,8 @@ class Job:
         self.list = self.listed(self.folder)
         self.digests = self.list or {}
         self.whole, listed = 0 in self.digests, self.digests.keys() - {0}
-        self.missing = set(range(1, max(0 if listed else 2, self.chosen, *self.found, *listed) + 1))
+        most = max(*listed, *self.found, 0 if listed else max(2, self.chosen), 0)
+        self.missing = set(range(1, most + 1))
         self.missing -= self.found.keys()
         data = [self.file(path).data for path in self.found.values()]
         damaged = lambda i, data: self.digests.get(i) not in (None, hashlib.sha256(data).hexdigest())
@@ -385,7 +392,8 @@ def remember_kill(arguments, before, after, place):
     """Takes note of what a killed job has left, and of the set that it was to replace."""
     place.leftovers |= {path for path in after.keys() - before.keys() if ".slyver-" in path}
     job = Job(arguments, before, place)
-    place.put_aside[job.first()] = {path: before[path] for path in job.set()} or job.aside()
+    if job.first() not in after:
+        place.put_aside[job.first()] = {path: before[path] for path in job.set()} or job.aside()
 
 
 def failure(job, expected, after, outcome):
@@ -394,29 +402,31 @@ def failure(job, expected, after, outcome):
     if status not in (0, 1, 2):
         return "ending", f"ended with {status}: {err[-300:]!r}"
     if expected.status is None:
-        expected = expected if status == 0 else Expected(expected.why, loose=expected.loose)
+        expected = expected if status == 0 else Expected(
+            expected.why, changes=expected.partial, loose=expected.loose)
     elif status != expected.status:
         return "status", f"status {status} instead of {expected.status}: {err[-300:]!r}"
-    if words := wrong_words(status, err, expected.changes and "--quiet" not in job.options):
+    if words := wrong_words(status, err, expected, "--quiet" in job.options):
         return "words", f"{words}: {err!r}"
     starts = [job.state] + [expected.instead] * (expected.instead is not None)
     if wrong := min((differing(expected, start, after) for start in starts), key=len):
         return "files", "; ".join(wrong[:4])
     if status != 2 and expected.out not in (None, out.replace(b"/./", b"/")):
         return "output", f"prints {out!r} instead of {expected.out!r}"
-    for path in [path for path, data in expected.changes.items() if data is not None]:
+    for path in [path for path, data in expected.changes.items() if data is not None and path in after]:
         if text := wrong_rights(expected, path, job.state.get(path), after[path], job.place):
             return "rights", f"{text}: {path!r}"
     return None
 
 
-def wrong_words(status, err, success):
+def wrong_words(status, err, expected, quiet):
     """What is wrong with the messages of a job."""
     if re.search(rb"::|__|\bstd\b", err):
         return "the text of an exception"
     if status and not err.strip():
         return "failed without a message"
-    return "a message of success" if re.search(DONE, err, re.MULTILINE) and not success else ""
+    silent = quiet and not status or not expected.changes
+    return "a message of success" if silent and re.search(DONE, err, re.MULTILINE) else ""
 
 
 def differing(expected, start, after):
@@ -429,7 +439,8 @@ def differing(expected, start, after):
         new, old = after.get(path), start.get(path)
         if path in changes:
             must, data = changes[path], new.data if isinstance(new, File) else new
-            right = data is not None and must(data) if callable(must) else data == must
+            right = (data in must if isinstance(must, tuple) else data == must if not callable(must)
+                     else data is not None and must(data))
             text = "wrong bytes" if new and must is not None else "still there" if new else "missing"
         else:
             right = new == old or new is None and path in expected.loose or (

@@ -7,7 +7,8 @@ A step is a tuple of plain values, printed and read back as it is:
     ("list", PATH, FORM, ((NAME, DATA), ...))         a checksum file; FORMS has the forms
     ("carrier", PATH, DATA, ((NAME, DATA), ...), PASSWORD)
     ("opens", PATH, KIND)              user 4321 may read: the file, or what a folder will hold
-    ("kill", CHANGES, ARGUMENT ...)    sly is killed when so many changes of names were seen
+    ("kill", CHANGES, ARGUMENT ...)    sly is killed when so many changes of names were seen; fewer
+                                       than 0: so many after it has begun to exchange two sets
     ("sly", ARGUMENT ...)              a job, to be judged"""
 
 import contextlib
@@ -215,10 +216,9 @@ class World:
 
     def _kill(self, changes, *arguments):
         process, seen, before = self._start(arguments), 0, None
-        while process.poll() is None and seen <= changes:
-            now = []
-            for folder, _, names in os.walk(self.files):
-                now.append((folder, names))
-            seen, before = seen + (now != before), now
+        while process.poll() is None and seen <= abs(changes):
+            now = [(folder, names) for folder, _, names in os.walk(self.files)]
+            exchanges = changes >= 0 or any(names and folder.endswith("/earlier") for folder, names in now)
+            seen, before = seen + (now != before and exchanges), now
         process.kill()
         process.communicate()
