@@ -112,8 +112,8 @@ def _losses_of_killed(setting, job, home, outcome):
         for path in job.results:
             (home / path).unlink(missing_ok=True)
     # Pieces of a killed split are those of an earlier one, about which the user is asked.
-    yes = () if "--yes" in job.arguments else ("--yes",)
-    outcome = jobs.run(setting.sly, (*job.arguments, *yes), home)
+    # The list may be gone, which has proven a piece in a subfolder.
+    outcome = jobs.run(setting.sly, (*job.arguments, "--force"), home)
     again = jobs.losses(job, home, outcome, expected=(0,))
     # The modes are those of the first run's results, where there were any.
     return lost + [f"{loss}, after a second run" for loss in again if "wrong mode" not in loss]

@@ -37,6 +37,9 @@ fs::path ListPath(const CopyPlan& plan) {
 
 constexpr std::string_view asideName = "earlier";
 
+/// What a file's last block may take beyond the file's end.
+constexpr std::uint64_t blockLength = 4096;
+
 /// A file of a set: its number, CopyPlan::numberOfList for the list, and its name.
 using SetFile = std::pair<int, std::string>;
 
@@ -195,10 +198,11 @@ void TargetSet::RequireRoom() {
   const fs::path& folder = plan_.names.folder;
   const std::uint64_t needed = plan_.SpaceNeeded(sharing_) + ListLength(plan_);
   std::uint64_t free = FreeSpace(folder);
-  if (needed > free && !hasEarlierFirst_ && !hasEarlierList_) {
+  const std::uint64_t inBlocks = needed + plan_.TargetCount() * blockLength;
+  if (inBlocks > free && !hasEarlierFirst_ && !hasEarlierList_) {
     std::uint64_t held = 0;
     for (const std::string& name : earlier_) held += StateOf(folder / PathFromText(name)).space;
-    if (needed - free <= held) {
+    if (needed <= held || needed - held <= free) {
       for (const std::string& name : earlier_) (void)RemoveFile(folder / PathFromText(name));
       earlier_.clear();
       free = FreeSpace(folder);
