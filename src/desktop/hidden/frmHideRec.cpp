@@ -101,6 +101,7 @@ void frmHideRec::Command2_Click() {
 void frmHideRec::Start(RecoverJob::Next (RecoverJob::*procedure)()) {
   Run([this, procedure] {
     RecoverForm form{PathIn(*Text1_), SecretIn(*Text2_)};
+    if (ListIsOpen(form.Text1)) form.passphrase = std::exchange(form.Text2, {});
     Hide();
     job_.emplace(std::exchange(form, {}), Talk(), BigFiles::Ask);
     return ((*job_).*procedure)();
