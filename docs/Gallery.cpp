@@ -54,7 +54,7 @@ class Gallery final : public wxApp {
     }
     if (form == "Question") {
       (void)ui_.Question("holiday.mkv Already Exists. Do You Want To Replace It?", Buttons::YesNo,
-                         Icon::None);
+                         Stakes::Replaces);
       return;
     }
     for (wxWindow* const window : wxTopLevelWindows)

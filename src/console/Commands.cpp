@@ -107,7 +107,7 @@ std::optional<Secret> ListPassword(const fs::path& carrier, const Arguments& arg
 
 /// Fills in the passwords of a hide. False when there is nobody to ask; that has been said.
 bool TakePasswords(HideForm& form, const Arguments& arguments, ConsoleUi& ui) {
-  if (!arguments.encrypt && ListIsOpen(form.Text1)) return true;
+  if (!arguments.encrypt && arguments.passwordFile.empty() && ListIsOpen(form.Text1)) return true;
   if (arguments.encrypt && !arguments.passwordFile.empty())
     form.last = SecretIn(arguments.passwordFile, Typed::Password, ui);
   const auto typed =
@@ -256,12 +256,16 @@ bool Recover(const Arguments& arguments, ConsoleUi& ui) {
   const std::optional<fs::path> folder = OutputFolder(arguments, form.Text1, created, ui);
   if (!folder) return false;
   form.output = *folder;
-  if (const std::optional<Secret> password = ListPassword(form.Text1, arguments, ui))
-    form.Text2 = *password;
-  else
-    return false;
+  // What is in files is read before anything is asked for, the password first: both may be lines of
+  // standard input.
+  std::optional<Secret> password;
+  if (!arguments.passwordFile.empty()) password = ListPassword(form.Text1, arguments, ui);
   if (!arguments.passphraseFile.empty())
     form.passphrase = SecretIn(arguments.passphraseFile, Typed::Passphrase, ui);
+  if (!password) password = ListPassword(form.Text1, arguments, ui);
+  if (!password) return false;
+  form.Text2 = *password;
+  form.ask = Terminal::CanAsk();
   RecoverJob job(std::exchange(form, {}), ui, BigFiles::Take);
   if (arguments.main) {
     (void)job.RecMain();

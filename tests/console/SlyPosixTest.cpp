@@ -29,6 +29,7 @@ namespace fs = std::filesystem;
 #define UNCHECKED "There Is No Checksum File Of The Pieces. Their Bytes Were Not Checked.\n"
 #define SAME \
   "The Passphrase Is The Password Of The List, Which Anyone Can Find Out. Choose Another One.\n"
+#define NOT_ITS_PASSWORD "Incorrect Password. Unable To Recover File.\n"
 #define LIST "0\t7\ta.bin\n1\t3000\tb.bin\n2\t1\tc.bin\n3\t25\td.bin\n4\t5000\te.bin\n5\t6\tf.bin\n"
 
 /// The status that a shell would give a child's end.
@@ -277,11 +278,17 @@ constexpr Case scripts[] = {
      "$SLY hide -q -e $PP m.png t; $SLY list \"$c\"; grep -ac plain \"$c\";"
      "$SLY hide -q -y \"$c\" b.bin && $SLY recover -q $PP --all \"Hidden File $c\";"
      "cmp t 'Original t' && cmp b.bin 'Original b.bin'; $SLY recover -q -f 0 \"Hidden File $c\";"
+     "for job in list recover; do $SLY $job $P \"$c\"; done;"
+     "$SLY hide -y -q $P \"$c\" b.bin; $SLY hide -y -q -e $PP $P \"$c\" b.bin;"
+     "$SLY hide -q -e $PP $P m.png b.bin; $SLY recover $PP $P --all two;"
      "printf xx | dd of=\"$c\" bs=1 seek=3170 conv=notrunc 2>/dev/null; $SLY recover $PP \"$c\"",
      1,
      "@/Hidden File m.png\n0\t188\tt.age\n0\n@/Hidden File Hidden File m.png\n@/Original t\n"
-     "@/Original b.bin\n",
-     "Enter Passphrase Of t. (Nobody is at the terminal; --passphrase-file names a file with it.)\n"
+     "@/Original b.bin\n@/Original t.age\n",
+     "t.age Is Still Encrypted.\n" NOT_ITS_PASSWORD NOT_ITS_PASSWORD
+     "Incorrect Password.\nIncorrect Password.\n"
+     "A New List Takes No Password Where The File Is Encrypted. Leave The Password Out.\n"
+     "No File Hidden In two Is Encrypted Under A Passphrase.\nUnable To Recover File.\n"
      "t Is Damaged.\nUnable To Recover File.\n"},
     {"printf 'Ab\\np\\n' >pw; $SLY hide -q -y -e --passphrase-file - $P one b.bin <pw;"
      "$SLY hide -q -y -e --passphrase-file - --password-file - one b.bin <pw >/dev/null &&"
@@ -317,8 +324,7 @@ constexpr Case scripts[] = {
     {"$SLY list none", 1, "", "@/none: No such file or directory\n"},
     {"$SLY list m.png --quiet", 1, "", "No File Is Hidden In This File.\n"},
     {"$SLY recover --main a.bin", 1, "", "Unable To Recover File.\n"},
-    {"echo ab | $SLY recover six --main --password-file -", 1, "",
-     "Incorrect Password. Unable To Recover File.\n"},
+    {"echo ab | $SLY recover six --main --password-file -", 1, "", NOT_ITS_PASSWORD},
     {"$SLY recover $P six", 1, "",
      LIST "There are several hidden files; name one of them with --file, or all with --all.\n"},
     {"$SLY recover six --file 65536", 1, "", "There is no such file.\n"},

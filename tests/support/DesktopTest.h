@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <wx/app.h>
+#include <wx/clipbrd.h>
 #include <wx/dialog.h>
 #include <wx/dnd.h>
 #include <wx/evtloop.h>
@@ -10,6 +11,7 @@
 #include <wx/stattext.h>
 #include <wx/textctrl.h>
 #include <wx/toplevel.h>
+#include <wx/uiaction.h>
 
 #include <chrono>
 #include <filesystem>
@@ -110,6 +112,36 @@ inline void Type(const wxString& form, const wxString& name, const std::string& 
     if (Press(box, key)) box.AppendText(wxString(1, key));
 }
 
+/// Presses a key of the keyboard; what has the focus takes it.
+inline void Key(int key, int modifiers = wxMOD_NONE) {
+  wxUIActionSimulator().Char(key, modifiers);
+  Settle();
+}
+
+/// Goes to a control of a form or dialog by the Tab key, which selects the text of a box.
+inline void TabTo(wxWindow& control) {
+  wxGetTopLevelParent(&control)->Raise();
+  Settle();
+  for (int i = 0; i < 20 && wxWindow::FindFocus() != &control; ++i) Key(WXK_TAB);
+  ASSERT_EQ(wxWindow::FindFocus(), &control) << control.GetName();
+}
+
+/// Fills a box by keyboard; the text comes from the clipboard, as each key takes the simulator
+/// long.
+inline void Fill(wxTextCtrl& box, const std::string& text) {
+  if (wxWindow::FindFocus() == &box) Key('A', wxMOD_CONTROL);
+  TabTo(box);
+  if (text.empty()) return Key(WXK_DELETE);
+  ASSERT_TRUE(wxTheClipboard->Open());
+  EXPECT_TRUE(wxTheClipboard->SetData(new wxTextDataObject(ToWx(text))));
+  wxTheClipboard->Close();
+  Key('V', wxMOD_CONTROL);
+  EXPECT_EQ(FromWx(box.GetValue()), text);
+}
+inline void Fill(const wxString& form, const wxString& name, const std::string& text) {
+  Fill(ControlOf<wxTextCtrl>(form, name), text);
+}
+
 /// Drops files on a window.
 inline void Drop(wxWindow& window, const std::vector<std::filesystem::path>& paths) {
   auto* const target = dynamic_cast<wxFileDropTarget*>(window.GetDropTarget());
@@ -151,6 +183,7 @@ class ShownUi final : public WxUi, private wxModalDialogHook {
   std::optional<std::string> MaskedInputBox(std::string_view prompt, Typed what) override {
     std::optional<std::string> typed = script_.MaskedInputBox(prompt, what);
     Prepare(typed.value_or(""), typed ? wxID_OK : wxID_CANCEL);
+    prompt_ = ToWx(prompt);
     EXPECT_EQ(WxUi::MaskedInputBox(prompt, what), typed);
     return typed;
   }
@@ -185,11 +218,14 @@ class ShownUi final : public WxUi, private wxModalDialogHook {
     dialog->CallAfter([this, dialog] {
       EXPECT_TRUE(dialog->IsShown());
       wxWindow& shown = ControlOf(dialog, "Text");
-      if (auto* const box = dynamic_cast<wxTextCtrl*>(&shown))
+      if (auto* const box = dynamic_cast<wxTextCtrl*>(&shown)) {
+        EXPECT_EQ(ControlOf<wxStaticText>(dialog, "Prompt").GetLabelText(), prompt_);
+        look(*dialog);
         box->SetValue(text_);
-      else
+      } else {
         EXPECT_EQ(dynamic_cast<wxStaticText&>(shown).GetLabelText(), text_);
-      look(*dialog);
+        look(*dialog);
+      }
       Click(*dialog->FindWindow(button_));
     });
     return wxID_NONE;
@@ -197,7 +233,7 @@ class ShownUi final : public WxUi, private wxModalDialogHook {
   void Exit(wxDialog* /*dialog*/) override {}
 
   ScriptedUi& script_;
-  wxString text_;
+  wxString text_, prompt_;
   int button_ = wxID_OK;
 };
 

@@ -2,7 +2,6 @@
 
 #include <wx/sizer.h>
 
-#include "desktop/system/Controls.h"
 #include "desktop/system/FileDrop.h"
 #include "desktop/system/StatusLine.h"
 #include "desktop/system/WxText.h"
@@ -29,15 +28,16 @@ frmHideFile::frmHideFile(FormHost& host)
 void frmHideFile::MakeControls() {
   wxPanel* const area = ClientArea();
   note_ = NewStatusLine(area, "Note");
+  passwordNote_.emplace(*note_);
   Label1_ = NewLabel(area, "Main File :", "Label1");
   Text1_ = NewTextBox(area, "Text1", "Main File :");
   Command1_ = NewButton(area, "Browse", "Command1");
   Label4_ = NewLabel(area, "File To Hide :", "Label4");
   Text2_ = NewTextBox(area, "Text2", "File To Hide :");
   Label2_ = NewLabel(area, "Enter Password :", "Label2");
-  Text3_ = NewMaskedBox(area, "Text3", "Enter Password :", *note_);
+  Text3_ = NewMaskedBox(area, "Text3", "Enter Password :");
   Label3_ = NewLabel(area, "Re-Enter Password :", "Label3");
-  Text4_ = NewMaskedBox(area, "Text4", "Re-Enter Password :", *note_);
+  Text4_ = NewMaskedBox(area, "Text4", "Re-Enter Password :");
   Check1_ = new wxCheckBox(area, wxID_ANY, "&Encrypt The File");
   NameControl(*Check1_, "Check1", "Encrypt The File");
   Check1_->SetToolTip(
@@ -75,7 +75,9 @@ void frmHideFile::Wire() {
   OnClick(Command3_, this, &frmHideFile::Command3_Click);
   Text1_->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { Text2_Change(); });
   Text2_->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { Text2_Change(); });
-  Check1_->Bind(wxEVT_CHECKBOX, [this](wxCommandEvent&) { Check1_Click(); });
+  Check1_->Bind(wxEVT_CHECKBOX, [this](wxCommandEvent&) { Text2_Change(); });
+  for (wxTextCtrl* const box : {Text3_, Text4_})
+    box->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { ShowNote(); });
   Text3_->Bind(wxEVT_TEXT_ENTER, [this](wxCommandEvent&) { Text4_->SetFocus(); });
   Text4_->Bind(wxEVT_TEXT_ENTER, [this](wxCommandEvent&) { Text4_KeyPress(); });
   for (wxTextCtrl* const path : {Text1_, Text2_})
@@ -96,13 +98,14 @@ void frmHideFile::Text2_Change() {
   std::string note = NameNote(PathFromWx(Text2_->GetValue()), Check1_->IsChecked());
   const std::string format = FormatNote(PathFromWx(Text1_->GetValue()));
   if (!note.empty() && !format.empty()) note += ". ";
-  note_->ChangeValue(ToWx(note + format));
+  filesNote_ = ToWx(note + format);
+  ShowNote();
 }
 
-void frmHideFile::Check1_Click() {
-  for (wxTextCtrl* const box : {Text3_, Text4_})
-    LimitMaskedBox(*box, Check1_->IsChecked() ? Typed::Passphrase : Typed::Password);
-  Text2_Change();
+void frmHideFile::ShowNote() {
+  const Typed what = Check1_->IsChecked() ? Typed::Passphrase : Typed::Password;
+  const wxString tooLong = passwordNote_->For(what, {Text3_, Text4_});
+  note_->ChangeValue(tooLong.empty() ? filesNote_ : tooLong);
 }
 
 // Enter in the second box.
@@ -136,9 +139,10 @@ void frmHideFile::Command2_Click() {
     if (job_->Check() != HideJob::Next::GoOn) {
       const HideForm& form = job_->Form();
       Text1_->ChangeValue(PathToWx(form.Text1));
-      Text2_->SetValue(PathToWx(form.Text2));
+      Text2_->ChangeValue(PathToWx(form.Text2));
       Text3_->ChangeValue(ToWx(form.Text3.Text()));
       Text4_->ChangeValue(ToWx(form.Text4.Text()));
+      Text2_Change();
       for (const wxTextCtrl* const box : {Text4_, Text3_, Text2_, Text1_})
         if (box->IsEmpty()) FocusWhenFree(*box);
       return false;

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <optional>
 
+#include "desktop/system/Controls.h"
 #include "desktop/system/ModernForm.h"
 #include "engine/hidden/HideJob.h"
 
@@ -28,7 +29,7 @@ class frmHideFile final : public ModernForm {
   void LayOut();
   void Wire();
   void Text2_Change();
-  void Check1_Click();
+  void ShowNote();
   void Text4_KeyPress();
   void Command1_Click();
   void Command2_Click();
@@ -44,7 +45,9 @@ class frmHideFile final : public ModernForm {
   wxTextCtrl* Text1_ = nullptr;
   wxStaticText* Label4_ = nullptr;
   wxTextCtrl* Text2_ = nullptr;
-  wxTextCtrl* note_ = nullptr;  ///< What becomes of the name of the file to hide.
+  wxTextCtrl* note_ = nullptr;  ///< What becomes of the files, or that a password is too long.
+  wxString filesNote_;
+  std::optional<PasswordNote> passwordNote_;
   wxStaticText* Label2_ = nullptr;
   wxTextCtrl* Text3_ = nullptr;
   wxStaticText* Label3_ = nullptr;

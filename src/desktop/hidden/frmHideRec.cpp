@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "desktop/hidden/frmShowList.h"
-#include "desktop/system/Controls.h"
 #include "desktop/system/FileDrop.h"
 #include "desktop/system/StatusLine.h"
 #include "desktop/system/WxText.h"
@@ -23,11 +22,12 @@ frmHideRec::frmHideRec(FormHost& host) : ModernForm(host, "frmHideRec", "Recover
 void frmHideRec::MakeControls() {
   wxPanel* const area = ClientArea();
   note_ = NewStatusLine(area, "Note");
+  passwordNote_.emplace(*note_);
   Label1_ = NewLabel(area, "Main File Name :", "Label1");
   Text1_ = NewTextBox(area, "Text1", "Main File Name :");
   Command3_ = NewButton(area, "Browse", "Command3");
   Label2_ = NewLabel(area, "Enter Password :", "Label2");
-  Text2_ = NewMaskedBox(area, "Text2", "Enter Password :", *note_);
+  Text2_ = NewMaskedBox(area, "Text2", "Enter Password :");
   Command1_ = NewButton(area, "Rec Hidden", "Command1");
   Command1_->SetToolTip("Click To Recover One Of The Hidden Files.");
   Command4_ = NewButton(area, "Rec Main", "Command4");
@@ -59,6 +59,7 @@ void frmHideRec::Wire() {
   OnClick(Command3_, this, &frmHideRec::Command3_Click);
   OnClick(Command4_, this, &frmHideRec::Command4_Click);
   Text1_->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { Text1_Change(); });
+  Text2_->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { ShowNote(); });
   Text2_->Bind(wxEVT_TEXT_ENTER, [this](wxCommandEvent&) { Command1_Click(); });
   AcceptDroppedFile(*Text1_,
                     [this](const std::filesystem::path& dropped, const std::string& remark) {
@@ -70,7 +71,12 @@ void frmHideRec::Wire() {
 // Where the list needs no password, what is typed is the passphrase of an encrypted file.
 void frmHideRec::Text1_Change() {
   const bool open = ListIsOpen(PathFromWx(Text1_->GetValue()));
-  LimitMaskedBox(*Text2_, open ? Typed::Passphrase : Typed::Password);
+  typed_ = open ? Typed::Passphrase : Typed::Password;
+  ShowNote();
+}
+
+void frmHideRec::ShowNote() {
+  note_->ChangeValue(passwordNote_->For(typed_, {Text2_}));
 }
 
 void frmHideRec::Command3_Click() {
@@ -101,6 +107,7 @@ void frmHideRec::Command2_Click() {
 void frmHideRec::Start(RecoverJob::Next (RecoverJob::*procedure)()) {
   Run([this, procedure] {
     RecoverForm form{PathIn(*Text1_), SecretIn(*Text2_)};
+    if (ListIsOpen(form.Text1)) form.passphrase = std::exchange(form.Text2, {});
     Hide();
     job_.emplace(std::exchange(form, {}), Talk(), BigFiles::Ask);
     return ((*job_).*procedure)();

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <optional>
 
+#include "desktop/system/Controls.h"
 #include "desktop/system/ModernForm.h"
 #include "engine/hidden/RecoverJob.h"
 
@@ -31,6 +32,7 @@ class frmHideRec final : public ModernForm {
   void LayOut();
   void Wire();
   void Text1_Change();
+  void ShowNote();
   void Command1_Click();
   void Command2_Click();
   void Command3_Click();
@@ -44,6 +46,8 @@ class frmHideRec final : public ModernForm {
   wxStaticText* Label2_ = nullptr;
   wxTextCtrl* Text2_ = nullptr;
   wxTextCtrl* note_ = nullptr;  ///< A line that tells what there is to tell.
+  std::optional<PasswordNote> passwordNote_;
+  Typed typed_ = Typed::Password;  ///< What is meant by the text of Text2.
   wxButton* Command1_ = nullptr;
   wxButton* Command4_ = nullptr;
   wxButton* Command2_ = nullptr;

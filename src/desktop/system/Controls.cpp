@@ -1,12 +1,24 @@
 #include "desktop/system/Controls.h"
 
+#include <algorithm>
+
 #include "desktop/chrome/WindowSystem.h"
 #include "desktop/system/ModernForm.h"
 #include "desktop/system/WxText.h"
 #include "engine/hidden/Carrier.h"
 #include "engine/system/Disk.h"
+#include "engine/system/FileError.h"
 
 namespace slyver {
+
+namespace {
+
+constexpr const char* tooLong = "A Password Has At Most 24 Characters.";
+
+/// GTK silently cuts the text of a box at 65534 bytes.
+constexpr std::size_t mostBytes = 65000;
+
+}  // namespace
 
 wxStaticText* NewLabel(wxWindow* parent, const wxString& text, const wxString& name) {
   return new wxStaticText(parent, wxID_ANY, text, wxDefaultPosition, wxDefaultSize, 0, name);
@@ -19,31 +31,34 @@ wxTextCtrl* NewTextBox(wxWindow* parent, const wxString& name, const wxString& l
   return box;
 }
 
-wxTextCtrl* NewMaskedBox(wxWindow* parent, const wxString& name, const wxString& label,
-                         wxTextCtrl& line) {
-  const wxString full = "A Password Has At Most 24 Characters.";
+wxTextCtrl* NewMaskedBox(wxWindow* parent, const wxString& name, const wxString& label) {
   wxTextCtrl* const box = NewTextBox(parent, name, label, wxTE_PASSWORD | wxTE_PROCESS_ENTER);
-  box->SetMaxLength(maxNameLength);
   SetMaskCharacter(*box, '*');
-  box->Bind(wxEVT_TEXT_MAXLEN, [&line, full](wxCommandEvent&) {
-    wxBell();
-    line.ChangeValue(full);
-  });
-  box->Bind(wxEVT_TEXT, [box, &line, full](wxCommandEvent& event) {
-    event.Skip();
-    if (line.GetValue() == full && box->GetValue().length() < maxNameLength) line.ChangeValue("");
-  });
   return box;
 }
 
-void LimitMaskedBox(wxTextCtrl& box, Typed what) {
-  box.SetMaxLength(what == Typed::Password ? maxNameLength : 0);
+PasswordNote::PasswordNote(wxTextCtrl& line) {
+  const int width = line.GetSizeFromTextSize(line.GetTextExtent(tooLong)).x + line.GetCharWidth();
+  line.SetMinSize({std::max(width, line.GetMinWidth()), line.GetMinHeight()});
+}
+
+wxString PasswordNote::For(Typed what, std::initializer_list<const wxTextCtrl*> boxes) {
+  const bool shown =
+      what == Typed::Password && std::any_of(boxes.begin(), boxes.end(), [](const wxTextCtrl* box) {
+        return box->GetLastPosition() > static_cast<long>(maxNameLength);
+      });
+  if (shown && !shown_) wxBell();
+  shown_ = shown;
+  return shown ? tooLong : "";
 }
 
 Secret SecretIn(const wxTextCtrl& box) {
   wxString text = box.GetValue();
-  const Secret secret = Secret::Of(FromWx(text));
+  Secret secret = Secret::Of(FromWx(text));
   text.assign(text.length(), '*');
+  if (secret.Text().size() > mostBytes)
+    throw Error("A Passphrase Has At Most " + std::to_string(mostBytes) +
+                " Bytes Here. Choose A Shorter One.");
   return secret;
 }
 

@@ -22,16 +22,26 @@ wxStaticText* NewLabel(wxWindow* parent, const wxString& text, const wxString& n
 wxTextCtrl* NewTextBox(wxWindow* parent, const wxString& name, const wxString& label,
                        long style = 0);
 
-/// A text box that shows "*" for each character and takes 24 at most: a longer password does not
-/// survive in a carrier. At the 25th it beeps, and `line` says why until something else is typed.
-wxTextCtrl* NewMaskedBox(wxWindow* parent, const wxString& name, const wxString& label,
-                         wxTextCtrl& line);
+/// Creates a text box that shows "*" for each character and takes any number of them: a password
+/// that was cut would not be known again.
+wxTextCtrl* NewMaskedBox(wxWindow* parent, const wxString& name, const wxString& label);
 
-/// Lets a masked box take what a password may have, or a passphrase, which may be of any length.
-void LimitMaskedBox(wxTextCtrl& box, Typed what);
+/// The note of a form's masked boxes: that what is typed is too long for a password.
+class PasswordNote {
+ public:
+  /// Makes `line` wide enough for the note.
+  explicit PasswordNote(wxTextCtrl& line);
 
-/// What is typed into a masked box. The toolkit's own copy stays in its memory until it is used for
-/// something else.
+  /// Returns the note if a password is meant and one of `boxes` has more characters than it may,
+  /// else "". Rings the bell when that begins.
+  wxString For(Typed what, std::initializer_list<const wxTextCtrl*> boxes);
+
+ private:
+  bool shown_ = false;
+};
+
+/// Returns what is typed into a masked box. The toolkit's own copy stays in its memory until it is
+/// used for something else. Throws Error where the toolkit may have cut it.
 Secret SecretIn(const wxTextCtrl& box);
 
 /// The path typed into `box`, made absolute; empty when there is none. Throws FileError.

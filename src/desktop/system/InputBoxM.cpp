@@ -13,14 +13,17 @@ class MaskedInputBox final : public Dialog {
  public:
   MaskedInputBox(wxWindow* parent, const wxString& prompt, Typed what) : Dialog(parent) {
     auto* const column = new wxBoxSizer(wxVERTICAL);
-    column->Add(NewLabel(this, prompt, "Prompt"));
+    // A file's name in the prompt may have an "&".
+    column->Add(NewLabel(this, wxControl::EscapeMnemonics(prompt), "Prompt"));
     line_ = NewStatusLine(this, "Note");
-    box_ = NewMaskedBox(this, "Text", prompt, *line_);
-    LimitMaskedBox(*box_, what);
+    box_ = NewMaskedBox(this, "Text", prompt);
     column->Add(box_, wxSizerFlags().Expand().Border(wxTOP | wxBOTTOM, Margin() / 2));
     column->Add(line_, wxSizerFlags().Expand());
     Complete(column, wxOK | wxCANCEL);
     box_->SetFocus();
+    box_->Bind(wxEVT_TEXT, [this, what, note = PasswordNote(*line_)](wxCommandEvent&) mutable {
+      line_->ChangeValue(note.For(what, {box_}));
+    });
     box_->Bind(wxEVT_TEXT_ENTER, [this](wxCommandEvent&) { EndModal(wxID_OK); });
   }
   std::string Text() const { return SecretIn(*box_).Text(); }

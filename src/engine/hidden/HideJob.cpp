@@ -83,6 +83,11 @@ std::string RecordName(const fs::path& hidden, bool encrypt) {
 
 constexpr std::string_view sameAsList =
     "The Passphrase Is The Password Of The List, Which Anyone Can Find Out. Choose Another One.";
+constexpr std::string_view incorrect = "Incorrect Password.";
+constexpr std::string_view publicPassword =
+    "Everybody Knows This Password, As Lists Without A Password Have It. Choose Another One.";
+constexpr std::string_view noListPassword =
+    "A New List Takes No Password Where The File Is Encrypted. Leave The Password Out.";
 
 /// Whether a carrier with so many records takes no more.
 bool IsFull(int records) {
@@ -136,11 +141,15 @@ Next HideJob::Check() {
 bool HideJob::CheckFiles() {
   return ShowingErrors(ui_, false, [&] {
     if (CheckNames() != Next::GoOn || CheckLengths() != Next::GoOn) return false;
-    const int records =
-        main_.length > directoryLength ? Directory::OfCarrier(form_.Text1).Count(lengthKey) : 0;
-    if (IsFull(records)) {
-      ui_.Message(FullText(records), Icon::Information);
-      return false;
+    if (main_.length > directoryLength) {
+      const Directory directory = Directory::OfCarrier(form_.Text1);
+      const int records = directory.Count(lengthKey);
+      if (IsFull(records)) {
+        ui_.Message(FullText(records), Icon::Information);
+        return false;
+      }
+      if (records > 0 && directory.IsPassword(openPassword))
+        RequireFilled(directory, openPassword, records);
     }
     (void)OutputPath();
     return true;
@@ -163,7 +172,9 @@ Next HideJob::CheckNames() {
 
 Next HideJob::CheckPasswords() {
   password_ = openPassword;
-  if (!form_.encrypt && ListIsOpen(form_.Text1)) return Next::GoOn;
+  const bool open = ListIsOpen(form_.Text1);
+  const bool noneTyped = form_.Text3.Text().empty() && form_.Text4.Text().empty();
+  if (open && noneTyped && !form_.encrypt) return Next::GoOn;
   if (form_.Text3.Text().empty() || form_.Text4.Text().empty()) return Back("Enter Password.");
   if (form_.Text3 != form_.Text4) {
     form_.Text3 = form_.Text4 = {};
@@ -172,6 +183,7 @@ Next HideJob::CheckPasswords() {
   if (form_.encrypt) return form_.Text3.Text() == openPassword ? Back(sameAsList) : Next::GoOn;
   const std::optional<std::string> password = PasswordText8(form_.Text3.Text(), ui_);
   if (!password) return Next::Form;
+  if (*password == openPassword && !open) return Back(publicPassword);
   password_ = *password;
   return Next::GoOn;
 }
@@ -229,21 +241,29 @@ Next HideJob::ChooseAddition(int records, const Directory& old) {
                 "There are Files Already Hidden In This File. Do You Want To Add Another File In "
                 "It?"))
     return Over({}, Icon::None);
-  password_ = openPassword;
-  if (!old.IsPassword(openPassword)) {
+  if (old.IsPassword(openPassword)) {
+    const Secret given = form_.encrypt ? form_.last.value_or(Secret()) : form_.Text3;
+    if (!given.Text().empty()) return Over(incorrect, Icon::Critical);
+    password_ = openPassword;
+  } else {
     if (!form_.last)
       form_.last = Secret::Of(
           ui_.MaskedInputBox("Enter Password Of The Last File.", Typed::Password).value_or(""));
     const std::optional<std::string> password = ToText8(form_.last->Text());
     if (!password || password->empty() || !old.IsPassword(*password))
-      return Over("Incorrect Password.", Icon::Critical);
+      return Over(incorrect, Icon::Critical);
     password_ = *password;
     if (form_.encrypt && form_.last == form_.Text3) return Over(sameAsList, Icon::Information);
   }
-  if (!old.FillsCarrier(password_, records, main_.length))
-    throw FileError(form_.Text1, "The list of the files hidden in it is damaged");
+  RequireFilled(old, password_, records);
   index_ = records;
   return StageHideFiles(&old);
+}
+
+void HideJob::RequireFilled(const Directory& directory, std::string_view password,
+                            int records) const {
+  if (!directory.FillsCarrier(password, records, main_.length))
+    throw FileError(form_.Text1, "The list of the files hidden in it is damaged");
 }
 
 /// The new record. A file to encrypt is begun.
@@ -259,6 +279,8 @@ Record HideJob::HiddenRecord() {
 
 /// Writes the new directory: of a first hide, or of an addition to `old`.
 Next HideJob::StageHideFiles(const Directory* old) {
+  if (old == nullptr && form_.encrypt && form_.last && !form_.last->Text().empty())
+    return Over(noListPassword, Icon::Information);
   const Record hidden = HiddenRecord();
   if (old == nullptr) {
     mainBytes_ = main_.length;

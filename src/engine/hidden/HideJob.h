@@ -21,8 +21,8 @@ namespace slyver {
 struct HideForm {
   std::filesystem::path Text1;  ///< The main file.
   std::filesystem::path Text2;  ///< The file to hide.
-  Secret Text3;                 ///< The password, or the passphrase where the file is encrypted,
-  Secret Text4;                 ///< and again.
+  Secret Text3;                 ///< The password, empty for an open list; or the passphrase where
+  Secret Text4;                 ///< the file is encrypted. And again.
   std::filesystem::path output =
       {};                ///< The folder for the carrier; that of the main file when empty.
   bool encrypt = false;  ///< "Encrypt The File".
@@ -82,6 +82,7 @@ class HideJob {
   Next CheckPasswords();
   Next CheckLengths();
   Next ChooseAddition(int records, const Directory& old);
+  void RequireFilled(const Directory& directory, std::string_view password, int records) const;
   Next StageHideFiles(const Directory* old);
   bool DirectoryIsWritten() const;
   Record HiddenRecord();

@@ -1,5 +1,6 @@
 #include "engine/hidden/RecoverJob.h"
 
+#include <algorithm>
 #include <exception>
 #include <utility>
 
@@ -31,13 +32,17 @@ constexpr Refusal noCarrier = {"Main File Is Missing. Select The File Again.", I
                                Next::Form};
 constexpr Refusal noPassword = {"Enter Password.", Icon::Information, Next::Form};
 
+constexpr const char* wrongPassphrase = "Incorrect Passphrase.";
+
 /// What the pieces in the work folder are named after.
 constexpr std::string_view pieceTitle = "tempRRR.tmp";
 
-/// The password of a carrier's list as 8-bit text: the one typed, unless the list opens without.
-/// Throws Refusal.
+/// Returns the password of a carrier's list as 8-bit text: the one typed, or the public one where
+/// the list is open and none is typed. Throws Refusal.
 std::string ListPassword(const fs::path& carrier, std::string_view typed, Ui& ui) {
-  if (ListIsOpen(carrier)) return std::string(openPassword);
+  const bool open = ListIsOpen(carrier);
+  if (open && typed.empty()) return std::string(openPassword);
+  if (open) throw incorrect;
   if (typed.empty()) throw noPassword;
   std::optional<std::string> password = PasswordText8(typed, ui);
   if (!password) throw Refusal{{}, Icon::None, Next::Form};
@@ -108,7 +113,7 @@ void RecoverJob::Preamble() {
                 "Continue?"))
     throw Refusal{};
   password_ = ListPassword(form_.Text1, form_.Text2.Text(), ui_);
-  passphrase_ = form_.passphrase.value_or(form_.Text2);
+  passphrase_ = form_.passphrase.Text().empty() ? form_.Text2 : form_.passphrase;
   folder_ = form_.output.empty() ? FullPathOf(form_.Text1).parent_path() : form_.output;
   work_.emplace(folder_ / "TempRRR");
   ui_.ShowProgressForm("Recovering Files");
@@ -161,59 +166,79 @@ Next RecoverJob::Recover(const std::vector<HiddenFile>& files) {
   std::vector<Contents> contents;
   contents.reserve(files.size());
   for (const HiddenFile& file : files) contents.push_back(ContentsOf(file));
-  form_.Text2 = passphrase_ = {};
-  form_.passphrase.reset();
+  RequireDecrypted(contents);
+  form_.Text2 = form_.passphrase = passphrase_ = {};
   if (!work_) work_.emplace(folder_ / "TempRRR");
   for (const double value : {50, 60, 75}) SetProgress(value);
   std::vector<fs::path> pieces;
   pieces.reserve(files.size());
-  for (const auto& [file, cipher] : contents)
-    pieces.push_back(Cut(file.offset, file.length,
+  for (const Contents& each : contents)
+    pieces.push_back(Cut(each.file.offset, each.file.length,
                          std::string(pieceTitle) + "-" + std::to_string(pieces.size()), 75,
-                         cipher));
+                         each.cipher));
   SetProgress(85);
   SetProgress(90);
   for (std::size_t i = 0; i < files.size(); ++i) MoveOut(pieces[i], contents[i].file.name);
   SetProgress(95);
   SetProgress(100);
+  work_.reset();
+  // Without an icon, as no option hides such a message.
+  for (const Contents& each : contents)
+    if (each.isAge && !each.cipher)
+      ui_.Message(each.file.name + " Is Still Encrypted.", Icon::None);
   return Over("File Recovered.", Icon::Information);
 }
 
-/// Looks whether a hidden file is an encrypted one that is to be deciphered, and asks for what that
-/// takes.
+/// Finds out whether a hidden file is an encrypted one that is to be decrypted, and asks for what
+/// that takes.
 RecoverJob::Contents RecoverJob::ContentsOf(const HiddenFile& file) {
   if (form_.raw || !file.name.ends_with(encryptedEnding) || file.name == encryptedEnding)
-    return {file, nullptr};
+    return {file};
   const SourceFile carrier(form_.Text1);
   carrier.ThrowUnlessOpenedAs(carrier_);
   std::string beginning(
       static_cast<std::size_t>(std::min<std::uint64_t>(file.length, ageHeaderRoom)), '\0');
   carrier.Read(file.offset, beginning);
-  if (!beginning.starts_with(ageBeginning)) return {file, nullptr};
+  if (!beginning.starts_with(ageBeginning)) return {file};
   const std::string name =
       SystemFileName(file.name.substr(0, file.name.size() - encryptedEnding.size()));
   const auto header = ReadAgeHeader(beginning, file.length, name);
   auto cipher = header ? Unlock(*header) : nullptr;
-  if (!cipher) return {file, nullptr};
-  return {{name, file.offset + header->length, file.length - header->length}, std::move(cipher)};
+  if (!cipher) return {file, true};
+  return {
+      {name, file.offset + header->length, file.length - header->length}, true, std::move(cipher)};
 }
 
-/// What deciphers an encrypted file; null when the user wants it as it is.
+/// Throws Error where a passphrase was given and decrypts none of the files.
+void RecoverJob::RequireDecrypted(const std::vector<Contents>& contents) const {
+  const auto isDecrypted = [](const Contents& each) { return each.cipher != nullptr; };
+  if (form_.passphrase.Text().empty() || std::any_of(contents.begin(), contents.end(), isDecrypted))
+    return;
+  if (contents.size() > 1)
+    throw Error("No File Hidden In " + PathText(form_.Text1.filename()) +
+                " Is Encrypted Under A Passphrase.");
+  const auto& [file, isAge, cipher] = contents.front();
+  const bool damaged = !isAge && file.name.ends_with(encryptedEnding);
+  throw Error(file.name + (damaged ? " Is Damaged." : " Is Not Encrypted Under A Passphrase."));
+}
+
+/// Returns what decrypts an encrypted file; null if no passphrase is given or typed.
 std::shared_ptr<const RangeCipher> RecoverJob::Unlock(const AgeHeader& header) {
   const auto open = [&] {
     return WorkAside(ui_, [&] { return UnlockAge(header, passphrase_.Text()); });
   };
   if (!passphrase_.Text().empty()) {
     if (auto cipher = open()) return cipher;
-    if (form_.passphrase) throw incorrect;
+    if (!form_.passphrase.Text().empty()) throw Error(wrongPassphrase);
   }
+  if (!form_.ask) return nullptr;
   work_.reset();  // The user may take long to answer.
   auto typed = ui_.MaskedInputBox("Enter Passphrase Of " + header.name + ".", Typed::Passphrase);
   if (!typed) throw Refusal{};
   passphrase_ = Secret::Of(std::move(*typed));
   if (passphrase_.Text().empty()) return nullptr;
   auto cipher = open();
-  if (!cipher) throw incorrect;
+  if (!cipher) throw Error(wrongPassphrase);
   return cipher;
 }
 

@@ -21,11 +21,12 @@ namespace slyver {
 /// What the recover form holds, by the names of its controls. All text is UTF-8.
 struct RecoverForm {
   std::filesystem::path Text1;  ///< The carrier.
-  Secret Text2;                 ///< The password; also tried as passphrase of encrypted files.
+  Secret Text2;                 ///< The password; empty for an open list.
   std::filesystem::path output =
-      {};            ///< The folder for what is recovered; the carrier's when empty.
-  bool raw = false;  ///< Encrypted files are not deciphered.
-  std::optional<Secret> passphrase = {};  ///< Theirs; where not given it is asked for.
+      {};                  ///< The folder for what is recovered; the carrier's when empty.
+  bool raw = false;        ///< Encrypted files are not decrypted.
+  Secret passphrase = {};  ///< Theirs. If empty, the password is tried, then the user is asked.
+  bool ask = true;         ///< Somebody can be asked for a passphrase.
 };
 
 /// "Rec Hidden" and "Rec Main": write a hidden file, or the main file's own bytes, beside the
@@ -33,7 +34,9 @@ struct RecoverForm {
 /// that file's length, not the carrier's.
 ///
 /// A hidden file whose record's name ends in ".age" and which is an age file with a passphrase is
-/// deciphered on the way, and named without that ending.
+/// decrypted on the way, and named without that ending. Where a passphrase is given and decrypts
+/// none of the files to recover, the job fails. Where none is given or typed, the age file itself
+/// is recovered, and a message says so.
 ///
 /// All is said and asked through the Ui. The work folder "TempRRR" goes before the final message,
 /// and with the object. Every procedure throws Cancelled when the user stops it.
@@ -71,7 +74,8 @@ class RecoverJob {
   /// What is written of a hidden file: its bytes, changed by `cipher` unless that is null.
   struct Contents {
     HiddenFile file;
-    std::shared_ptr<const RangeCipher> cipher;
+    bool isAge = false;  ///< An age file; not looked for where it is recovered as it is.
+    std::shared_ptr<const RangeCipher> cipher = {};
   };
 
   template <typename Procedure>
@@ -81,6 +85,7 @@ class RecoverJob {
   void OpenFiles();
   Next Recover(const std::vector<HiddenFile>& files);
   Contents ContentsOf(const HiddenFile& file);
+  void RequireDecrypted(const std::vector<Contents>& contents) const;
   std::shared_ptr<const RangeCipher> Unlock(const AgeHeader& header);
   std::filesystem::path Cut(std::uint64_t offset, std::uint64_t length, const std::string& name,
                             double barValue, std::shared_ptr<const RangeCipher> cipher = {});
@@ -107,7 +112,7 @@ std::optional<int> CountHiddenFiles(const std::filesystem::path& carrier, Ui& ui
 
 /// The hidden files of `carrier`, read without a trace. Says why there are none: with "No File Is
 /// Hidden In This File.", "Incorrect Password. Unable To Recover File." or "Unable To Recover
-/// File."; then the result is nothing. `password` is UTF-8.
+/// File."; then the result is nothing. `password` is UTF-8, and empty for an open list.
 std::optional<std::vector<HiddenFile>> ListHiddenFiles(const std::filesystem::path& carrier,
                                                        const Secret& password, Ui& ui);
 

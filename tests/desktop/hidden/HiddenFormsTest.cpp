@@ -19,24 +19,36 @@ class HiddenFormTest : public DesktopTest {
   void Open(const char* button, std::size_t hiddenFiles) {
     WriteFile(carrier = folder / "m.png",
               hiddenFiles == 0 ? main : SampleCarrier(sampleMains[7], hiddenFiles));
-    WriteFile(toHide = folder / "hide.dat", "hidden bytes");
+    WriteFile(toHide = folder / "R&D.dat", "hidden bytes");
     Start();
     Click("frmSplitJoin", button);
     Settle();
   }
+  /// Fills the hide form as its user does, one box after the other.
   static void FillHide(const std::filesystem::path& mainFile, const std::filesystem::path& hidden,
                        const std::string& password, const std::string& again) {
-    Paste("frmHideFile", "Text1", PathText(mainFile));
-    Paste("frmHideFile", "Text2", PathText(hidden));
-    Paste("frmHideFile", "Text3", password);
-    Paste("frmHideFile", "Text4", again);
+    Fill("frmHideFile", "Text1", PathText(mainFile));
+    Fill("frmHideFile", "Text2", PathText(hidden));
+    Fill("frmHideFile", "Text3", password);
+    Fill("frmHideFile", "Text4", again);
   }
-  /// Fills the recover form and clicks; what then comes.
+  /// Fills the recover form from where the focus is, and presses a button; what then comes.
   void Recover(const char* button, const std::string& password, const Script& script) {
-    Paste("frmHideRec", "Text1", PathText(carrier));
-    Paste("frmHideRec", "Text2", password);
+    Fill("frmHideRec", "Text2", password);
+    Fill("frmHideRec", "Text1", PathText(carrier));
     ui.Expect(script);
-    Click("frmHideRec", button);
+    PressBy(WXK_SPACE, "frmHideRec", button);
+  }
+  /// Goes to a control by keyboard and presses a key there.
+  static void PressBy(int key, const char* form, const char* control) {
+    TabTo(ControlOf(form, control));
+    Key(key);
+  }
+  /// The note of a form or dialog is that a password is too long, and is seen whole; or is not.
+  static void ExpectTooLong(wxWindow* window, bool tooLong) {
+    const auto& note = ControlOf<wxTextCtrl>(window, "Note");
+    EXPECT_EQ(note.GetValue(), tooLong ? "A Password Has At Most 24 Characters." : "");
+    EXPECT_LE(note.GetTextExtent(note.GetValue()).x, note.GetClientSize().x);
   }
   /// Runs the timers to the end of the job.
   void RunToTheEnd() {
@@ -83,7 +95,7 @@ TEST_F(HiddenFormTest, HideRefusesAndLeadsToTheFirstEmptyBox) {
     SCOPED_TRACE(refused.message);
     FillHide(refused.main, refused.hidden, refused.password, refused.again);
     ui.Expect({refused.message});
-    Click("frmHideFile", "Command2");
+    PressBy(WXK_SPACE, "frmHideFile", "Command2");
     EXPECT_TRUE(IsShown("frmHideFile") && !desktop->JobRuns());
     EXPECT_EQ(TextOf("frmHideFile", refused.focus), "");
     EXPECT_EQ(wxWindow::FindFocus(), &ControlOf("frmHideFile", refused.focus));
@@ -95,48 +107,70 @@ TEST_F(HiddenFormTest, HidesAnotherFileUnderTheLastPassword) {
   ui.Expect(
       {"y There are Files Already Hidden In This File. Do You Want To Add Another File In It?"});
   ui.ExpectMaskedInputBox("Enter Password Of The Last File.", samplePassword);
+  shown.look = [](wxDialog& dialog) {
+    if (dialog.FindWindow("Prompt") == nullptr) return;
+    for (const std::size_t length : {24U, 25U}) {
+      Fill(ControlOf<wxTextCtrl>(&dialog, "Text"), std::string(length, 'x'));
+      ExpectTooLong(&dialog, length > 24);
+    }
+  };
   ui.Expect({"i File Hidden.", "end"});
   FillHide(carrier, toHide, "x", "x");
-  // Enter in the second password box.
-  wxCommandEvent enter(wxEVT_TEXT_ENTER);
-  ControlOf("frmHideFile", "Text4").HandleWindowEvent(enter);
+  Key(WXK_RETURN);
   RunToTheEnd();
   EXPECT_EQ(shown.lineBeneath, PathText(folder / "Hidden File m.png"));
   EXPECT_TRUE(ReadFile(folder / "Hidden File m.png")
                   .starts_with(main + SampleBytes(0) + SampleBytes(1) + "hidden bytes[s@4)]"));
 }
 
-TEST_F(HiddenFormTest, EncryptsUnderALongPassphraseAndDeciphers) {
+// A passphrase is typed before the box is ticked that makes it one, and before the file is chosen.
+TEST_F(HiddenFormTest, EncryptsUnderALongPassphraseAndDecrypts) {
   Open("Command4", 0);
   const std::string passphrase(30, 'p');
-  wxCommandEvent ticked(wxEVT_CHECKBOX);
-  ControlOf<wxCheckBox>("frmHideFile", "Check1").SetValue(true);
-  ControlOf("frmHideFile", "Check1").HandleWindowEvent(ticked);
   FillHide(carrier, toHide, passphrase, passphrase);
+  ExpectTooLong(FindForm("frmHideFile"), true);
+  PressBy(WXK_SPACE, "frmHideFile", "Check1");
+  ExpectTooLong(FindForm("frmHideFile"), false);
   ui.Expect({"i File Hidden.", "end"});
-  Click("frmHideFile", "Command2");
+  PressBy(WXK_SPACE, "frmHideFile", "Command2");
   RunToTheEnd();
   carrier = folder / "Hidden File m.png";
   EXPECT_EQ(ReadFile(carrier).find("hidden bytes"), std::string::npos);
-  Click("frmSplitJoin", "Command5");
-  Recover("Command1", passphrase, {"p Recovering Files", "i File Recovered.", "end"});
-  EXPECT_EQ(ReadFile(folder / "Original hide.dat"), "hidden bytes");
+  const auto recovers = [&](const std::string& typed, const Script& script) {
+    Click("frmSplitJoin", "Command5");
+    Recover("Command1", typed, script);
+  };
+  recovers(passphrase, {"p Recovering Files", "i File Recovered.", "end"});
+  EXPECT_EQ(ReadFile(folder / "Original R&D.dat"), "hidden bytes");
+  recovers("wrong",
+           {"p Recovering Files", "x Incorrect Passphrase.", "x Unable To Recover File.", "end"});
+  ui.Expect({"p Recovering Files"});
+  ui.ExpectMaskedInputBox("Enter Passphrase Of R&D.dat.", "");
+  recovers("", {"m R&D.dat.age Is Still Encrypted.", "i File Recovered.", "end"});
+  // The list has no password, so none that is typed hides anything.
+  Click("frmSplitJoin", "Command4");
+  PressBy(WXK_SPACE, "frmHideFile", "Check1");
+  FillHide(carrier, toHide, "p", "p");
+  ui.Expect(
+      {"y There are Files Already Hidden In This File. Do You Want To Add Another File In It?",
+       "x Incorrect Password.", "end"});
+  Key(WXK_RETURN);
 }
 
 TEST_F(HiddenFormTest, ClosingTheWaitFormStopsTheJob) {
   Open("Command4", 0);
   FillHide(carrier, toHide, "p", "p");
-  Click("frmHideFile", "Command2");
+  PressBy(WXK_SPACE, "frmHideFile", "Command2");
   ui.Expect({"end"});
   wxTheApp->CallAfter([] { FindForm("frmInit")->Close(); });
   RunToTheEnd();
-  EXPECT_EQ(Names(), (std::set<std::string>{"m.png", "hide.dat"}));
+  EXPECT_EQ(Names(), (std::set<std::string>{"m.png", "R&D.dat"}));
 }
 
 TEST_F(HiddenFormTest, LinesTellOfLongNamesAndFullBoxes) {
   Open("Command4", 0);
   const auto note = [&](const std::string& name) {
-    Paste("frmHideFile", "Text2", name);
+    Fill("frmHideFile", "Text2", name);
     return TextOf("frmHideFile", "Note");
   };
   EXPECT_EQ(note("/x/" + std::string(24, 'a')), "");
@@ -146,16 +180,19 @@ TEST_F(HiddenFormTest, LinesTellOfLongNamesAndFullBoxes) {
   const std::vector<std::pair<const char*, const char*>> boxes = {
       {"frmHideFile", "Text3"}, {"frmHideFile", "Text4"}, {"frmHideRec", "Text2"}};
   for (const auto& [form, name] : boxes) {
-    auto& box = ControlOf<wxTextCtrl>(form, name);
-    EXPECT_TRUE(box.HasFlag(wxTE_PASSWORD));
-    for (int i = 0; i < 24; ++i) box.AppendText("x");
-    EXPECT_EQ(TextOf(form, "Note"), "");
-    box.AppendText("x");
-    EXPECT_EQ(box.GetValue().length(), 24U);
-    EXPECT_EQ(TextOf(form, "Note"), "A Password Has At Most 24 Characters.");
-    Paste(form, name, "short");
-    EXPECT_EQ(TextOf(form, "Note"), "");
+    EXPECT_TRUE(ControlOf(form, name).HasFlag(wxTE_PASSWORD));
+    Fill(form, name, std::string(24, 'x'));
+    ExpectTooLong(FindForm(form), false);
+    Key('x');
+    ExpectTooLong(FindForm(form), true);
+    EXPECT_EQ(TextOf(form, name).size(), 25U);
+    Key(WXK_BACK);
+    ExpectTooLong(FindForm(form), false);
   }
+  // The toolkit would cut it.
+  Paste("frmHideRec", "Text2", std::string(70000, 'x'));
+  ui.Expect({"x A Passphrase Has At Most 65000 Bytes Here. Choose A Shorter One."});
+  Click("frmHideRec", "Command1");
   for (const auto& [form, name] : std::vector<std::pair<const char*, const char*>>{
            {"frmHideFile", "Text1"}, {"frmHideFile", "Text2"}, {"frmHideRec", "Text1"}}) {
     Drop(ControlOf(form, name), {folder / "dropped"});
@@ -208,7 +245,7 @@ TEST_F(HiddenFormTest, RecoversTheFileChosenInTheList) {
   // Leaving the list is coming back, with nothing left of the job.
   const auto comesBack = [&] {
     EXPECT_TRUE(IsShown("frmHideRec"));
-    EXPECT_EQ(Names(), (std::set<std::string>{"m.png", "hide.dat"}));
+    EXPECT_EQ(Names(), (std::set<std::string>{"m.png", "R&D.dat"}));
   };
   Click("frmShowList", "Command2");
   comesBack();

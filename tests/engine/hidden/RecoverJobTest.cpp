@@ -180,16 +180,19 @@ TEST_F(Recover, NamesComeBackAsTheyWereStored) {
 
 TEST_F(Recover, DeciphersWhatAPassphraseOpens) {
   struct Case {
-    std::string hidden;
-    std::optional<Secret> given;
+    std::string hidden, given;
     std::optional<std::optional<std::string>> typed;
     Script script;
     std::string name, bytes;
     bool raw = false;
     const char* stored = "n.age";
+    bool ask = true;
   };
   const Script done = {"i File Recovered.", "end"};
+  const Script asItIs = {"m n.age Is Still Encrypted.", "i File Recovered.", "end"};
   const Script damaged = {"x n Is Damaged.", unable, "end"};
+  const Script wrong = {"x Incorrect Passphrase.", unable, "end"};
+  const std::string forKeys = "age-encryption.org/v1\n-> X25519 a\nYQ\n--- YQ\n";
   const auto changed = [](std::size_t at) {
     std::string bytes = sampleAge;
     bytes[at] = '?';
@@ -198,14 +201,31 @@ TEST_F(Recover, DeciphersWhatAPassphraseOpens) {
   for (const Case& c : std::initializer_list<Case>{
            {sampleAge, {}, sampleAgePassphrase, done, "Original n", "age"},
            {sampleAge, sampleAgePassphrase, {}, done, "Original n", "age"},
-           {sampleAge, {}, "", done, "Original n.age", sampleAge},
+           {sampleAge, {}, "", asItIs, "Original n.age", sampleAge},
+           {sampleAge, {}, {}, asItIs, "Original n.age", sampleAge, false, "n.age", false},
+           {forKeys, {}, {}, asItIs, "Original n.age", forKeys},
            {sampleAge, {}, {}, done, "Original n.age", sampleAge, true},
            {"-> scrypt", {}, {}, done, "Original n.age", "-> scrypt"},
            {sampleAge, {}, {}, done, "Original n.x", sampleAge, false, "n.x"},
            {sampleAge, {}, {}, done, "Original .age", sampleAge, false, ".age"},
            {sampleAge, {}, std::optional<std::string>(), {"end"}, "", ""},
-           {sampleAge, {}, "Password", {incorrect, "end"}, "", ""},
-           {sampleAge, "Password", {}, {incorrect, "end"}, "", ""},
+           {sampleAge, {}, "Password", wrong, "", ""},
+           {sampleAge, "Password", {}, wrong, "", ""},
+           {"plain",
+            "p",
+            {},
+            {"x n.x Is Not Encrypted Under A Passphrase.", unable, "end"},
+            "",
+            "",
+            false,
+            "n.x"},
+           {forKeys,
+            "p",
+            {},
+            {"x n.age Is Not Encrypted Under A Passphrase.", unable, "end"},
+            "",
+            ""},
+           {changed(0), "p", {}, {"x n.age Is Damaged.", unable, "end"}, "", ""},
            {changed(32), {}, {}, damaged, "", ""},
            {changed(184), sampleAgePassphrase, {}, damaged, "", ""}}) {
     const std::string value = Enciphered(std::to_string(c.hidden.size()));
@@ -214,6 +234,7 @@ TEST_F(Recover, DeciphersWhatAPassphraseOpens) {
                                          "\r\n?Kj*^=" + value + "\r\n"));
     form.passphrase = c.given;
     form.raw = c.raw;
+    form.ask = c.ask;
     ScriptedUi ui;
     Expect(ui, {progress});
     if (c.typed) ui.ExpectMaskedInputBox("Enter Passphrase Of n.", *c.typed);
