@@ -3,6 +3,8 @@
 #include <sys/xattr.h>
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
 #include <utility>
 
 #include "engine/system/Posix.h"
@@ -32,6 +34,24 @@ bool HasList(const Descriptor& file) {
   return fgetxattr(file.Get(), "system.posix_acl_access", nullptr, 0) > 0;
 }
 
+/// Opens a file for reading at offsets. Empty with errno set on an error.
+Descriptor Open(const std::filesystem::path& path) {
+  // Without O_NONBLOCK the opening of a pipe would wait for a writer.
+  Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  if (file || errno != EWOULDBLOCK) return file;
+  // Another program has a lease on it, which the system asks it to give back. That is worth waiting
+  // for, but only on this very file: by now a pipe may have its name.
+  Descriptor found(open(path.c_str(), O_PATH | O_CLOEXEC));
+  struct stat state = {};
+  if (!found || fstat(found.Get(), &state) != 0 || !S_ISREG(state.st_mode)) return found;
+  std::array<char, 32> link = {};
+  (void)std::snprintf(link.data(), link.size(), "/proc/self/fd/%d", found.Get());
+  do file = Descriptor(open(link.data(), O_RDONLY | O_CLOEXEC));
+  while (!file && errno == EINTR);
+  if (!file && errno == ENOENT) errno = EWOULDBLOCK;  // No /proc.
+  return file;
+}
+
 }  // namespace
 
 struct SourceFile::State {
@@ -43,8 +63,7 @@ struct SourceFile::State {
 SourceFile::SourceFile(std::filesystem::path itsPath) : state_(std::make_unique<State>()) {
   state_->path = std::move(itsPath);
   const std::filesystem::path& path = state_->path;
-  // Without O_NONBLOCK the opening of a pipe would wait for a writer.
-  state_->descriptor = Descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  state_->descriptor = Open(path);
   struct stat found = {};
   if (!state_->descriptor || fstat(state_->descriptor.Get(), &found) != 0) FailWithLastError(path);
   if (S_ISDIR(found.st_mode))

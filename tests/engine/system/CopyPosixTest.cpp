@@ -1,5 +1,10 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <thread>
 
 #include "engine/system/Copy.h"
 #include "engine/system/Disk.h"
@@ -74,6 +79,20 @@ TEST_F(CopyPosix, NobodyMayReadMoreThanBefore) {
   EXPECT_EQ(Narrowed(program, {0640, false, 7}).bits, 0750);
   EXPECT_EQ(Narrowed(program, {0640, false, 8}).bits, 0700);
   EXPECT_EQ(WithoutExecute(program).bits, 0644);
+}
+
+TEST_F(CopyPosix, AFileUnderALeaseIsWaitedFor) {
+  const int file = open((folder / "source").c_str(), O_RDWR);
+  if (fcntl(file, F_SETSIG, SIGURG) != 0 || fcntl(file, F_SETLEASE, F_WRLCK) != 0)
+    GTEST_SKIP() << "no leases here";
+  std::thread holder([&] {
+    while (fcntl(file, F_GETLEASE) == F_WRLCK) std::this_thread::yield();
+    EXPECT_EQ(fcntl(file, F_SETLEASE, F_UNLCK), 0);
+  });
+  EXPECT_EQ(ErrorOf([&] { EXPECT_EQ(StateOf(folder / "source").length, 5U); }), "no error");
+  (void)fcntl(file, F_SETLEASE, F_UNLCK);
+  holder.join();
+  close(file);
 }
 
 TEST_F(CopyPosix, TheTrueCulpritIsNamed) {
