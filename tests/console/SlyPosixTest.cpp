@@ -276,11 +276,12 @@ constexpr Case scripts[] = {
     {"c='Hidden File m.png'; echo p >pp; PP='--passphrase-file pp'; echo plain >t;"
      "$SLY hide -q -e $PP m.png t; $SLY list \"$c\"; grep -ac plain \"$c\";"
      "$SLY hide -q -y \"$c\" b.bin && $SLY recover -q $PP --all \"Hidden File $c\";"
-     "cmp t 'Original t' && cmp b.bin 'Original b.bin'; $SLY recover -q -f 0 \"Hidden File $c\";"
+     "cmp t 'Original t' && cmp b.bin 'Original b.bin'; stat -c %a 'Original t'; $SLY recover -q "
+     "-f 0 \"Hidden File $c\";"
      "printf xx | dd of=\"$c\" bs=1 seek=3170 conv=notrunc 2>/dev/null; $SLY recover $PP \"$c\"",
      1,
      "@/Hidden File m.png\n0\t188\tt.age\n0\n@/Hidden File Hidden File m.png\n@/Original t\n"
-     "@/Original b.bin\n",
+     "@/Original b.bin\n600\n",
      "Enter Passphrase Of t. (Nobody is at the terminal; --passphrase-file names a file with it.)\n"
      "t Is Damaged.\nUnable To Recover File.\n"},
     {"printf 'Ab\\np\\n' >pw; $SLY hide -q -y -e --passphrase-file - $P one b.bin <pw;"
