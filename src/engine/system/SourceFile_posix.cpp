@@ -1,12 +1,12 @@
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/xattr.h>
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
 #include <utility>
 
+#include "engine/system/AccessList_posix.h"
 #include "engine/system/Posix.h"
 #include "engine/system/SourceFile.h"
 
@@ -26,12 +26,6 @@ FileState StateIn(const struct stat& found) {
           static_cast<std::int32_t>(found.st_mtim.tv_nsec),
           {static_cast<std::uint16_t>(found.st_mode & 0777), false, found.st_gid},
           space + blockLength > length ? std::max(space, length) : space};
-}
-
-/// Whether the file has a list of single users and groups. Then the group's bits are the most that
-/// any of them may do, and say nothing of the group.
-bool HasList(const Descriptor& file) {
-  return fgetxattr(file.Get(), "system.posix_acl_access", nullptr, 0) > 0;
 }
 
 /// Opens a file for reading at offsets. Empty with errno set on an error.
@@ -70,9 +64,6 @@ SourceFile::SourceFile(std::filesystem::path itsPath) : state_(std::make_unique<
     throw FileError(path, std::make_error_code(std::errc::is_a_directory));
   if (!S_ISREG(found.st_mode)) throw FileError(path, "Not a regular file");
   state_->opened = StateIn(found);
-  Rights& rights = state_->opened.rights;
-  const Rights narrow = ForAnyGroup(rights);
-  if (narrow.bits != rights.bits && HasList(state_->descriptor)) rights = narrow;
 }
 
 SourceFile::~SourceFile() = default;
@@ -83,6 +74,14 @@ const std::filesystem::path& SourceFile::Path() const {
 
 const FileState& SourceFile::Opened() const {
   return state_->opened;
+}
+
+Rights SourceFile::RightsOfReaders() const {
+  Rights rights = state_->opened.rights;
+  if ((rights.bits & 077U) == 0) return rights;
+  const AccessList list = AccessList::Of(state_->descriptor);
+  if (!list.IsEmpty()) rights.bits = static_cast<std::uint16_t>(list.CommonBits());
+  return rights;
 }
 
 int SourceFile::Number() const {
