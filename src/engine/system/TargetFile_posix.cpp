@@ -1,8 +1,10 @@
 #include <fcntl.h>
+#include <linux/capability.h>
 #include <linux/fs.h>
 #include <linux/magic.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/vfs.h>
 
 #include <array>
@@ -106,6 +108,26 @@ unsigned UserMask() {
   return S_IRWXG | S_IRWXO;
 }
 
+/// True if this user may do what only a file's owner may.
+bool ActsForOwners() {
+  __user_cap_header_struct header = {_LINUX_CAPABILITY_VERSION_3, 0};
+  std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3> sets = {};
+  return syscall(SYS_capget, &header, sets.data()) == 0 &&
+         (sets[CAP_TO_INDEX(CAP_FOWNER)].effective & CAP_TO_MASK(CAP_FOWNER)) != 0;
+}
+
+/// True if the system lets this user neither rename nor delete a file, whatever its mode.
+bool IsFixed(const std::filesystem::path& path, const struct stat& found) {
+  constexpr std::uint64_t fixing = STATX_ATTR_IMMUTABLE | STATX_ATTR_APPEND;
+  struct statx attributes = {};
+  if (statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, 0, &attributes) == 0 &&
+      (attributes.stx_attributes & fixing) != 0)
+    return true;
+  struct stat folder = {};
+  return found.st_uid != geteuid() && stat(path.parent_path().c_str(), &folder) == 0 &&
+         (folder.st_mode & S_ISVTX) != 0 && folder.st_uid != geteuid() && !ActsForOwners();
+}
+
 /// What exists at `path`, links not followed. Throws FileError if it cannot be replaced by a file.
 std::optional<struct stat> Replaceable(const std::filesystem::path& path) {
   struct stat found = {};
@@ -118,6 +140,8 @@ std::optional<struct stat> Replaceable(const std::filesystem::path& path) {
     throw FileError(path, std::make_error_code(std::errc::is_a_directory));
   if (!S_ISREG(found.st_mode) && !S_ISLNK(found.st_mode))
     throw FileError(path, "Not a regular file");
+  if (IsFixed(path, found))
+    throw FileError(path, std::make_error_code(std::errc::operation_not_permitted));
   return found;
 }
 

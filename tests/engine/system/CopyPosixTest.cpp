@@ -1,6 +1,8 @@
 #include <fcntl.h>
 #include <grp.h>
 #include <gtest/gtest.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <sys/xattr.h>
@@ -194,6 +196,36 @@ TEST_F(CopyPosix, AccessListsLetNobodyReadMore) {
     ASSERT_TRUE(GiveList(folder / "source", listOfFile, bits == 0 ? 0644 : 0640, bits));
     EXPECT_EQ(StateOf(folder / "source").rights.bits, 0600);
   }
+}
+
+TEST_F(CopyPosix, WhatCannotBeReplacedIsKnownBefore) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can make such files";
+  const auto watch = [](const CopyProgress&) { return true; };
+  (void)Copy(PlanOfSet({}, Existing::Keep), watch);
+  const fs::path fixed = folder / "target2";
+  const std::string error = fixed.string() + ": Operation not permitted";
+  const int file = open(fixed.c_str(), O_RDONLY);
+  for (int flags : {FS_IMMUTABLE_FL, FS_APPEND_FL}) {
+    if (ioctl(file, FS_IOC_SETFLAGS, &flags) != 0) continue;
+    bool copied = false;
+    const auto look = [&](const CopyProgress& p) { return copied = copied || p.bytesDone > 0; };
+    EXPECT_EQ(ErrorOf([&] { (void)Copy(PlanOfSet({}, Existing::Replace), look); }), error);
+    EXPECT_FALSE(copied);
+    EXPECT_EQ(ErrorOf([&] { RequireReplaceable(fixed); }), error);
+    int none = 0;
+    EXPECT_EQ(ioctl(file, FS_IOC_SETFLAGS, &none), 0);
+  }
+  close(file);
+  const auto isRefused = [&] {
+    return AsStranger([&] { return ErrorOf([&] { RequireReplaceable(fixed); }) == error; });
+  };
+  EXPECT_FALSE(isRefused());
+  ASSERT_EQ(chmod(folder.c_str(), 01777), 0);
+  EXPECT_TRUE(isRefused());
+  ASSERT_EQ(chown(folder.c_str(), stranger, stranger), 0);
+  ASSERT_EQ(chown(fixed.c_str(), stranger + 1, stranger), 0);
+  EXPECT_EQ(ErrorOf([&] { RequireReplaceable(fixed); }), "no error") << "root acts for owners";
+  EXPECT_FALSE(isRefused());
 }
 
 TEST_F(CopyPosix, AFileUnderALeaseIsWaitedFor) {
