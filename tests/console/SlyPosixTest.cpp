@@ -277,14 +277,15 @@ constexpr Case scripts[] = {
     {"c='Hidden File m.png'; echo p >pp; PP='--passphrase-file pp'; echo plain >t;"
      "$SLY hide -q -e $PP m.png t; $SLY list \"$c\"; grep -ac plain \"$c\";"
      "$SLY hide -q -y \"$c\" b.bin && $SLY recover -q $PP --all \"Hidden File $c\";"
-     "cmp t 'Original t' && cmp b.bin 'Original b.bin'; $SLY recover -q -f 0 \"Hidden File $c\";"
+     "cmp t 'Original t' && cmp b.bin 'Original b.bin'; stat -c %a 'Original t';"
+     "$SLY recover -q -f 0 \"Hidden File $c\";"
      "for job in list recover; do $SLY $job $P \"$c\"; done;"
      "$SLY hide -y -q $P \"$c\" b.bin; $SLY hide -y -q -e $PP $P \"$c\" b.bin;"
      "$SLY hide -q -e $PP $P m.png b.bin; $SLY recover $PP $P --all two;"
      "printf xx | dd of=\"$c\" bs=1 seek=3170 conv=notrunc 2>/dev/null; $SLY recover $PP \"$c\"",
      1,
      "@/Hidden File m.png\n0\t188\tt.age\n0\n@/Hidden File Hidden File m.png\n@/Original t\n"
-     "@/Original b.bin\n@/Original t.age\n",
+     "@/Original b.bin\n600\n@/Original t.age\n",
      "t.age Is Still Encrypted.\n" NOT_ITS_PASSWORD NOT_ITS_PASSWORD
      "Incorrect Password.\nIncorrect Password.\n"
      "A New List Takes No Password Where The File Is Encrypted. Leave The Password Out.\n"

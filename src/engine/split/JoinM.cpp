@@ -230,7 +230,7 @@ Ending Join(const fs::path& FullPath, const std::string& OrigName, JoinedFile& j
     return Ending::Failed;
   }
   const bool replace = NameIsTaken(joined.path);
-  if (replace) (void)RightsInPlaceOf(joined.path, {});  // A folder, say, cannot be replaced.
+  if (replace) RequireReplaceable(joined.path);
   if (replace &&
       !AskYesNo(ui, OrigName + " Already Exists. Do You Want To Replace It?", Stakes::Replaces))
     return Ending::Declined;

@@ -121,7 +121,8 @@ SplitResult SplitFile(const std::filesystem::path& source, std::uint64_t pieceSi
     plan.names = {options.outputFolder, name + ".", "", 1};
     if (options.forRecovery) {
       plan.names.width = mask.size();
-      plan.rights = WithoutExecute(state.rights);
+      // What was encrypted was meant for nobody else.
+      plan.rights = options.cipher ? Rights{0600} : WithoutExecute(state.rights);
       plan.existing = Existing::ReplaceScratch;
       plan.cipher = options.cipher;
       const Watch watch = StepsTo(30, count, ui, "PB1", options.barValue);

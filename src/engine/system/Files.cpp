@@ -9,7 +9,10 @@
 namespace slyver {
 
 FileState StateOf(const std::filesystem::path& path) {
-  return SourceFile(path).Opened();
+  const SourceFile file(path);
+  FileState state = file.Opened();
+  state.rights = file.RightsOfReaders();
+  return state;
 }
 
 std::uint64_t FileLength(const std::filesystem::path& path) {

@@ -10,15 +10,22 @@ struct Rights {
   static constexpr std::uint32_t anyGroup = UINT32_MAX;
 
   std::uint16_t bits = 0666;
-  bool exact = false;  ///< The user's mask takes nothing away.
+  bool exact = false;  ///< Neither the user's mask nor the folder's default list changes them.
   std::uint32_t group = anyGroup;
 };
 
-/// `rights`, where it is not known who the group's members are: they count as anybody.
+/// `rights`, where it is not known who the group's members are: they may do what anybody may, and
+/// so may the others.
 constexpr Rights ForAnyGroup(Rights rights) {
-  const unsigned others = rights.bits & 07U;
-  rights.bits = static_cast<std::uint16_t>((rights.bits & 0707U) | (others << 3U));
+  const unsigned common = rights.bits & (rights.bits >> 3U) & 07U;
+  rights.bits = static_cast<std::uint16_t>((rights.bits & 0700U) | (common << 3U) | common);
   return rights;
+}
+
+/// True if everybody may read what has `rights`.
+constexpr bool ForEverybody(const Rights& rights) {
+  constexpr unsigned everybodyReads = 044;
+  return (rights.bits & everybodyReads) == everybodyReads;
 }
 
 /// `rights`, but only for those who may read what `other` is about, too.
@@ -30,7 +37,7 @@ constexpr Rights Narrowed(Rights rights, const Rights& other) {
   const bool sameGroup = rights.group == other.group || other.group == Rights::anyGroup;
   unsigned bits = rights.bits;
   if (!groupReads || (!sameGroup && !othersRead)) bits &= ~groupBits;
-  if (!othersRead) bits &= ~othersBits;
+  if (!othersRead || (!sameGroup && !groupReads)) bits &= ~othersBits;
   rights.bits = static_cast<std::uint16_t>(bits);
   return rights;
 }

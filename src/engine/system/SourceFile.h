@@ -20,7 +20,7 @@ struct FileState {
   std::uint64_t number = 0;
   std::int64_t seconds = 0;  ///< When it was last written to, in the system's own time.
   std::int32_t nanoseconds = 0;
-  Rights rights;            ///< Does not count.
+  Rights rights;            ///< Does not count. Only StateOf() looks at access lists.
   std::uint64_t space = 0;  ///< What it takes on the disk, in bytes; changes by itself and so
                             ///< does not count either.
 
@@ -43,6 +43,9 @@ class SourceFile {
 
   /// The state of the file when it was opened.
   const FileState& Opened() const;
+
+  /// Returns rights that let nobody read who may not read the file, its access list included.
+  Rights RightsOfReaders() const;
 
   /// What the system knows the open file by, where it has descriptors.
   int Number() const;

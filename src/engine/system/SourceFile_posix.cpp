@@ -1,10 +1,12 @@
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/xattr.h>
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
 #include <utility>
 
+#include "engine/system/AccessList_posix.h"
 #include "engine/system/Posix.h"
 #include "engine/system/SourceFile.h"
 
@@ -26,10 +28,22 @@ FileState StateIn(const struct stat& found) {
           space + blockLength > length ? std::max(space, length) : space};
 }
 
-/// Whether the file has a list of single users and groups. Then the group's bits are the most that
-/// any of them may do, and say nothing of the group.
-bool HasList(const Descriptor& file) {
-  return fgetxattr(file.Get(), "system.posix_acl_access", nullptr, 0) > 0;
+/// Opens a file for reading at offsets. Empty with errno set on an error.
+Descriptor Open(const std::filesystem::path& path) {
+  // Without O_NONBLOCK the opening of a pipe would wait for a writer.
+  Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  if (file || errno != EWOULDBLOCK) return file;
+  // Another program has a lease on it, which the system asks it to give back. That is worth waiting
+  // for, but only on this very file: by now a pipe may have its name.
+  Descriptor found(open(path.c_str(), O_PATH | O_CLOEXEC));
+  struct stat state = {};
+  if (!found || fstat(found.Get(), &state) != 0 || !S_ISREG(state.st_mode)) return found;
+  std::array<char, 32> link = {};
+  (void)std::snprintf(link.data(), link.size(), "/proc/self/fd/%d", found.Get());
+  do file = Descriptor(open(link.data(), O_RDONLY | O_CLOEXEC));
+  while (!file && errno == EINTR);
+  if (!file && errno == ENOENT) errno = EWOULDBLOCK;  // No /proc.
+  return file;
 }
 
 }  // namespace
@@ -43,17 +57,13 @@ struct SourceFile::State {
 SourceFile::SourceFile(std::filesystem::path itsPath) : state_(std::make_unique<State>()) {
   state_->path = std::move(itsPath);
   const std::filesystem::path& path = state_->path;
-  // Without O_NONBLOCK the opening of a pipe would wait for a writer.
-  state_->descriptor = Descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  state_->descriptor = Open(path);
   struct stat found = {};
   if (!state_->descriptor || fstat(state_->descriptor.Get(), &found) != 0) FailWithLastError(path);
   if (S_ISDIR(found.st_mode))
     throw FileError(path, std::make_error_code(std::errc::is_a_directory));
   if (!S_ISREG(found.st_mode)) throw FileError(path, "Not a regular file");
   state_->opened = StateIn(found);
-  Rights& rights = state_->opened.rights;
-  const Rights narrow = ForAnyGroup(rights);
-  if (narrow.bits != rights.bits && HasList(state_->descriptor)) rights = narrow;
 }
 
 SourceFile::~SourceFile() = default;
@@ -64,6 +74,14 @@ const std::filesystem::path& SourceFile::Path() const {
 
 const FileState& SourceFile::Opened() const {
   return state_->opened;
+}
+
+Rights SourceFile::RightsOfReaders() const {
+  Rights rights = state_->opened.rights;
+  if ((rights.bits & 077U) == 0) return rights;
+  const AccessList list = AccessList::Of(state_->descriptor);
+  if (!list.IsEmpty()) rights.bits = static_cast<std::uint16_t>(list.CommonBits());
+  return rights;
 }
 
 int SourceFile::Number() const {

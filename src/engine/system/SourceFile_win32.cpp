@@ -76,6 +76,10 @@ const FileState& SourceFile::Opened() const {
   return state_->opened;
 }
 
+Rights SourceFile::RightsOfReaders() const {
+  return state_->opened.rights;
+}
+
 int SourceFile::Number() const {
   return -1;
 }

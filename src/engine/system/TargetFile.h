@@ -46,14 +46,19 @@ struct Sharing {
 /// until then is its writer's alone and needs no lock, which halves the time of small files.
 class TargetFile {
  public:
-  /// Starts a file. Its rights are `rights`, or those in place of the file that it replaces, before
-  /// the first byte is written. Throws FileError: the folder cannot be written to, `target` is a
-  /// folder or a device, it exists and `existing` is Keep, or another program is writing it.
-  TargetFile(std::filesystem::path target, Existing existing, Rights rights = {});
+  /// Starts a file. Before the first byte is written it has RightsIn() for a source with `rights`.
+  /// Or, if a file exists at `inPlaceOf`, it has that one's mode, group and access list, but lets
+  /// nobody read who may not read the source; and at the end its owner, where this user may give
+  /// it. `inPlaceOf` is `target` itself with Existing::Replace. Throws FileError: the folder cannot
+  /// be written to, `target` exists and cannot be replaced or `existing` is Keep, or another
+  /// program is writing it.
+  TargetFile(std::filesystem::path target, Existing existing, Rights rights = {},
+             std::filesystem::path inPlaceOf = {});
 
   /// Starts a file of `folder` that has no name until Commit(), where CanBeNamelessUntil() says
-  /// that it can. A file that bears the name then is kept. It gets its rights there, too: until
-  /// then nobody else can open it. Throws FileError: the folder cannot be written to.
+  /// that it can. A file that bears the name then is kept. It gets its `rights`, which are as
+  /// RightsIn() returns them, there, too: until then nobody else can open it. Throws FileError: the
+  /// folder cannot be written to.
   static std::shared_ptr<TargetFile> StartNameless(const std::filesystem::path& folder,
                                                    std::filesystem::path target, Rights rights);
   ~TargetFile();
@@ -89,10 +94,14 @@ class TargetFile {
   std::unique_ptr<State> state_;
 };
 
-/// The rights of a file whose source has `source` and which is to take the place of `path`: those
-/// of the file there, for people who may read the source too; `source` where none is there. Throws
-/// FileError where what bears the name is neither a file nor a link.
-Rights RightsInPlaceOf(const std::filesystem::path& path, const Rights& source);
+/// Returns the rights of a new file in `folder` whose source has `rights`: these less the user's
+/// mask. What the folder's default access list adds is left out unless everybody may read the
+/// source.
+Rights RightsIn(const std::filesystem::path& folder, Rights rights);
+
+/// Throws FileError if what exists at `path` cannot be replaced by a file: a folder, a device, what
+/// the system keeps from being changed.
+void RequireReplaceable(const std::filesystem::path& path);
 
 /// Renames the file `from` to `to` in the same file system; `false` if `to` exists, and then
 /// nothing has changed. Throws FileError, naming `named`.

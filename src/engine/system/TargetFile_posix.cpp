@@ -1,14 +1,19 @@
 #include <fcntl.h>
+#include <linux/capability.h>
 #include <linux/fs.h>
 #include <linux/magic.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/vfs.h>
 
 #include <array>
 #include <cstdio>
+#include <fstream>
 #include <optional>
+#include <string>
 
+#include "engine/system/AccessList_posix.h"
 #include "engine/system/Disk.h"
 #include "engine/system/Posix.h"
 #include "engine/system/TargetFile.h"
@@ -94,9 +99,37 @@ gid_t GroupIn(const std::filesystem::path& folder) {
   return getegid();
 }
 
-/// The rights of a file that takes the place of `path`, as RightsInPlaceOf() has it; none where
-/// nothing bears the name.
-std::optional<Rights> RightsReplacing(const std::filesystem::path& path, const Rights& source) {
+/// The bits that the user's mask takes from new files; all but the owner's if it is unknown.
+unsigned UserMask() {
+  std::ifstream status("/proc/self/status");
+  unsigned mask = 0;
+  for (std::string word; status >> word;)
+    if (word == "Umask:" && status >> std::oct >> mask) return mask;
+  return S_IRWXG | S_IRWXO;
+}
+
+/// True if this user may do what only a file's owner may.
+bool ActsForOwners() {
+  __user_cap_header_struct header = {_LINUX_CAPABILITY_VERSION_3, 0};
+  std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3> sets = {};
+  return syscall(SYS_capget, &header, sets.data()) == 0 &&
+         (sets[CAP_TO_INDEX(CAP_FOWNER)].effective & CAP_TO_MASK(CAP_FOWNER)) != 0;
+}
+
+/// True if the system lets this user neither rename nor delete a file, whatever its mode.
+bool IsFixed(const std::filesystem::path& path, const struct stat& found) {
+  constexpr std::uint64_t fixing = STATX_ATTR_IMMUTABLE | STATX_ATTR_APPEND;
+  struct statx attributes = {};
+  if (statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, 0, &attributes) == 0 &&
+      (attributes.stx_attributes & fixing) != 0)
+    return true;
+  struct stat folder = {};
+  return found.st_uid != geteuid() && stat(path.parent_path().c_str(), &folder) == 0 &&
+         (folder.st_mode & S_ISVTX) != 0 && folder.st_uid != geteuid() && !ActsForOwners();
+}
+
+/// What exists at `path`, links not followed. Throws FileError if it cannot be replaced by a file.
+std::optional<struct stat> Replaceable(const std::filesystem::path& path) {
   struct stat found = {};
   if (lstat(path.c_str(), &found) != 0) {
     // A name that is too long, say, is better known now than after the long work.
@@ -105,9 +138,38 @@ std::optional<Rights> RightsReplacing(const std::filesystem::path& path, const R
   }
   if (S_ISDIR(found.st_mode))
     throw FileError(path, std::make_error_code(std::errc::is_a_directory));
-  if (S_ISLNK(found.st_mode)) return source;
-  if (!S_ISREG(found.st_mode)) throw FileError(path, "Not a regular file");
-  return Narrowed({static_cast<std::uint16_t>(found.st_mode & 0777), true, found.st_gid}, source);
+  if (!S_ISREG(found.st_mode) && !S_ISLNK(found.st_mode))
+    throw FileError(path, "Not a regular file");
+  if (IsFixed(path, found))
+    throw FileError(path, std::make_error_code(std::errc::operation_not_permitted));
+  return found;
+}
+
+/// A file that is replaced, whose rights and owner are kept; nothing if none is.
+std::optional<struct stat> Replaced(const std::filesystem::path& path) {
+  std::optional<struct stat> found;
+  if (!path.empty()) found = Replaceable(path);
+  if (found && S_ISLNK(found->st_mode)) found.reset();
+  return found;
+}
+
+/// Gives a new file the group and the access list of the file `earlier` at `path`, for people who
+/// may read by `source`, too. Returns the rights with which that is complete.
+Rights KeepGroupAndList(const Descriptor& file, const std::filesystem::path& path,
+                        const struct stat& earlier, const Rights& source) {
+  struct stat made = {};
+  if (fstat(file.Get(), &made) != 0) FailWithLastError(path);
+  const bool keepsGroup = made.st_gid == earlier.st_gid ||
+                          fchown(file.Get(), static_cast<uid_t>(-1), earlier.st_gid) == 0;
+  AccessList list = AccessList::Of(path);
+  const unsigned before = list.IsEmpty() ? earlier.st_mode & 0777U : list.ClassBits();
+  Rights rights = Narrowed({static_cast<std::uint16_t>(before), true, earlier.st_gid}, source);
+  if (!keepsGroup) rights = ForAnyGroup(rights);
+  if (!list.IsEmpty())
+    rights.bits = static_cast<std::uint16_t>(list.Narrow(rights.bits, ForEverybody(source)));
+  if (!list.SetOn(file)) FailWithLastError(path);
+  rights.group = Rights::anyGroup;
+  return rights;
 }
 
 /// Sets what creating the file could not: rights that the user's mask must not narrow, and those of
@@ -116,13 +178,15 @@ void SetRights(const Descriptor& file, const Rights& rights, bool complete,
                const std::filesystem::path& target) {
   struct stat found = {};
   if (fstat(file.Get(), &found) != 0) FailWithLastError(target);
-  if (rights.exact && !complete && rights.group != found.st_gid &&
-      fchown(file.Get(), static_cast<uid_t>(-1), rights.group) == 0)
-    found.st_gid = rights.group;
   mode_t bits = BitsFor(rights, found.st_gid);
   if (!rights.exact) bits &= found.st_mode;
   if (!complete) bits |= S_IRUSR | S_IWUSR;
   if (bits != (found.st_mode & 0777U) && fchmod(file.Get(), bits) != 0) FailWithLastError(target);
+}
+
+/// Removes the access list that a new file has inherited from its folder.
+void RemoveList(const Descriptor& file, const std::filesystem::path& target) {
+  if (!AccessList().SetOn(file)) FailWithLastError(target);
 }
 
 bool IsOnNetwork(const struct statfs& found) {
@@ -214,6 +278,7 @@ struct TargetFile::State {
   Existing existing = Existing::Keep;
   Rights rights;
   Descriptor file;
+  std::optional<uid_t> owner;  ///< Who gets the file when it is complete, if not this user.
   bool flushed = false;
   bool named = false;
 
@@ -223,20 +288,28 @@ struct TargetFile::State {
   }
 };
 
-TargetFile::TargetFile(std::filesystem::path target, Existing existing, Rights rights)
+TargetFile::TargetFile(std::filesystem::path target, Existing existing, Rights rights,
+                       std::filesystem::path inPlaceOf)
     : state_(std::make_unique<State>()) {
   state_->temporary = TemporaryPath(target);
   state_->target = std::move(target);
   state_->existing = existing;
-  state_->rights = rights;
-  if (existing == Existing::Replace) state_->rights = RightsInPlaceOf(state_->target, rights);
+  if (existing == Existing::Replace) inPlaceOf = state_->target;
+  const std::filesystem::path folder = state_->target.parent_path();
+  state_->rights = RightsIn(folder, rights);
+  // Nobody else may open it before its access list is set.
+  const bool isClosed = state_->rights.exact || Replaced(inPlaceOf);
   state_->file = CreateTemporary(state_->temporary, state_->target,
-                                 BitsFor(state_->rights, GroupIn(state_->target.parent_path())));
-  // What bears the name is looked at under the lock: another program may have given it just now.
-  const std::optional<Rights> now = RightsReplacing(state_->target, rights);
-  if (existing == Existing::Keep && now)
+                                 isClosed ? 0 : BitsFor(state_->rights, GroupIn(folder)));
+  // What exists is looked at under the lock: another program may have created it just now.
+  if (Replaceable(state_->target) && existing == Existing::Keep)
     throw FileError(state_->target, std::make_error_code(std::errc::file_exists));
-  if (existing == Existing::Replace) state_->rights = now.value_or(rights);
+  if (const std::optional<struct stat> earlier = Replaced(inPlaceOf)) {
+    state_->rights = KeepGroupAndList(state_->file, inPlaceOf, *earlier, rights);
+    if (earlier->st_uid != geteuid()) state_->owner = earlier->st_uid;
+  } else if (state_->rights.exact) {
+    RemoveList(state_->file, state_->target);
+  }
   SetRights(state_->file, state_->rights, false, state_->target);
 }
 
@@ -245,8 +318,9 @@ TargetFile::TargetFile(std::unique_ptr<State> state) : state_(std::move(state)) 
 std::shared_ptr<TargetFile> TargetFile::StartNameless(const std::filesystem::path& folder,
                                                       std::filesystem::path target, Rights rights) {
   auto state = std::make_unique<State>();
-  state->file = OpenNameless(folder, rights.bits);
+  state->file = OpenNameless(folder, rights.exact ? S_IRUSR | S_IWUSR : rights.bits);
   if (!state->file) FailWithLastError(target);
+  if (rights.exact) RemoveList(state->file, target);
   state->target = std::move(target);
   state->rights = rights;
   return std::shared_ptr<TargetFile>(new TargetFile(std::move(state)));
@@ -306,6 +380,8 @@ void TargetFile::Commit() {
   const bool nameless = state.temporary.empty();
   const bool replaces = state.existing == Existing::Replace && NameIsTaken(state.target);
   SetRights(state.file, state.rights, true, state.target);
+  // Not before: the new owner could open it while it is written.
+  if (state.owner) (void)fchown(state.file.Get(), *state.owner, static_cast<gid_t>(-1));
   if (replaces && !state.flushed) Flush();
   // Some file systems report a failed write only at close. Closing a duplicate asks for that
   // report and keeps the lock.
@@ -324,8 +400,18 @@ void TargetFile::Commit() {
   if (replaces) FlushFolder(state.target.parent_path());
 }
 
-Rights RightsInPlaceOf(const std::filesystem::path& path, const Rights& source) {
-  return RightsReplacing(path, source).value_or(source);
+Rights RightsIn(const std::filesystem::path& folder, Rights rights) {
+  const AccessList inherited = AccessList::DefaultOf(folder);
+  if (inherited.IsEmpty()) return rights;
+  // The system does not apply the mask where files inherit a list.
+  const unsigned most = inherited.Mode() & ~UserMask();
+  rights.exact = rights.exact || !ForEverybody(rights);
+  rights.bits = static_cast<std::uint16_t>(rights.bits & most);
+  return rights;
+}
+
+void RequireReplaceable(const std::filesystem::path& path) {
+  (void)Replaceable(path);
 }
 
 bool MoveToFreeName(const std::filesystem::path& from, const std::filesystem::path& to,

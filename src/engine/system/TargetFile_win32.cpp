@@ -94,7 +94,8 @@ struct TargetFile::State {
 };
 
 // Who may read the file is up to its folder.
-TargetFile::TargetFile(std::filesystem::path target, Existing existing, Rights rights)
+TargetFile::TargetFile(std::filesystem::path target, Existing existing, Rights /*rights*/,
+                       std::filesystem::path /*inPlaceOf*/)
     : state_(std::make_unique<State>()) {
   state_->target = std::move(target);
   state_->existing = existing;
@@ -103,7 +104,7 @@ TargetFile::TargetFile(std::filesystem::path target, Existing existing, Rights r
   state_->handle = CreateTemporary(TemporaryPath(state_->target), state_->target);
   const DWORD attributes = GetFileAttributesW(LongPath(state_->target).c_str());
   if (attributes != INVALID_FILE_ATTRIBUTES) {
-    (void)RightsInPlaceOf(state_->target, rights);
+    RequireReplaceable(state_->target);
     if (existing == Existing::Keep)
       throw FileError(state_->target, std::make_error_code(std::errc::file_exists));
     if (existing == Existing::Replace) RequireReplaceable(state_->target, attributes);
@@ -177,11 +178,14 @@ void TargetFile::Commit() {
   state.handle.Close();
 }
 
-Rights RightsInPlaceOf(const std::filesystem::path& path, const Rights& source) {
+Rights RightsIn(const std::filesystem::path& /*folder*/, Rights rights) {
+  return rights;
+}
+
+void RequireReplaceable(const std::filesystem::path& path) {
   const DWORD attributes = GetFileAttributesW(LongPath(path).c_str());
   if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
     throw FileError(path, std::make_error_code(std::errc::is_a_directory));
-  return source;
 }
 
 bool MoveToFreeName(const std::filesystem::path& from, const std::filesystem::path& to,

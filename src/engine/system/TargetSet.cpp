@@ -157,6 +157,7 @@ TargetSet::TargetSet(const CopyPlan& plan) : plan_(plan) {
   }
   if (earlier_.empty()) {
     nameless_ = plan.TargetCount() > 1 && CanBeNamelessUntil(plan.names.Path(1));
+    rights_ = RightsIn(plan.names.folder, plan.rights);
     return;
   }
   for (std::size_t i = 1; i < plan.TargetCount(); ++i) RemoveLeftoverOf(plan.names.Path(i));
@@ -178,7 +179,7 @@ void TargetSet::FindEarlier() {
     const bool isTarget = static_cast<std::size_t>(number) <= plan_.TargetCount();
     if (kind == EntryKind::Folder && !isTarget) return;
     const fs::path path = plan_.names.folder / PathFromText(name);
-    (void)RightsInPlaceOf(path, plan_.rights);
+    RequireReplaceable(path);
     if (plan_.existing == Existing::Keep)
       throw FileError(path, std::make_error_code(std::errc::file_exists));
     const auto place = number == CopyPlan::numberOfList ? earlier_.begin()
@@ -216,13 +217,13 @@ std::shared_ptr<TargetFile> TargetSet::Begin(std::size_t index) {
   fs::path target = plan_.names.Path(index);
   std::shared_ptr<TargetFile> file;
   if (nameless_) {
-    file = TargetFile::StartNameless(plan_.names.folder, std::move(target), plan_.rights);
+    file = TargetFile::StartNameless(plan_.names.folder, std::move(target), rights_);
   } else if (staging_.empty()) {
     const Existing existing = plan_.numberInSet ? Existing::Keep : plan_.existing;
     file = std::make_shared<TargetFile>(target, existing, plan_.rights);
   } else {
-    file = std::make_shared<TargetFile>(staging_ / target.filename(), Existing::Keep,
-                                        RightsInPlaceOf(target, plan_.rights));
+    file = std::make_shared<TargetFile>(staging_ / target.filename(), Existing::Keep, plan_.rights,
+                                        target);
   }
   file->Reserve(plan_.SpaceToReserve(index, sharing_));
   return file;

@@ -72,6 +72,7 @@ class TargetSet {
   bool hasEarlierFirst_ = false;
   std::filesystem::path staging_;  ///< Empty where no set is replaced.
   bool nameless_ = false;          ///< Whether the others have no name until they are complete.
+  Rights rights_;                  ///< Of nameless files.
 
   Mutex mutex_;
   std::vector<std::size_t> named_ GUARDED_BY(mutex_);  ///< Targets of a new set.
