@@ -80,6 +80,7 @@ struct Terminal::State {
 };
 
 Terminal::Terminal() : state_(std::make_unique<State>()) {
+  if (!OpenStandardDescriptors()) FailWithLastError("/dev/null");
   // A signal that is blocked waits to be asked about. One that the caller has had ignored, as a
   // shell does for a job in the background, must not be blocked: it would be kept all the same.
   (void)sigemptyset(&state_->stopping);

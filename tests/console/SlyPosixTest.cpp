@@ -237,6 +237,14 @@ constexpr Case scripts[] = {
      "e.bin.1.sly\ne.bin.2.sly\ne.bin.1.sly: OK\ne.bin.2.sly: OK\ne.bin.3.sly: OK\n"
      "e.bin.1.sly\ne.bin.2.sly\ne.bin.sha256\ne.bin.1.sly\ne.bin.2.sly\ne.bin.sha256\n",
      "@/d/e.bin.sha256: File exists\n"},
+    // What the caller has closed is neither waited for nor written to.
+    {"for c in '' '<&-' '2>&-' '<&- 2>&-' '>&-' '>&- <&-' '>&- 2>&-' '>&- <&- 2>&-'; do mkdir d;"
+     "eval $SLY split e.bin -s 2kB --checksum -q -o d $c; s=$?; (cd d; sha256sum -c --quiet *256);"
+     "eval $SLY join d/e.bin.1.sly -q $c >o; s=$s$?; cmp e.bin d/e.bin;"
+     "eval $SLY list six $P $c >>o; echo $s$? $(wc -l <o); rm -r d; done; rm o",
+     0, "000 7\n000 7\n000 7\n000 7\n011 0\n011 0\n011 0\n011 0\n",
+     "standard output: cannot be written\nstandard output: cannot be written\n"
+     "standard output: cannot be written\nstandard output: cannot be written\n"},
     // Hiding, listing and recovering.
     {"mkdir d; $SLY hide $P m.png a.bin -o d -q; $SLY recover $P two --all --output d -q;"
      "cmp 'd/Hidden File m.png' one && cmp a.bin 'd/Original a.bin' && cmp b.bin 'd/Original "
