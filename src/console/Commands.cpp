@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "console/Printable.h"
 #include "engine/hidden/HideJob.h"
 #include "engine/hidden/RecoverJob.h"
 #include "engine/split/ChecksumFile.h"
@@ -45,9 +46,14 @@ std::optional<fs::path> OutputFolder(const Arguments& arguments, const fs::path&
   return folder;
 }
 
+/// `name` as it may be written to standard output.
+std::string ForOutput(std::string_view name) {
+  return Terminal::ShowsOutput() ? Quoted(name) : std::string(name);
+}
+
 /// Prints the paths of the files made; whether there are any.
 bool Print(const std::vector<fs::path>& made) {
-  for (const fs::path& path : made) std::cout << PathText(path) << '\n';
+  for (const fs::path& path : made) std::cout << ForOutput(PathText(path)) << '\n';
   return !made.empty();
 }
 
@@ -200,7 +206,9 @@ bool Verify(const Arguments& arguments, ConsoleUi& ui) {
   if (!verified) return false;
   const auto print = [](const std::string& name, PieceState state) {
     constexpr std::array words = {"OK", "DAMAGED", "MISSING", "NOT CHECKED"};
-    std::cout << NameOnALine(name) << '\t' << words[static_cast<std::size_t>(state)] << '\n';
+    const std::string shown = ForOutput(name);
+    std::cout << (shown == name ? NameOnALine(name) : shown) << '\t'
+              << words[static_cast<std::size_t>(state)] << '\n';
   };
   int number = 0;
   for (const PieceState state : verified->pieces)
@@ -238,9 +246,11 @@ bool List(const Arguments& arguments, ConsoleUi& ui) {
   if (!CountHiddenFiles(carrier, ui)) return false;
   const std::optional<Secret> password = ListPassword(carrier, arguments, ui);
   if (!password) return false;
-  const auto files = ListHiddenFiles(carrier, *password, ui);
-  if (files) std::cout << ListOf(*files) << '\n';
-  return files.has_value();
+  auto files = ListHiddenFiles(carrier, *password, ui);
+  if (!files) return false;
+  for (HiddenFile& file : *files) file.name = ForOutput(file.name);
+  std::cout << ListOf(*files) << '\n';
+  return true;
 }
 
 bool Recover(const Arguments& arguments, ConsoleUi& ui) {

@@ -29,6 +29,9 @@ class Terminal {
   /// Whether standard error is a terminal, on which a line can be drawn anew.
   static bool ShowsErrors();
 
+  /// True if standard output is a terminal, which obeys control characters.
+  static bool ShowsOutput();
+
   /// The columns of a line on standard error; 80 where that is unknown.
   static std::size_t Width();
 

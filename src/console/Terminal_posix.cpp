@@ -112,6 +112,10 @@ bool Terminal::ShowsErrors() {
   return isatty(STDERR_FILENO) == 1;
 }
 
+bool Terminal::ShowsOutput() {
+  return isatty(STDOUT_FILENO) == 1;
+}
+
 std::size_t Terminal::Width() {
   winsize size = {};
   return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;

@@ -159,6 +159,10 @@ bool Terminal::ShowsErrors() {
   return mode && (*mode & ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
 }
 
+bool Terminal::ShowsOutput() {
+  return ModeOf(GetStdHandle(STD_OUTPUT_HANDLE)).has_value();
+}
+
 std::size_t Terminal::Width() {
   CONSOLE_SCREEN_BUFFER_INFO info = {};
   if (GetConsoleScreenBufferInfo(GetStdHandle(STD_ERROR_HANDLE), &info) == 0) return 80;

@@ -450,7 +450,14 @@ constexpr Talk talks[] = {
     {"exec $SLY split e.bin -s 2kB", "100%  5.00 kB of 5.00 kB\033[K\r\033[KFile Successfully", 0,
      "true"},
     {"stty cols 20; exec $SLY split e.bin -s 2kB", "\r100%\033[K\r\033[KFile", 0, "true"},
-    {"exec $SLY split \"$(printf 'a\\033[2J')\"", "a?[2J: No such file", 1, "true"},
+    {"exec $SLY split \"$(printf 'a\\033[2J\\302\\233\\233\\304\\233')\"",
+     "a?[2J??\xC4\x9B: No such file", 1, "true"},
+    // A terminal gets names that a shell takes back; a file gets them as they are.
+    {"f=$(printf \"a'\\033\\302\\233\\233\\304\\233\"); cp e.bin \"$f\"; $SLY split -q -v -n 2 "
+     "\"$f\" | grep -F \"$f\" &&"
+     "$SLY verify \"$f.1.sly\" ; exec $SLY join \"$f.1.sly\" -y",
+     "\n$'a\\'\\033\\302\\233\\233\xC4\x9B.1.sly'\tOK<>/a\\'\\033\\302\\233\\233\xC4\x9B'\r\n", 0,
+     "true"},
     // What takes no space on the disk is not copied, so it is reserved.
     {"fallocate -l 2000000000 a.bin; exec $SLY hide $P m.png a.bin", " of 2.00 GB<\x03>", 130,
      NOTHING_MADE},
