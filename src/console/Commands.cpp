@@ -67,16 +67,24 @@ void TakeSize(SplitForm& form, const Arguments& arguments) {
   form.Text3 = SizeFromCount(form.Nofile, "", FileLength(form.Text1)).other.value_or("");
 }
 
-/// The secret in a file, which may have been written on another system: neither a byte-order mark
-/// nor the line's end is a part of it. Throws FileError.
-Secret SecretIn(const std::string& file, Typed what, const ConsoleUi& ui) {
-  constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-  const Secret line = Secret::Of(ui.ReadFirstLine(file));
+std::string PromptFor(Typed what) {
+  return what == Typed::Passphrase ? "Enter Passphrase :" : "Enter Password :";
+}
+
+/// Reads the secret in a file, which may have been written on another system: neither a byte-order
+/// mark nor the line's end is a part of it. Throws FileError, also if it is empty.
+Secret SecretIn(const std::string& file, Typed what, ConsoleUi& ui) {
+  const Secret line = Secret::Of(ui.ReadSecret(file, PromptFor(what)));
   std::string_view text = line.Text();
-  if (what == Typed::Passphrase && text.size() == Terminal::longestLine)
-    throw FileError(PathFromText(file), "The first line is too long");
-  if (text.starts_with(byteOrderMark)) text.remove_prefix(byteOrderMark.size());
+  const auto refuse = [&](std::string_view cause) {
+    throw FileError(file == "-" ? "standard input" : PathFromText(file), cause);
+  };
+  if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF") ||
+      text.find('\0') != std::string_view::npos)
+    refuse("The text is UTF-16; save it as UTF-8");
+  if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
   if (text.ends_with('\r')) text.remove_suffix(1);
+  if (text.empty()) refuse("The first line is empty");
   return text;
 }
 
@@ -84,22 +92,29 @@ struct TypedTwice {
   Secret first, second;
 };
 
+constexpr int mostTries = 3;
+
 /// A password or passphrase, from the file that the user names or from the terminal, there `twice`
-/// if need be. Nothing when there is nobody to ask; that has been said.
+/// if need be, and again while the two differ. Nothing when there is nobody to ask; that has been
+/// said.
 std::optional<TypedTwice> Ask(Typed what, bool twice, const Arguments& arguments, ConsoleUi& ui) {
-  const bool isPassphrase = what == Typed::Passphrase;
-  const std::string& file = isPassphrase ? arguments.passphraseFile : arguments.passwordFile;
+  const std::string& file =
+      what == Typed::Passphrase ? arguments.passphraseFile : arguments.passwordFile;
   if (!file.empty()) {
     const Secret secret = SecretIn(file, what, ui);
     return TypedTwice{secret, secret};
   }
-  const std::string name = isPassphrase ? "Passphrase" : "Password";
-  std::optional<std::string> first = ui.MaskedInputBox("Enter " + name + " :", what);
-  if (!first) return std::nullopt;
-  TypedTwice typed{Secret::Of(std::move(*first)), {}};
-  if (twice)
-    typed.second = Secret::Of(ui.MaskedInputBox("Re-Enter " + name + " :", what).value_or(""));
-  return typed;
+  for (int tries = 1;; ++tries) {
+    std::optional<std::string> first = ui.MaskedInputBox(PromptFor(what), what);
+    if (!first) return std::nullopt;
+    TypedTwice typed{Secret::Of(std::move(*first)), {}};
+    if (!twice || typed.first.Text().empty()) return typed;
+    std::optional<std::string> second = ui.MaskedInputBox("Re-" + PromptFor(what), what);
+    if (second) typed.second = Secret::Of(std::move(*second));
+    // The job refuses the last try.
+    if (!second || typed.first == typed.second || tries == mostTries) return typed;
+    ui.Message("Passwords Do Not Match. Re-Enter Them.", Icon::Critical);
+  }
 }
 
 /// The password of a carrier's list, unless that opens without. Nothing when there is nobody to

@@ -63,7 +63,7 @@ Answer ConsoleUi::Question(std::string_view text, Buttons /*buttons*/, Stakes st
 
 bool ConsoleUi::AnswerFromTerminal(std::string_view text) {
   while (true) {
-    const std::optional<std::string> line = terminal_.ReadLine(true, std::string(text) + " [y/n] ");
+    const std::optional<std::string> line = terminal_.ReadLine(std::string(text) + " [y/n] ");
     if (!line) {
       std::cerr << std::endl;
       return false;
@@ -87,7 +87,7 @@ std::optional<std::filesystem::path> ConsoleUi::PickFolder() {
 std::optional<std::string> ConsoleUi::MaskedInputBox(std::string_view prompt, Typed what) {
   ClearProgressLine();
   if (Terminal::CanAsk()) {
-    std::optional<std::string> line = terminal_.ReadLine(false, std::string(prompt) + " ");
+    std::optional<std::string> line = terminal_.ReadSecret(ForErrors(prompt) + " ");
     if (!line) std::cerr << "(no answer)" << std::endl;
     return line;
   }
@@ -101,7 +101,7 @@ std::optional<std::string> ConsoleUi::MaskedInputBox(std::string_view prompt, Ty
 std::optional<std::string> ConsoleUi::AskLine(std::string_view prompt) {
   ClearProgressLine();
   if (!Terminal::CanAsk()) return std::nullopt;
-  return terminal_.ReadLine(true, std::string(prompt) + " ");
+  return terminal_.ReadLine(ForErrors(prompt) + " ");
 }
 
 void ConsoleUi::ShowProgressForm(std::string_view /*caption*/) {}
@@ -134,8 +134,11 @@ bool ConsoleUi::GoOn() {
 // The program ends when the job returns.
 void ConsoleUi::EndProgram() {}
 
-std::string ConsoleUi::ReadFirstLine(const std::string& name) const {
-  return (name == "-" ? terminal_.ReadLine(true) : terminal_.ReadFirstLine(PathFromText(name)))
+std::string ConsoleUi::ReadSecret(const std::string& file, std::string_view prompt) {
+  ClearProgressLine();
+  const std::string shown = ForErrors(prompt) + " ";
+  return (file == "-" ? terminal_.ReadSecret(shown)
+                      : terminal_.ReadSecret(shown, PathFromText(file)))
       .value_or("");
 }
 

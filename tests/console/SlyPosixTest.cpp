@@ -260,8 +260,12 @@ constexpr Case scripts[] = {
     // A byte-order mark, a missing line end, a pipe.
     {"printf '\\357\\273\\277Ab' >pw; $SLY list $P six", 0, LIST, ""},
     {"mkfifo p; { sleep 0.1; echo Ab; } >p & $SLY list --password-file p six", 0, LIST, ""},
-    {"$SLY list --password-file /dev/zero six", 1, "",
-     "A Password Has 24 Characters At Most. Choose A Shorter One.\n"},
+    {"$SLY list --password-file /dev/zero six; printf '\\377\\376A\\0b\\0' >u;"
+     "$SLY list --password-file u six; printf 'A\\0b\\0\\n' | $SLY list --password-file - six; rm "
+     "u",
+     0, "",
+     "/dev/zero: The first line is too long\nu: The text is UTF-16; save it as UTF-8\n"
+     "standard input: The text is UTF-16; save it as UTF-8\n"},
     {"$SLY list --password-file no six", 1, "", "no: No such file or directory\n"},
     {"cp a.bin aaaaaaaaaaaaaaaaaaaaaaaaa; $SLY hide -q $P m.png aaaaaaaaaaaaaaaaaaaaaaaaa", 0,
      "@/Hidden File m.png\n",
@@ -319,8 +323,10 @@ constexpr Case scripts[] = {
     {"$SLY hide m.png a.bin", 1, "", NO_PASSWORD},
     {"$SLY recover six <pw", 1, "", NO_PASSWORD},
     {"$SLY list six --password-file .", 1, "", ".: Is a directory\n"},
-    {"$SLY list six --password-file /dev/null", 1, "", "Enter Password.\n"},
-    {"$SLY hide --password-file - m.png a.bin", 1, "", "Enter Password.\n"},
+    {"$SLY list six --password-file /dev/null", 1, "", "/dev/null: The first line is empty\n"},
+    {"$SLY hide --password-file - m.png a.bin", 1, "", "standard input: The first line is empty\n"},
+    {"timeout 9 $SLY list --password-file - six <&-", 1, "",
+     "standard input: Bad file descriptor\n"},
     // These need no password, and none is asked for.
     {"$SLY list none", 1, "", "@/none: No such file or directory\n"},
     {"$SLY list m.png --quiet", 1, "", "No File Is Hidden In This File.\n"},
@@ -411,6 +417,7 @@ struct Talk {
 #define RECOVER "exec $SLY recover six"
 #define PASSWORD "Enter Password :<Ab\n>"
 #define AGAIN "Re-Enter Password :"
+#define DIFFERENT PASSWORD AGAIN "<AB\n>Passwords Do Not Match. Re-Enter Them.<>"
 #define WHICH "Serial number of the file to recover, 0 to 5:"
 #define NOTHING_MADE "! ls | grep -q '^[HO]'"
 
@@ -422,7 +429,8 @@ constexpr Talk talks[] = {
     // With a terminal at one end only there is nobody to ask.
     {"$SLY hide one b.bin $P <pw", ADD " No (nobody", 1, NOTHING_MADE},
     {HIDE, PASSWORD AGAIN "<Ab\n>File Hidden.", 0, "cmp 'Hidden File m.png' one"},
-    {HIDE, PASSWORD AGAIN "<AB\n>Passwords Do Not Match.", 1, NOTHING_MADE},
+    {HIDE, DIFFERENT PASSWORD AGAIN "<Ab\n>File Hidden.", 0, "cmp 'Hidden File m.png' one"},
+    {HIDE, DIFFERENT DIFFERENT DIFFERENT, 1, NOTHING_MADE},
     {HIDE, PASSWORD AGAIN "<\x04>Enter Password.", 1, NOTHING_MADE},
     {HIDE, PASSWORD AGAIN "<\x03>", 130, NOTHING_MADE},
     // Whatever ends or stops the prompt, what is typed is seen afterwards, and only then.
@@ -430,6 +438,15 @@ constexpr Talk talks[] = {
      NOTHING_MADE},
     {"(sleep 0.5; kill -STOP $$; stty echo </dev/tty; kill -CONT $$) & exec $SLY list six",
      "Enter Password :<>" PASSWORD "f.bin", 0, "true"},
+    {"set -m; $SLY list six; stty -a; fg", "Enter Password :<A\x1a> echo <>" PASSWORD "f.bin", 0,
+     "true"},
+    // The keys that edit a line, and other ways to a terminal.
+    {"exec $SLY list six --password-file -",
+     "Enter Password :<xy\x15"
+     "Axx\x7F\x7F"
+     "b a a\x17\x17\x7F\n>f.bin",
+     0, "true"},
+    {"$SLY list six --password-file /dev/tty <pw", PASSWORD "f.bin", 0, "true"},
     {"mkfifo p; (sleep 0.5; kill $$) & exec $SLY list --password-file p six", "", 143, "true"},
     {"exec $SLY hide one b.bin", PASSWORD AGAIN "<Ab\n>" ADD " [y/n] <y\n>File Hidden.", 0,
      "cmp 'Hidden File one' two"},
@@ -485,6 +502,15 @@ TEST_F(Sly, TalksOnATerminal) {
     for (const char* unseen : {"Ab", "AB", "2.50 kB"})
       EXPECT_EQ(terminal.Shown().find(unseen), std::string::npos) << terminal.Shown();
   }
+  const std::string passphrase(10000, 'p');
+  OnTerminal pasted(folder, "exec $SLY hide -q -e m.png a.bin");
+  for (const char* prompt : {"Enter Passphrase :", "Re-Enter Passphrase :"}) {
+    pasted.WaitFor(prompt);
+    pasted.Type(passphrase + "\n");
+  }
+  EXPECT_EQ(pasted.Finish(), 0);
+  WriteFile(folder / "pp", passphrase);
+  EXPECT_EQ(Run("$SLY recover --passphrase-file pp 'Hidden File m.png'").status, 0);
   OnTerminal quiet(folder, "$SLY split e.bin -s 2kB -q; $SLY join e.bin.1.sly --quiet -y");
   EXPECT_EQ(quiet.Finish(), 0);
   EXPECT_EQ(quiet.Shown(), (folder / "e.bin\r\n").string());
