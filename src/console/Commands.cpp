@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "console/Printable.h"
 #include "engine/hidden/HideJob.h"
 #include "engine/hidden/RecoverJob.h"
 #include "engine/split/ChecksumFile.h"
@@ -45,9 +46,14 @@ std::optional<fs::path> OutputFolder(const Arguments& arguments, const fs::path&
   return folder;
 }
 
+/// `name` as it may be written to standard output.
+std::string ForOutput(std::string_view name) {
+  return Terminal::ShowsOutput() ? Quoted(name) : std::string(name);
+}
+
 /// Prints the paths of the files made; whether there are any.
 bool Print(const std::vector<fs::path>& made) {
-  for (const fs::path& path : made) std::cout << PathText(path) << '\n';
+  for (const fs::path& path : made) std::cout << ForOutput(PathText(path)) << '\n';
   return !made.empty();
 }
 
@@ -61,16 +67,24 @@ void TakeSize(SplitForm& form, const Arguments& arguments) {
   form.Text3 = SizeFromCount(form.Nofile, "", FileLength(form.Text1)).other.value_or("");
 }
 
-/// The secret in a file, which may have been written on another system: neither a byte-order mark
-/// nor the line's end is a part of it. Throws FileError.
-Secret SecretIn(const std::string& file, Typed what, const ConsoleUi& ui) {
-  constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-  const Secret line = Secret::Of(ui.ReadFirstLine(file));
+std::string PromptFor(Typed what) {
+  return what == Typed::Passphrase ? "Enter Passphrase :" : "Enter Password :";
+}
+
+/// Reads the secret in a file, which may have been written on another system: neither a byte-order
+/// mark nor the line's end is a part of it. Throws FileError, also if it is empty.
+Secret SecretIn(const std::string& file, Typed what, ConsoleUi& ui) {
+  const Secret line = Secret::Of(ui.ReadSecret(file, PromptFor(what)));
   std::string_view text = line.Text();
-  if (what == Typed::Passphrase && text.size() == Terminal::longestLine)
-    throw FileError(PathFromText(file), "The first line is too long");
-  if (text.starts_with(byteOrderMark)) text.remove_prefix(byteOrderMark.size());
+  const auto refuse = [&](std::string_view cause) {
+    throw FileError(file == "-" ? "standard input" : PathFromText(file), cause);
+  };
+  if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF") ||
+      text.find('\0') != std::string_view::npos)
+    refuse("The text is UTF-16; save it as UTF-8");
+  if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
   if (text.ends_with('\r')) text.remove_suffix(1);
+  if (text.empty()) refuse("The first line is empty");
   return text;
 }
 
@@ -78,22 +92,29 @@ struct TypedTwice {
   Secret first, second;
 };
 
+constexpr int mostTries = 3;
+
 /// A password or passphrase, from the file that the user names or from the terminal, there `twice`
-/// if need be. Nothing when there is nobody to ask; that has been said.
+/// if need be, and again while the two differ. Nothing when there is nobody to ask; that has been
+/// said.
 std::optional<TypedTwice> Ask(Typed what, bool twice, const Arguments& arguments, ConsoleUi& ui) {
-  const bool isPassphrase = what == Typed::Passphrase;
-  const std::string& file = isPassphrase ? arguments.passphraseFile : arguments.passwordFile;
+  const std::string& file =
+      what == Typed::Passphrase ? arguments.passphraseFile : arguments.passwordFile;
   if (!file.empty()) {
     const Secret secret = SecretIn(file, what, ui);
     return TypedTwice{secret, secret};
   }
-  const std::string name = isPassphrase ? "Passphrase" : "Password";
-  std::optional<std::string> first = ui.MaskedInputBox("Enter " + name + " :", what);
-  if (!first) return std::nullopt;
-  TypedTwice typed{Secret::Of(std::move(*first)), {}};
-  if (twice)
-    typed.second = Secret::Of(ui.MaskedInputBox("Re-Enter " + name + " :", what).value_or(""));
-  return typed;
+  for (int tries = 1;; ++tries) {
+    std::optional<std::string> first = ui.MaskedInputBox(PromptFor(what), what);
+    if (!first) return std::nullopt;
+    TypedTwice typed{Secret::Of(std::move(*first)), {}};
+    if (!twice || typed.first.Text().empty()) return typed;
+    std::optional<std::string> second = ui.MaskedInputBox("Re-" + PromptFor(what), what);
+    if (second) typed.second = Secret::Of(std::move(*second));
+    // The job refuses the last try.
+    if (!second || typed.first == typed.second || tries == mostTries) return typed;
+    ui.Message("Passwords Do Not Match. Re-Enter Them.", Icon::Critical);
+  }
 }
 
 /// The password of a carrier's list, unless that opens without. Nothing when there is nobody to
@@ -200,7 +221,9 @@ bool Verify(const Arguments& arguments, ConsoleUi& ui) {
   if (!verified) return false;
   const auto print = [](const std::string& name, PieceState state) {
     constexpr std::array words = {"OK", "DAMAGED", "MISSING", "NOT CHECKED"};
-    std::cout << NameOnALine(name) << '\t' << words[static_cast<std::size_t>(state)] << '\n';
+    const std::string shown = ForOutput(name);
+    std::cout << (shown == name ? NameOnALine(name) : shown) << '\t'
+              << words[static_cast<std::size_t>(state)] << '\n';
   };
   int number = 0;
   for (const PieceState state : verified->pieces)
@@ -238,9 +261,11 @@ bool List(const Arguments& arguments, ConsoleUi& ui) {
   if (!CountHiddenFiles(carrier, ui)) return false;
   const std::optional<Secret> password = ListPassword(carrier, arguments, ui);
   if (!password) return false;
-  const auto files = ListHiddenFiles(carrier, *password, ui);
-  if (files) std::cout << ListOf(*files) << '\n';
-  return files.has_value();
+  auto files = ListHiddenFiles(carrier, *password, ui);
+  if (!files) return false;
+  for (HiddenFile& file : *files) file.name = ForOutput(file.name);
+  std::cout << ListOf(*files) << '\n';
+  return true;
 }
 
 bool Recover(const Arguments& arguments, ConsoleUi& ui) {

@@ -1,8 +1,8 @@
 #include "console/ConsoleUi.h"
 
-#include <algorithm>
 #include <iostream>
 
+#include "console/Printable.h"
 #include "engine/system/Ascii.h"
 #include "engine/system/PathText.h"
 #include "engine/system/ProgressText.h"
@@ -14,16 +14,9 @@ namespace {
 using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds drawInterval{100};
 
-/// `text` with "?" for control characters where a terminal would obey them: a file's name may hold
-/// any.
-std::string Printable(std::string_view text) {
-  std::string shown(text);
-  if (Terminal::ShowsErrors())
-    std::replace_if(
-        shown.begin(), shown.end(),
-        [](char c) { return (c >= '\0' && c < ' ' && c != '\n' && c != '\t') || c == '\x7F'; },
-        '?');
-  return shown;
+/// `text` as it may be written to standard error.
+std::string ForErrors(std::string_view text) {
+  return Terminal::ShowsErrors() ? Printable(text) : std::string(text);
 }
 
 /// What of a line whose parts are two blanks apart fits a width.
@@ -48,14 +41,14 @@ void ConsoleUi::Message(std::string_view text, Icon icon) {
   if (options_.quiet && icon == Icon::Information)
     heldBack_.append(text) += '\n';
   else
-    std::cerr << Printable(text) << std::endl;
+    std::cerr << ForErrors(text) << std::endl;
 }
 
 // Whatever a job asks is answered with Yes or No.
 Answer ConsoleUi::Question(std::string_view text, Buttons /*buttons*/, Stakes stakes) {
   ClearProgressLine();
   const bool unproven = stakes == Stakes::Unproven;
-  const std::string shown = Printable(text);
+  const std::string shown = ForErrors(text);
   if (options_.force || (options_.yes && !unproven)) {
     if (!options_.quiet || unproven)
       std::cerr << shown << " Yes (" << (options_.force ? "--force" : "--yes") << ")" << std::endl;
@@ -70,7 +63,7 @@ Answer ConsoleUi::Question(std::string_view text, Buttons /*buttons*/, Stakes st
 
 bool ConsoleUi::AnswerFromTerminal(std::string_view text) {
   while (true) {
-    const std::optional<std::string> line = terminal_.ReadLine(true, std::string(text) + " [y/n] ");
+    const std::optional<std::string> line = terminal_.ReadLine(std::string(text) + " [y/n] ");
     if (!line) {
       std::cerr << std::endl;
       return false;
@@ -94,12 +87,12 @@ std::optional<std::filesystem::path> ConsoleUi::PickFolder() {
 std::optional<std::string> ConsoleUi::MaskedInputBox(std::string_view prompt, Typed what) {
   ClearProgressLine();
   if (Terminal::CanAsk()) {
-    std::optional<std::string> line = terminal_.ReadLine(false, std::string(prompt) + " ");
+    std::optional<std::string> line = terminal_.ReadSecret(ForErrors(prompt) + " ");
     if (!line) std::cerr << "(no answer)" << std::endl;
     return line;
   }
   ShowHeldBack();
-  std::cerr << Printable(prompt) << " (Nobody is at the terminal; "
+  std::cerr << ForErrors(prompt) << " (Nobody is at the terminal; "
             << (what == Typed::Password ? "--password-file" : "--passphrase-file")
             << " names a file with it.)" << std::endl;
   return std::nullopt;
@@ -108,7 +101,7 @@ std::optional<std::string> ConsoleUi::MaskedInputBox(std::string_view prompt, Ty
 std::optional<std::string> ConsoleUi::AskLine(std::string_view prompt) {
   ClearProgressLine();
   if (!Terminal::CanAsk()) return std::nullopt;
-  return terminal_.ReadLine(true, std::string(prompt) + " ");
+  return terminal_.ReadLine(ForErrors(prompt) + " ");
 }
 
 void ConsoleUi::ShowProgressForm(std::string_view /*caption*/) {}
@@ -141,14 +134,17 @@ bool ConsoleUi::GoOn() {
 // The program ends when the job returns.
 void ConsoleUi::EndProgram() {}
 
-std::string ConsoleUi::ReadFirstLine(const std::string& name) const {
-  return (name == "-" ? terminal_.ReadLine(true) : terminal_.ReadFirstLine(PathFromText(name)))
+std::string ConsoleUi::ReadSecret(const std::string& file, std::string_view prompt) {
+  ClearProgressLine();
+  const std::string shown = ForErrors(prompt) + " ";
+  return (file == "-" ? terminal_.ReadSecret(shown)
+                      : terminal_.ReadSecret(shown, PathFromText(file)))
       .value_or("");
 }
 
 void ConsoleUi::ShowHeldBack() {
   ClearProgressLine();
-  std::cerr << Printable(heldBack_) << std::flush;
+  std::cerr << ForErrors(heldBack_) << std::flush;
   heldBack_.clear();
 }
 

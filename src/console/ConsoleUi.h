@@ -38,8 +38,9 @@ class ConsoleUi final : public Ui {
   bool GoOn() override;
   void EndProgram() override;
 
-  /// The first line of a file, or for "-" of standard input. Throws as Terminal::ReadLine() does.
-  std::string ReadFirstLine(const std::string& name) const;
+  /// Reads the first line of a file, or of standard input for "-"; shows `prompt` if it is a
+  /// terminal. Throws what Terminal::ReadSecret() throws.
+  std::string ReadSecret(const std::string& file, std::string_view prompt);
 
   /// Asks for a line of text on the terminal. Nothing when nobody is there.
   std::optional<std::string> AskLine(std::string_view prompt);

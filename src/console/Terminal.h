@@ -20,8 +20,8 @@ class Terminal {
   Terminal(const Terminal&) = delete;
   Terminal& operator=(const Terminal&) = delete;
 
-  /// The most bytes of a line that are read.
-  static constexpr std::size_t longestLine = 65536;
+  /// The most bytes of a line; a longer one is refused.
+  static constexpr std::size_t longestLine = 65535;
 
   /// Whether someone can be asked: both standard input and standard error are a terminal.
   static bool CanAsk();
@@ -29,18 +29,26 @@ class Terminal {
   /// Whether standard error is a terminal, on which a line can be drawn anew.
   static bool ShowsErrors();
 
+  /// True if standard output is a terminal, which obeys control characters.
+  static bool ShowsOutput();
+
   /// The columns of a line on standard error; 80 where that is unknown.
   static std::size_t Width();
 
-  /// Shows `prompt` on standard error and reads a line from standard input, without its line end;
-  /// with `echo` false nothing typed is shown from the prompt on. Nothing at the end of the input.
-  /// A line ends after longestLine bytes at the latest; nothing of it stays in memory besides what
-  /// is returned. Throws Cancelled when a signal asks to stop, and
-  /// FileError when it cannot be read.
-  std::optional<std::string> ReadLine(bool echo, std::string_view prompt = {}) const;
+  /// Shows `prompt` on standard error and reads a line from standard input, without its line end.
+  /// `nullopt` at the end of the input. Throws Cancelled when a signal asks to stop, and FileError
+  /// if the line cannot be read or is longer than longestLine.
+  std::optional<std::string> ReadLine(std::string_view prompt) const;
 
-  /// The first line of the file, pipe or device `path`, as ReadLine() reads.
-  std::optional<std::string> ReadFirstLine(const std::filesystem::path& path) const;
+  /// Reads a line from standard input, whatever that is; nothing of it stays in memory except what
+  /// is returned. If it is a terminal, shows `prompt` on standard error, and hides what is typed,
+  /// but not while the program is stopped by Ctrl-Z; throws FileError if it cannot be hidden.
+  /// Otherwise as ReadLine().
+  std::optional<std::string> ReadSecret(std::string_view prompt) const;
+
+  /// Reads the first line of the file, pipe, terminal or other device `path`, as above.
+  std::optional<std::string> ReadSecret(std::string_view prompt,
+                                        const std::filesystem::path& path) const;
 
   /// The number of the signal that has asked the program to stop, 0 when none has.
   int StopSignal() const;

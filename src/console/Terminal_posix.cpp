@@ -13,62 +13,141 @@
 #include <csignal>
 #include <iostream>
 #include <optional>
+#include <utility>
 
 #include "engine/system/FileError.h"
 #include "engine/system/Posix.h"
+#include "engine/system/Secret.h"
 
 namespace slyver {
 
 namespace {
 
 constexpr std::array<int, 4> stopSignals = {SIGINT, SIGQUIT, SIGTERM, SIGHUP};
+constexpr const char* inputName = "standard input";
 
-/// Switches the terminal's echo off while it lives.
-class EchoOff {
+bool IsIgnored(int signal) {
+  struct sigaction current = {};
+  return sigaction(signal, nullptr, &current) == 0 && current.sa_handler == SIG_IGN;
+}
+
+/// Hides what is typed on a terminal while it lives, and takes the keys singly: the terminal itself
+/// would cut a line after 4095 bytes. Ctrl-Z waits to be noticed, so that the terminal is as before
+/// when the program stops.
+class UnseenTyping {
  public:
-  EchoOff() : known_(tcgetattr(STDIN_FILENO, &before_) == 0) { Apply(); }
-  ~EchoOff() {
-    if (known_) (void)tcsetattr(STDIN_FILENO, TCSAFLUSH, &before_);
+  UnseenTyping(int terminal, std::filesystem::path name)
+      : terminal_(terminal), name_(std::move(name)) {
+    if (tcgetattr(terminal_, &before_) != 0) FailWithLastError(name_);
+    (void)sigemptyset(&suspending_);
+    if (!IsIgnored(SIGTSTP)) (void)sigaddset(&suspending_, SIGTSTP);
+    (void)sigprocmask(SIG_BLOCK, &suspending_, &signalsBefore_);
+    Hide();
   }
-  EchoOff(const EchoOff&) = delete;
-  EchoOff& operator=(const EchoOff&) = delete;
+  ~UnseenTyping() {
+    Restore();
+    (void)sigprocmask(SIG_SETMASK, &signalsBefore_, nullptr);
+    std::cerr << std::endl;  // Enter was not shown either.
+  }
+  UnseenTyping(const UnseenTyping&) = delete;
+  UnseenTyping& operator=(const UnseenTyping&) = delete;
 
-  void Apply() const {
-    if (!known_) return;
-    termios silent = before_;
-    silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
-    silent.c_lflag |= ECHONL;
-    (void)tcsetattr(STDIN_FILENO, TCSAFLUSH, &silent);
+  /// Drops what has been typed so far, which was seen. In the background it stops the program.
+  void Hide() const {
+    termios unseen = before_;
+    unseen.c_iflag |= ICRNL;
+    unseen.c_lflag &= ~static_cast<tcflag_t>(ECHO | ECHONL | ICANON | IEXTEN);
+    unseen.c_cc[VMIN] = 1;
+    unseen.c_cc[VTIME] = 0;
+    if (tcsetattr(terminal_, TCSAFLUSH, &unseen) != 0) FailWithLastError(name_);
+  }
+
+  /// Stops the program as Ctrl-Z does, with the terminal as before; returns when it is continued.
+  void Suspend() const {
+    Restore();
+    (void)raise(SIGTSTP);
+    (void)sigprocmask(SIG_UNBLOCK, &suspending_, nullptr);
+    (void)sigprocmask(SIG_BLOCK, &suspending_, nullptr);
+  }
+
+  bool IsEnd(char key) const { return Is(VEOF, key); }
+
+  /// Does what a key asks for that edits the line; `false` for any other key.
+  bool Edit(std::string& line, char key) const {
+    if (Is(VKILL, key)) {
+      Wipe(line);
+    } else if (Is(VWERASE, key)) {
+      while (line.ends_with(' ')) line.pop_back();
+      while (!line.empty() && !line.ends_with(' ')) line.pop_back();
+    } else if (Is(VERASE, key) || key == '\b' || key == '\x7F') {
+      const bool isUtf8 = (before_.c_iflag & IUTF8) != 0;
+      while (isUtf8 && line.size() > 1 && (line.back() & 0xC0) == 0x80) line.pop_back();
+      if (!line.empty()) line.pop_back();
+    } else {
+      return false;
+    }
+    return true;
   }
 
  private:
+  bool Is(std::size_t control, char key) const {
+    const cc_t code = before_.c_cc[control];
+    return code != _POSIX_VDISABLE && code == static_cast<cc_t>(key);
+  }
+  void Restore() const { (void)tcsetattr(terminal_, TCSAFLUSH, &before_); }
+
+  const int terminal_;
+  const std::filesystem::path name_;
   termios before_ = {};
-  bool known_;
+  sigset_t suspending_ = {};
+  sigset_t signalsBefore_ = {};
 };
 
-/// Reads a line from `file`; `continued` is called when the program goes on after a stop by Ctrl-Z.
-template <typename Continued>
+/// Reads a line from `file`; shows `prompt` again when the program goes on after a stop.
 std::optional<std::string> Read(int file, const std::filesystem::path& name,
-                                const Descriptor& signals, const Terminal& terminal,
-                                const Continued& continued) {
+                                std::string_view prompt, const UnseenTyping* unseen,
+                                const Descriptor& signals, const Terminal& terminal) {
   std::string line;
-  line.reserve(Terminal::longestLine);  // Growing, it would leave copies behind.
-  while (line.size() < Terminal::longestLine) {
+  line.reserve(Terminal::longestLine + 1);  // Growing, it would leave copies behind.
+  std::cerr << prompt << std::flush;
+  while (true) {
     std::array<pollfd, 2> waiting = {pollfd{signals.Get(), POLLIN, 0}, pollfd{file, POLLIN, 0}};
     if (poll(waiting.data(), waiting.size(), -1) < 0 && errno != EINTR) FailWithLastError(name);
     if (terminal.StopSignal() != 0) throw Cancelled{};
     signalfd_siginfo signal = {};
-    if (waiting[0].revents != 0 && read(signals.Get(), &signal, sizeof signal) > 0) continued();
+    if (waiting[0].revents != 0 && read(signals.Get(), &signal, sizeof signal) > 0) {
+      if (unseen != nullptr) {
+        Wipe(line);  // It is to be typed again.
+        if (signal.ssi_signo == SIGTSTP) unseen->Suspend();
+        // Shells switch the echo on again when they bring back a program that has been stopped.
+        unseen->Hide();
+      }
+      if (signal.ssi_signo == SIGCONT) std::cerr << prompt << std::flush;
+      continue;
+    }
     if (waiting[1].revents == 0) continue;
     char c = 0;
     const ssize_t count = read(file, &c, 1);
     if (count < 0 && (errno == EINTR || errno == EAGAIN)) continue;
     if (count < 0) FailWithLastError(name);
-    if (count == 0 && line.empty()) return std::nullopt;
-    if (count == 0 || c == '\n') break;
+    const bool ends = count == 0 || (unseen != nullptr && unseen->IsEnd(c));
+    if (ends && line.empty()) return std::nullopt;
+    if (ends || c == '\n') return line;
+    if (unseen != nullptr && unseen->Edit(line, c)) continue;
+    if (line.size() == Terminal::longestLine) {
+      Wipe(line);
+      throw FileError(name, "The first line is too long");
+    }
     line += c;
   }
-  return line;
+}
+
+std::optional<std::string> ReadUnseen(int file, const std::filesystem::path& name,
+                                      std::string_view prompt, const Descriptor& signals,
+                                      const Terminal& terminal) {
+  if (isatty(file) != 1) return Read(file, name, {}, nullptr, signals, terminal);
+  const UnseenTyping unseen(file, name);
+  return Read(file, name, prompt, &unseen, signals, terminal);
 }
 
 }  // namespace
@@ -76,21 +155,21 @@ std::optional<std::string> Read(int file, const std::filesystem::path& name,
 struct Terminal::State {
   sigset_t before = {};
   sigset_t stopping = {};
-  Descriptor signals;  ///< Readable when one of `stopping` has come, or SIGCONT.
+  Descriptor signals;  ///< Readable when one of `stopping` has come, SIGCONT or a SIGTSTP
+                       ///< that is blocked.
 };
 
 Terminal::Terminal() : state_(std::make_unique<State>()) {
+  if (!OpenStandardDescriptors()) FailWithLastError("/dev/null");
   // A signal that is blocked waits to be asked about. One that the caller has had ignored, as a
   // shell does for a job in the background, must not be blocked: it would be kept all the same.
   (void)sigemptyset(&state_->stopping);
-  for (const int signal : stopSignals) {
-    struct sigaction before = {};
-    if (sigaction(signal, nullptr, &before) == 0 && before.sa_handler != SIG_IGN)
-      (void)sigaddset(&state_->stopping, signal);
-  }
+  for (const int signal : stopSignals)
+    if (!IsIgnored(signal)) (void)sigaddset(&state_->stopping, signal);
   sigset_t noticed = state_->stopping;
   (void)sigaddset(&noticed, SIGCONT);
   (void)sigprocmask(SIG_BLOCK, &noticed, &state_->before);
+  (void)sigaddset(&noticed, SIGTSTP);  // Blocked only while it matters.
   state_->signals = Descriptor(signalfd(-1, &noticed, SFD_NONBLOCK | SFD_CLOEXEC));
   if (!state_->signals) FailWithLastError("signals");
   // A file that grows past its size limit and a closed pipe shall give errors, not a silent end
@@ -111,27 +190,29 @@ bool Terminal::ShowsErrors() {
   return isatty(STDERR_FILENO) == 1;
 }
 
+bool Terminal::ShowsOutput() {
+  return isatty(STDOUT_FILENO) == 1;
+}
+
 std::size_t Terminal::Width() {
   winsize size = {};
   return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
 }
 
-std::optional<std::string> Terminal::ReadLine(bool echo, std::string_view prompt) const {
-  std::optional<EchoOff> silence;
-  if (!echo) silence.emplace();
-  std::cerr << prompt << std::flush;
-  return Read(STDIN_FILENO, "standard input", state_->signals, *this, [&] {
-    // Shells switch the echo on again when they bring back a program that Ctrl-Z has stopped.
-    if (silence) silence->Apply();
-    std::cerr << prompt << std::flush;
-  });
+std::optional<std::string> Terminal::ReadLine(std::string_view prompt) const {
+  return Read(STDIN_FILENO, inputName, prompt, nullptr, state_->signals, *this);
 }
 
-std::optional<std::string> Terminal::ReadFirstLine(const std::filesystem::path& path) const {
+std::optional<std::string> Terminal::ReadSecret(std::string_view prompt) const {
+  return ReadUnseen(STDIN_FILENO, inputName, prompt, state_->signals, *this);
+}
+
+std::optional<std::string> Terminal::ReadSecret(std::string_view prompt,
+                                                const std::filesystem::path& path) const {
   // A pipe that nobody writes to yet must not hold up the opening, where no signal is seen.
   const Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   if (!file) FailWithLastError(path);
-  return Read(file.Get(), path, state_->signals, *this, [] {});
+  return ReadUnseen(file.Get(), path, prompt, state_->signals, *this);
 }
 
 int Terminal::StopSignal() const {

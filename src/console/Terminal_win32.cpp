@@ -21,6 +21,9 @@ namespace {
 /// How long the system waits for a program whose window is closed, and so for its cleaning up.
 constexpr DWORD closingTime = 5000;
 
+constexpr const char* inputName = "standard input";
+constexpr const char* tooLong = "The first line is too long";
+
 /// A console's mode; nothing when the handle is no console.
 std::optional<DWORD> ModeOf(HANDLE handle) {
   DWORD mode = 0;
@@ -30,8 +33,7 @@ std::optional<DWORD> ModeOf(HANDLE handle) {
 /// Changes a console's mode while it lives.
 class ConsoleMode {
  public:
-  ConsoleMode(DWORD stream, DWORD added, DWORD taken)
-      : handle_(GetStdHandle(stream)), before_(ModeOf(handle_)) {
+  ConsoleMode(HANDLE handle, DWORD added, DWORD taken) : handle_(handle), before_(ModeOf(handle_)) {
     if (before_) (void)SetConsoleMode(handle_, (*before_ | added) & ~taken);
   }
   ~ConsoleMode() {
@@ -80,22 +82,32 @@ BOOL WINAPI OnControl(DWORD event) {
   return TRUE;
 }
 
-/// The next line typed at the console, with its line end; empty when there is none.
-std::wstring ReadTypedLine(HANDLE input, const Stopping& stopping) {
+/// The most that can be typed in a line: older systems have room for 64 KiB of it.
+constexpr DWORD longestTyped = 16384;
+
+/// Returns the next line typed at the console, with its line end; empty if there is none. Throws
+/// FileError if it is too long.
+std::wstring ReadTypedLine(HANDLE input, const std::filesystem::path& name,
+                           const Stopping& stopping) {
   std::wstring line;
-  line.reserve(Terminal::longestLine);
   while (!line.ends_with(L'\n')) {
-    std::array<wchar_t, 256> part = {};
+    std::wstring part(longestTyped, L'\0');
     DWORD count = 0;
     SetLastError(ERROR_SUCCESS);
-    const bool read = ReadConsoleW(input, part.data(), part.size(), &count, nullptr) != 0;
+    const bool read = ReadConsoleW(input, part.data(), longestTyped, &count, nullptr) != 0;
     // Ctrl-C ends the reading; the handler may be told of it a moment later.
     if (count == 0 && GetLastError() == ERROR_OPERATION_ABORTED)
       (void)WaitForSingleObject(stopping.asked.Get(), 1000);
     if (stopping.signal != 0) throw Cancelled{};
-    if (!read) FailWithLastError("standard input");
+    if (!read) FailWithLastError(name);
     if (count == 0) return line;
     line.append(part.data(), count);
+    Wipe(part);
+    // The console drops without a word what goes beyond its room.
+    if (line.size() + 2 >= longestTyped) {
+      Wipe(line);
+      throw FileError(name, tooLong);
+    }
     // Ctrl-Z at the start of a line is the end of the input.
     if (line.starts_with(L'\x1A')) return {};
   }
@@ -115,8 +127,8 @@ void WaitForPipe(HANDLE input, const Stopping& stopping) {
 std::optional<std::string> Read(HANDLE file, const std::filesystem::path& name,
                                 const Stopping& stopping) {
   std::string line;
-  line.reserve(Terminal::longestLine);  // Growing, it would leave copies behind.
-  while (line.size() < Terminal::longestLine) {
+  line.reserve(Terminal::longestLine + 1);  // Growing, it would leave copies behind.
+  while (true) {
     WaitForPipe(file, stopping);
     if (stopping.signal != 0) throw Cancelled{};
     char c = 0;
@@ -125,9 +137,27 @@ std::optional<std::string> Read(HANDLE file, const std::filesystem::path& name,
         GetLastError() != ERROR_HANDLE_EOF)
       FailWithLastError(name);
     if (count == 0 && line.empty()) return std::nullopt;
-    if (count == 0 || c == '\n') break;
+    if (count == 0 || c == '\n') return line;
+    if (line.size() == Terminal::longestLine) {
+      Wipe(line);
+      throw FileError(name, tooLong);
+    }
     line += c;
   }
+}
+
+/// Reads a line from a console behind `prompt`, or from anything else.
+std::optional<std::string> ReadAny(HANDLE input, const std::filesystem::path& name, bool echo,
+                                   std::string_view prompt, const Stopping& stopping) {
+  if (!ModeOf(input)) return Read(input, name, stopping);
+  const ConsoleMode silence(input, ENABLE_LINE_INPUT | ENABLE_PROCESSED_INPUT,
+                            echo ? 0 : ENABLE_ECHO_INPUT);
+  std::cerr << prompt << std::flush;
+  std::wstring typed = ReadTypedLine(input, name, stopping);
+  if (!echo) std::cerr << std::endl;
+  if (typed.empty()) return std::nullopt;
+  std::string line = Utf8Of(std::wstring_view(typed).substr(0, typed.find_first_of(L"\r\n")));
+  Wipe(typed);
   return line;
 }
 
@@ -136,7 +166,7 @@ std::optional<std::string> Read(HANDLE file, const std::filesystem::path& name,
 struct Terminal::State {
   Stopping stopping;
   Utf8Output output;
-  ConsoleMode sequences{STD_ERROR_HANDLE, ENABLE_VIRTUAL_TERMINAL_PROCESSING, 0};
+  ConsoleMode sequences{GetStdHandle(STD_ERROR_HANDLE), ENABLE_VIRTUAL_TERMINAL_PROCESSING, 0};
 };
 
 Terminal::Terminal() : state_(std::make_unique<State>()) {
@@ -159,33 +189,31 @@ bool Terminal::ShowsErrors() {
   return mode && (*mode & ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
 }
 
+bool Terminal::ShowsOutput() {
+  return ModeOf(GetStdHandle(STD_OUTPUT_HANDLE)).has_value();
+}
+
 std::size_t Terminal::Width() {
   CONSOLE_SCREEN_BUFFER_INFO info = {};
   if (GetConsoleScreenBufferInfo(GetStdHandle(STD_ERROR_HANDLE), &info) == 0) return 80;
   return static_cast<std::size_t>(info.srWindow.Right - info.srWindow.Left + 1);
 }
 
-std::optional<std::string> Terminal::ReadLine(bool echo, std::string_view prompt) const {
-  const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
-  const ConsoleMode silence(STD_INPUT_HANDLE, 0, echo ? 0 : ENABLE_ECHO_INPUT);
-  std::cerr << prompt << std::flush;
-  if (ModeOf(input)) {
-    std::wstring typed = ReadTypedLine(input, state_->stopping);
-    if (!echo) std::cerr << std::endl;
-    if (typed.empty()) return std::nullopt;
-    std::string line = Utf8Of(std::wstring_view(typed).substr(0, typed.find_first_of(L"\r\n")));
-    Wipe(typed);
-    return line;
-  }
-  return Read(input, "standard input", state_->stopping);
+std::optional<std::string> Terminal::ReadLine(std::string_view prompt) const {
+  return ReadAny(GetStdHandle(STD_INPUT_HANDLE), inputName, true, prompt, state_->stopping);
 }
 
-std::optional<std::string> Terminal::ReadFirstLine(const std::filesystem::path& path) const {
+std::optional<std::string> Terminal::ReadSecret(std::string_view prompt) const {
+  return ReadAny(GetStdHandle(STD_INPUT_HANDLE), inputName, false, prompt, state_->stopping);
+}
+
+std::optional<std::string> Terminal::ReadSecret(std::string_view prompt,
+                                                const std::filesystem::path& path) const {
   const Handle file(CreateFileW(LongPath(path).c_str(), GENERIC_READ,
                                 FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                 OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
   if (!file) FailWithLastError(path);
-  return Read(file.Get(), path, state_->stopping);
+  return ReadAny(file.Get(), path, false, prompt, state_->stopping);
 }
 
 int Terminal::StopSignal() const {

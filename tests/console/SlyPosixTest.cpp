@@ -238,6 +238,14 @@ constexpr Case scripts[] = {
      "e.bin.1.sly\ne.bin.2.sly\ne.bin.1.sly: OK\ne.bin.2.sly: OK\ne.bin.3.sly: OK\n"
      "e.bin.1.sly\ne.bin.2.sly\ne.bin.sha256\ne.bin.1.sly\ne.bin.2.sly\ne.bin.sha256\n",
      "@/d/e.bin.sha256: File exists\n"},
+    // What the caller has closed is neither waited for nor written to.
+    {"for c in '' '<&-' '2>&-' '<&- 2>&-' '>&-' '>&- <&-' '>&- 2>&-' '>&- <&- 2>&-'; do mkdir d;"
+     "eval $SLY split e.bin -s 2kB --checksum -q -o d $c; s=$?; (cd d; sha256sum -c --quiet *256);"
+     "eval $SLY join d/e.bin.1.sly -q $c >o; s=$s$?; cmp e.bin d/e.bin;"
+     "eval $SLY list six $P $c >>o; echo $s$? $(wc -l <o); rm -r d; done; rm o",
+     0, "000 7\n000 7\n000 7\n000 7\n011 0\n011 0\n011 0\n011 0\n",
+     "standard output: cannot be written\nstandard output: cannot be written\n"
+     "standard output: cannot be written\nstandard output: cannot be written\n"},
     // Hiding, listing and recovering.
     {"mkdir d; $SLY hide $P m.png a.bin -o d -q; $SLY recover $P two --all --output d -q;"
      "cmp 'd/Hidden File m.png' one && cmp a.bin 'd/Original a.bin' && cmp b.bin 'd/Original "
@@ -253,8 +261,12 @@ constexpr Case scripts[] = {
     // A byte-order mark, a missing line end, a pipe.
     {"printf '\\357\\273\\277Ab' >pw; $SLY list $P six", 0, LIST, ""},
     {"mkfifo p; { sleep 0.1; echo Ab; } >p & $SLY list --password-file p six", 0, LIST, ""},
-    {"$SLY list --password-file /dev/zero six", 1, "",
-     "A Password Has 24 Characters At Most. Choose A Shorter One.\n"},
+    {"$SLY list --password-file /dev/zero six; printf '\\377\\376A\\0b\\0' >u;"
+     "$SLY list --password-file u six; printf 'A\\0b\\0\\n' | $SLY list --password-file - six; rm "
+     "u",
+     0, "",
+     "/dev/zero: The first line is too long\nu: The text is UTF-16; save it as UTF-8\n"
+     "standard input: The text is UTF-16; save it as UTF-8\n"},
     {"$SLY list --password-file no six", 1, "", "no: No such file or directory\n"},
     {"cp a.bin aaaaaaaaaaaaaaaaaaaaaaaaa; $SLY hide -q $P m.png aaaaaaaaaaaaaaaaaaaaaaaaa", 0,
      "@/Hidden File m.png\n",
@@ -319,8 +331,10 @@ constexpr Case scripts[] = {
     {"$SLY hide m.png a.bin", 1, "", NO_PASSWORD},
     {"$SLY recover six <pw", 1, "", NO_PASSWORD},
     {"$SLY list six --password-file .", 1, "", ".: Is a directory\n"},
-    {"$SLY list six --password-file /dev/null", 1, "", "Enter Password.\n"},
-    {"$SLY hide --password-file - m.png a.bin", 1, "", "Enter Password.\n"},
+    {"$SLY list six --password-file /dev/null", 1, "", "/dev/null: The first line is empty\n"},
+    {"$SLY hide --password-file - m.png a.bin", 1, "", "standard input: The first line is empty\n"},
+    {"timeout 9 $SLY list --password-file - six <&-", 1, "",
+     "standard input: Bad file descriptor\n"},
     // These need no password, and none is asked for.
     {"$SLY list none", 1, "", "@/none: No such file or directory\n"},
     {"$SLY list m.png --quiet", 1, "", "No File Is Hidden In This File.\n"},
@@ -410,6 +424,7 @@ struct Talk {
 #define RECOVER "exec $SLY recover six"
 #define PASSWORD "Enter Password :<Ab\n>"
 #define AGAIN "Re-Enter Password :"
+#define DIFFERENT PASSWORD AGAIN "<AB\n>Passwords Do Not Match. Re-Enter Them.<>"
 #define WHICH "Serial number of the file to recover, 0 to 5:"
 #define NOTHING_MADE "! ls | grep -q '^[HO]'"
 
@@ -421,7 +436,8 @@ constexpr Talk talks[] = {
     // With a terminal at one end only there is nobody to ask.
     {"$SLY hide one b.bin $P <pw", ADD " No (nobody", 1, NOTHING_MADE},
     {HIDE, PASSWORD AGAIN "<Ab\n>File Hidden.", 0, "cmp 'Hidden File m.png' one"},
-    {HIDE, PASSWORD AGAIN "<AB\n>Passwords Do Not Match.", 1, NOTHING_MADE},
+    {HIDE, DIFFERENT PASSWORD AGAIN "<Ab\n>File Hidden.", 0, "cmp 'Hidden File m.png' one"},
+    {HIDE, DIFFERENT DIFFERENT DIFFERENT, 1, NOTHING_MADE},
     {HIDE, PASSWORD AGAIN "<\x04>Enter Password.", 1, NOTHING_MADE},
     {HIDE, PASSWORD AGAIN "<\x03>", 130, NOTHING_MADE},
     // Whatever ends or stops the prompt, what is typed is seen afterwards, and only then.
@@ -429,6 +445,15 @@ constexpr Talk talks[] = {
      NOTHING_MADE},
     {"(sleep 0.5; kill -STOP $$; stty echo </dev/tty; kill -CONT $$) & exec $SLY list six",
      "Enter Password :<>" PASSWORD "f.bin", 0, "true"},
+    {"set -m; $SLY list six; stty -a; fg", "Enter Password :<A\x1a> echo <>" PASSWORD "f.bin", 0,
+     "true"},
+    // The keys that edit a line, and other ways to a terminal.
+    {"exec $SLY list six --password-file -",
+     "Enter Password :<xy\x15"
+     "Axx\x7F\x7F"
+     "b a a\x17\x17\x7F\n>f.bin",
+     0, "true"},
+    {"$SLY list six --password-file /dev/tty <pw", PASSWORD "f.bin", 0, "true"},
     {"mkfifo p; (sleep 0.5; kill $$) & exec $SLY list --password-file p six", "", 143, "true"},
     {"exec $SLY hide one b.bin", PASSWORD AGAIN "<Ab\n>" ADD " [y/n] <y\n>File Hidden.", 0,
      "cmp 'Hidden File one' two"},
@@ -449,7 +474,14 @@ constexpr Talk talks[] = {
     {"exec $SLY split e.bin -s 2kB", "100%  5.00 kB of 5.00 kB\033[K\r\033[KFile Successfully", 0,
      "true"},
     {"stty cols 20; exec $SLY split e.bin -s 2kB", "\r100%\033[K\r\033[KFile", 0, "true"},
-    {"exec $SLY split \"$(printf 'a\\033[2J')\"", "a?[2J: No such file", 1, "true"},
+    {"exec $SLY split \"$(printf 'a\\033[2J\\302\\233\\233\\304\\233')\"",
+     "a?[2J??\xC4\x9B: No such file", 1, "true"},
+    // A terminal gets names that a shell takes back; a file gets them as they are.
+    {"f=$(printf \"a'\\033\\302\\233\\233\\304\\233\"); cp e.bin \"$f\"; $SLY split -q -v -n 2 "
+     "\"$f\" | grep -F \"$f\" &&"
+     "$SLY verify \"$f.1.sly\" ; exec $SLY join \"$f.1.sly\" -y",
+     "\n$'a\\'\\033\\302\\233\\233\xC4\x9B.1.sly'\tOK<>/a\\'\\033\\302\\233\\233\xC4\x9B'\r\n", 0,
+     "true"},
     // What takes no space on the disk is not copied, so it is reserved.
     {"fallocate -l 2000000000 a.bin; exec $SLY hide $P m.png a.bin", " of 2.00 GB<\x03>", 130,
      NOTHING_MADE},
@@ -477,6 +509,15 @@ TEST_F(Sly, TalksOnATerminal) {
     for (const char* unseen : {"Ab", "AB", "2.50 kB"})
       EXPECT_EQ(terminal.Shown().find(unseen), std::string::npos) << terminal.Shown();
   }
+  const std::string passphrase(10000, 'p');
+  OnTerminal pasted(folder, "exec $SLY hide -q -e m.png a.bin");
+  for (const char* prompt : {"Enter Passphrase :", "Re-Enter Passphrase :"}) {
+    pasted.WaitFor(prompt);
+    pasted.Type(passphrase + "\n");
+  }
+  EXPECT_EQ(pasted.Finish(), 0);
+  WriteFile(folder / "pp", passphrase);
+  EXPECT_EQ(Run("$SLY recover --passphrase-file pp 'Hidden File m.png'").status, 0);
   OnTerminal quiet(folder, "$SLY split e.bin -s 2kB -q; $SLY join e.bin.1.sly --quiet -y");
   EXPECT_EQ(quiet.Finish(), 0);
   EXPECT_EQ(quiet.Shown(), (folder / "e.bin\r\n").string());

@@ -296,7 +296,7 @@ def differing(found, ways, spared=()):
     there, and so may be what is `spared`."""
 
     def wrong(way):
-        folders = {str(folder) for path in (*way, "files/x", PRIVATE + "/x", SETTINGS)
+        folders = {str(folder) for path in (*way, "files/x", PRIVATE + "/x", PRIVATE + ".1/x", SETTINGS)
                    for folder in pathlib.PurePath(path).parents}
         return sorted(
             path for path in found.keys() | way.keys()

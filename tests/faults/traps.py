@@ -1,12 +1,13 @@
 """Traps: things of every kind under the names that a job uses and in place of its sources, private
-folders that are not the user's own. A job ends right or says why not; what is no business of the
-job stays as it was.
+folders that are not the user's own, and few files that may be open. A job ends right or says why
+not; what is no business of the job stays as it was.
 
 As root may do all, the jobs are run as another user where the tests are root's."""
 
 import dataclasses
 import os
 import pathlib
+import resource
 import shutil
 import stat
 
@@ -92,7 +93,8 @@ def places(job):
         yield Place(first.replace(".tmp", ".set"), {"an empty folder"}, own={"an empty folder"},
                     kinds=KINDS | FOR_WORK_FOLDERS)
     if "hide" in job.name:
-        yield Place(jobs.PRIVATE, {"a folder open to all"}, {"a closed folder", *FOLDERS},
+        passed_over = {*KINDS, "a folder open to all", "a folder of another user"} - FOLDERS
+        yield Place(jobs.PRIVATE, passed_over, {"a closed folder", *FOLDERS},
                     kinds=KINDS | FOR_PRIVATE_FOLDERS)
     marks = "hide" in job.name or "recover" in job.name
     for path in job.results:
@@ -134,7 +136,20 @@ def run(setting):
                     prepare(home, job, place, kind, put)
                     case.losses += [f"{job.name}, {kind} as {place.path}: {text}"
                                     for text in losses(sly, home, job, place, kind)]
-    return [case]
+    return [case, few_open_files(setting, home)]
+
+
+def few_open_files(setting, home):
+    case = Case("few open files")
+    for job in jobs.make_jobs():
+        for most in range(4, 13):
+            case.tried += 1
+            jobs.prepare(home, job.start, job.mode)
+            limit = lambda: resource.setrlimit(resource.RLIMIT_NOFILE, (most, most))
+            outcome = jobs.run(setting.sly, job.arguments, home, preexec_fn=limit)
+            case.losses += [f"{job.name}, {most} files: {text}"
+                            for text in jobs.losses(job, home, outcome)]
+    return case
 
 
 def prepare(home, job, place, kind, put):
@@ -190,5 +205,6 @@ def losses(sly, home, job, place, kind):
         part = {path: (before.get(path, ABSENT), data) for path, data in job.results.items()}
         ways += [way | part]
     yield from (f"wrong: {path}" for path in jobs.differing(jobs.look(home), ways))
-    if done and "hide" in job.name and (home / jobs.PRIVATE).stat().st_mode & 0o077:
+    private = max(home.glob(jobs.PRIVATE + "*"), default=home)
+    if done and "hide" in job.name and private.lstat().st_mode & 0o077:
         yield "worked in a folder that is open to others"

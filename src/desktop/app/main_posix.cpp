@@ -7,6 +7,7 @@
 
 #include "desktop/app/HelpPage.h"
 #include "desktop/app/SlyverApp.h"
+#include "engine/system/Posix.h"
 
 namespace {
 
@@ -25,6 +26,7 @@ std::string HelpLine() {
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (!slyver::OpenStandardDescriptors()) return 1;
   // The bytes as they are: the toolkit's own arguments lose names that are not text.
   std::string line = argc > 1 ? argv[1] : "";
   const bool takesFile = line == "--split" || line == "--hide";

@@ -13,6 +13,7 @@
 #include "engine/system/Disk.h"
 #include "engine/system/FileError.h"
 #include "engine/system/Files.h"
+#include "engine/system/Gcrypt.h"
 #include "engine/system/INIReadWri.h"
 #include "engine/system/PathText.h"
 #include "engine/system/StepProgress.h"
@@ -206,6 +207,7 @@ Next HideJob::CheckLengths() {
 
 Next HideJob::PrepareHide() {
   try {
+    if (form_.encrypt) InitGcrypt();
     ClearAttributes(form_.Text1);
     ClearAttributes(form_.Text2);
     if (FileLength(form_.Text1) == 0)

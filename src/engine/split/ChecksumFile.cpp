@@ -7,6 +7,7 @@
 #include "engine/split/PieceName.h"
 #include "engine/system/Disk.h"
 #include "engine/system/FileError.h"
+#include "engine/system/Gcrypt.h"
 #include "engine/system/PathText.h"
 #include "engine/system/SourceFile.h"
 
@@ -175,6 +176,7 @@ Checksums ReadChecksumFile(const std::filesystem::path& folder, std::string_view
   }
   file.ThrowIfChanged();
   Checksums checksums = reader.Finish();
+  if (checksums.ofWhole || !checksums.digests.empty()) InitGcrypt();
   checksums.state = file.Opened();
   return checksums;
 }

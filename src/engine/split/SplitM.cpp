@@ -10,6 +10,7 @@
 #include "engine/system/Disk.h"
 #include "engine/system/FileError.h"
 #include "engine/system/Files.h"
+#include "engine/system/Gcrypt.h"
 #include "engine/system/NewFolders.h"
 #include "engine/system/PathText.h"
 #include "engine/system/StepProgress.h"
@@ -111,6 +112,7 @@ SplitResult SplitFile(const std::filesystem::path& source, std::uint64_t pieceSi
     const std::uint64_t count = CountPieces(length, pieceSize);
     const std::int16_t pieces = Count16(count, options.SkipThenRange || options.SkipThenTrailer);
     const std::string mask = options.NumberMask + ZeroPerDigit(count);
+    if (options.checksum) InitGcrypt();
     NewFolders created;
     created.Create(options.outputFolder);
 

@@ -2,8 +2,9 @@
 
 namespace slyver {
 
-/// Makes libgcrypt ready; to be called before any other call of it, from any thread, as often as
-/// one likes. Throws Error where the installed library is too old.
+/// Initializes libgcrypt; further calls do nothing. Any thread may call it, and must before any
+/// other call of libgcrypt. Jobs call it before they create anything, since libgcrypt may abort the
+/// program. Throws Error if the library is too old or too many files are open.
 void InitGcrypt();
 
 }  // namespace slyver

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
 
@@ -48,6 +49,18 @@ class Descriptor {
  private:
   int number_ = -1;
 };
+
+/// Opens /dev/null in place of each standard descriptor that the caller has closed; false on an
+/// error. Otherwise the next file opened would be read as standard input, or written to as standard
+/// output. Using them still fails: /dev/null is opened for the other direction.
+inline bool OpenStandardDescriptors() {
+  for (const int number : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(number, F_GETFD) >= 0) continue;
+    // Without O_CLOEXEC: the programs that this one starts need them as well.
+    if (open("/dev/null", number == STDIN_FILENO ? O_WRONLY : O_RDONLY) != number) return false;
+  }
+  return true;
+}
 
 /// Takes the lock of an open file, which other programs respect, without waiting; false while it
 /// is taken. The file has to be open for writing: network file systems lock no others. A file

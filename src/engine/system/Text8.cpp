@@ -14,10 +14,30 @@ constexpr std::array<char32_t, 32> upperControls = {
     0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
     0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
 
-constexpr char32_t noCharacter = 0xFFFFFFFF;
+/// The code of a character, or -1.
+int CodeOf(char32_t character) {
+  if (character < 0x80 || (character >= 0xA0 && character <= 0xFF))
+    return static_cast<int>(character);
+  const auto* const found = std::find(upperControls.begin(), upperControls.end(), character);
+  return found == upperControls.end() ? -1 : 0x80 + static_cast<int>(found - upperControls.begin());
+}
 
-/// Takes one character off the front of `rest`; takes one byte and returns noCharacter where the
-/// bytes are not UTF-8.
+void AppendUtf8(std::string& text, char32_t character) {
+  const auto append = [&](char32_t byte) { text.push_back(static_cast<char>(byte)); };
+  if (character < 0x80) {
+    append(character);
+  } else if (character < 0x800) {
+    append(0xC0U | (character >> 6U));
+    append(0x80U | (character & 0x3FU));
+  } else {
+    append(0xE0U | (character >> 12U));
+    append(0x80U | ((character >> 6U) & 0x3FU));
+    append(0x80U | (character & 0x3FU));
+  }
+}
+
+}  // namespace
+
 char32_t TakeCharacter(std::string_view& rest) {
   const auto byteAt = [&](std::size_t i) {
     return i < rest.size() ? static_cast<std::uint8_t>(rest[i]) : std::uint8_t{0};
@@ -42,30 +62,6 @@ char32_t TakeCharacter(std::string_view& rest) {
   rest.remove_prefix(valid ? size : 1);
   return valid ? character : noCharacter;
 }
-
-/// The code of a character, or -1.
-int CodeOf(char32_t character) {
-  if (character < 0x80 || (character >= 0xA0 && character <= 0xFF))
-    return static_cast<int>(character);
-  const auto* const found = std::find(upperControls.begin(), upperControls.end(), character);
-  return found == upperControls.end() ? -1 : 0x80 + static_cast<int>(found - upperControls.begin());
-}
-
-void AppendUtf8(std::string& text, char32_t character) {
-  const auto append = [&](char32_t byte) { text.push_back(static_cast<char>(byte)); };
-  if (character < 0x80) {
-    append(character);
-  } else if (character < 0x800) {
-    append(0xC0U | (character >> 6U));
-    append(0x80U | (character & 0x3FU));
-  } else {
-    append(0xE0U | (character >> 12U));
-    append(0x80U | ((character >> 6U) & 0x3FU));
-    append(0x80U | (character & 0x3FU));
-  }
-}
-
-}  // namespace
 
 std::optional<std::string> ToText8(std::string_view utf8) {
   std::string result;

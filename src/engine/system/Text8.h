@@ -6,6 +6,13 @@
 
 namespace slyver {
 
+/// What TakeCharacter() returns for a byte that is not UTF-8.
+constexpr char32_t noCharacter = 0xFFFFFFFF;
+
+/// Takes one character off the front of `rest`, or one byte if that is not UTF-8, and returns it.
+/// `rest` must not be empty.
+char32_t TakeCharacter(std::string_view& rest);
+
 /// 8-bit text is Windows-1252 on every platform, so that carriers travel. The five codes that the
 /// code page leaves undefined stand for the control characters U+0081, U+008D, U+008F, U+0090 and
 /// U+009D, so that every sequence of bytes is a text and comes back unchanged.

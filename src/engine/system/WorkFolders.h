@@ -39,11 +39,12 @@ class ScratchFolder {
   FolderLock lock_;
 };
 
-/// The folder of the user's own in which the program's runs make theirs: on Linux "slyver" in
-/// $XDG_RUNTIME_DIR where that is a folder of this user's, else "slyver-" and the user's number in
-/// /tmp, open to this user alone; on Windows the user's folder for temporary files. It is made if
-/// need be. Throws FileError when it cannot be made, is no folder of the user's own, or is open to
-/// others and cannot be closed to them.
+/// Returns the folder of the user's own in which the program's runs create theirs. On Linux it is
+/// "slyver" in $XDG_RUNTIME_DIR if that is a folder of this user's, else "slyver-" and the user's
+/// number in /tmp, open to this user alone; a name that is another user's, or no folder's, is
+/// passed over for the next one: ".1", ".2" and so on. On Windows it is the user's folder for
+/// temporary files. Throws FileError if it cannot be created, is open to others and cannot be
+/// closed to them, or 100 names are passed over.
 std::filesystem::path PrivateFolder();
 
 /// Stands for the root of the disk in the hide job, on every system: a folder that this job alone

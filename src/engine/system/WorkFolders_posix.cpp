@@ -27,22 +27,39 @@ bool IsFolderOfThisUser(const std::filesystem::path& path) {
          found.st_uid == geteuid();
 }
 
+/// Creates a folder for this user alone, or takes one that exists. False if the name is another
+/// user's or no folder's. Throws FileError if it cannot be created.
+bool TakeFolder(const std::filesystem::path& folder) {
+  if (mkdir(folder.c_str(), S_IRWXU) != 0 && errno != EEXIST) FailWithLastError(folder);
+  struct stat found = {};
+  if (lstat(folder.c_str(), &found) != 0) FailWithLastError(folder);
+  if (!S_ISDIR(found.st_mode) || found.st_uid != geteuid()) return false;
+  if ((found.st_mode & (S_IRWXG | S_IRWXO)) != 0 && chmod(folder.c_str(), S_IRWXU) != 0)
+    FailWithLastError(folder);
+  return true;
+}
+
+constexpr int mostPrivateFolders = 100;
+
 }  // namespace
 
 std::filesystem::path PrivateFolder() {
   // After a change of user the variable may still name the other one's.
   const std::filesystem::path runtime = PathFromEnvironment("XDG_RUNTIME_DIR");
-  std::filesystem::path folder =
+  const std::filesystem::path base =
       IsFolderOfThisUser(runtime)
           ? runtime / "slyver"
           : std::filesystem::path("/tmp/slyver-" + std::to_string(geteuid()));
-  if (mkdir(folder.c_str(), S_IRWXU) != 0 && errno != EEXIST) FailWithLastError(folder);
-  struct stat found = {};
-  if (lstat(folder.c_str(), &found) != 0) FailWithLastError(folder);
-  if (!S_ISDIR(found.st_mode)) throw FileError(folder, "Not a folder");
-  if (found.st_uid != geteuid()) throw FileError(folder, "The folder belongs to another user");
-  if ((found.st_mode & (S_IRWXG | S_IRWXO)) != 0 && chmod(folder.c_str(), S_IRWXU) != 0)
-    FailWithLastError(folder);
+  std::filesystem::path folder = base;
+  // Anybody can take a name in /tmp, so that one must not stop this user's jobs.
+  for (int number = 1; !TakeFolder(folder); ++number) {
+    if (number == mostPrivateFolders)
+      throw FileError(base,
+                      "This and the 99 names after it are not yours; set XDG_RUNTIME_DIR "
+                      "to a folder of yours");
+    folder = base;
+    folder += "." + std::to_string(number);
+  }
   return folder;
 }
 

@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 
+#include "engine/system/FileError.h"
 #include "engine/system/WorkFolders.h"
 #include "support/TempFolder.h"
 
@@ -18,6 +19,21 @@ TEST_F(TempFolderTest, WorkFoldersAreTheUsersAlone) {
   const fs::path expected = run / "slyver";
   EXPECT_EQ(PrivateFolder(), expected);
   EXPECT_EQ(modeOf(expected), fs::perms::owner_all);
+
+  fs::remove(expected);
+  WriteFile(expected, "no folder");
+  for (const char* when : {"first", "later"}) {
+    EXPECT_EQ(PrivateFolder(), run / "slyver.1") << when;
+    EXPECT_EQ(modeOf(run / "slyver.1"), fs::perms::owner_all);
+  }
+  const bool isRoot = chown((run / "slyver.1").c_str(), 1, 1) == 0;
+  EXPECT_EQ(PrivateFolder(), run / (isRoot ? "slyver.2" : "slyver.1")) << "another user's";
+  for (int number = 1; number < 100; ++number) {
+    const fs::path name = run / ("slyver." + std::to_string(number));
+    fs::remove(name);
+    WriteFile(name, "no folder");
+  }
+  EXPECT_THROW(PrivateFolder(), FileError);
 
   const fs::path otherwise = "/tmp/slyver-" + std::to_string(geteuid());
   setenv("XDG_RUNTIME_DIR", (run / "gone" / "deep").c_str(), 1);
