@@ -116,7 +116,7 @@ void RecoverJob::Preamble() {
   password_ = ListPassword(form_.Text1, form_.Text2.Text(), ui_);
   passphrase_ = form_.passphrase.Text().empty() ? form_.Text2 : form_.passphrase;
   folder_ = form_.output.empty() ? FullPathOf(form_.Text1).parent_path() : form_.output;
-  if (form_.passphrase) InitGcrypt();
+  if (!form_.passphrase.Text().empty()) InitGcrypt();
   work_.emplace(folder_ / "TempRRR");
   ui_.ShowProgressForm("Recovering Files");
 }
