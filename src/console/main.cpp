@@ -189,14 +189,14 @@ void AddRecover(CLI::App& app, Arguments& arguments) {
   number.type_name("NUMBER");
   CLI::Option* const all =
       command.add_flag("-a,--all", arguments.all, "Recover every hidden file")->excludes(&number);
-  command.add_flag("-m,--main", arguments.main, "Recover the main file")
-      ->excludes(&number)
-      ->excludes(all);
+  CLI::Option* const main = command.add_flag("-m,--main", arguments.main, "Recover the main file")
+                                ->excludes(&number)
+                                ->excludes(all);
   AddOutput(command, arguments, "The folder for what is recovered [the folder of CARRIER]");
   AddPasswordFile(command, arguments);
   CLI::Option* const raw = command.add_flag("-r,--raw", arguments.raw,
                                             "Recover encrypted files as they are, for age to open");
-  AddPassphraseFile(command, arguments).excludes(raw);
+  AddPassphraseFile(command, arguments).excludes(raw)->excludes(main);
   AddCommonOptions(command, arguments);
   command.callback([&arguments] { arguments.job = Recover; });
 }

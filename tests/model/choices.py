@@ -233,5 +233,6 @@ class Chooser:
                 self.say("hide", options, rng.choice(paths), rng.choice(paths))
             else:
                 options += rng.choice(([], ["--main"], ["--all"], ["--file", str(rng.randrange(3))]))
-                options += rng.choice(([], ["--passphrase-file", "pass"], ["--raw"]))
+                if "--main" not in options:
+                    options += rng.choice(([], ["--passphrase-file", "pass"], ["--raw"]))
                 self.say("recover", options, rng.choice(paths + ["Hidden File " + paths[0]]))

@@ -252,9 +252,10 @@ class Job:
         why = "verify by a list of " + ("the file" if self.whole else "pieces" if self.list else "nothing")
         if len(lines) == 1:
             return Expected("verify a set of one piece", None)
-        # No text settles the words for what is odd.
+        # No text settles the words for what is odd, nor how sizes are judged where some are missing.
+        unsettled = self.unproven or (self.missing and not self.list)
         return Expected(why, int(bool(self.unproven or self.missing or self.damaged)),
-                        out=None if self.unproven else out)
+                        out=None if unsettled else out)
 
     # Hidden files.
 
