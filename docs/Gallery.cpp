@@ -5,13 +5,13 @@
 #include <string>
 
 #include "desktop/app/Desktop.h"
+#include "desktop/app/Memory.h"
 #include "desktop/app/WxUi.h"
 #include "desktop/app/frmFirst.h"
 #include "desktop/hidden/frmHideRec.h"
 #include "desktop/hidden/frmShowList.h"
 #include "desktop/system/ModernForm.h"
 #include "desktop/system/WxText.h"
-#include "engine/system/Memory.h"
 
 namespace {
 

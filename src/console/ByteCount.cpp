@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "engine/system/Ascii.h"
+#include "engine/base/Ascii.h"
 
 namespace slyver {
 

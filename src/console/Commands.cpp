@@ -8,6 +8,12 @@
 #include <vector>
 
 #include "console/Printable.h"
+#include "engine/base/CoreDump.h"
+#include "engine/base/FileError.h"
+#include "engine/base/PathText.h"
+#include "engine/base/Secret.h"
+#include "engine/disk/Disk.h"
+#include "engine/disk/Files.h"
 #include "engine/hidden/HideJob.h"
 #include "engine/hidden/RecoverJob.h"
 #include "engine/split/ChecksumFile.h"
@@ -16,12 +22,6 @@
 #include "engine/split/SizeArithmetic.h"
 #include "engine/split/SlyIt.h"
 #include "engine/split/Verify.h"
-#include "engine/system/CoreDump.h"
-#include "engine/system/Disk.h"
-#include "engine/system/FileError.h"
-#include "engine/system/Files.h"
-#include "engine/system/PathText.h"
-#include "engine/system/Secret.h"
 
 namespace slyver {
 

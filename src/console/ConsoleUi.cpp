@@ -3,9 +3,9 @@
 #include <iostream>
 
 #include "console/Printable.h"
-#include "engine/system/Ascii.h"
-#include "engine/system/PathText.h"
-#include "engine/system/ProgressText.h"
+#include "engine/base/Ascii.h"
+#include "engine/base/PathText.h"
+#include "engine/talk/ProgressText.h"
 
 namespace slyver {
 

@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "console/Terminal.h"
-#include "engine/system/Ui.h"
+#include "engine/talk/Ui.h"
 
 namespace slyver {
 

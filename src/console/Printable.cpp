@@ -3,7 +3,7 @@
 #include <array>
 #include <cstdio>
 
-#include "engine/system/Text8.h"
+#include "engine/base/Text8.h"
 
 namespace slyver {
 

@@ -15,9 +15,9 @@
 #include <optional>
 #include <utility>
 
-#include "engine/system/FileError.h"
-#include "engine/system/Posix.h"
-#include "engine/system/Secret.h"
+#include "engine/base/FileError.h"
+#include "engine/base/Posix.h"
+#include "engine/base/Secret.h"
 
 namespace slyver {
 

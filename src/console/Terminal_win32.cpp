@@ -10,9 +10,9 @@
 #include <csignal>
 #include <iostream>
 
-#include "engine/system/FileError.h"
-#include "engine/system/Secret.h"
-#include "engine/system/Wide_win32.h"
+#include "engine/base/FileError.h"
+#include "engine/base/Secret.h"
+#include "engine/base/Wide_win32.h"
 
 namespace slyver {
 

@@ -17,7 +17,7 @@
 #include "console/Commands.h"
 #include "console/ConsoleUi.h"
 #include "console/Terminal.h"
-#include "engine/system/FileError.h"
+#include "engine/base/FileError.h"
 
 namespace {
 

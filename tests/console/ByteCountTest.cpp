@@ -4,7 +4,7 @@
 
 #include <sstream>
 
-#include "engine/system/ProgressText.h"
+#include "engine/talk/ProgressText.h"
 
 namespace slyver {
 namespace {

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "engine/hidden/Age.h"
+#include "engine/age/Age.h"
 #include "fuzz/Require.h"
 #include "support/SampleAge.h"
 

@@ -4,9 +4,9 @@
 #include <string_view>
 #include <vector>
 
+#include "engine/base/PathText.h"
+#include "engine/base/Text8.h"
 #include "engine/hidden/Carrier.h"
-#include "engine/system/PathText.h"
-#include "engine/system/Text8.h"
 #include "fuzz/Require.h"
 
 using namespace slyver;

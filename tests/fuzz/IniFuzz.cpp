@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "engine/system/INIReadWri.h"
+#include "engine/settings/INIReadWri.h"
 #include "fuzz/Require.h"
 
 using namespace slyver;

@@ -6,7 +6,7 @@
 #include <array>
 #include <string>
 
-#include "engine/system/Disk.h"
+#include "engine/disk/Disk.h"
 
 namespace slyver {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "engine/system/RangeCipher.h"
+#include "engine/bytes/RangeCipher.h"
 #include "fuzz/Require.h"
 
 namespace slyver {

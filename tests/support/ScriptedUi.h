@@ -11,8 +11,8 @@
 #include <utility>
 #include <vector>
 
-#include "engine/system/PathText.h"
-#include "engine/system/Ui.h"
+#include "engine/base/PathText.h"
+#include "engine/talk/Ui.h"
 
 namespace slyver {
 

@@ -14,8 +14,8 @@
 #include <string_view>
 #include <vector>
 
-#include "engine/system/FileError.h"
-#include "engine/system/PathText.h"
+#include "engine/base/FileError.h"
+#include "engine/base/PathText.h"
 #include "support/Platform.h"
 
 namespace slyver {

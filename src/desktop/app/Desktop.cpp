@@ -18,9 +18,9 @@
 #include "desktop/split/frmSplitter.h"
 #include "desktop/system/ModernForm.h"
 #include "desktop/system/WxText.h"
-#include "engine/system/FileError.h"
-#include "engine/system/PathText.h"
-#include "engine/system/Registry.h"
+#include "engine/base/FileError.h"
+#include "engine/base/PathText.h"
+#include "engine/settings/Registry.h"
 
 namespace slyver {
 

@@ -10,10 +10,10 @@
 #include <string>
 #include <vector>
 
+#include "desktop/app/Memory.h"
 #include "desktop/app/frmMainMenu.h"
 #include "desktop/system/FormHost.h"
-#include "engine/system/Memory.h"
-#include "engine/system/Ui.h"
+#include "engine/talk/Ui.h"
 
 class wxAppProgressIndicator;
 

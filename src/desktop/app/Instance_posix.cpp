@@ -5,7 +5,7 @@
 #include <exception>
 
 #include "desktop/app/Instance.h"
-#include "engine/system/WorkFolders.h"
+#include "engine/disk/WorkFolders.h"
 
 namespace slyver {
 

@@ -11,10 +11,10 @@
 #include "desktop/app/Desktop.h"
 #include "desktop/app/HelpPage.h"
 #include "desktop/app/Instance.h"
+#include "desktop/app/Memory.h"
 #include "desktop/app/WxUi.h"
 #include "desktop/chrome/WindowSystem.h"
 #include "desktop/system/WxText.h"
-#include "engine/system/Memory.h"
 
 namespace slyver {
 

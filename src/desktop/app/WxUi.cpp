@@ -14,7 +14,7 @@
 #include "desktop/system/InputBoxM.h"
 #include "desktop/system/MessageBox.h"
 #include "desktop/system/WxText.h"
-#include "engine/system/WorkFolders.h"
+#include "engine/disk/WorkFolders.h"
 
 namespace slyver {
 

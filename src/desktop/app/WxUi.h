@@ -3,7 +3,7 @@
 #include <chrono>
 
 #include "desktop/app/Desktop.h"
-#include "engine/system/Ui.h"
+#include "engine/talk/Ui.h"
 
 namespace slyver {
 

@@ -9,10 +9,10 @@
 
 #include "desktop/app/CpuStats.h"
 #include "desktop/app/frmSplitJoin.h"
-#include "engine/system/Disk.h"
-#include "engine/system/PathText.h"
-#include "engine/system/Registry.h"
-#include "engine/system/WorkFolders.h"
+#include "engine/base/PathText.h"
+#include "engine/disk/Disk.h"
+#include "engine/disk/WorkFolders.h"
+#include "engine/settings/Registry.h"
 
 namespace slyver {
 

@@ -1,8 +1,8 @@
 #include "desktop/app/frmMainMenu.h"
 
 #include "desktop/app/Desktop.h"
-#include "engine/system/PathText.h"
-#include "engine/system/Registry.h"
+#include "engine/base/PathText.h"
+#include "engine/settings/Registry.h"
 
 namespace slyver {
 

@@ -5,12 +5,12 @@
 #include "desktop/app/frmFirst.h"
 #include "desktop/system/Controls.h"
 #include "desktop/system/FileDrop.h"
+#include "engine/base/PathText.h"
+#include "engine/disk/Disk.h"
+#include "engine/disk/WorkFolders.h"
+#include "engine/settings/Registry.h"
 #include "engine/split/JoinM.h"
 #include "engine/split/PieceName.h"
-#include "engine/system/Disk.h"
-#include "engine/system/PathText.h"
-#include "engine/system/Registry.h"
-#include "engine/system/WorkFolders.h"
 
 namespace slyver {
 

@@ -7,7 +7,7 @@
 
 #include "desktop/app/HelpPage.h"
 #include "desktop/app/SlyverApp.h"
-#include "engine/system/Posix.h"
+#include "engine/base/Posix.h"
 
 namespace {
 

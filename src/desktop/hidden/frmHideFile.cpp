@@ -5,7 +5,7 @@
 #include "desktop/system/FileDrop.h"
 #include "desktop/system/StatusLine.h"
 #include "desktop/system/WxText.h"
-#include "engine/system/WorkFolders.h"
+#include "engine/disk/WorkFolders.h"
 
 namespace slyver {
 

@@ -11,10 +11,10 @@
 #include "desktop/system/Controls.h"
 #include "desktop/system/FileDrop.h"
 #include "desktop/system/WxText.h"
+#include "engine/disk/Disk.h"
+#include "engine/disk/Files.h"
+#include "engine/settings/Registry.h"
 #include "engine/split/SlyIt.h"
-#include "engine/system/Disk.h"
-#include "engine/system/Files.h"
-#include "engine/system/Registry.h"
 
 namespace slyver {
 

@@ -5,9 +5,9 @@
 #include "desktop/chrome/WindowSystem.h"
 #include "desktop/system/ModernForm.h"
 #include "desktop/system/WxText.h"
+#include "engine/base/FileError.h"
+#include "engine/disk/Disk.h"
 #include "engine/hidden/Carrier.h"
-#include "engine/system/Disk.h"
-#include "engine/system/FileError.h"
 
 namespace slyver {
 

@@ -8,8 +8,8 @@
 #include <filesystem>
 #include <initializer_list>
 
-#include "engine/system/Secret.h"
-#include "engine/system/Ui.h"
+#include "engine/base/Secret.h"
+#include "engine/talk/Ui.h"
 
 namespace slyver {
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "desktop/chrome/MenuFrame.h"
-#include "engine/system/Ui.h"
+#include "engine/talk/Ui.h"
 
 namespace slyver {
 

@@ -9,8 +9,7 @@
 #include "desktop/system/ModernForm.h"
 #include "desktop/system/StatusLine.h"
 #include "desktop/system/WxText.h"
-#include "engine/hidden/Carrier.h"
-#include "engine/system/ProgressText.h"
+#include "engine/talk/ProgressText.h"
 
 namespace slyver {
 
@@ -31,7 +30,7 @@ wxColour QuietColour(const wxWindow& window) {
 }  // namespace
 
 double BarPosition(const Progress& progress, double before) {
-  if (progress.bytesTotal > directoryLength)
+  if (progress.bytesTotal > 0)
     return 100 * static_cast<double>(progress.bytesDone) / static_cast<double>(progress.bytesTotal);
   return progress.value <= 0 ? 0 : std::clamp(progress.value, before, 100.0);
 }
@@ -63,7 +62,7 @@ void ProgressView::Show(const Progress& progress) {
 
   const Clock::time_point now = Clock::now();
   if (!copying_) started_ = now;
-  copying_ = progress.bytesTotal > directoryLength;
+  copying_ = progress.bytesTotal > 0;
   // Twice a second is as fast as one can read. The end is always told.
   constexpr std::chrono::milliseconds lineInterval{500};
   const bool atEnd = copying_ && progress.bytesDone == progress.bytesTotal;

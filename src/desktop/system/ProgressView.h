@@ -6,7 +6,7 @@
 #include <chrono>
 #include <string>
 
-#include "engine/system/Ui.h"
+#include "engine/talk/Ui.h"
 
 namespace slyver {
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "engine/system/PathText.h"
+#include "engine/base/PathText.h"
 
 namespace slyver {
 

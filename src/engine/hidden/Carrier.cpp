@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <charconv>
 
+#include "engine/base/FileError.h"
+#include "engine/base/PathText.h"
+#include "engine/base/Text8.h"
+#include "engine/disk/Files.h"
+#include "engine/disk/SourceFile.h"
 #include "engine/hidden/Crypt.h"
-#include "engine/system/FileError.h"
-#include "engine/system/Files.h"
-#include "engine/system/PathText.h"
-#include "engine/system/SourceFile.h"
-#include "engine/system/Text8.h"
 
 namespace slyver {
 

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "engine/system/INIReadWri.h"
+#include "engine/settings/INIReadWri.h"
 
 namespace slyver {
 

@@ -6,20 +6,20 @@
 #include <limits>
 #include <utility>
 
+#include "engine/base/FileError.h"
+#include "engine/base/Gcrypt.h"
+#include "engine/base/PathText.h"
+#include "engine/base/Text8.h"
+#include "engine/disk/Attributes.h"
+#include "engine/disk/Disk.h"
+#include "engine/disk/Files.h"
+#include "engine/disk/TargetFile.h"
 #include "engine/hidden/Password.h"
+#include "engine/settings/INIReadWri.h"
 #include "engine/split/JoinM.h"
 #include "engine/split/SplitM.h"
-#include "engine/system/Attributes.h"
-#include "engine/system/Disk.h"
-#include "engine/system/FileError.h"
-#include "engine/system/Files.h"
-#include "engine/system/Gcrypt.h"
-#include "engine/system/INIReadWri.h"
-#include "engine/system/PathText.h"
-#include "engine/system/StepProgress.h"
-#include "engine/system/TargetFile.h"
-#include "engine/system/Text8.h"
-#include "engine/system/WorkAside.h"
+#include "engine/talk/StepProgress.h"
+#include "engine/talk/WorkAside.h"
 
 namespace slyver {
 
@@ -29,6 +29,8 @@ using Next = HideJob::Next;
 namespace {
 
 constexpr int maxTicks = 80;
+constexpr std::string_view workName = "tempHHH";
+const std::vector<std::string_view> workFiles = {"#.ini", "2.age"};
 constexpr std::string_view statusSection = "ndenif";
 constexpr std::array<std::string_view, 4> statusKeys = {"DONE", "DONE2", "DONE3", "DONE4"};
 
@@ -212,8 +214,9 @@ Next HideJob::PrepareHide() {
     ClearAttributes(form_.Text2);
     if (FileLength(form_.Text1) == 0)
       return Over("An Error Has Occured. Please Try Again.", Icon::Critical);
-    run_.emplace(RunFolder());
-    work_.emplace(run_->Path() / "tempHHH");
+    // Stands for the root of the disk, on every system.
+    run_.emplace(PrivateFolder() / "slyver-run", WorkFiles{workFiles, workName});
+    work_.emplace(run_->Path() / workName, WorkFiles{workFiles});
     added_ = run_->Path() / "3.ini";
     if (main_.length <= directoryLength) return StageHideFiles(nullptr);
 

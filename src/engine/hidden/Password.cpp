@@ -1,7 +1,7 @@
 #include "engine/hidden/Password.h"
 
+#include "engine/base/Text8.h"
 #include "engine/hidden/Carrier.h"
-#include "engine/system/Text8.h"
 
 namespace slyver {
 

@@ -4,14 +4,14 @@
 #include <exception>
 #include <utility>
 
+#include "engine/base/FileError.h"
+#include "engine/base/Gcrypt.h"
+#include "engine/base/PathText.h"
+#include "engine/disk/Disk.h"
+#include "engine/disk/Files.h"
 #include "engine/hidden/Password.h"
 #include "engine/split/SplitM.h"
-#include "engine/system/Disk.h"
-#include "engine/system/FileError.h"
-#include "engine/system/Files.h"
-#include "engine/system/Gcrypt.h"
-#include "engine/system/PathText.h"
-#include "engine/system/WorkAside.h"
+#include "engine/talk/WorkAside.h"
 
 namespace slyver {
 
@@ -117,7 +117,7 @@ void RecoverJob::Preamble() {
   passphrase_ = form_.passphrase.Text().empty() ? form_.Text2 : form_.passphrase;
   folder_ = form_.output.empty() ? FullPathOf(form_.Text1).parent_path() : form_.output;
   if (!form_.passphrase.Text().empty()) InitGcrypt();
-  work_.emplace(folder_ / "TempRRR");
+  work_.emplace(folder_ / "TempRRR", WorkFiles{{"#.ini", "tempRRR.tmp*"}});
   ui_.ShowProgressForm("Recovering Files");
 }
 
@@ -151,7 +151,7 @@ Next RecoverJob::DorestOfStuff(int k) {
   return Guarded([&] {
     if (StateOf(form_.Text1) != carrier_)
       throw FileError(form_.Text1, "The file was changed while it was being recovered from");
-    work_.emplace(folder_ / "TempRRR");
+    work_.emplace(folder_ / "TempRRR", WorkFiles{{"#.ini", "tempRRR.tmp*"}});
     return Recover({files_.at(static_cast<std::size_t>(k) - 1)});
   });
 }
@@ -170,7 +170,7 @@ Next RecoverJob::Recover(const std::vector<HiddenFile>& files) {
   for (const HiddenFile& file : files) contents.push_back(ContentsOf(file));
   RequireDecrypted(contents);
   form_.Text2 = form_.passphrase = passphrase_ = {};
-  if (!work_) work_.emplace(folder_ / "TempRRR");
+  if (!work_) work_.emplace(folder_ / "TempRRR", WorkFiles{{"#.ini", "tempRRR.tmp*"}});
   for (const double value : {50, 60, 75}) SetProgress(value);
   std::vector<fs::path> pieces;
   pieces.reserve(files.size());

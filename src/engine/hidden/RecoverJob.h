@@ -7,14 +7,14 @@
 #include <string_view>
 #include <vector>
 
-#include "engine/hidden/Age.h"
+#include "engine/age/Age.h"
+#include "engine/base/CoreDump.h"
+#include "engine/base/Secret.h"
+#include "engine/disk/SourceFile.h"
+#include "engine/disk/WorkFolders.h"
 #include "engine/hidden/BigFiles.h"
 #include "engine/hidden/Carrier.h"
-#include "engine/system/CoreDump.h"
-#include "engine/system/Secret.h"
-#include "engine/system/SourceFile.h"
-#include "engine/system/Ui.h"
-#include "engine/system/WorkFolders.h"
+#include "engine/talk/Ui.h"
 
 namespace slyver {
 

@@ -4,12 +4,12 @@
 #include <limits>
 #include <utility>
 
+#include "engine/base/FileError.h"
+#include "engine/base/Gcrypt.h"
+#include "engine/base/PathText.h"
+#include "engine/disk/Disk.h"
+#include "engine/disk/SourceFile.h"
 #include "engine/split/PieceName.h"
-#include "engine/system/Disk.h"
-#include "engine/system/FileError.h"
-#include "engine/system/Gcrypt.h"
-#include "engine/system/PathText.h"
-#include "engine/system/SourceFile.h"
 
 namespace slyver {
 

@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
-#include "engine/system/Sha256.h"
-#include "engine/system/SourceFile.h"
+#include "engine/bytes/Sha256.h"
+#include "engine/disk/SourceFile.h"
 
 namespace slyver {
 

@@ -4,10 +4,10 @@
 #include <system_error>
 #include <vector>
 
-#include "engine/system/Ascii.h"
-#include "engine/system/Disk.h"
-#include "engine/system/FileError.h"
-#include "engine/system/PathText.h"
+#include "engine/base/Ascii.h"
+#include "engine/base/FileError.h"
+#include "engine/base/PathText.h"
+#include "engine/disk/Disk.h"
 
 namespace slyver {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "engine/system/Ui.h"
+#include "engine/talk/Ui.h"
 
 namespace slyver {
 

@@ -6,17 +6,17 @@
 #include <utility>
 #include <vector>
 
+#include "engine/base/FileError.h"
+#include "engine/base/PathText.h"
+#include "engine/base/Workers.h"
+#include "engine/disk/Disk.h"
+#include "engine/disk/Files.h"
+#include "engine/disk/WorkFolders.h"
+#include "engine/settings/Registry.h"
 #include "engine/split/ChecksumFile.h"
 #include "engine/split/PieceName.h"
 #include "engine/split/Pieces.h"
-#include "engine/system/Disk.h"
-#include "engine/system/FileError.h"
-#include "engine/system/Files.h"
-#include "engine/system/PathText.h"
-#include "engine/system/Registry.h"
-#include "engine/system/StepProgress.h"
-#include "engine/system/WorkFolders.h"
-#include "engine/system/Workers.h"
+#include "engine/talk/StepProgress.h"
 
 namespace slyver {
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "engine/system/Copy.h"
-#include "engine/system/Ui.h"
+#include "engine/bytes/Copy.h"
+#include "engine/talk/Ui.h"
 
 namespace slyver {
 

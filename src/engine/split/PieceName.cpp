@@ -2,7 +2,7 @@
 
 #include <charconv>
 
-#include "engine/system/Ascii.h"
+#include "engine/base/Ascii.h"
 
 namespace slyver {
 

@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <utility>
 
+#include "engine/base/PathText.h"
+#include "engine/disk/Disk.h"
+#include "engine/disk/Files.h"
 #include "engine/split/FindFiles.h"
 #include "engine/split/PieceName.h"
-#include "engine/system/Disk.h"
-#include "engine/system/Files.h"
-#include "engine/system/PathText.h"
 
 namespace slyver {
 

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "engine/system/Ui.h"
+#include "engine/talk/Ui.h"
 
 namespace slyver {
 

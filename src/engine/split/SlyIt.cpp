@@ -1,12 +1,12 @@
 #include "engine/split/SlyIt.h"
 
+#include "engine/base/PathText.h"
+#include "engine/disk/Disk.h"
+#include "engine/disk/WorkFolders.h"
+#include "engine/settings/Registry.h"
 #include "engine/split/PieceName.h"
 #include "engine/split/SizeArithmetic.h"
 #include "engine/split/SplitM.h"
-#include "engine/system/Disk.h"
-#include "engine/system/PathText.h"
-#include "engine/system/Registry.h"
-#include "engine/system/WorkFolders.h"
 
 namespace slyver {
 

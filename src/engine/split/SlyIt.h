@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <string>
 
-#include "engine/system/NewFolders.h"
-#include "engine/system/Ui.h"
+#include "engine/disk/NewFolders.h"
+#include "engine/talk/Ui.h"
 
 namespace slyver {
 

@@ -4,17 +4,17 @@
 #include <limits>
 #include <stdexcept>
 
+#include "engine/base/FileError.h"
+#include "engine/base/Gcrypt.h"
+#include "engine/base/PathText.h"
+#include "engine/bytes/Copy.h"
+#include "engine/bytes/TargetSet.h"
+#include "engine/disk/Disk.h"
+#include "engine/disk/Files.h"
+#include "engine/disk/NewFolders.h"
 #include "engine/split/ChecksumFile.h"
 #include "engine/split/PieceName.h"
-#include "engine/system/Copy.h"
-#include "engine/system/Disk.h"
-#include "engine/system/FileError.h"
-#include "engine/system/Files.h"
-#include "engine/system/Gcrypt.h"
-#include "engine/system/NewFolders.h"
-#include "engine/system/PathText.h"
-#include "engine/system/StepProgress.h"
-#include "engine/system/TargetSet.h"
+#include "engine/talk/StepProgress.h"
 
 namespace slyver {
 

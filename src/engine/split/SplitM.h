@@ -6,9 +6,9 @@
 #include <optional>
 #include <string>
 
-#include "engine/system/Files.h"
-#include "engine/system/RangeCipher.h"
-#include "engine/system/Ui.h"
+#include "engine/bytes/RangeCipher.h"
+#include "engine/disk/Files.h"
+#include "engine/talk/Ui.h"
 
 namespace slyver {
 

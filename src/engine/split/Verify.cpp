@@ -8,14 +8,14 @@
 #include <numeric>
 #include <span>
 
+#include "engine/base/FileError.h"
+#include "engine/base/Mutex.h"
+#include "engine/base/PathText.h"
+#include "engine/base/Workers.h"
+#include "engine/disk/Files.h"
 #include "engine/split/ChecksumFile.h"
 #include "engine/split/PieceName.h"
 #include "engine/split/Pieces.h"
-#include "engine/system/FileError.h"
-#include "engine/system/Files.h"
-#include "engine/system/Mutex.h"
-#include "engine/system/PathText.h"
-#include "engine/system/Workers.h"
 
 namespace slyver {
 

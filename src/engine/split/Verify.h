@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/system/Ui.h"
+#include "engine/talk/Ui.h"
 
 namespace slyver {
 
@@ -15,7 +15,7 @@ enum class PieceState : std::uint8_t { Ok, Damaged, Missing, NotChecked };
 
 /// What a look at the pieces of a split has shown.
 struct Verified {
-  std::string origName;            ///< The name of the file that was split.
+  std::string origName;                 ///< The name of the file that was split.
   std::vector<PieceState> pieces = {};  ///< From piece 1 on.
   /// Of the whole file, where the checksum file is of that and says nothing about single pieces.
   std::optional<PieceState> whole = {};

@@ -4,7 +4,7 @@
 #include "desktop/app/Instance.h"
 #include "desktop/app/frmFirst.h"
 #include "desktop/app/frmSplitJoin.h"
-#include "engine/system/WorkFolders.h"
+#include "engine/disk/WorkFolders.h"
 #include "support/DesktopTest.h"
 
 namespace slyver {

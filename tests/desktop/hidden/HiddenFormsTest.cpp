@@ -4,7 +4,7 @@
 #include "desktop/hidden/ListViewIcon.h"
 #include "desktop/hidden/frmHideFile.h"
 #include "desktop/hidden/frmHideRec.h"
-#include "engine/system/WorkFolders.h"
+#include "engine/disk/WorkFolders.h"
 #include "support/DesktopTest.h"
 #include "support/SampleCarrier.h"
 

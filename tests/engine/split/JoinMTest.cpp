@@ -1,9 +1,9 @@
 #include "engine/split/JoinM.h"
 
+#include "engine/disk/Files.h"
+#include "engine/disk/WorkFolders.h"
+#include "engine/settings/Registry.h"
 #include "engine/split/Scene.h"
-#include "engine/system/Files.h"
-#include "engine/system/Registry.h"
-#include "engine/system/WorkFolders.h"
 
 namespace slyver {
 namespace {

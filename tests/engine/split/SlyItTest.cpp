@@ -1,8 +1,8 @@
 #include "engine/split/SlyIt.h"
 
+#include "engine/disk/Disk.h"
+#include "engine/settings/Registry.h"
 #include "engine/split/Scene.h"
-#include "engine/system/Disk.h"
-#include "engine/system/Registry.h"
 
 namespace slyver {
 namespace {

@@ -1,10 +1,10 @@
 #include "engine/split/SplitM.h"
 
+#include "engine/disk/Disk.h"
+#include "engine/disk/Files.h"
 #include "engine/split/ChecksumFile.h"
 #include "engine/split/PieceName.h"
 #include "engine/split/Scene.h"
-#include "engine/system/Disk.h"
-#include "engine/system/Files.h"
 
 namespace slyver {
 namespace {

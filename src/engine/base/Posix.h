@@ -1,0 +1,75 @@
+#pragma once
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include "engine/base/FileError.h"
+
+namespace slyver {
+
+/// What the files for POSIX systems share.
+
+/// The error of the last call that failed on this thread.
+inline std::error_code LastError() {
+  return {errno, std::generic_category()};
+}
+
+/// Throws a FileError with LastError().
+[[noreturn]] inline void FailWithLastError(const std::filesystem::path& path) {
+  throw FileError(path, LastError());
+}
+
+/// An open file, closed with the object.
+class Descriptor {
+ public:
+  Descriptor() = default;
+  explicit Descriptor(int number) : number_(number) {}
+  ~Descriptor() {
+    const int error = errno;
+    if (*this) (void)close(number_);
+    errno = error;
+  }
+  Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+  Descriptor& operator=(Descriptor&& other) noexcept {
+    std::swap(number_, other.number_);
+    return *this;
+  }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+
+  int Get() const { return number_; }
+  explicit operator bool() const { return number_ >= 0; }
+
+ private:
+  int number_ = -1;
+};
+
+/// Opens /dev/null in place of each standard descriptor that the caller has closed; false on an
+/// error. Otherwise the next file opened would be read as standard input, or written to as standard
+/// output. Using them still fails: /dev/null is opened for the other direction.
+inline bool OpenStandardDescriptors() {
+  for (const int number : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(number, F_GETFD) >= 0) continue;
+    // Without O_CLOEXEC: the programs that this one starts need them as well.
+    if (open("/dev/null", number == STDIN_FILENO ? O_WRONLY : O_RDONLY) != number) return false;
+  }
+  return true;
+}
+
+/// Takes the lock of an open file, which other programs respect, without waiting; false while it
+/// is taken. The file has to be open for writing: network file systems lock no others. A file
+/// system without locks grants it; any other answer counts as taken.
+inline bool TryLock(const Descriptor& file) {
+  int result = 0;
+  do result = flock(file.Get(), LOCK_EX | LOCK_NB);
+  while (result != 0 && errno == EINTR);
+  return result == 0 || errno == ENOSYS || errno == EOPNOTSUPP || errno == EINVAL;
+}
+
+}  // namespace slyver

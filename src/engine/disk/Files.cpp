@@ -1,0 +1,53 @@
+#include "engine/disk/Files.h"
+
+#include <limits>
+
+#include "engine/base/FileError.h"
+#include "engine/base/PathText.h"
+#include "engine/disk/Disk.h"
+
+namespace slyver {
+
+FileState StateOf(const std::filesystem::path& path) {
+  const SourceFile file(path);
+  FileState state = file.Opened();
+  state.rights = file.RightsOfReaders();
+  return state;
+}
+
+std::uint64_t FileLength(const std::filesystem::path& path) {
+  return StateOf(path).length;
+}
+
+std::string ReadSmallFile(const std::filesystem::path& path) {
+  const SourceFile file(path);
+  std::string bytes(static_cast<std::size_t>(file.Length()), '\0');
+  file.Read(0, bytes);
+  return bytes;
+}
+
+void WriteSmallFile(const std::filesystem::path& path, std::string_view bytes, Existing existing) {
+  TargetFile file(path, existing);
+  file.Write(0, bytes);
+  file.Commit();
+}
+
+std::filesystem::path FirstFreePath(const std::filesystem::path& folder, const MarkedName& nameOf) {
+  std::filesystem::path path = folder / PathFromText(nameOf(""));
+  for (int n = 1; NameIsTaken(path); ++n) {
+    if (n > std::numeric_limits<std::int16_t>::max()) throw OverflowError();
+    path = folder / PathFromText(nameOf("[" + std::to_string(n) + "] "));
+  }
+  return path;
+}
+
+std::filesystem::path MoveToFirstFreePath(const std::filesystem::path& from,
+                                          const std::filesystem::path& folder,
+                                          const MarkedName& nameOf) {
+  std::filesystem::path path;
+  do path = FirstFreePath(folder, nameOf);
+  while (!MoveToFreeName(from, path, path));  // Another program may take the name first.
+  return path;
+}
+
+}  // namespace slyver

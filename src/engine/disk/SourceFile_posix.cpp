@@ -1,0 +1,117 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <utility>
+
+#include "engine/base/Posix.h"
+#include "engine/disk/AccessList_posix.h"
+#include "engine/disk/SourceFile.h"
+
+namespace slyver {
+
+namespace {
+
+constexpr std::uint64_t blockLength = 512;
+
+FileState StateIn(const struct stat& found) {
+  const auto length = static_cast<std::uint64_t>(found.st_size);
+  const std::uint64_t space = static_cast<std::uint64_t>(found.st_blocks) * blockLength;
+  return {length,
+          found.st_dev,
+          found.st_ino,
+          found.st_mtim.tv_sec,
+          static_cast<std::int32_t>(found.st_mtim.tv_nsec),
+          {static_cast<std::uint16_t>(found.st_mode & 0777), false, found.st_gid},
+          space + blockLength > length ? std::max(space, length) : space};
+}
+
+/// Opens a file for reading at offsets. Empty with errno set on an error.
+Descriptor Open(const std::filesystem::path& path) {
+  // Without O_NONBLOCK the opening of a pipe would wait for a writer.
+  Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  if (file || errno != EWOULDBLOCK) return file;
+  // Another program has a lease on it, which the system asks it to give back. That is worth waiting
+  // for, but only on this very file: by now a pipe may have its name.
+  Descriptor found(open(path.c_str(), O_PATH | O_CLOEXEC));
+  struct stat state = {};
+  if (!found || fstat(found.Get(), &state) != 0 || !S_ISREG(state.st_mode)) return found;
+  std::array<char, 32> link = {};
+  (void)std::snprintf(link.data(), link.size(), "/proc/self/fd/%d", found.Get());
+  do file = Descriptor(open(link.data(), O_RDONLY | O_CLOEXEC));
+  while (!file && errno == EINTR);
+  if (!file && errno == ENOENT) errno = EWOULDBLOCK;  // No /proc.
+  return file;
+}
+
+}  // namespace
+
+struct SourceFile::State {
+  std::filesystem::path path;
+  Descriptor descriptor;
+  FileState opened;
+};
+
+SourceFile::SourceFile(std::filesystem::path itsPath) : state_(std::make_unique<State>()) {
+  state_->path = std::move(itsPath);
+  const std::filesystem::path& path = state_->path;
+  state_->descriptor = Open(path);
+  struct stat found = {};
+  if (!state_->descriptor || fstat(state_->descriptor.Get(), &found) != 0) FailWithLastError(path);
+  if (S_ISDIR(found.st_mode))
+    throw FileError(path, std::make_error_code(std::errc::is_a_directory));
+  if (!S_ISREG(found.st_mode)) throw FileError(path, "Not a regular file");
+  state_->opened = StateIn(found);
+}
+
+SourceFile::~SourceFile() = default;
+
+const std::filesystem::path& SourceFile::Path() const {
+  return state_->path;
+}
+
+const FileState& SourceFile::Opened() const {
+  return state_->opened;
+}
+
+Rights SourceFile::RightsOfReaders() const {
+  Rights rights = state_->opened.rights;
+  if ((rights.bits & 077U) == 0) return rights;
+  const AccessList list = AccessList::Of(state_->descriptor);
+  if (!list.IsEmpty()) rights.bits = static_cast<std::uint16_t>(list.CommonBits());
+  return rights;
+}
+
+int SourceFile::Number() const {
+  return state_->descriptor.Get();
+}
+
+void SourceFile::Read(std::uint64_t offset, std::span<char> buffer) const {
+  while (!buffer.empty()) {
+    const ssize_t count =
+        pread(state_->descriptor.Get(), buffer.data(), buffer.size(), static_cast<off_t>(offset));
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) FailWithLastError(state_->path);
+    if (count == 0) throw FileError(state_->path, "The file ends too early");
+    offset += static_cast<std::uint64_t>(count);
+    buffer = buffer.subspan(static_cast<std::size_t>(count));
+  }
+}
+
+std::uint64_t SourceFile::NextData(std::uint64_t offset, std::uint64_t end) const {
+  if (!state_->opened.IsSparse()) return offset;
+  // The descriptor's own position, which this moves, is never read from.
+  const off_t data = lseek(state_->descriptor.Get(), static_cast<off_t>(offset), SEEK_DATA);
+  if (data < 0) return errno == ENXIO ? end : offset;
+  return std::min(static_cast<std::uint64_t>(data), end);
+}
+
+void SourceFile::ThrowIfChanged() const {
+  struct stat now = {};
+  if (fstat(state_->descriptor.Get(), &now) != 0) FailWithLastError(state_->path);
+  if (StateIn(now) != state_->opened) throw FileError(state_->path, fileWasChanged);
+}
+
+}  // namespace slyver

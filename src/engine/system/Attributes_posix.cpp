@@ -1,7 +1,0 @@
-#include "engine/system/Attributes.h"
-
-namespace slyver {
-
-void ClearAttributes(const std::filesystem::path& /*path*/) {}
-
-}  // namespace slyver

@@ -1,9 +1,0 @@
-#include "engine/system/Registry.h"
-
-namespace slyver {
-
-void DeleteFilePathValue() {
-  DeleteRegValue(RegRoot::LocalMachine, R"(Software\Orm Valis\FC)", "filepath");
-}
-
-}  // namespace slyver

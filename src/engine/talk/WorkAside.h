@@ -1,0 +1,36 @@
+#pragma once
+
+#include <exception>
+#include <optional>
+#include <utility>
+
+#include "engine/base/FileError.h"
+#include "engine/base/Workers.h"
+#include "engine/talk/Ui.h"
+
+namespace slyver {
+
+/// What `work` returns, which takes long and cannot be stopped; it runs on a thread of its own
+/// while the window stays alive. Throws what `work` throws, and Cancelled, when it has ended, if
+/// the user has asked to stop meanwhile.
+template <typename Work>
+auto WorkAside(Ui& ui, const Work& work) -> decltype(work()) {
+  std::optional<decltype(work())> result;
+  std::exception_ptr failure;
+  bool goOn = true;
+  RunOnThreads(
+      1,
+      [&](const Tick&) {
+        try {
+          result = work();
+        } catch (...) {
+          failure = std::current_exception();
+        }
+      },
+      [&] { goOn = ui.GoOn() && goOn; });
+  if (!goOn || !ui.GoOn()) throw Cancelled{};
+  if (failure) std::rethrow_exception(failure);
+  return std::move(*result);
+}
+
+}  // namespace slyver

@@ -1,0 +1,87 @@
+#include "engine/age/Age.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "support/SampleAge.h"
+#include "support/TempFolder.h"
+
+namespace slyver {
+namespace {
+
+/// The plain bytes of a file, or why there are none.
+std::string Opened(std::string_view file, std::string_view passphrase) try {
+  const auto header = ReadAgeHeader(file.substr(0, ageHeaderRoom), file.size(), "N");
+  if (!header) return "for keys";
+  const auto cipher = UnlockAge(*header, passphrase);
+  return cipher ? Converted(*cipher, file.substr(header->length)) : "wrong";
+} catch (const std::exception& error) {
+  return error.what();
+}
+
+TEST(Age, OpensThePublishedFileAndNoOtherFormOfIt) {
+  EXPECT_EQ(Opened(sampleAge, sampleAgePassphrase), "age");
+  EXPECT_EQ(Opened(sampleAge, "Password"), "wrong");
+  for (std::size_t i = 0; i < sampleAge.size(); ++i) {
+    std::string changed = sampleAge;
+    changed[i] = static_cast<char>(changed[i] ^ 1);
+    const std::string result = Opened(changed, sampleAgePassphrase);
+    EXPECT_TRUE(result == "N Is Damaged." || result == "wrong" || result == "for keys") << i;
+    EXPECT_EQ(Opened(sampleAge.substr(0, i), sampleAgePassphrase), "N Is Damaged.") << i;
+  }
+  EXPECT_EQ(Opened(sampleAge + '\0', sampleAgePassphrase), "N Is Damaged.");
+}
+
+TEST(Age, ReadsHeadersToTheLetter) {
+  for (const auto& [part, instead, result] :
+       {std::tuple{" 10\n", " 010\n", "N Is Damaged."},
+        {" 10\n", " +10\n", "N Is Damaged."},
+        {" 10\n", " 0xA\n", "N Is Damaged."},
+        {" 10\n", " 10 \n", "N Is Damaged."},
+        {" 10\n", " 10 x\n", "N Is Damaged."},
+        {" 10\n", "\n", "N Is Damaged."},
+        {" 10\n", " 10\r\n", "N Is Damaged."},
+        {" 10\n", " 21\n", "N Asks For Too Much Work (2 To The Power Of 21)."},
+        {" 10\n", " 99999999999\n", "N Asks For Too Much Work (2 To The Power Of 99999999999)."},
+        {"5CQ ", "5CR ", "N Is Damaged."},  // Not the digits that a writer makes.
+        {"5CQ ", "5CQ= ", "N Is Damaged."},
+        {"5CQ ", "5CQAAAA ", "N Is Damaged."},  // Too long.
+        {"aUY\n", "aUYAAAA\n", "N Is Damaged."},
+        {"aUY\n", "aUY\n-> X25519 A\n\n", "N Is Damaged."},
+        {"aUY\n", "aUY\n\n", "N Is Damaged."},
+        {"scrypt", "X25519", "for keys"},
+        {"--- ", "---", "N Is Damaged."},
+        {"--- ", "---  ", "N Is Damaged."}}) {
+    std::string file = sampleAge;
+    EXPECT_EQ(
+        Opened(file.replace(file.find(part), std::strlen(part), instead), sampleAgePassphrase),
+        result)
+        << instead;
+  }
+  // Where a header is longer than what is read of it, it has many keys.
+  const std::string stanza = "-> X25519 A\n\n";
+  std::string file = "age-encryption.org/v1\n";
+  while (file.size() <= ageHeaderRoom) file += stanza;
+  EXPECT_EQ(Opened(file, sampleAgePassphrase), "for keys");
+}
+
+TEST(Age, NoChunkCanBeTakenAwayOrMoved) {
+  EXPECT_NE(BeginAgeFile("p", 1).beginning, BeginAgeFile("p", 1).beginning) << "not random";
+  const std::string plain = SomeBytes(std::size_t{3} * 65536);
+  const std::size_t sealed = 65536 + 16;
+  for (const std::size_t length : {1U, 65535U, 65536U, 65537U, 2 * 65536U, 3 * 65536U}) {
+    const NewAgeFile made = BeginAgeFile("\u00E9 \n", 1);
+    const std::string file = made.beginning + Converted(*made.cipher, plain.substr(0, length));
+    EXPECT_TRUE(Opened(file, "\u00E9 \n") == plain.substr(0, length)) << length;
+    if (length < plain.size() / 3 * 2) continue;
+    std::string moved = file;
+    std::swap_ranges(moved.end() - sealed, moved.end(), moved.end() - 2 * sealed);
+    for (const std::string& wrong :
+         {moved, file.substr(0, file.size() - sealed), file + file.substr(file.size() - sealed)})
+      EXPECT_EQ(Opened(wrong, "\u00E9 \n"), "N Is Damaged.");
+  }
+}
+
+}  // namespace
+}  // namespace slyver
