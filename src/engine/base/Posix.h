@@ -54,7 +54,7 @@ class Descriptor {
 /// error. Otherwise the next file opened would be read as standard input, or written to as standard
 /// output. Using them still fails: /dev/null is opened for the other direction.
 inline bool OpenStandardDescriptors() {
-  for (const int number : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+  for (int number = STDIN_FILENO; number <= STDERR_FILENO; ++number) {
     if (fcntl(number, F_GETFD) >= 0) continue;
     // Without O_CLOEXEC: the programs that this one starts need them as well.
     if (open("/dev/null", number == STDIN_FILENO ? O_WRONLY : O_RDONLY) != number) return false;
