@@ -209,6 +209,7 @@ bool Join(const Arguments& arguments, ConsoleUi& ui) {
   ui.Message(std::to_string(joined->pieces) + " pieces, " + std::to_string(joined->length) +
                  " bytes in all" +
                  (joined->checked    ? "; checked"
+                  : joined->damaged  ? "; damaged"
                   : joined->allAlike ? "; " + joined->lastPiece + " is taken for the last one"
                                      : "") +
                  (joined->deleted ? "; the pieces are deleted" : ""),

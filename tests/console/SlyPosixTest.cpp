@@ -219,7 +219,7 @@ constexpr Case scripts[] = {
      "@/e.bin\ne.bin\n",
      DAMAGED UNPROVEN DAMAGED UNPROVEN DAMAGED FORCED
      "e.bin Was Joined With 1 Damaged Piece.\n"
-     "The Pieces Stay, Since Some Are Damaged.\nFile Joined.\n2 pieces, 5001 bytes in all\n" ODD
+     "The Pieces Stay, Since Some Are Damaged.\nFile Joined.\n2 pieces, 5001 bytes in all; damaged\n" ODD
          UNPROVEN ODD FORCED "The Pieces Cannot Be Verified. Delete Them Anyway?" FORCED},
     {"$SLY split e.bin -n 2 -q; sha256sum --tag ./e.bin >e.bin.sha256; $SLY verify e.bin.1.sly;"
      "echo $?; printf x >>e.bin.2.sly; $SLY verify e.bin.1.sly; rm e.bin.2.sly;"

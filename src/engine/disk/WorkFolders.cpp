@@ -56,15 +56,19 @@ Leftover RemoveHeld(const fs::path& folder, FolderLock& lock, const WorkFiles& f
   (void)ListFolder(folder, [&](const std::string& name, EntryKind kind) {
     if (kind == EntryKind::File && IsWorkFile(name, files)) names.push_back(name);
   });
-  for (const std::string& name : names) (void)RemoveFile(folder / PathFromText(name));
+  bool removed = true;
+  for (const std::string& name : names)
+    removed = !RemoveFile(folder / PathFromText(name)) && removed;
   if (!files.folder.empty()) {
     const fs::path inside = folder / PathFromText(files.folder);
     FolderLock inner;
     if (inner.Take(inside) == FolderLock::Answer::Taken)
-      (void)RemoveHeld(inside, inner, {files.names});
+      removed = RemoveHeld(inside, inner, {files.names}) != Leftover::InUse && removed;
     else
       (void)RemoveEmptyFolder(inside);  // A job killed just before it locked it, or just after.
   }
+  // What cannot be removed keeps its lock's file, by which the next job knows it as a job's.
+  if (!removed) return Leftover::InUse;
   lock.Remove();
   return RemoveEmpty(folder);
 }

@@ -184,6 +184,9 @@ class Joining {
       return;
     }
     joined_.deleted = ShowingErrors(ui_, false, [&] {
+      // If one cannot be deleted, all stay, and the list with them.
+      for (std::uint32_t i = 0; i < plan_.ranges.size(); ++i)
+        RequireReplaceable(plan_.sources.Path(i));
       // A folder of its own may be new.
       const fs::path own = joined_.path.parent_path();
       for (fs::path f = own; own != list_.parent_path() && f != f.parent_path();
