@@ -2,8 +2,8 @@
 
 namespace slyver {
 
-/// While an object lives, a crash of the program leaves no copy of its memory on the disk, nor may
-/// other programs of the same user look into it. For whoever holds secrets.
+/// Keeps secrets in memory out of core dumps and away from the user's other programs, while it
+/// lives.
 class NoCoreDump {
  public:
   NoCoreDump();

@@ -4,7 +4,7 @@
 
 namespace slyver {
 
-// The size limit of core files would not do: it does not hold where a program takes them.
+// The size limit of core files does not apply if a program collects them.
 NoCoreDump::NoCoreDump() : before_(prctl(PR_GET_DUMPABLE)) {
   (void)prctl(PR_SET_DUMPABLE, 0);
 }

@@ -4,8 +4,7 @@
 
 namespace slyver {
 
-// Then the system's error reporting, which writes the memory of a program that crashes, is not
-// called.
+// The system's error reporting writes the memory of a program that crashes to the disk.
 NoCoreDump::NoCoreDump() : before_(static_cast<int>(GetErrorMode())) {
   (void)SetErrorMode(static_cast<UINT>(before_) | SEM_NOGPFAULTERRORBOX);
 }

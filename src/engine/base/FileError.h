@@ -10,13 +10,13 @@
 
 namespace slyver {
 
-/// An error whose what() is written for the user. What other exceptions say is not.
+/// An error whose what() is a message for the user. That of other exceptions is not.
 class Error : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-/// A failure that concerns one file or folder. what() is the path, ": " and the cause.
+/// An error about one file or folder. what() is the path, ": " and the cause.
 class FileError : public Error {
  public:
   FileError(const std::filesystem::path& path, std::string_view cause);
@@ -24,24 +24,24 @@ class FileError : public Error {
   FileError(const std::filesystem::path& path, std::error_code code);
 };
 
-/// A disk without room for what is to be written. what() tells both byte counts.
+/// A full disk. what() has the bytes needed and the bytes free.
 class SpaceError : public Error {
  public:
   SpaceError(const std::filesystem::path& folder, std::uint64_t needed, std::uint64_t free);
 };
 
-/// A 16-bit count has passed 32767. what() is "Overflow".
+/// A count beyond maxCount. what() is "Overflow".
 class OverflowError : public Error {
  public:
   OverflowError() : Error("Overflow") {}
 };
 
-/// Thrown by a job that the user has stopped, after it has cleaned up. It is not an error and so
-/// derives from none: no handler that shows errors catches it.
+/// Thrown by a job that the user has stopped, after it has cleaned up. Derives from no exception,
+/// so that handlers that show errors do not catch it.
 struct Cancelled {};
 
-/// Returns what the user is shown of `error`: what() of an Error, "Not Enough Memory." when memory
-/// has run out, and "An Error Has Occured. Please Try Again." for any other.
+/// Returns the message for `error`: what() of an Error, "Not Enough Memory." for std::bad_alloc,
+/// and "An Error Has Occured. Please Try Again." for any other.
 std::string TextFor(const std::exception& error);
 
 }  // namespace slyver

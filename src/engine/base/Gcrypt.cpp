@@ -12,8 +12,8 @@ namespace slyver {
 
 namespace {
 
-/// libgcrypt aborts the program if this file exists and cannot be opened, for example because too
-/// many files are open.
+/// Throws FileError if libgcrypt would abort the program: this file exists and cannot be opened,
+/// for example because too many files are open.
 void RequireFipsFlag() {
   std::FILE* const file = std::fopen("/proc/sys/crypto/fips_enabled", "r");
   if (file != nullptr)
@@ -29,7 +29,7 @@ void InitGcrypt() {
     RequireFipsFlag();
     if (gcry_check_version(GCRYPT_VERSION) == nullptr)
       throw Error("libgcrypt is older than " GCRYPT_VERSION);
-    // Locked memory is a small share that a user's limit may refuse, with a warning on stderr.
+    // A user's limit may refuse locked memory, and libgcrypt then warns on stderr.
     (void)gcry_control(GCRYCTL_DISABLE_SECMEM, 0);
     (void)gcry_control(GCRYCTL_INITIALIZATION_FINISHED, 0);
     return true;

@@ -2,8 +2,8 @@
 
 #include <mutex>
 
-// Clang proves at compile time that what a mutex guards is touched under it alone (./test --lint);
-// other compilers do not know these words.
+// Clang checks at compile time that guarded members are used under their mutex (./test --lint).
+// Other compilers do not know these attributes.
 #ifdef __clang__
 #define SLYVER_THREADS(attribute) __attribute__((attribute))
 #else
@@ -14,7 +14,7 @@
 
 namespace slyver {
 
-/// A std::mutex that Clang's analysis knows.
+/// A std::mutex for Clang's analysis.
 class SLYVER_THREADS(capability("mutex")) Mutex {
  public:
   void lock() SLYVER_THREADS(acquire_capability()) { mutex_.lock(); }
@@ -24,7 +24,7 @@ class SLYVER_THREADS(capability("mutex")) Mutex {
   std::mutex mutex_;
 };
 
-/// Holds a mutex for as long as it lives.
+/// Locks a mutex for as long as it lives.
 class SLYVER_THREADS(scoped_lockable) Lock {
  public:
   explicit Lock(Mutex& mutex) SLYVER_THREADS(acquire_capability(mutex)) : mutex_(mutex) {

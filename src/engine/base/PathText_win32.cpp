@@ -14,7 +14,7 @@ std::filesystem::path PathFromText(std::string_view text) {
 std::string SystemFileName(std::string name) {
   for (std::size_t at = 0; (at = name.find_first_of(R"(<>:"|?*)", at)) != std::string::npos;)
     name[at] = '_';
-  // Blanks and points at the end would be cut off.
+  // Windows cuts off blanks and dots at the end.
   for (std::size_t end = name.size(); end > 0 && (name[end - 1] == ' ' || name[end - 1] == '.');)
     name[--end] = '_';
   return name;

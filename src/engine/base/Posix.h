@@ -13,9 +13,7 @@
 
 namespace slyver {
 
-/// What the files for POSIX systems share.
-
-/// The error of the last call that failed on this thread.
+/// Returns the error of the last call that failed on this thread.
 inline std::error_code LastError() {
   return {errno, std::generic_category()};
 }
@@ -25,7 +23,7 @@ inline std::error_code LastError() {
   throw FileError(path, LastError());
 }
 
-/// An open file, closed with the object.
+/// A file descriptor, closed with the object. Closing leaves errno unchanged.
 class Descriptor {
  public:
   Descriptor() = default;
@@ -50,21 +48,21 @@ class Descriptor {
   int number_ = -1;
 };
 
-/// Opens /dev/null in place of each standard descriptor that the caller has closed; false on an
-/// error. Otherwise the next file opened would be read as standard input, or written to as standard
-/// output. Using them still fails: /dev/null is opened for the other direction.
+/// Opens /dev/null in place of each closed standard descriptor; false on an error. Otherwise the
+/// next file opened would become standard input or output. Using them still fails: /dev/null is
+/// opened for the other direction.
 inline bool OpenStandardDescriptors() {
   for (int number = STDIN_FILENO; number <= STDERR_FILENO; ++number) {
     if (fcntl(number, F_GETFD) >= 0) continue;
-    // Without O_CLOEXEC: the programs that this one starts need them as well.
+    // Without O_CLOEXEC: child processes need them too.
     if (open("/dev/null", number == STDIN_FILENO ? O_WRONLY : O_RDONLY) != number) return false;
   }
   return true;
 }
 
-/// Takes the lock of an open file, which other programs respect, without waiting; false while it
-/// is taken. The file has to be open for writing: network file systems lock no others. A file
-/// system without locks grants it; any other answer counts as taken.
+/// Locks an open file without waiting; false if another program holds the lock, or on an error.
+/// The file must be open for writing: network file systems lock no others. True on a file system
+/// without locks.
 inline bool TryLock(const Descriptor& file) {
   int result = 0;
   do result = flock(file.Get(), LOCK_EX | LOCK_NB);

@@ -6,8 +6,7 @@
 
 namespace slyver {
 
-/// Overwrites a text's memory, also where the compiler sees that nobody reads it again, and empties
-/// the text.
+/// Overwrites a text's memory and empties it. The compiler cannot optimize this away.
 template <typename Char>
 void Wipe(std::basic_string<Char>& text) {
   text.resize(text.capacity());
@@ -15,17 +14,17 @@ void Wipe(std::basic_string<Char>& text) {
   text.clear();
 }
 
-/// A text that nobody else may come to know: what it leaves in memory is wiped.
+/// A secret text, wiped from memory when it is replaced or destroyed.
 class Secret {
  public:
   Secret() = default;
-  /// Keeps a copy of `text`; whoever holds the text wipes it.
+  /// Copies `text`; the caller wipes the original.
   template <typename Text>
   requires std::convertible_to<const Text&, std::string_view>
-  // Forms are filled with plain texts.
+  // Implicit, so that forms can be filled with plain texts.
   // NOLINTNEXTLINE(google-explicit-constructor)
   Secret(const Text& text) : text_(std::string_view(text)) {}
-  /// Takes the text over.
+  /// Takes `text` over and wipes it.
   static Secret Of(std::string&& text) {
     Secret secret = text;
     Wipe(text);

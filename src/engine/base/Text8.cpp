@@ -8,13 +8,13 @@ namespace slyver {
 
 namespace {
 
-/// The characters of the codes 0x80 to 0x9F; all other codes are their own characters.
+/// The characters of the codes 0x80 to 0x9F. Every other code is its character's number.
 constexpr std::array<char32_t, 32> upperControls = {
     0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
     0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
     0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
 
-/// The code of a character, or -1.
+/// Returns the code of a character, or -1.
 int CodeOf(char32_t character) {
   if (character < 0x80 || (character >= 0xA0 && character <= 0xFF))
     return static_cast<int>(character);

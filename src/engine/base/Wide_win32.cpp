@@ -8,7 +8,7 @@ namespace slyver {
 
 namespace {
 
-/// The errors that std::errc has a name for, those that users meet.
+/// Returns the std::errc of an error that users meet, or none.
 std::errc NameOf(DWORD error) {
   switch (error) {
     case ERROR_FILE_NOT_FOUND:
@@ -43,7 +43,7 @@ std::errc NameOf(DWORD error) {
   }
 }
 
-/// The errors without such a name, in the system's own words.
+/// Errors that NameOf() does not know, in the system's own words.
 class SystemCategory final : public std::error_category {
  public:
   const char* name() const noexcept override { return "system"; }

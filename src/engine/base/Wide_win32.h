@@ -9,24 +9,21 @@
 
 namespace slyver {
 
-/// What the files for Windows share. The system's calls take wide text; everywhere else text is
-/// UTF-8 and paths are path objects.
-
-/// UTF-8 text of wide text; what is no text (half a surrogate pair) becomes U+FFFD.
+/// Converts wide text to UTF-8; half a surrogate pair becomes U+FFFD.
 std::string Utf8Of(std::wstring_view wide);
 
-/// Wide text of UTF-8 text; what is not UTF-8 becomes U+FFFD.
+/// Converts UTF-8 to wide text; what is not UTF-8 becomes U+FFFD.
 std::wstring WideOf(std::string_view utf8);
 
-/// `path`, made absolute, as the system's calls take it whatever its length. To be used at the call
-/// alone: the user never sees this form. Throws FileError when the path has no absolute form.
+/// Returns `path` in the absolute form that system calls accept at any length. Never shown to the
+/// user. Throws FileError.
 std::wstring LongPath(const std::filesystem::path& path);
 
-/// `path` made absolute, "." and ".." resolved. Throws FileError when that fails.
+/// Returns `path` made absolute, "." and ".." resolved. Throws FileError.
 std::wstring AbsolutePath(const std::filesystem::path& path);
 
-/// The error of the last call that failed on this thread, as std::errc where that has a name for
-/// it, so that the same failure is told in the same words on every system.
+/// Returns the error of the last call that failed on this thread, as std::errc if possible, so that
+/// messages are the same on every system.
 std::error_code LastError();
 
 /// Throws a FileError with LastError().
@@ -57,9 +54,8 @@ class Handle {
   HANDLE handle_ = nullptr;
 };
 
-/// Runs `step` until it returns true, for half a second at most, while it fails because another
-/// program has the file open: virus scanners and search indexes look into new files for a moment.
-/// Returns what the last run returned; the last error is that run's.
+/// Repeats `step` for up to half a second while another program has the file open. Virus scanners
+/// and search indexes open new files for a moment. Returns the last result, with its last error.
 template <typename Step>
 bool Patiently(const Step& step) {
   for (int tries = 10;; --tries) {

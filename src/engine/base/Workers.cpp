@@ -19,7 +19,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds tickInterval{50};
 
-/// How many threads are still at work.
+/// Counts the threads still at work.
 class Running {
  public:
   void Begin() {
@@ -30,7 +30,7 @@ class Running {
     const Lock lock(mutex_);
     if (--count_ == 0) none_.notify_one();
   }
-  /// Whether none is left; waits for that until `end`.
+  /// Waits until no thread is left, or until `end`. True if none is left.
   bool NoneUntil(Clock::time_point end) {
     const Lock lock(mutex_);
     while (count_ > 0)
@@ -44,7 +44,7 @@ class Running {
   unsigned count_ GUARDED_BY(mutex_) = 0;
 };
 
-/// What was thrown for the lowest number.
+/// Keeps the exception thrown for the lowest number.
 class FirstFailure {
  public:
   void Note(std::size_t number, std::exception_ptr failure) {
