@@ -34,11 +34,11 @@ std::string_view WithoutQuotes(std::string_view value) {
   return quoted ? value.substr(1, value.size() - 2) : value;
 }
 
-IniText IniFile(const std::filesystem::path& file) {
+}  // namespace
+
+IniText IniText::OfFile(const std::filesystem::path& file) {
   return IniText(NameIsTaken(file) ? ReadSmallFile(file) : std::string{});
 }
-
-}  // namespace
 
 IniText::IniText(std::string_view text) {
   text = UpToZero(text);
@@ -103,7 +103,7 @@ void IniText::Set(std::string_view section, std::string_view key, std::string_vi
   }
 }
 
-/// Gives the line before line number `before` a line end.
+/// Adds a missing line end to the line before line number `before`.
 void IniText::EndLine(std::size_t before) {
   if (before > 0 && !lines_[before - 1].text.ends_with('\n')) lines_[before - 1].text += "\r\n";
 }
@@ -123,11 +123,11 @@ std::string IniText::Text() const {
 bool WriteIniValue(const std::filesystem::path& file, std::string_view section,
                    std::string_view key, std::string_view value) {
   try {
-    IniText ini = IniFile(file);
+    IniText ini = IniText::OfFile(file);
     ini.Set(section, key, value);
     WriteSmallFile(file, ini.Text(), Existing::ReplaceScratch);
   } catch (const FileError&) {
-    return true;  // As with the profile call, whose result nobody looks at.
+    return true;  // As with the profile call, whose result is ignored.
   } catch (const std::exception&) {
     return false;
   }
@@ -138,7 +138,7 @@ std::string ReadIniValue(const std::filesystem::path& file, std::string_view sec
                          std::string_view key, std::string_view defaultValue) {
   IniText ini;
   try {
-    ini = IniFile(file);
+    ini = IniText::OfFile(file);
   } catch (const FileError&) {
     ini = IniText();
   }

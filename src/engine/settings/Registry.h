@@ -6,33 +6,33 @@
 
 namespace slyver {
 
-/// The roots of the registry, by their handles.
+/// The roots of the registry; the values are their handles.
 enum class RegRoot : std::uint32_t {
   ClassesRoot = 0x80000000,
   LocalMachine = 0x80000002,
   DynData = 0x80000006
 };
 
-/// The key that holds the program's one setting, "RAM".
+/// The key of the program's only setting, "RAM".
 inline constexpr std::string_view slyverKey = R"(Software\Orm Valis\Slyver)";
 
-/// The string value `valueName` of the key `keyPath` (its folders separated by "\"). Empty when the
-/// key or the value is missing, is not a string or cannot be read; of a value with a zero character
-/// the part before it.
+/// Returns the string value `valueName` of the key `keyPath`, up to a zero character. Levels of
+/// `keyPath` are separated by "\". Empty if the value is missing, is not a string or cannot be
+/// read.
 ///
-/// Where the system has no registry, the three routines keep an ini file in the user's
-/// configuration folder: one section a key, named root\path, one line a value.
+/// On POSIX the three routines use an ini file in the user's configuration folder: one section a
+/// key, named root\path, one line a value.
 std::string GetRegString(RegRoot root, std::string_view keyPath, std::string_view valueName);
 
-/// Stores `text` as a string value and makes the key if need be. A failure goes unnoticed.
+/// Stores `text` as a string value and creates the key if missing. Ignores errors.
 void SaveRegString(RegRoot root, std::string_view keyPath, std::string_view valueName,
                    std::string_view text);
 
-/// Deletes a value. Returns 0, or the status of the step that failed, which no caller looks at.
+/// Deletes a value. Returns 0, or the status of the step that failed.
 std::int32_t DeleteRegValue(RegRoot root, std::string_view keyPath, std::string_view valueName);
 
-/// Deletes the value "filepath" of the key "Software\Orm Valis\FC", which outside components leave
-/// and which goes at most exits.
+/// Deletes the value "filepath" of the key "Software\Orm Valis\FC", a leftover of outside
+/// components. Most exits call it.
 void DeleteFilePathValue();
 
 }  // namespace slyver

@@ -4,7 +4,6 @@
 #include <filesystem>
 
 #include "engine/base/FileError.h"
-#include "engine/disk/Disk.h"
 #include "engine/disk/Files.h"
 #include "engine/disk/WorkFolders.h"
 #include "engine/settings/INIReadWri.h"
@@ -14,7 +13,7 @@ namespace slyver {
 
 namespace {
 
-/// The user's folder for the program's settings; it may not exist yet.
+/// Returns the user's folder for the program's settings, which may not exist yet.
 std::filesystem::path ConfigurationFolder() {
   const char* const value = std::getenv("XDG_CONFIG_HOME");
   const std::filesystem::path configuration = value == nullptr ? "" : value;
@@ -32,17 +31,11 @@ std::string SectionOf(RegRoot root, std::string_view keyPath) {
   return std::string(name) + "\\" + std::string(keyPath);
 }
 
-/// Empty when there is no file yet.
-IniText RegistryText() {
-  const std::filesystem::path file = RegistryFile();
-  return IniText(NameIsTaken(file) ? ReadSmallFile(file) : std::string{});
-}
-
 }  // namespace
 
 std::string GetRegString(RegRoot root, std::string_view keyPath, std::string_view valueName) {
   try {
-    return RegistryText().Value(SectionOf(root, keyPath), valueName);
+    return IniText::OfFile(RegistryFile()).Value(SectionOf(root, keyPath), valueName);
   } catch (const std::exception&) {
     return {};
   }
@@ -52,19 +45,19 @@ void SaveRegString(RegRoot root, std::string_view keyPath, std::string_view valu
                    std::string_view text) {
   try {
     std::filesystem::create_directories(ConfigurationFolder());
-    IniText registry = RegistryText();
+    IniText registry = IniText::OfFile(RegistryFile());
     // The quotation marks keep blanks at the ends of the value.
     registry.Set(SectionOf(root, keyPath), valueName,
                  "\"" + std::string(text.substr(0, text.find('\0'))) + "\"");
     WriteSmallFile(RegistryFile(), registry.Text());
   } catch (const std::exception&) {
-    return;  // As with the registry's own calls, whose status nobody looks at.
+    return;  // As with the registry's own calls, whose status is ignored.
   }
 }
 
 std::int32_t DeleteRegValue(RegRoot root, std::string_view keyPath, std::string_view valueName) {
   try {
-    IniText registry = RegistryText();
+    IniText registry = IniText::OfFile(RegistryFile());
     if (!registry.Remove(SectionOf(root, keyPath), valueName)) return ENOENT;
     WriteSmallFile(RegistryFile(), registry.Text());
     return 0;

@@ -7,11 +7,11 @@ namespace slyver {
 namespace {
 
 HKEY RootOf(RegRoot root) {
-  // The system's own constants have the sign of 32 bits too.
+  // The system's own constants are sign-extended from 32 bits too.
   return reinterpret_cast<HKEY>(static_cast<LONG_PTR>(static_cast<LONG>(root)));
 }
 
-/// The value in one root. The key stays open until the process ends, as it always has.
+/// Reads the value in one root. Keeps the key open until the process ends, as it always has.
 std::string ReadValue(HKEY root, const std::string& keyPath, const std::string& valueName) {
   HKEY key = nullptr;
   (void)RegOpenKeyA(root, keyPath.c_str(), &key);
@@ -26,12 +26,12 @@ std::string ReadValue(HKEY root, const std::string& keyPath, const std::string& 
   return buffer.substr(0, buffer.find('\0'));
 }
 
-/// Stores the value; whether it could be stored.
+/// Stores the value; false on an error.
 bool WriteValue(HKEY root, const std::string& keyPath, const std::string& valueName,
                 std::string_view text) {
   HKEY key = nullptr;
   (void)RegCreateKeyA(root, keyPath.c_str(), &key);
-  // Without a terminating zero, as the value has always been stored.
+  // The value has always been stored without a terminating zero.
   const LSTATUS status =
       RegSetValueExA(key, valueName.c_str(), 0, REG_SZ, reinterpret_cast<const BYTE*>(text.data()),
                      static_cast<DWORD>(text.size()));
@@ -49,7 +49,7 @@ std::int32_t DeleteValue(HKEY root, const std::string& keyPath, const std::strin
 
 }  // namespace
 
-// Users without the right to write for the whole machine have the same keys of their own.
+// Users who may not write for the whole machine use the same keys of their own.
 
 std::string GetRegString(RegRoot root, std::string_view keyPath, std::string_view valueName) {
   const std::string key(keyPath);
@@ -68,7 +68,7 @@ void SaveRegString(RegRoot root, std::string_view keyPath, std::string_view valu
   if (root != RegRoot::LocalMachine) return;
   if (!stored)
     (void)WriteValue(HKEY_CURRENT_USER, key, name, text);
-  else  // What the user had before must not be read in the place of an empty text.
+  else  // The user's earlier value must not be read instead of an empty text.
     (void)DeleteValue(HKEY_CURRENT_USER, key, name);
 }
 
