@@ -9,12 +9,11 @@
 
 namespace slyver {
 
-/// A progress bar's next value, 0 to 100, from its present one, when range number `index` (from 0)
-/// is begun.
+/// Returns a progress bar's next value, 0 to 100, when range number `index` (from 0) starts.
 using NextValue = std::function<double(double value, std::size_t index)>;
 
-/// A watch that sets the bar `bar` once for every range begun, and again as bytes are copied, and
-/// asks `ui` whether to go on. The bar starts at `value` and never passes 100.
+/// Returns a watch that sets the bar `bar` once for every range started, and again as bytes are
+/// copied. The watch returns ui.GoOn(). The bar starts at `value` and stops at 100.
 Watch StepProgress(Ui& ui, std::string_view bar, double value, NextValue next);
 
 }  // namespace slyver

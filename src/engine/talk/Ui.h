@@ -16,25 +16,25 @@ enum class Icon { None, Information, Critical };
 enum class Buttons { YesNo, OkCancel };
 enum class Answer { Yes, No, Ok, Cancel };
 
-/// What a Yes may cost, which decides who may say it and which button is the default.
+/// What a Yes may cost. Decides who may answer and which button is the default.
 enum class Stakes {
   None,      ///< Nothing; Yes is the default.
   Replaces,  ///< Something is replaced or deleted; No is the default.
-  Unproven   ///< Other bytes than were split; No is the default, and only a person, or who has
-             ///< asked for exactly that, says Yes.
+  Unproven   ///< The result may not be what was split. No is the default; only a person, or an
+             ///< option for exactly that, answers Yes.
 };
 
-/// What is typed unseen: the password of a list, of which a box takes no more than can be used, or
-/// a passphrase of any length.
+/// What is typed hidden: a list's password, limited to maxNameLength characters, or a passphrase of
+/// any length.
 enum class Typed { Password, Passphrase };
 
 /// The state of a progress bar.
 struct Progress {
   std::string_view bar;  ///< The bar's name: "pb" of the split form, "PB1" of the join form.
-  double value = 0;      ///< 0 to 100, in the steps that the job is described in.
+  double value = 0;      ///< 0 to 100, in the job's own steps.
   std::uint64_t bytesDone = 0;
-  std::uint64_t bytesTotal = 0;  ///< 0 while no bytes are being copied.
-  std::uint64_t searched = 0;    ///< How many names a search has seen; 0 while none runs.
+  std::uint64_t bytesTotal = 0;  ///< 0 if no bytes are being copied.
+  std::uint64_t searched = 0;    ///< The names that a search has seen; 0 if none runs.
 };
 
 /// How the engine talks to the user; the desktop, the terminal and the tests each implement it.
@@ -49,19 +49,19 @@ class Ui {
   /// Shows a text with an OK button.
   virtual void Message(std::string_view text, Icon icon) = 0;
 
-  /// Asks a question, without an icon; the answer is one of `buttons`.
+  /// Asks a question, without an icon. Returns one of `buttons`.
   virtual Answer Question(std::string_view text, Buttons buttons, Stakes stakes) = 0;
 
   /// Lets the user choose an existing file. `filter` is "description|pattern;|" or empty for all
-  /// files. Returns its full path, or nothing when the user has chosen none.
+  /// files. Returns its full path; `nullopt` if the user cancels.
   virtual std::optional<std::filesystem::path> OpenFile(
       std::string_view title, std::string_view filter,
       const std::filesystem::path& initialFolder) = 0;
 
-  /// Lets the user choose a folder. Returns its full path, or nothing.
+  /// Lets the user choose a folder. Returns its full path; `nullopt` if the user cancels.
   virtual std::optional<std::filesystem::path> PickFolder() = 0;
 
-  /// Asks for one line that is not shown while it is typed. Nothing when the user has cancelled.
+  /// Asks for one line that is not shown while it is typed; `nullopt` if the user cancels.
   virtual std::optional<std::string> MaskedInputBox(std::string_view prompt, Typed what) = 0;
 
   /// Opens the progress form under `caption` ("Joining Files", "Recovering Files").
@@ -70,13 +70,13 @@ class Ui {
   /// Sets a progress bar.
   virtual void SetProgress(const Progress& progress) = 0;
 
-  /// Tells where the file is that a job has made, before the message that ends the job.
+  /// Reports the path of the file that a job has written, before the job's final message.
   virtual void TellPlace(const std::filesystem::path& made) = 0;
 
-  /// Lets pending events run. Jobs call it between units of work; false asks them to stop.
+  /// Lets pending events run. Jobs call it between units of work, and stop if it returns false.
   virtual bool GoOn() = 0;
 
-  /// Asks for the end of the program, which comes when the job has returned.
+  /// Ends the program after the job has returned.
   virtual void EndProgram() = 0;
 };
 
@@ -85,8 +85,8 @@ inline bool AskYesNo(Ui& ui, std::string_view text, Stakes stakes = Stakes::None
   return ui.Question(text, Buttons::YesNo, stakes) == Answer::Yes;
 }
 
-/// Returns what `work` returns. When it throws an exception, shows TextFor() it with the critical
-/// icon and returns `failed`. Cancelled passes through.
+/// Returns what `work` returns. On an exception, shows TextFor() it with the critical icon and
+/// returns `failed`. Cancelled passes through.
 template <typename Work>
 auto ShowingErrors(Ui& ui, std::invoke_result_t<const Work&> failed, const Work& work)
     -> decltype(work()) {

@@ -10,9 +10,8 @@
 
 namespace slyver {
 
-/// What `work` returns, which takes long and cannot be stopped; it runs on a thread of its own
-/// while the window stays alive. Throws what `work` throws, and Cancelled, when it has ended, if
-/// the user has asked to stop meanwhile.
+/// Runs long work that cannot be stopped on its own thread and returns its result. The window stays
+/// responsive. Throws what `work` throws, or Cancelled after it if the user has asked to stop.
 template <typename Work>
 auto WorkAside(Ui& ui, const Work& work) -> decltype(work()) {
   std::optional<decltype(work())> result;
