@@ -15,14 +15,14 @@ namespace {
 
 constexpr unsigned allBits = 07;
 
-/// True if the entry is about one user or group that is not the file's own.
+/// True for an entry of a user or group other than the file's own.
 bool IsNamed(unsigned tag) {
   return tag == ACL_USER || tag == ACL_GROUP;
 }
 
 }  // namespace
 
-/// `get` is a system call that reads the attribute into a buffer of a given size.
+/// Reads a list with `get`, a system call that reads the attribute into a buffer of a given size.
 template <typename Get>
 AccessList AccessList::Read(const Get& get) {
   std::string bytes;
@@ -74,7 +74,7 @@ unsigned AccessList::Mode() const {
   unsigned others = 0;
   for (const auto& [tag, bits, id] : entries_) {
     if (tag == ACL_USER_OBJ) owner = bits;
-    if (tag == ACL_GROUP_OBJ || tag == ACL_MASK) group = bits;  // The mask comes later.
+    if (tag == ACL_GROUP_OBJ || tag == ACL_MASK) group = bits;  // The mask comes later and wins.
     if (tag == ACL_OTHER) others = bits;
   }
   return owner << 6U | group << 3U | others;
@@ -106,7 +106,7 @@ unsigned AccessList::Narrow(unsigned classBits, bool keepsNamed) {
     if (IsNamed(entry.tag) && !keepsNamed) entry.bits = 0;
     if (IsNamed(entry.tag) || entry.tag == ACL_GROUP_OBJ) used |= entry.bits;
   }
-  // The mask shows as the group's bits, and should not claim more than anybody is left with.
+  // The mask shows as the group's bits, so it should not exceed what anybody has left.
   for (Entry& entry : entries_)
     if (entry.tag == ACL_MASK && !(groupStays && keepsNamed)) entry.bits &= used;
   return Mode();

@@ -8,9 +8,8 @@
 
 namespace slyver {
 
-/// A file's access list: what single users and groups may do, besides the owner, the file's group
-/// and the others. The middle bits of the mode of a file with a list are the most that any of them
-/// and the group may do.
+/// A file's POSIX access list: rights of single users and groups, besides owner, group and others.
+/// With a list, the group bits of the mode are the mask: the most that any of them may do.
 class AccessList {
  public:
   /// Reads the list of an open file. Empty if the file has none, or on an error.
@@ -27,25 +26,25 @@ class AccessList {
   /// Returns the mode of a file with this list.
   unsigned Mode() const;
 
-  /// Returns what the owner, the group and the others may really do, as bits of a mode.
+  /// Returns the effective rights of owner, group and others, as bits of a mode.
   unsigned ClassBits() const;
 
-  /// Returns bits of a mode that let nobody do more than this list does, whoever it names: the
-  /// group and the others may do only what everybody may.
+  /// Returns bits of a mode that grant nobody more than this list: group and others get only what
+  /// everybody has.
   unsigned CommonBits() const;
 
-  /// Lets the group and the others do no more than `classBits`, and single users and groups nothing
+  /// Limits group and others to `classBits`, and removes the rights of single users and groups
   /// unless `keepsNamed`. Returns the mode.
   unsigned Narrow(unsigned classBits, bool keepsNamed);
 
-  /// Gives an open file this list; an empty one removes the file's. Returns false with errno set on
-  /// an error.
+  /// Sets this list on an open file; an empty one removes the file's. Returns false with errno set
+  /// on an error.
   bool SetOn(const Descriptor& file) const;
 
  private:
   struct Entry {
     unsigned tag = 0;
-    unsigned bits = 0;  ///< As for one class of a mode, 0 to 7.
+    unsigned bits = 0;  ///< 0 to 7, as in a mode.
     std::uint32_t id = 0;
   };
   template <typename Get>

@@ -8,49 +8,45 @@
 
 namespace slyver {
 
-/// All that the program does with names on the disk; what it does with the bytes of files is in
-/// SourceFile and TargetFile. Paths may be as long as the system can bear.
+// Operations on names. SourceFile and TargetFile read and write bytes.
 
-/// Whether something bears the name `path`, be it a link that leads nowhere. Throws FileError when
-/// that cannot be told: what cannot be seen is not to be taken for free.
+/// True if `path` exists, dangling links included. Throws FileError if it cannot be looked at.
 bool NameIsTaken(const std::filesystem::path& path);
 
-/// Whether `path` is a folder, or a link to one. A path that cannot be looked at is none.
+/// True if `path` is a folder or a link to one; false on an error.
 bool FolderExists(const std::filesystem::path& path);
 
-/// Whether `path` is a folder and no link to one.
+/// True if `path` is a folder and not a link; false on an error.
 bool IsFolderItself(const std::filesystem::path& path);
 
-/// Whether `path` is a regular file and no link to one.
+/// True if `path` is a regular file and not a link; false on an error.
 bool IsFileItself(const std::filesystem::path& path);
 
-/// How many bytes this user can still write in the folder `path`; where that cannot be told, as
-/// many as there are numbers.
+/// Returns the bytes that this user can still write in the folder `path`; UINT64_MAX if unknown.
 std::uint64_t FreeSpace(const std::filesystem::path& path);
 
-/// Waits until the names in the folder `path` are on the disk as they are now. Where folders cannot
-/// be flushed it does nothing. Throws FileError.
+/// Flushes the names in the folder `path` to the disk, if folders can be flushed. Throws FileError.
 void FlushFolder(const std::filesystem::path& path);
 
-/// Creates the folder `path`; `false` if it exists, and then it stays as it is. Throws FileError.
+/// Creates the folder `path`; false if it exists. Throws FileError.
 bool MakeFolder(const std::filesystem::path& path);
 
-/// Makes the folder `path`, which on POSIX nobody but its owner may enter. False when something
-/// bears the name. Throws FileError.
+/// Creates the folder `path`, on POSIX for its owner alone; false if `path` exists. Throws
+/// FileError.
 bool MakeNewFolder(const std::filesystem::path& path);
 
-/// Removes the folder `path` if it is empty. Returns why it could not, directory_not_empty among
-/// others; nothing of that name is no failure.
+/// Deletes the folder `path` if it is empty. Returns the error, such as directory_not_empty; none
+/// if it does not exist.
 std::error_code RemoveEmptyFolder(const std::filesystem::path& path);
 
-/// Removes the file or link `path`. Returns why it could not; nothing of that name is no failure.
+/// Deletes the file or link `path`. Returns the error; none if it does not exist.
 std::error_code RemoveFile(const std::filesystem::path& path);
 
-/// Gives the file `from` the name `to` in the same file system; a file of that name is replaced.
-/// Throws FileError, naming `to`.
+/// Renames the file `from` to `to` in the same file system, replacing a file. Throws FileError for
+/// `to`.
 void RenameFile(const std::filesystem::path& from, const std::filesystem::path& to);
 
-/// What is told of a name in a folder.
+/// The kind of an entry in a folder.
 enum class EntryKind {
   File,    ///< A regular file, or a link to one.
   Folder,  ///< A folder itself.
@@ -58,13 +54,11 @@ enum class EntryKind {
 };
 using EntryVisitor = std::function<void(const std::string& name, EntryKind kind)>;
 
-/// Calls `visit` for everything in the folder `folder`, in no fixed order, with its name as
-/// PathText() has it; what it throws ends the listing and reaches the caller. Returns the error
-/// with which the listing ended, if any.
+/// Calls `visit` for each entry of `folder`, in no fixed order; names are as in PathText(). Returns
+/// the error that ended the listing, if any. Rethrows what `visit` throws.
 std::error_code ListFolder(const std::filesystem::path& folder, const EntryVisitor& visit);
 
-/// The full path of a name that the user typed, which is relative to the current folder. Throws
-/// FileError when there is none.
+/// Returns the absolute path of a path that the user typed. Throws FileError.
 std::filesystem::path FullPathOf(const std::filesystem::path& typed);
 
 }  // namespace slyver

@@ -20,7 +20,7 @@ using OpenFolder = std::unique_ptr<DIR, decltype([](DIR* folder) { (void)closedi
 EntryKind KindOf(const dirent& entry, const OpenFolder& folder) {
   if (entry.d_type == DT_REG) return EntryKind::File;
   if (entry.d_type == DT_DIR) return EntryKind::Folder;
-  // A link, or a file system that does not say.
+  // A link, or a file system without types in its entries.
   struct stat found = {};
   const auto is = [&](mode_t type, int flags) {
     return fstatat(dirfd(folder.get()), entry.d_name, &found, flags) == 0 &&
@@ -56,16 +56,16 @@ bool IsFileItself(const fs::path& path) {
 
 std::uint64_t FreeSpace(const fs::path& path) {
   struct statvfs found = {};
-  // A file system that does not know its size reports none.
+  // A file system of unknown size reports 0 blocks.
   if (statvfs(path.c_str(), &found) != 0 || found.f_blocks == 0)
     return std::numeric_limits<std::uint64_t>::max();
-  // A part is kept for the administrator.
+  // Some blocks are reserved for root.
   return std::uint64_t{found.f_frsize} * (geteuid() == 0 ? found.f_bfree : found.f_bavail);
 }
 
 void FlushFolder(const fs::path& path) {
   const Descriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  // Who may not list a folder cannot open it, but can make files in it.
+  // A user may create files in a folder that they may not list, and so not open.
   if (!folder && errno == EACCES) return;
   if (!folder || (fsync(folder.Get()) != 0 && errno != EINVAL && errno != EBADF))
     FailWithLastError(path);

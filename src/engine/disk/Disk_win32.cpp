@@ -22,14 +22,14 @@ bool IsFolder(DWORD attributes) {
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
-/// Whether a found name is a link: a symbolic link or a junction. Folders that a cloud service
-/// keeps are reparse points too, but folders all the same.
+/// True for a symbolic link or a junction. A cloud service's folders are reparse points too, but
+/// not links.
 bool IsLink(const WIN32_FIND_DATAW& found) {
   if ((found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) return false;
   return found.dwReserved0 == 0 || IsReparseTagNameSurrogate(found.dwReserved0);
 }
 
-/// Whether what the link `name` leads to is a file.
+/// True if the target of the link `name` is a file.
 bool LeadsToFile(const std::wstring& name) {
   const Handle file(CreateFileW(name.c_str(), FILE_READ_ATTRIBUTES, shareAll, nullptr,
                                 OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
@@ -51,8 +51,8 @@ struct Search {
   Search& operator=(const Search&) = delete;
 };
 
-/// Calls `visit` for what lies in the folder `name`, as the system's calls take it. Returns the
-/// error that ended the search, or 0.
+/// Calls `visit` for each entry of the folder `name`, a LongPath(). Returns the error that ended
+/// the search, or 0.
 template <typename Visit>
 DWORD ForEachEntry(const std::wstring& name, const Visit& visit) {
   Search search(name.ends_with(L'\\') ? name + L'*' : name + LR"(\*)");
@@ -69,7 +69,7 @@ DWORD ForEachEntry(const std::wstring& name, const Visit& visit) {
   return error == ERROR_NO_MORE_FILES ? ERROR_SUCCESS : error;
 }
 
-/// Removes a name with `remove`, also when it is read-only.
+/// Deletes a file or folder with `remove`, also if it is read-only.
 bool RemoveName(const std::wstring& name, BOOL(WINAPI* remove)(LPCWSTR)) {
   return Patiently([&] {
     if (remove(name.c_str()) != 0) return true;
@@ -117,19 +117,19 @@ bool IsFileItself(const fs::path& path) {
 
 std::uint64_t FreeSpace(const fs::path& path) {
   ULARGE_INTEGER free = {};
-  // With a separator at the end it need not be the root of a drive.
+  // A folder that is not the root of a drive needs a separator at its end.
   if (GetDiskFreeSpaceExW(LongPath(path / "").c_str(), &free, nullptr, nullptr) == 0)
     return std::numeric_limits<std::uint64_t>::max();
   return free.QuadPart;
 }
 
-// The system keeps a journal of names itself.
+// Windows keeps a journal of names itself.
 void FlushFolder(const fs::path& /*path*/) {}
 
 bool MakeFolder(const fs::path& path) {
   if (CreateDirectoryW(LongPath(path).c_str(), nullptr) != 0) return true;
   const std::error_code error = LastError();
-  // The root of a drive is refused in other ways than as one that exists.
+  // The root of a drive fails with other errors than ERROR_ALREADY_EXISTS.
   if (!FolderExists(path)) throw FileError(path, error);
   return false;
 }
@@ -174,8 +174,8 @@ std::error_code ListFolder(const fs::path& folder, const EntryVisitor& visit) {
 
 fs::path FullPathOf(const fs::path& typed) {
   const fs::path full = AbsolutePath(typed);
-  // What was typed may differ from the name on the disk in case, or be its short form. Pieces are
-  // named after the file and known by their names, so the true name counts.
+  // The typed name may be in other case or the short form. Pieces are named after the file, so use
+  // the name on the disk.
   const Search search(LongPath(full));
   const bool found = search.handle != INVALID_HANDLE_VALUE && full.has_filename() &&
                      full.native().find_first_of(L"*?") == std::wstring::npos;

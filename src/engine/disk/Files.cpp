@@ -1,8 +1,7 @@
 #include "engine/disk/Files.h"
 
-#include <limits>
-
 #include "engine/base/FileError.h"
+#include "engine/base/Numbers.h"
 #include "engine/base/PathText.h"
 #include "engine/disk/Disk.h"
 
@@ -35,7 +34,7 @@ void WriteSmallFile(const std::filesystem::path& path, std::string_view bytes, E
 std::filesystem::path FirstFreePath(const std::filesystem::path& folder, const MarkedName& nameOf) {
   std::filesystem::path path = folder / PathFromText(nameOf(""));
   for (int n = 1; NameIsTaken(path); ++n) {
-    if (n > std::numeric_limits<std::int16_t>::max()) throw OverflowError();
+    if (n > maxCount) throw OverflowError();
     path = folder / PathFromText(nameOf("[" + std::to_string(n) + "] "));
   }
   return path;
@@ -46,7 +45,7 @@ std::filesystem::path MoveToFirstFreePath(const std::filesystem::path& from,
                                           const MarkedName& nameOf) {
   std::filesystem::path path;
   do path = FirstFreePath(folder, nameOf);
-  while (!MoveToFreeName(from, path, path));  // Another program may take the name first.
+  while (!MoveToFreeName(from, path, path));  // Another program may create it first.
   return path;
 }
 

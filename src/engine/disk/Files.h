@@ -11,30 +11,29 @@
 
 namespace slyver {
 
-/// The state of the regular file `path`. Throws FileError.
+/// Returns the state of the regular file `path`. Throws FileError.
 FileState StateOf(const std::filesystem::path& path);
 
-/// The length of the regular file `path` in bytes. Throws FileError.
+/// Returns the length of the regular file `path` in bytes. Throws FileError.
 std::uint64_t FileLength(const std::filesystem::path& path);
 
-/// The bytes of the file `path`, for files that are small by nature. Throws FileError when it
-/// cannot be read.
+/// Reads all of a small file. Throws FileError.
 std::string ReadSmallFile(const std::filesystem::path& path);
 
-/// Writes `bytes` as the file `path`, replacing a file of that name only when all are written.
-/// Throws FileError.
+/// Writes the file `path`, and replaces an earlier one only when all bytes are written. Throws
+/// FileError.
 void WriteSmallFile(const std::filesystem::path& path, std::string_view bytes,
                     Existing existing = Existing::Replace);
 
-/// A name made with a mark: "" for the first try, then "[1] ", "[2] " and so on.
+/// Returns a name with a mark: "" at first, then "[1] ", "[2] " and so on.
 using MarkedName = std::function<std::string(const std::string& mark)>;
 
-/// The first of the names that is free in `folder`. Throws FileError when that cannot be told, and
-/// OverflowError past "[32767] ".
+/// Returns the first path in `folder` that does not exist. Throws FileError if one cannot be looked
+/// at, and OverflowError past "[32767] ".
 std::filesystem::path FirstFreePath(const std::filesystem::path& folder, const MarkedName& nameOf);
 
-/// Moves the file `from` to the first of the names that is free in `folder`, on the same file
-/// system, and returns its new path. Throws FileError, and OverflowError as FirstFreePath does.
+/// Renames the file `from` to FirstFreePath() in the same file system and returns its new path.
+/// Throws FileError, and OverflowError as FirstFreePath() does.
 std::filesystem::path MoveToFirstFreePath(const std::filesystem::path& from,
                                           const std::filesystem::path& folder,
                                           const MarkedName& nameOf);

@@ -6,17 +6,17 @@
 
 namespace slyver {
 
-/// The lock of a work folder: a file in it that is held open. It tells a folder that a running job
-/// works in from what a killed one has left, and both from a folder of the user's.
+/// The lock of a work folder: a locked file in it. Distinguishes a running job's folder, a killed
+/// job's leftover and a folder of the user's.
 class FolderLock {
  public:
   static constexpr std::string_view fileName = "slyver.lock";
 
   enum class Answer {
     Taken,     ///< The lock is this object's.
-    Missing,   ///< The folder has no lock, or is not there.
-    Busy,      ///< Another job holds it, or it cannot be asked for.
-    NoFolder,  ///< The name is a file's or a link's.
+    Missing,   ///< The folder or the lock's file is missing.
+    Busy,      ///< Another job holds it, or it cannot be opened.
+    NoFolder,  ///< A file or a link.
   };
 
   FolderLock();
@@ -24,14 +24,14 @@ class FolderLock {
   FolderLock(const FolderLock&) = delete;
   FolderLock& operator=(const FolderLock&) = delete;
 
-  /// Puts a lock into a folder that was just made. Missing when that is gone again: another job has
-  /// taken it for a leftover, or somebody has put another in its place. Throws FileError.
+  /// Creates the lock in a new folder. Missing if another job has deleted the folder as a leftover,
+  /// or another user has replaced it. Throws FileError.
   Answer Make(const std::filesystem::path& folder);
 
-  /// Takes the lock that is in a folder, without waiting.
+  /// Takes an existing lock without waiting.
   Answer Take(const std::filesystem::path& folder);
 
-  /// Removes the lock's file and lets it go.
+  /// Deletes the lock's file and releases the lock.
   void Remove();
 
  private:

@@ -17,7 +17,7 @@ Descriptor OpenFolder(const std::filesystem::path& folder) {
   return Descriptor(open(folder.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
 }
 
-/// The lock's file in an open folder.
+/// Opens the lock's file in an open folder.
 Descriptor OpenIn(const Descriptor& folder, int flags) {
   if (!folder) return {};
   const std::string name(FolderLock::fileName);
@@ -31,7 +31,7 @@ struct FolderLock::State {
   std::filesystem::path path;
   Descriptor file;
 
-  /// Takes the lock of the open file. Missing when somebody has removed it by then.
+  /// Locks the open file. Missing if another program has deleted it.
   Answer Lock() const {
     if (!TryLock(file)) return Answer::Busy;
     struct stat opened = {};
@@ -48,7 +48,7 @@ FolderLock::Answer FolderLock::Make(const std::filesystem::path& folder) {
   state_->file = OpenIn(there, O_CREAT | O_EXCL);
   if (!state_->file && (errno == ENOENT || errno == EEXIST)) return Answer::Missing;
   if (!state_->file) FailWithLastError(state_->path);
-  // Somebody else may have put a folder of their own into its place.
+  // Another user may have replaced the folder.
   struct stat around = {};
   struct stat made = {};
   if (fstat(there.Get(), &around) != 0 || fstat(state_->file.Get(), &made) != 0)
@@ -71,7 +71,7 @@ FolderLock::Answer FolderLock::Take(const std::filesystem::path& folder) {
 }
 
 void FolderLock::Remove() {
-  // Before it is let go, so that nobody takes what is no lock any more.
+  // Delete it before releasing it, so that no job can take a deleted lock.
   (void)unlink(state_->path.c_str());
   state_->file = Descriptor();
 }

@@ -7,8 +7,8 @@
 
 namespace slyver {
 
-/// The folders that a job creates for its results. At the end of the object's life those that are
-/// still empty are removed, so that a job that was refused leaves none.
+/// The folders that a job creates for its results. The destructor deletes those that are empty, so
+/// that a refused job leaves none.
 class NewFolders {
  public:
   NewFolders() = default;
@@ -18,7 +18,7 @@ class NewFolders {
     for (; !created_.empty(); created_.pop_back()) (void)RemoveEmptyFolder(created_.back());
   }
 
-  /// Creates the folder `path`; one that exists stays as it is. Throws FileError.
+  /// Creates the folder `path` if missing. Throws FileError.
   void Create(const std::filesystem::path& path) {
     if (MakeFolder(path)) created_.push_back(path);
   }

@@ -4,31 +4,30 @@
 
 namespace slyver {
 
-/// Who may read, write and run a file: the nine bits of its mode, and the group that the middle
-/// three are for. Where a file's folder decides instead, as on Windows, they say nothing.
+/// A file's rights: the nine bits of its mode, and the group that the middle three are for. Ignored
+/// on Windows, where the folder decides.
 struct Rights {
   static constexpr std::uint32_t anyGroup = UINT32_MAX;
 
   std::uint16_t bits = 0666;
-  bool exact = false;  ///< Neither the user's mask nor the folder's default list changes them.
+  bool exact = false;  ///< The user's mask and the folder's default list do not change them.
   std::uint32_t group = anyGroup;
 };
 
-/// `rights`, where it is not known who the group's members are: they may do what anybody may, and
-/// so may the others.
+/// Returns `rights` for an unknown group: group and others get only what both have.
 constexpr Rights ForAnyGroup(Rights rights) {
   const unsigned common = rights.bits & (rights.bits >> 3U) & 07U;
   rights.bits = static_cast<std::uint16_t>((rights.bits & 0700U) | (common << 3U) | common);
   return rights;
 }
 
-/// True if everybody may read what has `rights`.
+/// True if everybody may read a file with `rights`.
 constexpr bool ForEverybody(const Rights& rights) {
   constexpr unsigned everybodyReads = 044;
   return (rights.bits & everybodyReads) == everybodyReads;
 }
 
-/// `rights`, but only for those who may read what `other` is about, too.
+/// Returns `rights` without those for people who may not read a file with `other`.
 constexpr Rights Narrowed(Rights rights, const Rights& other) {
   constexpr unsigned groupBits = 070;
   constexpr unsigned othersBits = 07;
@@ -42,7 +41,7 @@ constexpr Rights Narrowed(Rights rights, const Rights& other) {
   return rights;
 }
 
-/// `rights` for data that is no program, whatever it is taken from.
+/// Returns `rights` without those to execute, for data.
 constexpr Rights WithoutExecute(Rights rights) {
   rights.bits &= 0666;
   return rights;

@@ -10,30 +10,29 @@
 
 namespace slyver {
 
-/// Said of a file that is no longer what it was when a job began.
+/// The cause if a file has changed since a job has started.
 inline constexpr std::string_view fileWasChanged = "The file was changed while it was being read";
 
-/// One state of one file. Equal states: the same file, and nothing was written in between.
+/// A file's identity and state. Equal: the same file, unchanged.
 struct FileState {
   std::uint64_t length = 0;  ///< In bytes.
-  std::uint64_t device = 0;  ///< The file system's number of the disk, and of the file on it.
-  std::uint64_t number = 0;
-  std::int64_t seconds = 0;  ///< When it was last written to, in the system's own time.
+  std::uint64_t device = 0;  ///< The disk's number.
+  std::uint64_t number = 0;  ///< The file's number on the disk.
+  std::int64_t seconds = 0;  ///< The time of the last write, since the system's own epoch.
   std::int32_t nanoseconds = 0;
-  Rights rights;            ///< Does not count. Only StateOf() looks at access lists.
-  std::uint64_t space = 0;  ///< What it takes on the disk, in bytes; changes by itself and so
-                            ///< does not count either.
+  Rights rights;            ///< Not compared. Only StateOf() considers access lists.
+  std::uint64_t space = 0;  ///< Bytes on the disk. Not compared: it changes without a write.
 
-  /// Whether some of it may take no space.
+  /// True if the file may have holes.
   bool IsSparse() const { return space < length; }
   bool operator==(const FileState& other) const;
 };
 
-/// A regular file that is open for reading at any offset, from any thread.
+/// A regular file, open for reading at any offset, from any thread.
 class SourceFile {
  public:
-  /// Opens `itsPath`. Throws FileError when it cannot be opened or is not a regular file (a pipe or
-  /// a device has no length and may never answer).
+  /// Opens `itsPath`. Throws FileError, also if it is not a regular file: a pipe or a device has no
+  /// length and may block.
   explicit SourceFile(std::filesystem::path itsPath);
   ~SourceFile();
   SourceFile(const SourceFile&) = delete;
@@ -41,31 +40,31 @@ class SourceFile {
 
   const std::filesystem::path& Path() const;
 
-  /// The state of the file when it was opened.
+  /// Returns the state of the file when it was opened.
   const FileState& Opened() const;
 
-  /// Returns rights that let nobody read who may not read the file, its access list included.
+  /// Returns rights for people who may read the file, its access list included.
   Rights RightsOfReaders() const;
 
-  /// What the system knows the open file by, where it has descriptors.
-  int Number() const;
+  /// Returns the POSIX file descriptor; -1 on Windows.
+  int Descriptor() const;
 
-  /// The length in bytes that the file had when it was opened.
+  /// Returns the length in bytes when the file was opened.
   std::uint64_t Length() const { return Opened().length; }
 
-  /// Fills all of `buffer` with the bytes from `offset` (bytes, from 0). Throws FileError when
-  /// they cannot be read or the file ends before.
+  /// Fills `buffer` with the bytes from `offset` (bytes, from 0). Throws FileError, also if the
+  /// file ends too early.
   void Read(std::uint64_t offset, std::span<char> buffer) const;
 
-  /// The first offset from `offset` on, and not beyond `end`, from which there may be bytes other
-  /// than zeros that take no space on the disk; `end` when there is none.
+  /// Returns the first offset from `offset` on that is not in a hole; `end` if there is none before
+  /// it.
   std::uint64_t NextData(std::uint64_t offset, std::uint64_t end) const;
 
-  /// Throws FileError when the state in which the file was opened is another than `expected`.
+  /// Throws FileError unless the file was in the state `expected` when it was opened.
   void ThrowUnlessOpenedAs(const FileState& expected) const;
 
-  /// Throws FileError when the file is no longer in the state in which it was opened: what was read
-  /// since may be a mixture of two states.
+  /// Throws FileError if the file has changed since it was opened, so that the bytes read may be of
+  /// two versions.
   void ThrowIfChanged() const;
 
  private:

@@ -30,11 +30,11 @@ FileState StateIn(const struct stat& found) {
 
 /// Opens a file for reading at offsets. Empty with errno set on an error.
 Descriptor Open(const std::filesystem::path& path) {
-  // Without O_NONBLOCK the opening of a pipe would wait for a writer.
+  // Without O_NONBLOCK, opening a pipe would wait for a writer.
   Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   if (file || errno != EWOULDBLOCK) return file;
-  // Another program has a lease on it, which the system asks it to give back. That is worth waiting
-  // for, but only on this very file: by now a pipe may have its name.
+  // Another program has a lease, which the system asks it to release. Wait for that, but only on
+  // this file: the name may be a pipe's by now.
   Descriptor found(open(path.c_str(), O_PATH | O_CLOEXEC));
   struct stat state = {};
   if (!found || fstat(found.Get(), &state) != 0 || !S_ISREG(state.st_mode)) return found;
@@ -50,7 +50,7 @@ Descriptor Open(const std::filesystem::path& path) {
 
 struct SourceFile::State {
   std::filesystem::path path;
-  Descriptor descriptor;
+  slyver::Descriptor descriptor;
   FileState opened;
 };
 
@@ -84,7 +84,7 @@ Rights SourceFile::RightsOfReaders() const {
   return rights;
 }
 
-int SourceFile::Number() const {
+int SourceFile::Descriptor() const {
   return state_->descriptor.Get();
 }
 
@@ -102,7 +102,7 @@ void SourceFile::Read(std::uint64_t offset, std::span<char> buffer) const {
 
 std::uint64_t SourceFile::NextData(std::uint64_t offset, std::uint64_t end) const {
   if (!state_->opened.IsSparse()) return offset;
-  // The descriptor's own position, which this moves, is never read from.
+  // This moves the descriptor's position, which pread() ignores.
   const off_t data = lseek(state_->descriptor.Get(), static_cast<off_t>(offset), SEEK_DATA);
   if (data < 0) return errno == ENXIO ? end : offset;
   return std::min(static_cast<std::uint64_t>(data), end);

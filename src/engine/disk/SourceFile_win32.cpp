@@ -5,7 +5,7 @@
 #include "engine/base/FileError.h"
 #include "engine/base/Wide_win32.h"
 #include "engine/disk/SourceFile.h"
-// The codes of control calls need what the others include.
+// Needs windows.h before it.
 #include <winioctl.h>
 
 namespace slyver {
@@ -16,7 +16,7 @@ std::uint64_t Joined(DWORD high, DWORD low) {
   return (std::uint64_t{high} << 32U) | low;
 }
 
-/// What the file takes on the disk, in bytes; where it is not sparse, its length.
+/// Returns the file's space on the disk in bytes; its length if it is not sparse.
 std::uint64_t SpaceOf(const Handle& file, const BY_HANDLE_FILE_INFORMATION& found) {
   const std::uint64_t length = Joined(found.nFileSizeHigh, found.nFileSizeLow);
   FILE_STANDARD_INFO information = {};
@@ -28,7 +28,7 @@ std::uint64_t SpaceOf(const Handle& file, const BY_HANDLE_FILE_INFORMATION& foun
 }
 
 FileState StateIn(const Handle& file, const BY_HANDLE_FILE_INFORMATION& found) {
-  // The system counts time in steps of 100 nanoseconds.
+  // Windows counts time in steps of 100 nanoseconds.
   constexpr std::uint64_t stepsPerSecond = 10'000'000;
   const std::uint64_t written =
       Joined(found.ftLastWriteTime.dwHighDateTime, found.ftLastWriteTime.dwLowDateTime);
@@ -52,7 +52,7 @@ struct SourceFile::State {
 SourceFile::SourceFile(std::filesystem::path itsPath) : state_(std::make_unique<State>()) {
   state_->path = std::move(itsPath);
   const std::filesystem::path& path = state_->path;
-  // A folder can be opened too, so that it can be told as one.
+  // Open folders too, to report that the path is one.
   state_->handle = Handle(CreateFileW(
       LongPath(path).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
       nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
@@ -80,7 +80,7 @@ Rights SourceFile::RightsOfReaders() const {
   return state_->opened.rights;
 }
 
-int SourceFile::Number() const {
+int SourceFile::Descriptor() const {
   return -1;
 }
 
@@ -108,7 +108,7 @@ std::uint64_t SourceFile::NextData(std::uint64_t offset, std::uint64_t end) cons
   asked.Length.QuadPart = static_cast<LONGLONG>(end - offset);
   FILE_ALLOCATED_RANGE_BUFFER first = {};
   DWORD size = 0;
-  // The answer may have more ranges than the first one, which is all that is asked for.
+  // Only the first range is needed, so ERROR_MORE_DATA is fine.
   if (DeviceIoControl(state_->handle.Get(), FSCTL_QUERY_ALLOCATED_RANGES, &asked, sizeof asked,
                       &first, sizeof first, &size, nullptr) == 0 &&
       GetLastError() != ERROR_MORE_DATA)

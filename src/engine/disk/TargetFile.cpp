@@ -8,7 +8,7 @@
 namespace slyver {
 
 std::filesystem::path TemporaryPath(const std::filesystem::path& target) {
-  // FNV-1a with 64 bits: the name only has to be steady and free of clashes in practice.
+  // FNV-1a with 64 bits: the name must be stable and practically unique.
   std::uint64_t hash = 14695981039346656037U;
   for (const char c : PathText(target.filename()))
     hash = (hash ^ static_cast<std::uint8_t>(c)) * 1099511628211U;

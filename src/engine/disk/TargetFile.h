@@ -10,82 +10,75 @@
 
 namespace slyver {
 
-/// What becomes of a file that already has the target's name. Where it is replaced, it goes only
-/// when the new bytes are on the disk; a scratch file, whose loss would do no harm, is not waited
-/// for.
+/// What to do with an existing file. Replace flushes the new bytes before it; ReplaceScratch does
+/// not, since losing a scratch file does no harm.
 enum class Existing { Keep, Replace, ReplaceScratch };
 
-/// The name, in the target's folder, under which a target is written until it is complete. It
-/// depends on the target's name alone, so that a later run finds and removes what a killed one has
-/// left, and it is short whatever the length of that name.
+/// Returns the temporary path of a target until it is complete, in the same folder. Depends on the
+/// target's name alone, so that a later run finds a killed run's leftover. Always short.
 std::filesystem::path TemporaryPath(const std::filesystem::path& target);
 
-/// Removes what a killed run has left of `target` under its temporary name. Throws FileError when
-/// another program is writing it.
+/// Deletes a killed run's leftover at the temporary path of `target`. Throws FileError if another
+/// program is writing it.
 void RemoveLeftoverOf(const std::filesystem::path& target);
 
-/// Whether a file can be without any name until it gets the name `target`. Tries it, with
-/// TemporaryPath() for the name; false where that is taken.
+/// True if a file can stay nameless until it is committed as `target`. Tries it with
+/// TemporaryPath(); false if that exists.
 bool CanBeNamelessUntil(const std::filesystem::path& target);
 
-/// What the file system of a target does by itself: it lets files share whole blocks, which takes
-/// neither time nor space, or has its server copy bytes, so that they do not cross the network
-/// twice.
+/// How a target's file system can clone blocks, or have its server copy bytes.
 struct Sharing {
-  std::uint64_t unit = 0;  ///< It brings over whole units of so many bytes that lie at multiples of
-                           ///< it in source and target; 0: none.
-  std::uint64_t device = 0;  ///< From files with this FileState::device.
-  bool byServer = false;     ///< Whether its server copies them, which takes space.
+  std::uint64_t unit = 0;    ///< Clones units of so many bytes, aligned in both files; 0: none.
+  std::uint64_t device = 0;  ///< The FileState::device of files to clone from.
+  bool byServer = false;     ///< The server copies bytes, which takes space.
 };
 
-/// A new file that gets its name only when it is complete.
+/// A new file that is renamed into place when it is complete.
 ///
-/// It is written under TemporaryPath() and locked, so that a second program writing the same
-/// target is told so and cannot mix its bytes in. Until Commit() the target's name is untouched;
-/// an object that is destroyed without Commit() leaves nothing behind. One that has no name at all
-/// until then is its writer's alone and needs no lock, which halves the time of small files.
+/// It is written at TemporaryPath() and locked, so that a second program cannot write the same
+/// target. Without Commit() the destructor deletes it. A nameless file belongs to its writer alone
+/// and needs no lock, which halves the time of small files.
 class TargetFile {
  public:
-  /// Starts a file. Before the first byte is written it has RightsIn() for a source with `rights`.
-  /// Or, if a file exists at `inPlaceOf`, it has that one's mode, group and access list, but lets
-  /// nobody read who may not read the source; and at the end its owner, where this user may give
-  /// it. `inPlaceOf` is `target` itself with Existing::Replace. Throws FileError: the folder cannot
-  /// be written to, `target` exists and cannot be replaced or `existing` is Keep, or another
-  /// program is writing it.
+  /// Creates the file, with RightsIn() for a source with `rights` before the first byte is written.
+  /// If a file exists at `inPlaceOf`, it gets that one's mode, group and access list instead, less
+  /// the rights of people who may not read the source; at the end also its owner, if this user may
+  /// set it. Existing::Replace implies `target` for `inPlaceOf`.
+  ///
+  /// Throws FileError if the folder cannot be written to, `target` exists and cannot be replaced or
+  /// `existing` is Keep, or another program is writing it.
   TargetFile(std::filesystem::path target, Existing existing, Rights rights = {},
              std::filesystem::path inPlaceOf = {});
 
-  /// Starts a file of `folder` that has no name until Commit(), where CanBeNamelessUntil() says
-  /// that it can. A file that bears the name then is kept. It gets its `rights`, which are as
-  /// RightsIn() returns them, there, too: until then nobody else can open it. Throws FileError: the
-  /// folder cannot be written to.
+  /// Creates a file that is nameless until Commit(), which then keeps an existing `target`.
+  /// Requires CanBeNamelessUntil(). Commit() also sets `rights`, as returned by RightsIn(): nobody
+  /// else can open the file before. Throws FileError.
   static std::shared_ptr<TargetFile> StartNameless(const std::filesystem::path& folder,
                                                    std::filesystem::path target, Rights rights);
   ~TargetFile();
   TargetFile(const TargetFile&) = delete;
   TargetFile& operator=(const TargetFile&) = delete;
 
-  /// Reserves space for `length` bytes where the file system can and it is worth the time. Throws
-  /// FileError: the disk has no room.
+  /// Reserves space for `length` bytes if the file system can and it is worth the time. Throws
+  /// FileError if the disk is full.
   void Reserve(std::uint64_t length);
 
-  /// What the file system promises to do by itself with bytes of `source`.
+  /// Returns how the file system can clone blocks of `source`.
   Sharing SharingWith(const SourceFile& source) const;
 
-  /// Has the file system bring over `length` bytes as it promised; from any thread. False where it
-  /// does not, for whatever reason; then any bytes may be there.
+  /// Clones `length` bytes as `promised`, from any thread. False on an error; the target's bytes
+  /// are then undefined.
   bool Share(const Sharing& promised, const SourceFile& source, std::uint64_t sourceOffset,
              std::uint64_t targetOffset, std::uint64_t length);
 
-  /// Writes all of `bytes` at `offset` (bytes, from 0); may be called from several threads at
-  /// once. Throws FileError.
+  /// Writes all of `bytes` at `offset` (bytes, from 0), from any thread. Throws FileError.
   void Write(std::uint64_t offset, std::span<const char> bytes);
 
-  /// Waits until all bytes are on the disk. Throws FileError.
+  /// Flushes all bytes to the disk. Throws FileError.
   void Flush();
 
-  /// Gives the file its name; one that replaces another is flushed before, and its folder after.
-  /// Throws FileError; then the name is as it was before, unless it is the folder that fails.
+  /// Renames the file into place. If it replaces another, flushes it before and its folder after.
+  /// Throws FileError; the target is then unchanged, unless flushing the folder has failed.
   void Commit();
 
  private:
@@ -95,16 +88,14 @@ class TargetFile {
 };
 
 /// Returns the rights of a new file in `folder` whose source has `rights`: these less the user's
-/// mask. What the folder's default access list adds is left out unless everybody may read the
-/// source.
+/// mask. The folder's default access list counts only if everybody may read the source.
 Rights RightsIn(const std::filesystem::path& folder, Rights rights);
 
-/// Throws FileError if what exists at `path` cannot be replaced by a file: a folder, a device, what
-/// the system keeps from being changed.
+/// Throws FileError if `path` exists and cannot be replaced: a folder, a device, an immutable file.
 void RequireReplaceable(const std::filesystem::path& path);
 
-/// Renames the file `from` to `to` in the same file system; `false` if `to` exists, and then
-/// nothing has changed. Throws FileError, naming `named`.
+/// Renames the file `from` to `to` in the same file system; false if `to` exists. Throws FileError
+/// for `named`.
 bool MoveToFreeName(const std::filesystem::path& from, const std::filesystem::path& to,
                     const std::filesystem::path& named);
 

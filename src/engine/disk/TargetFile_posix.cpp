@@ -26,7 +26,7 @@ bool SameFile(const struct stat& a, const struct stat& b) {
   return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-/// Whether the name still belongs to the open file.
+/// True if `path` is still the open file.
 bool NameStillBelongs(const std::filesystem::path& path, const Descriptor& file) {
   struct stat named = {};
   struct stat opened = {};
@@ -34,7 +34,7 @@ bool NameStillBelongs(const std::filesystem::path& path, const Descriptor& file)
          SameFile(named, opened);
 }
 
-/// Whether the file is this user's. Leaves errno as it is.
+/// True if this user owns the file. Leaves errno unchanged.
 bool IsOwn(const std::filesystem::path& path) {
   const int error = errno;
   struct stat found = {};
@@ -43,15 +43,14 @@ bool IsOwn(const std::filesystem::path& path) {
   return own;
 }
 
-/// Removes what bears the temporary name already. A file that a killed run has left is not locked;
-/// it is removed, never written to, because the name could be another link to the user's data.
+/// Deletes a killed run's leftover, which is not locked. It is never written to: it could be a hard
+/// link to the user's data. Throws FileError if another program is writing it.
 void RemoveLeftover(const std::filesystem::path& temporary, const std::filesystem::path& target) {
   constexpr int flags = O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
   Descriptor file(open(temporary.c_str(), O_RDWR | flags));
   if (!file && errno == EACCES) file = Descriptor(open(temporary.c_str(), O_RDONLY | flags));
   if (!file && errno == ENOENT) return;
-  // A link, a socket, a file of this user's that may not be opened: none is a copy at work. What
-  // another user keeps closed may be one.
+  // A link, a socket or this user's unreadable file is not being written. Another user's may be.
   if (!file && errno != ELOOP && errno != ENXIO && (errno != EACCES || !IsOwn(temporary)))
     FailWithLastError(temporary);
   if (file && !TryLock(file)) throw FileError(target, "Another program is writing this file");
@@ -59,15 +58,15 @@ void RemoveLeftover(const std::filesystem::path& temporary, const std::filesyste
   if (unlink(temporary.c_str()) != 0 && errno != ENOENT) FailWithLastError(temporary);
 }
 
-/// Creates and locks the temporary file. This user can always write it until it is complete, so
-/// that who cannot open it is not its writer.
+/// Creates and locks the temporary file, writable for this user: a run that cannot open it did not
+/// create it.
 Descriptor CreateTemporary(const std::filesystem::path& temporary,
                            const std::filesystem::path& target, mode_t bits) {
   while (true) {
     Descriptor file(open(temporary.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW,
                          bits | S_IRUSR | S_IWUSR));
     if (file) {
-      // Between creation and lock another program may have taken the file for a leftover.
+      // Another program may have deleted it as a leftover before it was locked.
       if (TryLock(file)) {
         if (NameStillBelongs(temporary, file)) return file;
       } else if (errno != EWOULDBLOCK) {
@@ -85,21 +84,20 @@ Descriptor CreateTemporary(const std::filesystem::path& temporary,
   }
 }
 
-/// The bits of a file of the group `group`. Where `rights` are about another group, this one's
-/// members count as anybody.
+/// Returns the bits for a file of `group`, as for an unknown group if `rights` are for another.
 mode_t BitsFor(const Rights& rights, gid_t group) {
   const bool known = rights.group == Rights::anyGroup || rights.group == group;
   return known ? rights.bits : ForAnyGroup(rights).bits;
 }
 
-/// The group that a new file in the folder will have, as far as can be told.
+/// Returns the group that a new file in the folder will probably have.
 gid_t GroupIn(const std::filesystem::path& folder) {
   struct stat found = {};
   if (stat(folder.c_str(), &found) == 0 && (found.st_mode & S_ISGID) != 0) return found.st_gid;
   return getegid();
 }
 
-/// The bits that the user's mask takes from new files; all but the owner's if it is unknown.
+/// Returns the user's mask; all but the owner's bits if unknown.
 unsigned UserMask() {
   std::ifstream status("/proc/self/status");
   unsigned mask = 0;
@@ -116,7 +114,7 @@ bool ActsForOwners() {
          (sets[CAP_TO_INDEX(CAP_FOWNER)].effective & CAP_TO_MASK(CAP_FOWNER)) != 0;
 }
 
-/// True if the system lets this user neither rename nor delete a file, whatever its mode.
+/// True if this user can neither rename nor delete a file, whatever its mode.
 bool IsFixed(const std::filesystem::path& path, const struct stat& found) {
   constexpr std::uint64_t fixing = STATX_ATTR_IMMUTABLE | STATX_ATTR_APPEND;
   struct statx attributes = {};
@@ -128,11 +126,12 @@ bool IsFixed(const std::filesystem::path& path, const struct stat& found) {
          (folder.st_mode & S_ISVTX) != 0 && folder.st_uid != geteuid() && !ActsForOwners();
 }
 
-/// What exists at `path`, links not followed. Throws FileError if it cannot be replaced by a file.
+/// Returns the state of `path`, links not followed; `nullopt` if missing. Throws FileError if it
+/// cannot be replaced by a file.
 std::optional<struct stat> Replaceable(const std::filesystem::path& path) {
   struct stat found = {};
   if (lstat(path.c_str(), &found) != 0) {
-    // A name that is too long, say, is better known now than after the long work.
+    // A name that is too long, for example, should fail before the long work.
     if (errno != ENOENT) FailWithLastError(path);
     return std::nullopt;
   }
@@ -145,7 +144,8 @@ std::optional<struct stat> Replaceable(const std::filesystem::path& path) {
   return found;
 }
 
-/// A file that is replaced, whose rights and owner are kept; nothing if none is.
+/// Returns the state of a file to replace, whose rights and owner are kept; `nullopt` if missing or
+/// a link.
 std::optional<struct stat> Replaced(const std::filesystem::path& path) {
   std::optional<struct stat> found;
   if (!path.empty()) found = Replaceable(path);
@@ -153,8 +153,8 @@ std::optional<struct stat> Replaced(const std::filesystem::path& path) {
   return found;
 }
 
-/// Gives a new file the group and the access list of the file `earlier` at `path`, for people who
-/// may read by `source`, too. Returns the rights with which that is complete.
+/// Sets the group and access list of `earlier`, the file at `path`, on a new file, for people who
+/// may also read by `source`. Returns the rights to set then.
 Rights KeepGroupAndList(const Descriptor& file, const std::filesystem::path& path,
                         const struct stat& earlier, const Rights& source) {
   struct stat made = {};
@@ -172,8 +172,8 @@ Rights KeepGroupAndList(const Descriptor& file, const std::filesystem::path& pat
   return rights;
 }
 
-/// Sets what creating the file could not: rights that the user's mask must not narrow, and those of
-/// a file that got another group than expected. `complete`: the owner's too.
+/// Sets rights that the user's mask must not narrow, or for another group than expected. Keeps the
+/// owner's write access unless `complete`.
 void SetRights(const Descriptor& file, const Rights& rights, bool complete,
                const std::filesystem::path& target) {
   struct stat found = {};
@@ -184,7 +184,7 @@ void SetRights(const Descriptor& file, const Rights& rights, bool complete,
   if (bits != (found.st_mode & 0777U) && fchmod(file.Get(), bits) != 0) FailWithLastError(target);
 }
 
-/// Removes the access list that a new file has inherited from its folder.
+/// Removes a new file's inherited access list. Throws FileError.
 void RemoveList(const Descriptor& file, const std::filesystem::path& target) {
   if (!AccessList().SetOn(file)) FailWithLastError(target);
 }
@@ -201,7 +201,7 @@ bool IsOnNetwork(const struct statfs& found) {
   }
 }
 
-/// Lets the target share `length` bytes of the source; 0 stands for all up to the source's end.
+/// Clones `length` bytes of the source; 0 means up to the source's end.
 bool Clone(int source, std::uint64_t sourceOffset, int target, std::uint64_t targetOffset,
            std::uint64_t length) {
   const struct file_clone_range range = {source, sourceOffset, length, targetOffset};
@@ -224,11 +224,11 @@ bool CopyOnServer(int source, std::uint64_t sourceOffset, int target, std::uint6
   return true;
 }
 
-/// Renames without replacing; false with errno set when it fails.
+/// Renames without replacing; false with errno set on an error.
 bool RenameToFreeName(const std::filesystem::path& from, const std::filesystem::path& to) {
   if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
   if (errno != EINVAL && errno != ENOSYS) return false;
-  // Not every file system knows the flag, and not every one knows hard links.
+  // Some file systems lack the flag, and some of those hard links.
   if (link(from.c_str(), to.c_str()) == 0) {
     (void)unlink(from.c_str());
     return true;
@@ -249,11 +249,11 @@ Descriptor OpenNameless(const std::filesystem::path& folder, mode_t bits) {
   return Descriptor(file);
 }
 
-/// Gives a nameless file its name without replacing; false with errno set when it fails.
+/// Links a nameless file to `name` without replacing; false with errno set on an error.
 bool GiveFirstName(const Descriptor& file, const std::filesystem::path& name) {
   if (linkat(file.Get(), "", AT_FDCWD, name.c_str(), AT_EMPTY_PATH) == 0) return true;
   if (errno == EEXIST) return false;
-  // Older systems let nobody but root name a file by its descriptor alone.
+  // Older kernels let only root link a descriptor.
   std::array<char, 32> link = {};
   (void)std::snprintf(link.data(), link.size(), "/proc/self/fd/%d", file.Get());
   return linkat(AT_FDCWD, link.data(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0;
@@ -262,7 +262,7 @@ bool GiveFirstName(const Descriptor& file, const std::filesystem::path& name) {
 }  // namespace
 
 bool CanBeNamelessUntil(const std::filesystem::path& target) {
-  // Some file systems say no only when the name is given, and so does a system without /proc.
+  // Some file systems refuse only the link, and so does a system without /proc.
   const std::filesystem::path name = TemporaryPath(target);
   const Descriptor file = OpenNameless(name.parent_path(), S_IRUSR | S_IWUSR);
   return file && GiveFirstName(file, name) && unlink(name.c_str()) == 0;
@@ -274,11 +274,11 @@ void RemoveLeftoverOf(const std::filesystem::path& target) {
 
 struct TargetFile::State {
   std::filesystem::path target;
-  std::filesystem::path temporary;  ///< Empty where it has no name.
+  std::filesystem::path temporary;  ///< Empty for a nameless file.
   Existing existing = Existing::Keep;
   Rights rights;
   Descriptor file;
-  std::optional<uid_t> owner;  ///< Who gets the file when it is complete, if not this user.
+  std::optional<uid_t> owner;  ///< To set at the end, if not this user.
   bool flushed = false;
   bool named = false;
 
@@ -301,7 +301,7 @@ TargetFile::TargetFile(std::filesystem::path target, Existing existing, Rights r
   const bool isClosed = state_->rights.exact || Replaced(inPlaceOf);
   state_->file = CreateTemporary(state_->temporary, state_->target,
                                  isClosed ? 0 : BitsFor(state_->rights, GroupIn(folder)));
-  // What exists is looked at under the lock: another program may have created it just now.
+  // Look only under the lock: another program may have created the target just now.
   if (Replaceable(state_->target) && existing == Existing::Keep)
     throw FileError(state_->target, std::make_error_code(std::errc::file_exists));
   if (const std::optional<struct stat> earlier = Replaced(inPlaceOf)) {
@@ -329,13 +329,13 @@ std::shared_ptr<TargetFile> TargetFile::StartNameless(const std::filesystem::pat
 TargetFile::~TargetFile() = default;
 
 void TargetFile::Reserve(std::uint64_t length) {
-  // What is written at once gets its space as fast by that.
+  // A small file gets its space as fast by writing it.
   constexpr std::uint64_t worthItsTime = std::uint64_t{128} * 1024;
   if (length <= worthItsTime) return;
   int result = 0;
   do result = fallocate(state_->file.Get(), 0, 0, static_cast<off_t>(length));
   while (result != 0 && errno == EINTR);
-  // A file system that cannot reserve says so; a full disk is better known before the long work.
+  // Ignore file systems that cannot reserve; a full disk should fail before the long work.
   if (result != 0 && errno != EOPNOTSUPP && errno != ENOSYS && errno != EINVAL)
     FailWithLastError(state_->target);
 }
@@ -346,15 +346,15 @@ Sharing TargetFile::SharingWith(const SourceFile& source) const {
   struct stat own = {};
   if (fstatfs(state_->file.Get(), &disk) != 0 || fstat(state_->file.Get(), &own) != 0) return {};
   if (IsOnNetwork(disk)) return {own.st_dev == state.device ? 1U : 0U, state.device, true};
-  // Nothing at all is cloned, which tells whether something would be.
-  const bool shares = Clone(source.Number(), state.length, state_->file.Get(), 0, 0);
+  // Cloning 0 bytes at the end shows if the file system can clone.
+  const bool shares = Clone(source.Descriptor(), state.length, state_->file.Get(), 0, 0);
   return {shares ? static_cast<std::uint64_t>(disk.f_bsize) : 0U, state.device, false};
 }
 
 bool TargetFile::Share(const Sharing& promised, const SourceFile& source,
                        std::uint64_t sourceOffset, std::uint64_t targetOffset,
                        std::uint64_t length) {
-  return (promised.byServer ? CopyOnServer : Clone)(source.Number(), sourceOffset,
+  return (promised.byServer ? CopyOnServer : Clone)(source.Descriptor(), sourceOffset,
                                                     state_->file.Get(), targetOffset, length);
 }
 
@@ -380,7 +380,7 @@ void TargetFile::Commit() {
   const bool nameless = state.temporary.empty();
   const bool replaces = state.existing == Existing::Replace && NameIsTaken(state.target);
   SetRights(state.file, state.rights, true, state.target);
-  // Not before: the new owner could open it while it is written.
+  // Only now: the new owner could open it while it is written.
   if (state.owner) (void)fchown(state.file.Get(), *state.owner, static_cast<gid_t>(-1));
   if (replaces && !state.flushed) Flush();
   // Some file systems report a failed write only at close. Closing a duplicate asks for that
@@ -389,7 +389,7 @@ void TargetFile::Commit() {
   if (duplicate < 0 || close(duplicate) != 0) FailWithLastError(state.target);
   if (!nameless && !NameStillBelongs(state.temporary, state.file))
     throw FileError(state.target, "Another program has removed it while it was being written");
-  // A file system that flushes by itself what takes another's place has no reason to here.
+  // ext4 flushes a file that replaces another, which scratch files do not need.
   if (state.existing == Existing::ReplaceScratch) (void)unlink(state.target.c_str());
   const bool done = nameless ? GiveFirstName(state.file, state.target)
                     : state.existing == Existing::Keep
@@ -403,7 +403,7 @@ void TargetFile::Commit() {
 Rights RightsIn(const std::filesystem::path& folder, Rights rights) {
   const AccessList inherited = AccessList::DefaultOf(folder);
   if (inherited.IsEmpty()) return rights;
-  // The system does not apply the mask where files inherit a list.
+  // The system does not apply the mask if files inherit a list.
   const unsigned most = inherited.Mode() & ~UserMask();
   rights.exact = rights.exact || !ForEverybody(rights);
   rights.bits = static_cast<std::uint16_t>(rights.bits & most);

@@ -12,14 +12,15 @@ namespace slyver {
 
 namespace {
 
-/// Throws where the name could be made but not be used in other programs, or would mean something
-/// else: a device, or a stream that hides in another file.
+/// Throws FileError for a name that other programs cannot use, a device or a stream of another
+/// file.
 void RequireUsableName(const std::filesystem::path& target) {
   const std::wstring name = target.filename().native();
   const bool badCharacter = std::any_of(name.begin(), name.end(), [](wchar_t c) {
     return c < L' ' || std::wstring_view(LR"(<>:"|?*)").find(c) != std::wstring_view::npos;
   });
-  // Made absolute, a device gets another folder and a name that ends in dots or blanks loses them.
+  // The absolute path of a device has another folder; that of a name loses its final dots or
+  // blanks.
   const std::wstring absolute = AbsolutePath(target);
   if (badCharacter || absolute.starts_with(LR"(\\.\)") || !absolute.ends_with(L'\\' + name))
     throw FileError(target, "Windows does not allow this name");
@@ -30,7 +31,7 @@ void RequireReplaceable(const std::filesystem::path& target, DWORD attributes) {
     throw FileError(target, "The file is read-only and cannot be replaced");
 }
 
-/// Removes what bears the temporary name already. A file that is being written cannot be removed.
+/// Deletes a killed run's leftover. Throws FileError if another program is writing it.
 void RemoveLeftover(const std::filesystem::path& temporary, const std::filesystem::path& target) {
   const std::wstring name = LongPath(temporary);
   const DWORD attributes = GetFileAttributesW(name.c_str());
@@ -42,7 +43,7 @@ void RemoveLeftover(const std::filesystem::path& temporary, const std::filesyste
   FailWithLastError(temporary);
 }
 
-/// Creates the temporary file. That nobody else may write or remove it marks it as in use.
+/// Creates the temporary file. Its share mode is the lock: others may not write or delete it.
 Handle CreateTemporary(const std::filesystem::path& temporary,
                        const std::filesystem::path& target) {
   const std::wstring name = LongPath(temporary);
@@ -55,7 +56,7 @@ Handle CreateTemporary(const std::filesystem::path& temporary,
   }
 }
 
-/// Gives an open file its name, in its folder.
+/// Renames an open file in its folder; false on an error.
 bool RenameOpenFile(HANDLE handle, const std::filesystem::path& target, bool replace) {
   const std::wstring name = LongPath(target);
   const std::size_t bytes = name.size() * sizeof(wchar_t);
@@ -82,7 +83,7 @@ struct TargetFile::State {
   std::filesystem::path target;
   Existing existing = Existing::Keep;
   bool flushed = false;
-  Handle handle;  ///< Closed when the file has its name.
+  Handle handle;  ///< Closed by Commit().
 
   ~State() {
     if (!handle) return;
@@ -93,14 +94,14 @@ struct TargetFile::State {
   }
 };
 
-// Who may read the file is up to its folder.
+// The folder decides who may read the file.
 TargetFile::TargetFile(std::filesystem::path target, Existing existing, Rights /*rights*/,
                        std::filesystem::path /*inPlaceOf*/)
     : state_(std::make_unique<State>()) {
   state_->target = std::move(target);
   state_->existing = existing;
   RequireUsableName(state_->target);
-  // What bears the name is looked at under the lock: another program may have given it just now.
+  // Look only under the lock: another program may have created the target just now.
   state_->handle = CreateTemporary(TemporaryPath(state_->target), state_->target);
   const DWORD attributes = GetFileAttributesW(LongPath(state_->target).c_str());
   if (attributes != INVALID_FILE_ATTRIBUTES) {
@@ -109,7 +110,7 @@ TargetFile::TargetFile(std::filesystem::path target, Existing existing, Rights /
       throw FileError(state_->target, std::make_error_code(std::errc::file_exists));
     if (existing == Existing::Replace) RequireReplaceable(state_->target, attributes);
   } else if (GetLastError() != ERROR_FILE_NOT_FOUND) {
-    // A name that is too long, say, is better known now than after the long work.
+    // A name that is too long, for example, should fail before the long work.
     FailWithLastError(state_->target);
   }
 }
@@ -130,7 +131,7 @@ void TargetFile::Reserve(std::uint64_t length) {
   end.EndOfFile.QuadPart = static_cast<LONGLONG>(length);
   if (SetFileInformationByHandle(state_->handle.Get(), FileEndOfFileInfo, &end, sizeof end) != 0)
     return;
-  // A file system that cannot reserve says so; a full disk is better known before the long work.
+  // Ignore file systems that cannot reserve; a full disk should fail before the long work.
   const DWORD error = GetLastError();
   if (error == ERROR_DISK_FULL || error == ERROR_HANDLE_DISK_FULL || error == ERROR_FILE_TOO_LARGE)
     FailWithLastError(state_->target);

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <exception>
-#include <limits>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -11,6 +10,7 @@
 #include <vector>
 
 #include "engine/base/FileError.h"
+#include "engine/base/Numbers.h"
 #include "engine/base/PathText.h"
 #include "engine/disk/Disk.h"
 
@@ -26,7 +26,7 @@ void MakeFolders(const fs::path& path, NewFolders& created) {
   created.Create(path);
 }
 
-/// True if a file of this name may be a job's: one of `files`, or a temporary one.
+/// True if a file of this name may be a job's: one of `files` or a temporary one.
 bool IsWorkFile(std::string_view name, const WorkFiles& files) {
   if (name.starts_with(".slyver-")) return name.ends_with(".tmp");
   return std::any_of(files.names.begin(), files.names.end(), [&](std::string_view pattern) {
@@ -46,11 +46,11 @@ enum class Leftover { Removed, InUse, NotOurs };
 Leftover RemoveEmpty(const fs::path& folder) {
   const std::error_code error = RemoveEmptyFolder(folder);
   if (!error) return Leftover::Removed;
-  // Who may not remove it takes another name.
+  // A folder that this user may not delete counts as in use.
   return error == std::errc::directory_not_empty ? Leftover::NotOurs : Leftover::InUse;
 }
 
-/// Removes a folder whose lock is held, with the work files and the work folder in it.
+/// Deletes a locked folder with its work files and its inner work folder.
 Leftover RemoveHeld(const fs::path& folder, FolderLock& lock, const WorkFiles& files) {
   std::vector<std::string> names;
   (void)ListFolder(folder, [&](const std::string& name, EntryKind kind) {
@@ -65,7 +65,7 @@ Leftover RemoveHeld(const fs::path& folder, FolderLock& lock, const WorkFiles& f
     if (inner.Take(inside) == FolderLock::Answer::Taken)
       removed = RemoveHeld(inside, inner, {files.names}) != Leftover::InUse && removed;
     else
-      (void)RemoveEmptyFolder(inside);  // A job killed just before it locked it, or just after.
+      (void)RemoveEmptyFolder(inside);  // A job may have been killed before it created the lock.
   }
   // What cannot be removed keeps its lock's file, by which the next job knows it as a job's.
   if (!removed) return Leftover::InUse;
@@ -73,13 +73,13 @@ Leftover RemoveHeld(const fs::path& folder, FolderLock& lock, const WorkFiles& f
   return RemoveEmpty(folder);
 }
 
-/// Removes what bears a work folder's name, unless it is in use or not a job's.
+/// Deletes a leftover work folder, unless it is in use or not a job's.
 Leftover RemoveLeftover(const fs::path& folder, const WorkFiles& files) {
   FolderLock lock;
   switch (lock.Take(folder)) {
     case FolderLock::Answer::Taken:
       return RemoveHeld(folder, lock, files);
-    // Without a lock nothing in it is known to be a job's.
+    // Without a lock, no file in it is known to be a job's.
     case FolderLock::Answer::Missing:
       return RemoveEmpty(folder);
     case FolderLock::Answer::Busy:
@@ -115,8 +115,8 @@ fs::path WithSeparator(fs::path path) {
 ScratchFolder::ScratchFolder(const fs::path& path, WorkFiles files) : files_(std::move(files)) {
   int number = 0;
   for (path_ = path; !Make(); path_ = Numbered(path, ++number))
-    if (number == std::numeric_limits<std::int16_t>::max()) throw OverflowError();
-  // What was left by killed jobs that had to take further names.
+    if (number == maxCount) throw OverflowError();
+  // Killed jobs may have left folders with further numbers.
   for (int further = 1; further <= 8; ++further) {
     FolderLock lock;
     const fs::path left = Numbered(path, number + further);
@@ -124,7 +124,7 @@ ScratchFolder::ScratchFolder(const fs::path& path, WorkFiles files) : files_(std
   }
 }
 
-/// Makes the folder; false when another job works in one of that name.
+/// Creates the folder; false if another job works in it.
 bool ScratchFolder::Make() {
   for (int looks = 1;; ++looks) {
     if (MakeNewFolder(path_)) {
@@ -134,7 +134,7 @@ bool ScratchFolder::Make() {
         (void)RemoveEmptyFolder(path_);
         throw;
       }
-      continue;  // Another job has taken it for a leftover.
+      continue;  // Another job has deleted it as a leftover.
     }
     switch (RemoveLeftover(path_, files_)) {
       case Leftover::Removed:
@@ -142,8 +142,7 @@ bool ScratchFolder::Make() {
       case Leftover::InUse:
         return false;
       case Leftover::NotOurs:
-        // Other jobs make and remove their folder between two of these calls; what is not theirs
-        // looks the same every time.
+        // Another job may create and delete its folder between two calls, so look again.
         if (looks < looksBeforeRefusal) break;
         throw Error(PathText(path_) + " Holds Other Files. Move Them Away.");
     }

@@ -9,29 +9,28 @@
 
 namespace slyver {
 
-/// Creates every folder of `path` that is followed by a separator, so the last one only when the
-/// path ends in one. Returns `false` when one could not be created.
+/// Creates every folder of `path` that is followed by a separator. Returns false on an error.
 bool MakeSureDirectoryPathExists(const std::filesystem::path& path, NewFolders& created);
 
-/// `path` with a separator at its end.
+/// Returns `path` with a separator at its end.
 std::filesystem::path WithSeparator(std::filesystem::path path);
 
-/// The files that a job writes in its work folder, besides temporary ones, and so may remove.
+/// The files that a job writes in its work folder, besides temporary ones, and so may delete.
 struct WorkFiles {
-  /// Names; a "#" at the beginning stands for digits and dots, a "*" at the end for anything.
+  /// Names; a leading "#" matches digits and dots, a trailing "*" anything.
   std::vector<std::string_view> names = {};
-  std::string_view folder = {};  ///< A work folder in it, with such files too; empty for none.
+  std::string_view folder = {};  ///< A work folder in it, for the same files; empty for none.
 };
 
-/// A folder that a job works in, created for this object and on POSIX open to its owner alone. At
-/// the end of the object's life it is removed with the work files in it; anything else stays.
+/// A job's work folder, on POSIX for its owner alone. The destructor deletes it and its work files;
+/// other files stay.
 ///
-/// What a killed job has left under the name is removed first. While another job works in it the
-/// next name is taken: `path`.1, `path`.2 and so on, so that no job waits for another.
+/// Deletes a killed job's leftover first. If another job works in `path`, uses `path`.1, `path`.2
+/// and so on, so that no job waits for another.
 class ScratchFolder {
  public:
-  /// Throws FileError when the folder cannot be created or `path` is a file or link, and Error
-  /// ("... Holds Other Files. Move Them Away.") when it is a folder with anything but such `files`.
+  /// Throws FileError if the folder cannot be created or `path` is a file or link, and Error ("...
+  /// Holds Other Files. Move Them Away.") if it is a folder with other files than `files`.
   explicit ScratchFolder(const std::filesystem::path& path, WorkFiles files = {});
   ~ScratchFolder();
   ScratchFolder(const ScratchFolder&) = delete;
@@ -47,15 +46,14 @@ class ScratchFolder {
   FolderLock lock_;
 };
 
-/// Returns the folder of the user's own in which the program's runs create theirs. On Linux it is
+/// Returns the user's private folder for work folders; creates it if missing. On Linux it is
 /// "slyver" in $XDG_RUNTIME_DIR if that is a folder of this user's, else "slyver-" and the user's
-/// number in /tmp, open to this user alone; a name that is another user's, or no folder's, is
-/// passed over for the next one: ".1", ".2" and so on. On Windows it is the user's folder for
-/// temporary files. Throws FileError if it cannot be created, is open to others and cannot be
-/// closed to them, or 100 names are passed over.
+/// number in /tmp, with mode 700. A path that another user owns, or that is no folder, is skipped
+/// for ".1", ".2" and so on. On Windows it is the user's folder for temporary files. Throws
+/// FileError if it cannot be created or closed to others, or 100 paths are skipped.
 std::filesystem::path PrivateFolder();
 
-/// Where file dialogs start: the user's home folder; on Windows "c:\".
+/// Returns the folder where file dialogs start: the user's home folder; on Windows "c:\".
 std::filesystem::path HomeFolder();
 
 }  // namespace slyver

@@ -14,7 +14,7 @@ namespace slyver {
 
 namespace {
 
-/// An absolute path from the environment; empty when the variable is missing or holds none.
+/// Returns an absolute path from the environment; empty if missing or relative.
 std::filesystem::path PathFromEnvironment(const char* name) {
   const char* const value = std::getenv(name);
   const std::filesystem::path path = value == nullptr ? "" : value;
@@ -27,8 +27,8 @@ bool IsFolderOfThisUser(const std::filesystem::path& path) {
          found.st_uid == geteuid();
 }
 
-/// Creates a folder for this user alone, or takes one that exists. False if the name is another
-/// user's or no folder's. Throws FileError if it cannot be created.
+/// Creates a folder for this user alone, or uses an existing one. False if it is another user's or
+/// not a folder. Throws FileError if it cannot be created.
 bool TakeFolder(const std::filesystem::path& folder) {
   if (mkdir(folder.c_str(), S_IRWXU) != 0 && errno != EEXIST) FailWithLastError(folder);
   struct stat found = {};
@@ -44,14 +44,14 @@ constexpr int mostPrivateFolders = 100;
 }  // namespace
 
 std::filesystem::path PrivateFolder() {
-  // After a change of user the variable may still name the other one's.
+  // After a change of user the variable may still be the other user's.
   const std::filesystem::path runtime = PathFromEnvironment("XDG_RUNTIME_DIR");
   const std::filesystem::path base =
       IsFolderOfThisUser(runtime)
           ? runtime / "slyver"
           : std::filesystem::path("/tmp/slyver-" + std::to_string(geteuid()));
   std::filesystem::path folder = base;
-  // Anybody can take a name in /tmp, so that one must not stop this user's jobs.
+  // Anybody can create a name in /tmp, which must not stop this user's jobs.
   for (int number = 1; !TakeFolder(folder); ++number) {
     if (number == mostPrivateFolders)
       throw FileError(base,
@@ -66,7 +66,7 @@ std::filesystem::path PrivateFolder() {
 std::filesystem::path HomeFolder() {
   std::filesystem::path home = PathFromEnvironment("HOME");
   if (!home.empty()) return home;
-  // The entry is copied at once; only another look-up in another thread could change it.
+  // The entry is copied at once; only another thread's look-up could change it.
   const passwd* const user = getpwuid(geteuid());  // NOLINT(concurrency-mt-unsafe)
   return user == nullptr ? "/" : user->pw_dir;
 }
