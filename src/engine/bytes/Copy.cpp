@@ -24,8 +24,8 @@ constexpr std::size_t bufferSize = std::size_t{128} * 1024;
 constexpr std::uint64_t worthAThread = std::uint64_t{1} * 1024 * 1024;
 constexpr std::uint64_t smallRange = std::uint64_t{64} * 1024;
 
-/// A source that is being read. Consecutive ranges of one file are read from one opening of it, so
-/// that a file put in its place meanwhile cannot mix in.
+/// An open source. Consecutive ranges of a file use the same one, so that a file that replaces it
+/// meanwhile is not mixed in.
 struct OpenSource {
   OpenSource(const CopyPlan& plan, std::uint32_t itsNumber)
       : number(itsNumber), file(plan.sources.Path(itsNumber)) {
@@ -35,7 +35,7 @@ struct OpenSource {
   SourceFile file;
 };
 
-/// A target that is being written.
+/// An open target.
 struct OpenTarget {
   OpenTarget(TargetSet& targets, const CopyPlan& plan, std::size_t itsNumber)
       : number(itsNumber),
@@ -45,36 +45,36 @@ struct OpenTarget {
   std::size_t number;
   std::uint64_t length;
   std::shared_ptr<TargetFile> file;
-  std::atomic<std::uint64_t> left;  ///< Bytes to be written, and ranges to be begun.
+  std::atomic<std::uint64_t> left;  ///< Bytes to write, plus ranges to start.
 };
 
-/// A slice and the files that it is copied between.
+/// A slice and its files.
 struct Job {
   Slice slice;
   std::shared_ptr<const OpenSource> source;
   std::shared_ptr<OpenTarget> target;
 };
 
-/// What one thread copies with.
+/// A copying thread's buffer.
 struct Buffer {
   std::vector<char> bytes;
-  std::optional<Sha256> sha256;  ///< Where digests are taken.
+  std::optional<Sha256> sha256;  ///< If digests are computed.
 
-  // What `bytes` holds: a source's bytes from `begin` to `end`.
+  // `bytes` has the source's bytes from `begin` to `end`.
   std::shared_ptr<const OpenSource> source;
   std::uint64_t begin = 0;
   std::uint64_t end = 0;
-  bool checked = false;  ///< Whether the source was in its state when they had been read.
+  bool checked = false;  ///< The source had not changed after they were read.
 };
 
 /// Targets whose bytes are all written.
 using Batch = std::vector<std::shared_ptr<OpenTarget>>;
 constexpr std::size_t batchSize = 32;
 
-/// Where the thread that copies leaves batches for the one that names.
+/// Passes batches from the copying thread to the committing one.
 class Handover {
  public:
-  /// Leaves a batch; false where the last one has not been taken yet.
+  /// Passes a batch; false if the last one has not been taken yet.
   bool Give(Batch& batch) {
     const Lock lock(mutex_);
     if (!batch_.empty()) return false;
@@ -83,15 +83,14 @@ class Handover {
     return true;
   }
 
-  /// Waits for the next batch; an empty one says that no more will come.
+  /// Waits for the next batch; an empty one is the end.
   Batch Take() {
     const Lock lock(mutex_);
     while (batch_.empty() && !closed_) changed_.wait(mutex_);
     return std::exchange(batch_, {});
   }
 
-  /// Says that no more will come. Returns the last one if nobody has taken it: there may be no
-  /// thread that does.
+  /// Ends the batches. Returns the last one if it was not taken: there may be no other thread.
   Batch Close() {
     const Lock lock(mutex_);
     closed_ = true;
@@ -106,7 +105,7 @@ class Handover {
   bool closed_ GUARDED_BY(mutex_) = false;
 };
 
-/// One carrying out of a plan.
+/// One run of Copy().
 class Copying {
  public:
   Copying(const CopyPlan& plan, const Watch& watch)
@@ -117,30 +116,30 @@ class Copying {
         digests_(plan.list.line ? plan.ranges.size() : 0),
         cursor_(plan),
         sharing_(targets_.SharingThere()) {
-    // A thread takes longer to come and go than so little to be copied.
+    // Starting a thread would take longer than the copy.
     if (plan.SpaceNeeded(sharing_) < worthAThread) {
       threads_ = plan.Flushes() ? 1 : 0;
       return;
     }
     const bool small = bytesTotal_ / plan.ranges.size() < smallRange;
-    // Small ranges are copied sooner than files are opened and named.
+    // For small ranges, creating and committing files takes longer than copying.
     namesApart_ = small && targets_.AreNamedApart();
     threads_ = !plan.expectedOfAll && (!small || namesApart_) ? 2 : 1;
   }
 
   std::vector<std::size_t> Run() {
-    const auto tell = [this] { Tell(); };
+    const auto report = [this] { Report(); };
     RunOnThreads(
-        threads_, [this](const Tick& between) { Work(between); }, tell);
-    Tell();
+        threads_, [this](const Tick& between) { Work(between); }, report);
+    Report();
     Ending ending = HasFailed() ? Ending::Failed : stop_ ? Ending::Cancelled : Ending::Copied;
     std::vector<std::size_t> wrong;
     if (ending == Ending::Copied) wrong = WrongRanges();
     if (!wrong.empty()) ending = Ending::Failed;
-    // What takes long at the end, too, is done while the window stays alive.
+    // Renaming and deleting may take long too, so keep the window responsive.
     const bool takesLong = threads_ > 0 || ending != Ending::Copied;
     RunOnThreads(
-        takesLong ? 1 : 0, [&](const Tick&) { End(ending); }, tell);
+        takesLong ? 1 : 0, [&](const Tick&) { End(ending); }, report);
     const Lock lock(failureMutex_);
     if (failure_) std::rethrow_exception(failure_);
     if (ending == Ending::Cancelled) throw Cancelled{};
@@ -150,7 +149,7 @@ class Copying {
  private:
   enum class Ending { Copied, Failed, Cancelled };
 
-  void Tell() {
+  void Report() {
     try {
       if (!watch_({rangesStarted_, bytesDone_, bytesTotal_})) stop_ = true;
     } catch (...) {
@@ -201,7 +200,7 @@ class Copying {
     if (namesApart_) Name(batch = handover_.Close());
   }
 
-  /// Gives targets their names, and closes them.
+  /// Commits and closes targets.
   void Name(Batch& batch) {
     try {
       for (const std::shared_ptr<OpenTarget>& target : batch)
@@ -229,8 +228,7 @@ class Copying {
     return Job{*slice, source_, target_};
   }
 
-  /// Whether the file system has brought the slice over by itself. Where it breaks its promise, it
-  /// is not asked again.
+  /// Clones a slice; false if it must be copied. After an error nothing more is cloned.
   bool Share(const Job& job) EXCLUDES(nextMutex_) {
     const Slice& slice = job.slice;
     if (!slice.shared) return false;
@@ -267,7 +265,7 @@ class Copying {
     buffer.checked = true;
   }
 
-  /// Bytes of the slice from `done` on, read unless the buffer holds them already.
+  /// Returns bytes of the slice from `done` on; reads them unless they are in the buffer.
   std::span<const char> Read(const Job& job, std::uint64_t done, Buffer& buffer) const {
     const Slice& slice = job.slice;
     const std::uint64_t offset = slice.sourceOffset + done;
@@ -285,8 +283,8 @@ class Copying {
         .subspan(static_cast<std::size_t>(offset - buffer.begin), static_cast<std::size_t>(left));
   }
 
-  /// How many bytes are to be copied that follow a small range in its source, as far as they are
-  /// worth reading together: big ranges may be another thread's.
+  /// Returns the length of the ranges to read together with a small one: those that follow it in
+  /// its source. 0 for a big range, since the next may be another thread's.
   std::uint64_t LengthAfter(const Slice& slice) const {
     const ByteRange* const last = &plan_.ranges.back();
     const ByteRange* range = &plan_.ranges[slice.range];
@@ -319,8 +317,8 @@ class Copying {
     if (!stop_) job.source->file.ThrowIfChanged();
   }
 
-  /// How much of the slice is done where the next bytes are that take space. What is skipped stays
-  /// a hole in the target too, whose last byte is written so that it gets its length.
+  /// Returns the offset in the slice after a hole at `done`. The target gets the hole too. A hole
+  /// at its end needs the last byte written, to set the length.
   static std::uint64_t SkipHole(const Job& job, std::uint64_t done) {
     const Slice& slice = job.slice;
     const std::uint64_t next =
@@ -332,7 +330,7 @@ class Copying {
     return next;
   }
 
-  /// Gives the names that are left, or takes them back.
+  /// Renames the remaining targets into place, or rolls back.
   void End(Ending ending) EXCLUDES(nextMutex_, failureMutex_) {
     {
       const Lock lock(nextMutex_);
@@ -369,11 +367,11 @@ class Copying {
   const Watch& watch_;
   const std::uint64_t bytesTotal_;
   TargetSet targets_;
-  /// For a list: of all ranges, each written by the thread that copies it.
+  /// Of all ranges, for a list. Each is written by the thread that copies it.
   std::vector<Digest> digests_;
 
-  bool namesApart_ = false;  ///< Whether one thread copies and the other names.
-  unsigned threads_ = 0;     ///< None: the calling one copies.
+  bool namesApart_ = false;  ///< One thread copies and the other commits.
+  unsigned threads_ = 0;     ///< 0 to copy on the calling thread.
   std::atomic<bool> hasCopier_ = false;
   Handover handover_;
   std::atomic<bool> stop_ = false;
@@ -382,12 +380,12 @@ class Copying {
 
   Mutex nextMutex_;
   SliceCursor cursor_ GUARDED_BY(nextMutex_);
-  Sharing sharing_ GUARDED_BY(nextMutex_);  ///< What the file system still does by itself.
+  Sharing sharing_ GUARDED_BY(nextMutex_);  ///< Empty after cloning has failed.
   std::shared_ptr<const OpenSource> source_ GUARDED_BY(nextMutex_);
   std::shared_ptr<OpenTarget> target_ GUARDED_BY(nextMutex_);
 
   Mutex wrongMutex_;
-  std::vector<std::size_t> wrong_ GUARDED_BY(wrongMutex_);  ///< Ranges other than expected.
+  std::vector<std::size_t> wrong_ GUARDED_BY(wrongMutex_);  ///< Ranges with a wrong digest.
 
   Mutex failureMutex_;
   std::exception_ptr failure_ GUARDED_BY(failureMutex_);

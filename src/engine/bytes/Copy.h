@@ -16,33 +16,29 @@ struct CopyProgress {
   std::uint64_t bytesTotal = 0;
 };
 
-/// Told of the progress about twenty times a second, and once when all is copied, on the calling
-/// thread. Returns false to stop the copy; what it throws stops the copy too and reaches the
-/// caller. It goes on being called, unheard, while names are given or files removed.
+/// Receives the progress about twenty times a second, and once when all is copied, on the calling
+/// thread. Returns false to stop the copy; an exception stops it too and is rethrown. Results are
+/// ignored while files are renamed or deleted at the end.
 using Watch = std::function<bool(const CopyProgress&)>;
 
-/// Carries out a plan of one target or more. All big data moves here.
+/// Copies the plan's ranges into its targets. All big data moves here.
 ///
-/// A target gets its name when it is complete, the first one after all others: where the first
-/// stands, all stand. It is also begun first, so that a second program that writes the same files
-/// is told so before it touches any. Where an earlier set is replaced, it stays whole until the
-/// new one is complete and on the disk, and comes back if the exchange fails.
+/// Targets are renamed into place when they are complete, the first one last: if the first exists,
+/// all exist. The first is also locked first, so that a second program that writes the same files
+/// fails early. An earlier set stays until the new one is complete and flushed, and is restored if
+/// the exchange fails.
 ///
-/// Bytes that a cipher changes are changed on the way; what it throws stops the copy.
+/// Two threads copy, each with a small buffer, since one reads while the other writes. Of many
+/// small targets one thread copies and the other renames. Less than 1 MiB without a flush is copied
+/// on this thread, as is everything if the system starts no thread.
 ///
-/// Two threads at most copy, each with a small buffer, since one reads while the other writes; of
-/// many small targets one copies and the other gives names. Where the system gives no thread, this
-/// one does it all, and so it does where less than 1 MiB is to be copied and nothing to be flushed.
+/// Digests are computed from the bytes that are written. Returns the ranges whose digests are not
+/// those expected, in ascending order; for the digest of all ranges together, their number. If
+/// there are any, no target is renamed into place.
 ///
-/// Where the plan wants a list of digests, or expects some, they are computed from the very bytes
-/// that are written; one of all ranges together is computed by one thread. Returns the ranges whose
-/// digests are not those expected, in ascending order, or where all together are not, their number;
-/// where there are any, no target has got its name.
-///
-/// Throws FileError when a file cannot be read or written, or a source is not or does not stay in
-/// its state, and SpaceError when there is no room. After a failure those targets of a new set
-/// stay that were complete; an earlier set that was to be replaced is as it was. Throws Cancelled
-/// when `watch` returns false; then no target stays.
+/// Throws FileError if a file cannot be read or written, a source is not in its state, or what a
+/// cipher throws; SpaceError if the disk is full. Then complete targets of a new set stay, and an
+/// earlier set is unchanged. Throws Cancelled if `watch` returns false; then no target stays.
 std::vector<std::size_t> Copy(const CopyPlan& plan, const Watch& watch);
 
 }  // namespace slyver

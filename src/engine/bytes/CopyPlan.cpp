@@ -63,7 +63,7 @@ std::uint64_t CopyPlan::TotalLength() const {
 
 std::uint64_t CopyPlan::SpaceNeeded(const Sharing& sharing) const {
   std::uint64_t needed = 0;
-  std::uint64_t ofSource = 0;  // What ranges of the same source, one after another, need.
+  std::uint64_t ofSource = 0;  // For consecutive ranges of the same source.
   std::uint64_t targetOffset = 0;
   for (std::size_t i = 0, target = 0; i < ranges.size(); ++i) {
     for (; i == rangeEnds[target]; ++target) targetOffset = 0;
@@ -99,7 +99,7 @@ CopyPlan::Part CopyPlan::SharedPart(std::size_t range, std::size_t target,
       offset % unit != targetOffset % unit)
     return {};
   const std::uint64_t begin = (unit - offset % unit) % unit;
-  // A file's last block may be cut short, and is shared where it is the last one of both.
+  // A file's last block may be incomplete. It can be cloned if it is the last one of both files.
   const bool endsBoth = offset + length == state.length && range + 1 == rangeEnds[target];
   const std::uint64_t end = length - (endsBoth ? 0 : std::min(length, (offset + length) % unit));
   return begin < end ? Part{begin, end} : Part{};

@@ -19,16 +19,16 @@
 
 namespace slyver {
 
-/// The files that a plan reads: a path each, and the state that the file must still be in. The
-/// paths are packed: there may be 32767, and path objects take several times the memory.
+/// The paths of a plan's sources, and the state that each file must still be in. Paths are packed:
+/// maxCount path objects would take several times the memory.
 class SourceList {
  public:
   SourceList() = default;
-  /// As many files as there are states; `textOf` gives their paths as PathText() has them.
+  /// Lists one file for each state; `textOf` returns its PathText().
   SourceList(std::vector<FileState> states,
              const std::function<std::string(std::size_t number)>& textOf);
 
-  /// Returns the new source's number, counted from 0.
+  /// Adds a source and returns its number, from 0.
   std::uint32_t Add(const std::filesystem::path& path, const FileState& state);
 
   std::filesystem::path Path(std::uint32_t number) const;
@@ -36,96 +36,94 @@ class SourceList {
 
  private:
   std::string paths_;
-  std::vector<std::size_t> ends_;  ///< Where in `paths_` each one ends.
+  std::vector<std::size_t> ends_;  ///< The end of each path in `paths_`.
   std::vector<FileState> states_;
 };
 
-/// A run of bytes of one source: `length` bytes from `offset`, both in bytes, offsets from 0.
+/// Consecutive bytes of one source; `offset` and `length` in bytes.
 struct ByteRange {
   std::uint32_t source = 0;
   std::uint64_t offset = 0;
   std::uint64_t length = 0;
 };
 
-/// What the targets are called.
+/// The names of the targets: `before`, a number, and `after`.
 struct TargetNames {
   std::filesystem::path folder;
-  std::string before;  ///< A name is this, the target's number, and `after`.
+  std::string before;
   std::string after;
-  int first = 0;          ///< The first target's number; 0 where there is one, and it has none.
-  std::size_t width = 0;  ///< Numbers are filled with zeros to so many digits.
+  int first = 0;          ///< The first target's number; 0 for a single target without a number.
+  std::size_t width = 0;  ///< Numbers have at least so many digits.
 
-  /// The path of target `index`, counted from 0.
+  /// Returns the path of target `index`, from 0.
   std::filesystem::path Path(std::size_t index) const;
 };
 
-/// A file beside a set of targets that lists their digests.
+/// A file next to a set of targets that lists their digests.
 struct DigestList {
-  std::string name;  ///< In the targets' folder. Empty: their set can have none.
-  /// The line of target `index`, with its end; equally long whatever the digest. Null: none is
-  /// written.
+  std::string name;  ///< In the targets' folder; empty if the set can have none.
+  /// Returns the line of target `index`, with its end, of the same length for any digest. Null to
+  /// write no list.
   std::function<std::string(std::size_t index, const Digest& digest)> line;
 };
 
-/// What is to be copied, as plain data: every target is made of one range or more, in order.
+/// What to copy, as plain data: every target consists of one range or more, in order.
 struct CopyPlan {
   SourceList sources;
   std::vector<ByteRange> ranges;         ///< Target after target.
-  std::vector<std::uint32_t> rangeEnds;  ///< Where in `ranges` each target's end.
+  std::vector<std::uint32_t> rangeEnds;  ///< The end of each target in `ranges`.
   TargetNames names;
   Rights rights;
-  Existing existing = Existing::Keep;  ///< What becomes of files that bear the names already.
-  /// What changes the bytes of one range, or null. No digests are taken then.
+  Existing existing = Existing::Keep;  ///< What to do with existing targets.
+  /// Encrypts or decrypts range `ciphered`; null for none. Excludes digests.
   std::shared_ptr<const RangeCipher> cipher;
-  std::size_t ciphered = 0;  ///< Which range that is.
+  std::size_t ciphered = 0;
 
-  /// Where the targets are one set of numbered files: the number of the file in their folder
-  /// that has the name `name`, numberOfList where it is their list, and 0 where it is neither. With
-  /// Existing::Keep there must be none; with Existing::Replace all of them go when the new set is
-  /// complete.
+  /// Returns the number of the file `name` in a set of numbered files, numberOfList for its list,
+  /// or 0. Null if the targets are no set. With Existing::Keep the folder must not contain such
+  /// files; with Existing::Replace they are deleted when the new set is complete.
   std::function<int(const std::string& name)> numberInSet;
   static constexpr int numberOfList = std::numeric_limits<int>::max();
 
   DigestList list;
-  /// What the bytes of as many ranges, from the first on, must have.
+  /// The digests that the first ranges must have.
   std::vector<Digest> expected;
-  /// What the bytes of all ranges together must have; not where the others are set.
+  /// The digest that all ranges together must have. Excludes `expected`.
   std::optional<Digest> expectedOfAll;
-  bool flush = false;  ///< At the end the targets, and their names, are on the disk.
+  bool flush = false;  ///< Flushes the targets and their folder at the end.
 
-  /// Closes a target that is made of the ranges added since the last one.
+  /// Ends a target with the ranges added since the last one.
   void EndTarget() { rangeEnds.push_back(static_cast<std::uint32_t>(ranges.size())); }
 
-  /// Whether each range's bytes are looked at while they are copied.
+  /// True if each range's digest is computed.
   bool TakesDigests() const { return list.line || !expected.empty(); }
-  /// Whether any bytes are looked at while they are copied.
+  /// True if any digest is computed.
   bool LooksAtBytes() const { return TakesDigests() || expectedOfAll; }
 
-  /// Whether the disk is waited for.
+  /// True if targets are flushed.
   bool Flushes() const { return flush || existing == Existing::Replace; }
 
   std::size_t TargetCount() const { return rangeEnds.size(); }
   std::size_t FirstRange(std::size_t target) const {
     return target == 0 ? 0 : rangeEnds[target - 1];
   }
-  /// What changes the bytes of a range; null where they stay as they are.
+  /// Returns the cipher of a range; null for none.
   const RangeCipher* CipherOf(std::size_t range) const {
     return range == ciphered ? cipher.get() : nullptr;
   }
-  /// The length in bytes that a range has in its target.
+  /// Returns the length of a range in its target, in bytes.
   std::uint64_t LengthThere(std::size_t range) const;
-  /// The length of a target in bytes.
+  /// Returns the length of a target in bytes.
   std::uint64_t Length(std::size_t target) const;
-  /// The sum of all lengths in bytes, as they are read.
+  /// Returns the sum of all lengths in the sources, in bytes.
   std::uint64_t TotalLength() const;
-  /// The most space, in bytes, that the targets can take: holes in sources take none, and neither
-  /// do shared blocks.
+  /// Returns the most space that the targets can take, in bytes. Holes and cloned blocks take none.
   std::uint64_t SpaceNeeded(const Sharing& sharing) const;
-  /// The space, in bytes, to reserve for a target: none where parts of it may take none.
+  /// Returns the space to reserve for a target, in bytes; 0 if it may have holes or cloned blocks.
   std::uint64_t SpaceToReserve(std::size_t target, const Sharing& sharing) const;
 
-  /// Which bytes of the range `range`, counted from its first, the file system brings over by
-  /// itself, when the range goes to `targetOffset` of the target `target`.
+  /// Returns the bytes of a range, from its start, that can be cloned to `targetOffset` of
+  /// `target`.
   struct Part {
     std::uint64_t begin = 0;
     std::uint64_t end = 0;
@@ -134,7 +132,7 @@ struct CopyPlan {
                   const Sharing& sharing) const;
 };
 
-/// What is brought over at a time: a part of one range, without bytes where the range has none.
+/// The part of a range that is copied at a time; empty for an empty range.
 struct Slice {
   std::size_t target = 0;
   std::size_t range = 0;
@@ -145,20 +143,19 @@ struct Slice {
   std::uint64_t targetLength = 0;
   bool beginsRange = false;
   bool endsRange = false;
-  bool shared = false;                  ///< Whether the file system can bring it over by itself.
-  const RangeCipher* cipher = nullptr;  ///< The range's; then the slice is made of whole chunks,
-  std::uint64_t firstChunk = 0;         ///< of which this is the first one's number.
+  bool shared = false;                  ///< The file system can clone it.
+  const RangeCipher* cipher = nullptr;  ///< The range's; the slice then consists of whole chunks.
+  std::uint64_t firstChunk = 0;         ///< The number of its first chunk.
 };
 
-/// Hands out a plan's slices in order: whole ranges where their digests are taken, so that one
-/// thread sees all bytes of each.
+/// Returns a plan's slices in order. For digests they are whole ranges, so that one thread reads
+/// all bytes of each.
 class SliceCursor {
  public:
-  /// `plan` outlives the cursor.
+  /// `plan` must outlive the cursor.
   explicit SliceCursor(const CopyPlan& plan) : plan_(plan) {}
 
-  /// The next slice, where the file system does by itself what `sharing` says; nothing after the
-  /// last one.
+  /// Returns the next slice, given how blocks can be cloned; `nullopt` after the last one.
   std::optional<Slice> Next(const Sharing& sharing);
 
  private:

@@ -12,19 +12,19 @@ namespace slyver {
 /// The SHA-256 digest of some bytes.
 using Digest = std::array<std::uint8_t, 32>;
 
-/// Computes a digest of bytes as they come by.
+/// Computes digests.
 class Sha256 {
  public:
-  /// Throws Error where the library has no SHA-256 or there is no memory.
+  /// Throws Error if the library has no SHA-256 or there is no memory.
   Sha256();
 
-  /// Takes in the next bytes.
+  /// Adds the next bytes.
   void Add(std::span<const char> bytes);
 
-  /// Takes in `count` zero bytes.
+  /// Adds `count` zero bytes.
   void AddZeros(std::uint64_t count);
 
-  /// The digest of all that was taken in since the start, or since the last call of this.
+  /// Returns the digest of all bytes added since the last call.
   Digest Finish();
 
  private:

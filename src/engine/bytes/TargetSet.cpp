@@ -16,11 +16,11 @@ namespace fs = std::filesystem;
 namespace {
 
 Sharing SharingOf(const CopyPlan& plan, const TargetFile& target) {
-  if (plan.LooksAtBytes()) return {};  // What is looked at is read anyway.
+  if (plan.LooksAtBytes()) return {};  // Digests need the bytes anyway.
   try {
     return target.SharingWith(SourceFile(plan.sources.Path(plan.ranges.front().source)));
   } catch (const FileError&) {
-    return {};  // Reading it will say why.
+    return {};  // Reading it will report the error.
   }
 }
 
@@ -37,13 +37,13 @@ fs::path ListPath(const CopyPlan& plan) {
 
 constexpr std::string_view asideName = "earlier";
 
-/// What a file's last block may take beyond the file's end.
+/// The most space that a file's last block takes after the file's end.
 constexpr std::uint64_t blockLength = 4096;
 
 /// A file of a set: its number, CopyPlan::numberOfList for the list, and its name.
 using SetFile = std::pair<int, std::string>;
 
-/// The files of the plan's set in a folder, in ascending order; none where it cannot be read.
+/// Returns the files of the plan's set in a folder, in ascending order; none on an error.
 std::vector<SetFile> FilesOfSet(const fs::path& folder, const CopyPlan& plan) {
   std::vector<SetFile> files;
   (void)ListFolder(folder, [&](const std::string& name, EntryKind kind) {
@@ -55,8 +55,8 @@ std::vector<SetFile> FilesOfSet(const fs::path& folder, const CopyPlan& plan) {
   return files;
 }
 
-/// Removes the files of a set, new ones and earlier ones, that are in `staging`, and the folder
-/// itself if nothing else is in it. Returns why it could not.
+/// Deletes the new and earlier files of a set in `staging`, and the folder if it is then empty.
+/// Returns the error.
 std::error_code RemoveStaging(const fs::path& staging, const CopyPlan& plan) {
   for (const fs::path& folder : {staging / asideName, staging}) {
     std::vector<std::string> names;
@@ -71,7 +71,7 @@ std::error_code RemoveStaging(const fs::path& staging, const CopyPlan& plan) {
   return {};
 }
 
-/// The folder that a set which begins with `first` is written into where it replaces another.
+/// Returns the staging folder of the set with the first file `first`.
 fs::path StagingPath(const fs::path& first) {
   return TemporaryPath(first).replace_extension(".set");
 }
@@ -80,15 +80,14 @@ void MakeOwnFolder(const fs::path& path) {
   if (!MakeNewFolder(path)) throw FileError(path, std::make_error_code(std::errc::file_exists));
 }
 
-/// Renames a file to what must not exist; an error names `named`.
+/// Renames a file to a path that must not exist. Throws FileError, for `named` or `to`.
 void Move(const fs::path& from, const fs::path& to, const fs::path& named) {
   if (!MoveToFreeName(from, to, named))
     throw FileError(to, std::make_error_code(std::errc::file_exists));
 }
 
-/// Undoes an exchange that was killed. The new files that have replaced earlier ones by then go
-/// back into `staging`, the last one first; then the earlier ones are restored, the first and the
-/// list at the end. After every step this can be called again.
+/// Rolls back a killed exchange. Moves new files back into `staging`, the last one first, then
+/// restores the earlier ones, the first and the list at the end. Can be repeated after any step.
 void UndoKilledExchange(const fs::path& staging, const CopyPlan& plan) {
   const fs::path& folder = plan.names.folder;
   const auto move = [](const fs::path& from, const fs::path& to, const std::string& name) {
@@ -117,7 +116,7 @@ void UndoKilledExchange(const fs::path& staging, const CopyPlan& plan) {
   FlushFolder(folder);
 }
 
-/// Restores and removes what a killed run has left in place of the staging folder.
+/// Rolls back and deletes a killed run's staging folder. Throws Error if it has other files.
 void RemoveLeftover(const fs::path& staging, const CopyPlan& plan) {
   if (!IsFolderItself(staging)) return;
   UndoKilledExchange(staging, plan);
@@ -138,7 +137,7 @@ void RestoreEarlierSet(const CopyPlan& plan) {
 }
 
 TargetSet::TargetSet(const CopyPlan& plan) : plan_(plan) {
-  // The last name is the longest. Whether it can be given is better known before the long work.
+  // The last name is the longest. If it is too long, fail before the long work.
   (void)NameIsTaken(plan.names.Path(plan.TargetCount() - 1));
   first_ = std::make_shared<TargetFile>(plan.names.Path(0), plan.existing, plan.rights);
   sharing_ = SharingOf(plan, *first_);
@@ -171,7 +170,7 @@ TargetSet::TargetSet(const CopyPlan& plan) : plan_(plan) {
   staging_ = staging;
 }
 
-/// Looks under the lock: another program may have made its set just now.
+/// Finds the earlier set. Called under the lock: another program may have created one just now.
 void TargetSet::FindEarlier() {
   const auto found = [&](const std::string& name, EntryKind kind) {
     const int number = plan_.numberInSet(name);
@@ -193,8 +192,8 @@ void TargetSet::FindEarlier() {
     throw FileError(plan_.names.folder, error);
 }
 
-/// Pieces without a first one are what a failed split has left. Where there is no room beside them,
-/// they go first.
+/// Throws SpaceError if the disk is full. Deletes a failed split's leftover first if that helps:
+/// pieces without a first one.
 void TargetSet::RequireRoom() {
   const fs::path& folder = plan_.names.folder;
   const std::uint64_t needed = plan_.SpaceNeeded(sharing_) + ListLength(plan_);
@@ -248,7 +247,7 @@ void TargetSet::Finish(const std::vector<Digest>& digests) {
     if (list_) list_->Commit();
     if (plan_.flush) FlushFolder(plan_.names.folder);
   } catch (const FileError&) {
-    // A part of a set has no first file.
+    // An incomplete set must have no first file.
     if (list_) (void)RemoveFile(plan_.names.Path(0));
     throw;
   }
@@ -268,9 +267,8 @@ void TargetSet::WriteList(const std::vector<Digest>& digests) {
   if (!staging_.empty()) list_->Flush();
 }
 
-/// The earlier set's list and its first file go first, the new ones come last, and neither before
-/// the disk has all between: after a power failure too, where a first file stands its set stands,
-/// and where a list stands, its set stands.
+/// Replaces the earlier set. Moves its list and first file aside first and commits the new ones
+/// last, each with a flush. So after a power failure too, a first file or a list means a whole set.
 void TargetSet::Exchange() {
   const fs::path& folder = plan_.names.folder;
   const std::size_t guards = hasEarlierList_ ? 2 : 1;
@@ -301,8 +299,8 @@ void TargetSet::Exchange() {
   }
 }
 
-/// Takes the steps of an exchange back, the last one first. Where the disk takes no more changes,
-/// the earlier files stay aside until the same split runs again and restores them.
+/// Rolls back an exchange, the last step first. On an error the earlier files stay aside, and the
+/// same split restores them when it runs again.
 void TargetSet::UndoExchange(std::size_t movedAside, std::size_t named) {
   const std::size_t count = plan_.TargetCount();
   const auto remove = [](const fs::path& path) {
