@@ -4,13 +4,13 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <limits>
 #include <utility>
 #include <vector>
 
 #include "engine/base/FileError.h"
 #include "engine/base/Gcrypt.h"
+#include "engine/base/Numbers.h"
 #include "engine/base/Secret.h"
 
 namespace slyver {
@@ -50,7 +50,7 @@ std::string RandomBytes(std::size_t count) {
   return bytes;
 }
 
-/// The digits of base 64, without padding.
+/// Encodes bytes in base 64 without padding.
 std::string ToBase64(std::string_view bytes) {
   std::string text;
   unsigned bits = 0;
@@ -63,7 +63,7 @@ std::string ToBase64(std::string_view bytes) {
   return text;
 }
 
-/// The bytes of `length` in base 64; nothing for any text but the one that ToBase64() makes.
+/// Decodes `length` bytes from base 64; `nullopt` for a text that ToBase64() would not return.
 std::optional<std::string> FromBase64(std::string_view text, std::size_t length) {
   std::string bytes;
   unsigned bits = 0;
@@ -81,27 +81,30 @@ std::optional<std::string> FromBase64(std::string_view text, std::size_t length)
   return bytes;
 }
 
-/// A message's authentication code by SHA-256, or one step of a key derivation.
+/// Computes HMAC-SHA-256.
 Secret Hmac(std::string_view key, std::initializer_list<std::string_view> message) {
-  gcry_md_hd_t handle = nullptr;
-  Require(gcry_md_open(&handle, GCRY_MD_SHA256, GCRY_MD_FLAG_HMAC));
-  const std::unique_ptr<gcry_md_handle, decltype(&gcry_md_close)> closing(handle, gcry_md_close);
-  Require(gcry_md_setkey(handle, key.data(), key.size()));
-  for (const std::string_view part : message) gcry_md_write(handle, part.data(), part.size());
-  return std::string_view(reinterpret_cast<const char*>(gcry_md_read(handle, GCRY_MD_SHA256)),
-                          keyLength);
+  gcry_mac_hd_t handle = nullptr;
+  Require(gcry_mac_open(&handle, GCRY_MAC_HMAC_SHA256, 0, nullptr));
+  const std::unique_ptr<gcry_mac_handle, decltype(&gcry_mac_close)> closing(handle, gcry_mac_close);
+  Require(gcry_mac_setkey(handle, key.data(), key.size()));
+  for (const std::string_view part : message)
+    Require(gcry_mac_write(handle, part.data(), part.size()));
+  std::string code(keyLength, '\0');
+  std::size_t length = code.size();
+  Require(gcry_mac_read(handle, code.data(), &length));
+  return Secret::Of(std::move(code));
 }
 
-/// HKDF by SHA-256: a key of 32 bytes for one purpose.
+/// Derives a key of 32 bytes for one purpose by HKDF-SHA-256.
 Secret DerivedKey(const Secret& fileKey, std::string_view salt, std::string_view purpose) {
-  // No salt counts as zeros.
+  // HKDF defines a missing salt as zeros.
   static constexpr std::array<char, keyLength> noSalt = {};
   const Secret extracted =
       Hmac(salt.empty() ? std::string_view(noSalt.data(), noSalt.size()) : salt, {fileKey.Text()});
   return Hmac(extracted.Text(), {purpose, "\x01"});
 }
 
-/// The key that a passphrase stands for.
+/// Derives a key of 32 bytes from a passphrase by scrypt.
 Secret PassphraseKey(std::string_view passphrase, std::string_view salt, int workFactor) {
   const std::string labelled = std::string(saltLabel) + std::string(salt);
   std::string key(keyLength, '\0');
@@ -122,14 +125,14 @@ class Cipher {
     Require(gcry_cipher_final(handle));
   }
 
-  /// Enciphers all of `bytes` but the last 16, and puts their authentication there.
+  /// Encrypts all of `bytes` but the last 16, which receive the tag.
   void Seal(std::span<char> bytes) const {
     const std::span<char> text = bytes.first(bytes.size() - tagLength);
     Require(gcry_cipher_encrypt(handle_.get(), text.data(), text.size(), nullptr, 0));
     Require(gcry_cipher_gettag(handle_.get(), bytes.last(tagLength).data(), tagLength));
   }
 
-  /// Deciphers what Seal() made; false when it is not authentic.
+  /// Decrypts what Seal() wrote; false if it is not authentic.
   bool Open(std::span<char> bytes) const {
     const std::span<char> text = bytes.first(bytes.size() - tagLength);
     Require(gcry_cipher_decrypt(handle_.get(), text.data(), text.size(), nullptr, 0));
@@ -147,7 +150,7 @@ class Cipher {
   std::unique_ptr<gcry_cipher_handle, Close> handle_;
 };
 
-/// A chunk's nonce: its number in 11 bytes, the highest first, and whether it is the last one.
+/// Returns a chunk's nonce: its number in 11 bytes, big endian, and 1 for the last chunk.
 ChunkNonce NonceOf(std::uint64_t number, bool isLast) {
   ChunkNonce nonce = {};
   for (std::size_t i = 10; number > 0; --i, number >>= 8U)
@@ -187,11 +190,11 @@ class Opening final : public RangeCipher {
   const std::string name_;
 };
 
-/// A text's lines, each ended by a line feed.
+/// The lines of a text, each with a line feed.
 class Lines {
  public:
   explicit Lines(std::string_view text) : text_(text) {}
-  /// The next line without its end; nothing where the text ends before.
+  /// Returns the next line without its line feed; `nullopt` if the text ends before it.
   std::optional<std::string_view> Next() {
     const std::size_t end = text_.find('\n', used_);
     if (end == std::string_view::npos) return std::nullopt;
@@ -205,14 +208,14 @@ class Lines {
   std::size_t used_ = 0;
 };
 
-/// One wrapping of the file's key.
+/// One wrapped copy of the file key.
 struct Stanza {
   std::vector<std::string_view> words;
   std::string body;  ///< In base 64.
 };
 
-/// The words of a line, one blank apart; nothing when one is empty or has other than visible
-/// characters.
+/// Splits a line at each blank; `nullopt` if a word is empty or has characters that are not visible
+/// ASCII.
 std::optional<std::vector<std::string_view>> WordsOf(std::string_view line) {
   std::vector<std::string_view> words;
   for (std::size_t begin = 0; begin <= line.size();) {
@@ -225,16 +228,17 @@ std::optional<std::vector<std::string_view>> WordsOf(std::string_view line) {
   return words;
 }
 
-/// What a header says, before it is looked at what that means.
+/// A header, parsed but not interpreted.
 struct RawHeader {
   std::vector<Stanza> stanzas;
   std::string_view end;       ///< Its last line.
-  std::size_t endOffset = 0;  ///< Where that begins.
+  std::size_t endOffset = 0;  ///< The offset of `end`.
   std::size_t length = 0;
 };
 
-/// Thrown where a header is not as the format prescribes, and where the text ends before it does.
+/// Thrown for a header that violates the format.
 struct Malformed {};
+/// Thrown if the text ends before the header.
 struct TextEnds {};
 
 std::string_view NextLine(Lines& lines) {
@@ -243,7 +247,7 @@ std::string_view NextLine(Lines& lines) {
   return *line;
 }
 
-/// Reads a stanza whose first line is `line`.
+/// Reads the stanza with the first line `line`.
 Stanza ReadStanza(std::string_view line, Lines& lines) {
   auto words = WordsOf(line.substr(stanzaMark.size()));
   if (!words) throw Malformed{};
@@ -272,18 +276,15 @@ RawHeader ReadRawHeader(std::string_view text) {
   return header;
 }
 
-/// The work factor: a decimal number, at least 1, without leading zeros. One that no number of this
-/// program holds is far too high.
+/// Parses a work factor: a decimal number, at least 1, without leading zeros. INT_MAX if larger.
 int WorkFactorOf(std::string_view digits) {
   if (digits.empty() || digits.front() == '0' ||
       digits.find_first_not_of("0123456789") != std::string_view::npos)
     throw Malformed{};
-  int factor = 0;
-  const auto [stop, error] = std::from_chars(digits.data(), digits.data() + digits.size(), factor);
-  return error == std::errc{} ? factor : std::numeric_limits<int>::max();
+  return NumberIn<int>(digits).value_or(std::numeric_limits<int>::max());
 }
 
-/// The bytes of `length` that `text` stands for.
+/// Decodes `length` bytes from base 64. Throws Malformed.
 std::string Decoded(std::string_view text, std::size_t length) {
   std::optional<std::string> bytes = FromBase64(text, length);
   if (!bytes) throw Malformed{};
@@ -294,7 +295,7 @@ bool IsForPassphrase(const Stanza& stanza) {
   return stanza.words.front() == passphraseType;
 }
 
-/// The header, which has one stanza, for a passphrase; `text` begins with it.
+/// Interprets a header with a stanza for a passphrase, which must be the only one.
 AgeHeader PassphraseHeader(std::string_view text, const RawHeader& raw) {
   const Stanza& stanza = raw.stanzas.front();
   constexpr std::size_t endWords = 4;  // "--- "
@@ -312,13 +313,13 @@ AgeHeader PassphraseHeader(std::string_view text, const RawHeader& raw) {
   return header;
 }
 
-/// Whether so many bytes are chunks as a writer makes them: none is empty but the only one.
+/// True if so many bytes can be chunks: no chunk is empty but a single one.
 bool AreChunks(std::uint64_t length) {
   const std::uint64_t last = length % sealedChunk;
   return length == tagLength || (length > tagLength && (last == 0 || last > tagLength));
 }
 
-/// In a time that does not tell where they differ.
+/// Compares in constant time.
 bool AreEqual(std::string_view one, std::string_view other) {
   unsigned difference = one.size() == other.size() ? 0 : 1;
   for (std::size_t i = 0; i < std::min(one.size(), other.size()); ++i)
@@ -353,11 +354,12 @@ std::optional<AgeHeader> ReadAgeHeader(std::string_view beginning, std::uint64_t
     AgeHeader header = PassphraseHeader(beginning, raw);
     header.name = name;
     if (header.workFactor > ageMostWork)
-      throw Error(header.name + " Asks For Too Much Work (2 To The Power Of " +
-                  std::string(raw.stanzas.front().words[2]) + ").");
+      throw Error(header.name + " Needs Too Much Memory (Work Factor " +
+                  std::string(raw.stanzas.front().words[2]) + "; Limit " +
+                  std::to_string(ageMostWork) + ").");
     if (length >= header.length && AreChunks(length - header.length)) return header;
   } catch (const Malformed&) {
-    // As below.
+    // Damaged.
   } catch (const TextEnds&) {
     // Only a header for many keys is so long.
     if (beginning.size() < length) return std::nullopt;

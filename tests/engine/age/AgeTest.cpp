@@ -42,8 +42,8 @@ TEST(Age, ReadsHeadersToTheLetter) {
         {" 10\n", " 10 x\n", "N Is Damaged."},
         {" 10\n", "\n", "N Is Damaged."},
         {" 10\n", " 10\r\n", "N Is Damaged."},
-        {" 10\n", " 21\n", "N Asks For Too Much Work (2 To The Power Of 21)."},
-        {" 10\n", " 99999999999\n", "N Asks For Too Much Work (2 To The Power Of 99999999999)."},
+        {" 10\n", " 21\n", "N Needs Too Much Memory (Work Factor 21; Limit 20)."},
+        {" 10\n", " 99999999999\n", "N Needs Too Much Memory (Work Factor 99999999999; Limit 20)."},
         {"5CQ ", "5CR ", "N Is Damaged."},  // Not the digits that a writer makes.
         {"5CQ ", "5CQ= ", "N Is Damaged."},
         {"5CQ ", "5CQAAAA ", "N Is Damaged."},  // Too long.
