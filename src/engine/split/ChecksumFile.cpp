@@ -1,11 +1,11 @@
 #include "engine/split/ChecksumFile.h"
 
 #include <algorithm>
-#include <limits>
 #include <utility>
 
 #include "engine/base/FileError.h"
 #include "engine/base/Gcrypt.h"
+#include "engine/base/Numbers.h"
 #include "engine/base/PathText.h"
 #include "engine/disk/Disk.h"
 #include "engine/disk/SourceFile.h"
@@ -15,11 +15,9 @@ namespace slyver {
 
 namespace {
 
-constexpr std::string_view hexDigits = "0123456789abcdef";
-constexpr std::size_t mostPieces = std::numeric_limits<std::int16_t>::max();
-/// No line of a name that a file system takes is longer, even where all of it is escaped.
+/// Longer than any line, even with every character of its name escaped.
 constexpr std::size_t longestLine = 2048;
-/// In the system's own units; a longer name cannot even be looked for.
+/// In the system's own units; looking for a longer name fails.
 constexpr std::size_t longestName = 255;
 constexpr std::uint64_t longestFile = std::uint64_t{32} * 1024 * 1024;
 
@@ -44,26 +42,25 @@ std::optional<std::string> Unescaped(std::string_view text) {
   return name;
 }
 
-/// The digest that `text` begins with, in letters of either case.
+/// Returns the digest that `text` begins with, in either case.
 std::optional<Digest> DigestIn(std::string_view text) {
   Digest digest = {};
   if (text.size() < 2 * digest.size()) return std::nullopt;
   for (std::size_t i = 0; i < 2 * digest.size(); ++i) {
-    const char lower = text[i] >= 'A' && text[i] <= 'F' ? static_cast<char>(text[i] + 32) : text[i];
-    const std::size_t value = hexDigits.find(lower);
-    if (value == std::string_view::npos) return std::nullopt;
-    digest[i / 2] = static_cast<std::uint8_t>(digest[i / 2] << 4U | value);
+    const int value = HexValue(text[i]);
+    if (value < 0) return std::nullopt;
+    digest[i / 2] = static_cast<std::uint8_t>(digest[i / 2] << 4U | static_cast<unsigned>(value));
   }
   return digest;
 }
 
-/// What a line says: the digest of a file. The name may still be escaped.
+/// A line's digest and name, which may be escaped.
 struct Entry {
   Digest digest;
   std::string_view name;
 };
 
-/// The entry of a line with the digest before the name.
+/// Parses a line with the digest before the name.
 std::optional<Entry> EntryIn(std::string_view line) {
   const std::optional<Digest> digest = DigestIn(line);
   if (!digest) return std::nullopt;
@@ -75,7 +72,7 @@ std::optional<Entry> EntryIn(std::string_view line) {
 constexpr std::string_view tagBegin = "SHA256 (";
 constexpr std::string_view tagEnd = ") = ";
 
-/// The entry of a line that begins with the algorithm: "SHA256 (name) = digest".
+/// Parses a line "SHA256 (name) = digest".
 std::optional<Entry> TaggedEntry(std::string_view line) {
   const std::size_t end = line.rfind(tagEnd);
   if (end == std::string_view::npos || end < tagBegin.size()) return std::nullopt;
@@ -94,10 +91,7 @@ std::string ChecksumNameOf(std::string_view name) {
 std::string ChecksumLine(std::string_view name, const Digest& digest) {
   const std::string escaped = Escaped(name);
   std::string line = escaped == name ? "" : "\\";
-  for (const std::uint8_t byte : digest) {
-    line += hexDigits[byte >> 4U];
-    line += hexDigits[byte & 15U];
-  }
+  for (const std::uint8_t byte : digest) AppendHex(line, byte, lowerHex);
   return line + "  " + escaped + "\n";
 }
 
@@ -141,13 +135,13 @@ bool ChecksumReader::TakeName(std::string_view name, const Digest& digest) {
     return ofWhole_ == digest;
   }
   const auto number = static_cast<std::size_t>(PieceNumberOf(name, origName_));
-  if (number == 0 || number > mostPieces) return false;
-  if (number > told_.size()) {
-    told_.resize(number);
+  if (number == 0 || number > maxCount) return false;
+  if (number > known_.size()) {
+    known_.resize(number);
     digests_.resize(number);
   }
-  if (told_[number - 1]) return digests_[number - 1] == digest;
-  told_[number - 1] = true;
+  if (known_[number - 1]) return digests_[number - 1] == digest;
+  known_[number - 1] = true;
   digests_[number - 1] = digest;
   ++count_;
   return true;
@@ -156,7 +150,7 @@ bool ChecksumReader::TakeName(std::string_view name, const Digest& digest) {
 Checksums ChecksumReader::Finish() {
   if (understood_) understood_ = TakeLine(line_);
   if (understood_ && count_ == 0 && ofWhole_) return {.ofWhole = ofWhole_};
-  if (!understood_ || count_ == 0 || count_ < told_.size())
+  if (!understood_ || count_ == 0 || count_ < known_.size())
     return {.kind = Checksums::Kind::NotUnderstood};
   return {.kind = Checksums::Kind::Understood, .digests = std::move(digests_)};
 }

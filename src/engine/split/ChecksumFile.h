@@ -12,43 +12,41 @@
 
 namespace slyver {
 
-/// The name of the checksum file of the split of `name`.
+/// Returns the name of the checksum file of the split of `name`.
 std::string ChecksumNameOf(std::string_view name);
 
-/// The line of a checksum file, with its end, that tells the digest of the file `name`, as
-/// `sha256sum` writes it.
+/// Returns a checksum file's line for the file `name`, with its end, as `sha256sum` writes it.
 std::string ChecksumLine(std::string_view name, const Digest& digest);
 
-/// `name` on a line of its own: where it has a backslash or a line feed these are escaped, and a
-/// backslash before it says so.
+/// Returns `name` for a line of its own. A backslash before it marks escaped backslashes and line
+/// feeds.
 std::string NameOnALine(std::string_view name);
 
-/// What a checksum file tells.
+/// The contents of a checksum file.
 struct Checksums {
   enum class Kind {
-    None,           ///< There is none; or it tells of the whole file alone, not of its pieces.
-    NotUnderstood,  ///< It is no file itself, or no list of pieces 1 to n of this split.
+    None,           ///< Missing, or for the whole file alone.
+    NotUnderstood,  ///< Not a regular file, or not a list of pieces 1 to n of this split.
     Understood
   };
   Kind kind = Kind::None;
-  std::vector<Digest> digests = {};    ///< Of pieces 1 to n, where it is understood.
-  std::optional<Digest> ofWhole = {};  ///< Of the whole file, where it tells of that alone.
-  FileState state = {};                ///< In which the file was read, where it is understood.
+  std::vector<Digest> digests = {};    ///< Of pieces 1 to n, if understood.
+  std::optional<Digest> ofWhole = {};  ///< Of the whole file, if the list has nothing else.
+  FileState state = {};                ///< The file's state when it was read, if understood.
 };
 
-/// Reads the text of a checksum file, which may have come from anywhere, in parts of any length.
-/// It believes lines as `sha256sum` writes them, as text, as binary or with --tag, with LF or CR
-/// LF, in any order, the same one twice, "./" before names, and behind a byte-order mark. Empty
-/// lines and those that begin with "#" say nothing.
+/// Parses the untrusted text of a checksum file, in parts of any length. Accepts lines of
+/// `sha256sum` (text, binary or --tag) in any order, also repeated, with LF or CR LF, "./" before
+/// names and a byte-order mark. Ignores empty lines and lines that begin with "#".
 class ChecksumReader {
  public:
   /// `origName` is the name of the file that was split.
   explicit ChecksumReader(std::string_view origName) : origName_(origName) {}
 
-  /// Takes in the next bytes. False once the text is not understood.
+  /// Adds the next bytes; false once the text is not understood.
   bool Add(std::string_view bytes);
 
-  /// What the whole text tells.
+  /// Returns the contents of the whole text.
   Checksums Finish();
 
  private:
@@ -57,16 +55,16 @@ class ChecksumReader {
 
   std::string origName_;
   bool atStart_ = true;
-  std::string line_;  ///< The beginning of a line whose end is to come.
+  std::string line_;  ///< The start of an incomplete line.
   std::vector<Digest> digests_;
-  std::vector<bool> told_;  ///< Of which pieces.
-  std::size_t count_ = 0;   ///< Of pieces told.
+  std::vector<bool> known_;  ///< True for each piece with a digest.
+  std::size_t count_ = 0;    ///< The number of pieces with a digest.
   std::optional<Digest> ofWhole_;
   bool understood_ = true;
 };
 
-/// Reads the checksum file of the split of `origName` in `folder`, unless it is longer than any
-/// such file. Follows no link. Throws FileError where it is a file that cannot be read.
+/// Reads the checksum file of the split of `origName` in `folder`, up to 32 MiB. Follows no link.
+/// Throws FileError if it cannot be read.
 Checksums ReadChecksumFile(const std::filesystem::path& folder, std::string_view origName);
 
 }  // namespace slyver

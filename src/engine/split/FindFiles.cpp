@@ -19,11 +19,10 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds progressInterval{100};
 
-/// How many levels of folders are held open. Below them the names of subfolders are noted, since
-/// open folders are few.
+/// The most folders open at once. Below that depth, names of subfolders are stored.
 constexpr int openLevels = 64;
 
-/// What the names of folders begin with in which jobs gather new pieces and put earlier ones aside.
+/// The prefix of the staging folders of jobs.
 constexpr std::string_view ownFolders = ".slyver-";
 
 struct Search {
@@ -33,18 +32,18 @@ struct Search {
   const FoundFile& found;
   FindCounts counts = {};
   std::uint64_t names = 0;
-  Clock::time_point told = Clock::now();
+  Clock::time_point reported = Clock::now();
 
   void CountName() {
     ++names;
     const Clock::time_point now = Clock::now();
-    if (now - told < progressInterval) return;
-    told = now;
+    if (now - reported < progressInterval) return;
+    reported = now;
     if (!ui.GoOn()) throw Cancelled{};
     ui.SetProgress({.bar = "PB1", .searched = names});
   }
 
-  /// Returns the error with which the listing of the folder `below` itself ended, if any.
+  /// Searches the folder `below`. Returns the error of listing that folder itself, if any.
   std::error_code LookInto(const fs::path& below, int level) {
     std::vector<std::string> later;
     const auto look = [&](const std::string& name, EntryKind kind) {

@@ -1,12 +1,12 @@
 #include "engine/split/JoinM.h"
 
-#include <limits>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "engine/base/FileError.h"
+#include "engine/base/Numbers.h"
 #include "engine/base/PathText.h"
 #include "engine/base/Workers.h"
 #include "engine/disk/Disk.h"
@@ -25,12 +25,11 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::string_view scratchName = "temprrr";
-constexpr std::size_t mostPieces = std::numeric_limits<std::int16_t>::max();
 constexpr std::string_view pieceFilter = "Sly File (*.Sly)|*.Sly;|";
 
-/// The plan of a join into `target`. The states of the pieces are those of one split: whoever
-/// replaces the pieces meanwhile replaces the first one too, with which the copy begins. Nobody may
-/// read the joined file who may not read all pieces. Throws FileError, and Cancelled.
+/// Plans the join into `target`, readable only for people who may read all pieces. The states are
+/// of one split: a program that replaces the pieces meanwhile also replaces the first one, which is
+/// copied first. Throws FileError and Cancelled.
 CopyPlan PlanOf(const Pieces& pieces, const fs::path& target, Ui& ui) {
   CopyPlan plan;
   plan.names = {target.parent_path(), PathText(target.filename()), "", 0};
@@ -51,8 +50,8 @@ CopyPlan PlanOf(const Pieces& pieces, const fs::path& target, Ui& ui) {
   return plan;
 }
 
-/// The number of the first piece whose size is not that of one split: all are alike but the last,
-/// which is not larger. 0 when there is none.
+/// Returns the number of the first piece with an odd size, or 0. All have the same size but the
+/// last, which may be smaller.
 std::size_t OddPiece(const std::vector<ByteRange>& pieces) {
   const std::uint64_t common = pieces.front().length;
   for (std::size_t i = 1; i + 1 < pieces.size(); ++i)
@@ -73,7 +72,7 @@ bool JoinAnyway(const std::string& although, Ui& ui) {
   return AskYesNo(ui, although + " Do You Want To Join Them Anyway?", Stakes::Unproven);
 }
 
-/// One join, from what was found to the joined file.
+/// One join of the pieces found.
 class Joining {
  public:
   Joining(Pieces pieces, const fs::path& folder, const std::string& OrigName, JoinedFile& joined,
@@ -89,7 +88,7 @@ class Joining {
       return Ending::Failed;
     joined_.pieces = pieces_.Count();
     joined_.lastPiece = pieces_.NameOf(pieces_.Count());
-    if (joined_.pieces > mostPieces) throw OverflowError();
+    if (joined_.pieces > maxCount) throw OverflowError();
     plan_ = PlanOf(pieces_, joined_.path, ui_);
     plan_.expected = std::move(checksums_.digests);
     plan_.flush = then == PiecesThen::Delete;
@@ -109,7 +108,7 @@ class Joining {
            pieces_.Missing(pieces_.Count() + 1, ui_);
   }
 
-  /// Asks where it cannot be proven that these are the pieces.
+  /// Asks if the pieces may not be those of one split; false if the user declines.
   bool MayBegin(PiecesThen then) {
     if (joined_.checked) return true;
     const std::vector<std::size_t> below = pieces_.BelowFrom(plan_.expected.size());
@@ -133,7 +132,7 @@ class Joining {
            AskYesNo(ui_, "The Pieces Cannot Be Verified. Delete Them Anyway?", Stakes::Unproven);
   }
 
-  /// Joins, and where pieces are damaged once more if the user wants that.
+  /// Joins. If pieces are damaged, asks and joins again without checking.
   Ending Join(bool replace) {
     const JoinResult result = JoinInScratch(replace);
     if (result.damaged.empty()) return result.ranges < 1 ? Ending::Failed : Ending::Joined;
@@ -152,7 +151,7 @@ class Joining {
     return Ending::Joined;
   }
 
-  /// True if Copy() has found the bytes of all ranges together wrong, of which each may be sound.
+  /// True if Copy() has reported the digest of all ranges together.
   bool IsWhole(const std::vector<std::size_t>& damaged) const {
     return damaged.front() == plan_.ranges.size();
   }
@@ -165,7 +164,7 @@ class Joining {
                 : " And " + std::to_string(ranges.size() - 1) + " More Are Damaged.");
   }
 
-  /// Holds the work folder no longer than the copy takes.
+  /// Joins with the work folder locked.
   JoinResult JoinInScratch(bool replace) {
     const ScratchFolder scratch(joined_.path.parent_path() / scratchName);
     if (!joined_.damaged) ui_.ShowProgressForm("Joining Files");
@@ -176,8 +175,8 @@ class Joining {
     return JoinFolder(plan_, replace, ui_, watch);
   }
 
-  /// The list goes first and piece 1 next: where either stands, all pieces stand. What is no longer
-  /// the file that was joined stays, and so do those that would come after it.
+  /// Deletes the list first and piece 1 next: if either exists, all pieces exist. Stops at a file
+  /// that has changed since.
   void DeletePieces() {
     if (joined_.damaged) {
       ui_.Message("The Pieces Stay, Since Some Are Damaged.", Icon::None);
@@ -187,7 +186,7 @@ class Joining {
       // If one cannot be deleted, all stay, and the list with them.
       for (std::uint32_t i = 0; i < plan_.ranges.size(); ++i)
         RequireReplaceable(plan_.sources.Path(i));
-      // A folder of its own may be new.
+      // The folders above the joined file may be new.
       const fs::path own = joined_.path.parent_path();
       for (fs::path f = own; own != list_.parent_path() && f != f.parent_path();
            f = f.parent_path())
@@ -205,7 +204,7 @@ class Joining {
     });
   }
 
-  /// Deletes the file that was read.
+  /// Deletes a file. Throws FileError if it is no longer in `state`.
   static void Delete(const fs::path& path, const FileState& state) {
     if (StateOf(path) != state) throw FileError(path, fileWasChanged);
     if (const std::error_code error = RemoveFile(path)) throw FileError(path, error);
@@ -219,7 +218,7 @@ class Joining {
   Ui& ui_;
 };
 
-/// The join up to its final message.
+/// Joins up to the final message.
 Ending Join(const fs::path& FullPath, const std::string& OrigName, JoinedFile& joined, Ui& ui,
             PiecesThen then) {
   const std::string PieceName = PathText(FullPath.filename());
@@ -237,7 +236,7 @@ Ending Join(const fs::path& FullPath, const std::string& OrigName, JoinedFile& j
   if (replace &&
       !AskYesNo(ui, OrigName + " Already Exists. Do You Want To Replace It?", Stakes::Replaces))
     return Ending::Declined;
-  // Whether the file can be made at all is better known before the search.
+  // A search may take long, so try to create the file before it.
   (void)TargetFile(joined.path, replace ? Existing::ReplaceScratch : Existing::Keep);
   const fs::path folder = FullPath.parent_path();
   return Joining(Pieces(folder, OrigName, ui), folder, OrigName, joined, ui)
@@ -268,7 +267,7 @@ JoinResult JoinFolder(CopyPlan& joined, bool overwrite, Ui& ui, const Watch& wat
     return {};
   }
   return ShowingErrors(ui, {}, [&]() -> JoinResult {
-    if (joined.ranges.size() > mostPieces) throw OverflowError();
+    if (joined.ranges.size() > maxCount) throw OverflowError();
     joined.existing = overwrite ? Existing::Replace : Existing::Keep;
     const std::vector<std::size_t> damaged = Copy(joined, watch);
     return {static_cast<std::int16_t>(damaged.empty() ? joined.ranges.size() : 0), damaged};

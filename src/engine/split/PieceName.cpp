@@ -1,8 +1,7 @@
 #include "engine/split/PieceName.h"
 
-#include <charconv>
-
 #include "engine/base/Ascii.h"
+#include "engine/base/Numbers.h"
 
 namespace slyver {
 
@@ -32,10 +31,7 @@ int PieceNumberOf(std::string_view fileName, std::string_view origName) {
   if (!number.starts_with(origName)) return 0;
   number.remove_prefix(origName.size());
   if (number.size() < 2 || number.size() > 6 || number[0] != '.' || number[1] == '0') return 0;
-  int value = 0;
-  const char* const end = number.data() + number.size();
-  const auto [stop, error] = std::from_chars(number.data() + 1, end, value);
-  return error == std::errc{} && stop == end && value > 0 ? value : 0;
+  return static_cast<int>(NumberIn<unsigned>(number.substr(1)).value_or(0));
 }
 
 }  // namespace slyver

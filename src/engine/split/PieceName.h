@@ -6,16 +6,16 @@
 
 namespace slyver {
 
-/// The name of piece `number` (1-based) of a file named `name`: name + "." + number + ".sly", the
-/// number in plain decimal without leading zeros.
+/// Returns the name of piece `number` (from 1) of the file `name`: name + "." + number + ".sly",
+/// without leading zeros.
 std::string PieceNameOf(std::string_view name, int number);
 
-/// The name of the file that a piece belongs to: `pieceName` without its final "." + number +
-/// ".sly", where a number may have one to six characters. Nothing when `pieceName` does not end so.
+/// Returns the name of the file that was split: `pieceName` without "." + number + ".sly", the
+/// number of one to six characters. `nullopt` if it does not end so.
 std::optional<std::string> OrigNameOf(std::string_view pieceName);
 
-/// The number of a piece of the file `origName`: 1 to 99999, or 0 when `fileName` is not the name
-/// of one. The letters of ".sly" may be of either case.
+/// Returns the number of a piece of the file `origName`, 1 to 99999; 0 if `fileName` is not one.
+/// Ignores the case of ".sly".
 int PieceNumberOf(std::string_view fileName, std::string_view origName);
 
 }  // namespace slyver

@@ -114,7 +114,7 @@ bool Pieces::AreWhole(std::size_t chosen, Ui& ui) const {
   if (!AreSingle(ui)) return false;
   if (Count() < 2) return Missing(Count() + 1, ui);
   if (chosen > Count()) return Missing(chosen, ui);
-  // A link that leads nowhere, say, would be taken for the end of the pieces.
+  // A dangling link, for example, is not the end of the pieces.
   const fs::path next = PathFromText(folder_ + NameOf(Count() + 1));
   return !NameIsTaken(next) || Missing(Count() + 1, ui);
 }

@@ -1,35 +1,26 @@
 #include "engine/split/SizeArithmetic.h"
 
-#include <charconv>
 #include <cmath>
-#include <system_error>
+
+#include "engine/base/Numbers.h"
 
 namespace slyver {
 
 namespace {
-
-template <typename Number>
-std::optional<Number> Parsed(std::string_view text) {
-  Number value{};
-  const char* const end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, value);
-  if (error != std::errc{} || stop != end) return std::nullopt;
-  return value;
-}
 
 std::string_view WithoutFinalPoint(std::string_view text) {
   if (text.ends_with('.')) text.remove_suffix(1);
   return text;
 }
 
-/// `length` divided by the number in `text`, rounded up to a whole number. Nothing when the text is
-/// no number above 0 and below `length`. Whole numbers, the rule, are divided exactly.
+/// Returns `length` divided by the number in `text`, rounded up; `nullopt` unless the number is
+/// above 0 and below `length`. Whole numbers are divided exactly.
 std::optional<std::uint64_t> QuotientRoundedUp(std::uint64_t length, std::string_view text) {
-  if (const auto whole = Parsed<std::uint64_t>(text)) {
+  if (const auto whole = NumberIn<std::uint64_t>(text)) {
     if (*whole == 0 || *whole >= length) return std::nullopt;
     return length / *whole + (length % *whole > 0 ? 1 : 0);
   }
-  const auto number = Parsed<double>(text);
+  const auto number = NumberIn<double>(text);
   const auto dividend = static_cast<double>(length);
   if (!number || !(*number >= 1) || *number >= dividend) return std::nullopt;
   return static_cast<std::uint64_t>(std::ceil(dividend / *number));
@@ -62,8 +53,8 @@ FieldChange CountFromSize(std::string_view size, std::uint64_t length) {
 
 std::optional<std::uint64_t> WholeBytes(std::string_view text) {
   text = WithoutFinalPoint(text);
-  if (const auto whole = Parsed<std::uint64_t>(text)) return whole;
-  const auto number = Parsed<double>(text);
+  if (const auto whole = NumberIn<std::uint64_t>(text)) return whole;
+  const auto number = NumberIn<double>(text);
   constexpr double beyond = 18446744073709551616.0;
   if (!number || !(*number >= 0)) return std::nullopt;
   const double rounded = std::nearbyint(*number);

@@ -17,8 +17,7 @@ void End(Ui& ui) {
   ui.EndProgram();
 }
 
-/// The piece size that the form asks for, in bytes. Nothing when it asks for none; then that has
-/// been said.
+/// Returns the form's piece size in bytes; `nullopt` if it has none, which is shown.
 std::optional<std::uint64_t> SizeAskedFor(const SplitForm& form, Ui& ui) {
   if (!form.Option2) return predefinedSize;
   if (form.Text3.empty()) {
@@ -30,8 +29,8 @@ std::optional<std::uint64_t> SizeAskedFor(const SplitForm& form, Ui& ui) {
   return size;
 }
 
-/// Throws FileError where something on the way to a folder that is missing is none, or cannot be
-/// looked at.
+/// Throws FileError if a missing folder's path leads through something that is not a folder or
+/// cannot be looked at.
 void RequireFoldersAbove(const std::filesystem::path& folder) {
   for (std::filesystem::path path = folder; !FolderExists(path); path = path.parent_path()) {
     if (path.has_filename() && NameIsTaken(path))
@@ -66,7 +65,7 @@ std::int16_t SlyIt(SplitForm& form, Ui& ui, AfterFailure afterFailure) {
   const std::optional<std::uint64_t> size = SizeAskedFor(form, ui);
   if (!size) return 0;
 
-  // The look is at the source's own folder, wherever the pieces are to go.
+  // Piece 1 next to the source counts, whatever the output folder.
   const std::optional<bool> taken = ShowingErrors(ui, {}, [&]() -> std::optional<bool> {
     return NameIsTaken(PathFromText(PieceNameOf(PathText(form.Text1), 1)));
   });

@@ -1,11 +1,11 @@
 #include "engine/split/SplitM.h"
 
 #include <algorithm>
-#include <limits>
 #include <stdexcept>
 
 #include "engine/base/FileError.h"
 #include "engine/base/Gcrypt.h"
+#include "engine/base/Numbers.h"
 #include "engine/base/PathText.h"
 #include "engine/bytes/Copy.h"
 #include "engine/bytes/TargetSet.h"
@@ -20,18 +20,17 @@ namespace slyver {
 
 namespace {
 
-/// How many pieces of `size` bytes `length` bytes make.
+/// Returns how many pieces of `size` bytes `length` bytes make. Throws Error for a size of 0.
 std::uint64_t CountPieces(std::uint64_t length, std::uint64_t size) {
   if (size == 0) throw Error("The Piece Size Must Be At Least 1 Byte.");
   return length / size + (length % size > 0 ? 1 : 0);
 }
 
-/// A number of pieces as the 16-bit count that it is told by. Throws OverflowError past 32767,
-/// unless only one of them is written.
+/// Returns a number of pieces as a 16-bit count, at most maxCount. Throws OverflowError for more,
+/// unless `onlyOne` is written.
 std::int16_t Count16(std::uint64_t count, bool onlyOne) {
-  constexpr std::uint64_t most = std::numeric_limits<std::int16_t>::max();
-  if (count > most && !onlyOne) throw OverflowError();
-  return static_cast<std::int16_t>(std::min(count, most));
+  if (count > maxCount && !onlyOne) throw OverflowError();
+  return static_cast<std::int16_t>(std::min<std::uint64_t>(count, maxCount));
 }
 
 std::string ZeroPerDigit(std::uint64_t count) {
@@ -40,8 +39,7 @@ std::string ZeroPerDigit(std::uint64_t count) {
   return mask;
 }
 
-/// Adds a target that holds `length` bytes of the plan's only source from `offset` on, or what the
-/// source has of them.
+/// Adds a target with `length` bytes of the only source from `offset` on, or fewer at its end.
 void AddPiece(CopyPlan& plan, std::uint64_t offset, std::uint64_t length) {
   const std::uint64_t all = plan.sources.State(0).length;
   plan.ranges.push_back({0, offset, std::min(length, all - offset)});
@@ -61,8 +59,8 @@ void AddPieces(CopyPlan& plan, std::uint64_t size, std::uint64_t count,
   }
 }
 
-/// Takes the bar from `value` to `end` in `count` steps, one for each piece begun; a bar that
-/// stands higher already stays.
+/// Returns a watch that moves the bar from `value` to `end` in `count` steps, one for each piece,
+/// and never back.
 Watch StepsTo(double end, std::uint64_t count, Ui& ui, std::string_view bar, double value) {
   const double step = end / static_cast<double>(count);
   return StepProgress(ui, bar, value, [end, step](double now, std::size_t) {
@@ -70,7 +68,7 @@ Watch StepsTo(double end, std::uint64_t count, Ui& ui, std::string_view bar, dou
   });
 }
 
-/// The steps of a look at a trailer, whose bytes are not the job's.
+/// Returns a watch for reading a trailer, whose bytes are not counted.
 Watch WithoutBytes(const Watch& watch) {
   return [watch](CopyProgress progress) {
     progress.bytesDone = progress.bytesTotal = 0;
@@ -78,8 +76,8 @@ Watch WithoutBytes(const Watch& watch) {
   };
 }
 
-/// The number of a file in the set of the pieces of `name`. Its checksum file belongs to the set if
-/// it is one of pieces: under that name there may as well be one of the file itself.
+/// Returns the number of a file in the set of the pieces of `name`. The checksum file belongs to
+/// the set unless it is for the whole file.
 int NumberInSet(const std::filesystem::path& folder, const std::string& fileName,
                 const std::string& name) {
   if (fileName != ChecksumNameOf(name)) return PieceNumberOf(fileName, name);
@@ -87,7 +85,7 @@ int NumberInSet(const std::filesystem::path& folder, const std::string& fileName
   return checksums.kind == Checksums::Kind::Understood ? CopyPlan::numberOfList : 0;
 }
 
-/// Whether an earlier set is in the folder. Throws FileError when it cannot be listed.
+/// True if the folder contains an earlier set. Throws FileError if it cannot be listed.
 bool HoldsPieces(const CopyPlan& plan) {
   bool holds = false;
   const std::error_code error =
@@ -123,7 +121,7 @@ SplitResult SplitFile(const std::filesystem::path& source, std::uint64_t pieceSi
     plan.names = {options.outputFolder, name + ".", "", 1};
     if (options.forRecovery) {
       plan.names.width = mask.size();
-      // What was encrypted was meant for nobody else.
+      // Decrypted files are for this user alone.
       plan.rights = options.cipher ? Rights{0600} : WithoutExecute(state.rights);
       plan.existing = Existing::ReplaceScratch;
       plan.cipher = options.cipher;

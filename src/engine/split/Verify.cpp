@@ -23,13 +23,13 @@ namespace {
 
 constexpr std::size_t bufferSize = std::size_t{128} * 1024;
 
-/// One look at the pieces of a split.
+/// Verifies the pieces of one split.
 class Verification {
  public:
   Verification(const Pieces& pieces, std::size_t count, Ui& ui)
       : pieces_(pieces), ui_(ui), states_(count, PieceState::Ok), lengths_(count) {}
 
-  /// Puts what it finds into `verified`.
+  /// Writes the results to `verified` and shows errors.
   void Run(const Checksums& checksums, Verified& verified) {
     LookAtNumbers();
     if (!checksums.digests.empty())
@@ -56,8 +56,8 @@ class Verification {
     bytesTotal_ = std::accumulate(lengths_.begin(), lengths_.end(), std::uint64_t{0});
   }
 
-  /// All pieces are as long as the first one; the last one may be shorter. Those in subfolders may
-  /// be of another set.
+  /// Compares lengths: all pieces are as long as the first, the last may be shorter. Pieces in
+  /// subfolders may be of another set, so they are not checked.
   void CompareSizes() {
     for (std::size_t i = 1; i < states_.size(); ++i) {
       const bool isLast = i + 1 == states_.size();
@@ -70,7 +70,6 @@ class Verification {
   }
 
   void CompareBytes(const std::vector<Digest>& digests) {
-    // Each piece is read by one thread; the next piece by whichever is free.
     ReadAll(2, [&](std::size_t i, const Tick& between) {
       Sha256 sha256;
       Read(i + 1, sha256, between);
@@ -78,7 +77,7 @@ class Verification {
     });
   }
 
-  /// Nothing is known of a single piece, unless it cannot be read.
+  /// Compares the digest of all pieces together. Single pieces are not checked, only read.
   PieceState CompareWhole(const Digest& digest) {
     Sha256 sha256;
     ReadAll(1, [&](std::size_t i, const Tick& between) {
@@ -125,7 +124,7 @@ class Verification {
     file.ThrowIfChanged();
   }
 
-  /// Does something with a piece; where that fails, the piece is damaged, and the cause is noted.
+  /// Calls `look` for a piece. On an exception the piece is damaged; keeps the cause.
   template <typename Look>
   void LookAt(std::size_t number, const Look& look) EXCLUDES(mutex_) {
     try {
@@ -139,7 +138,7 @@ class Verification {
 
   const Pieces& pieces_;
   Ui& ui_;
-  std::vector<PieceState> states_;  ///< Each is written by the thread that looks at the piece.
+  std::vector<PieceState> states_;  ///< Each is written by one thread.
   std::vector<std::uint64_t> lengths_;
   std::uint64_t bytesTotal_ = 0;
   std::atomic<std::uint64_t> bytesDone_ = 0;
@@ -148,8 +147,7 @@ class Verification {
   std::map<std::size_t, std::string> causes_ GUARDED_BY(mutex_);
 };
 
-/// How many pieces there are to be: as many as the list has, or as are there; but two at least, and
-/// the one that the user has named.
+/// Returns the number of pieces expected: the list's, or the highest found or chosen, at least 2.
 std::size_t PieceCount(const Checksums& checksums, const Pieces& pieces, int chosen) {
   if (!checksums.digests.empty()) return checksums.digests.size();
   return std::max({std::size_t{2}, pieces.Count(), static_cast<std::size_t>(chosen)});
