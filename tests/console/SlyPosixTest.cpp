@@ -27,8 +27,7 @@ namespace fs = std::filesystem;
 #define NO_PASSWORD \
   "Enter Password : (Nobody is at the terminal; --password-file names a file with it.)\n"
 #define UNCHECKED "There Is No Checksum File Of The Pieces. Their Bytes Were Not Checked.\n"
-#define SAME \
-  "The Passphrase Is The Password Of The List, Which Anyone Can Find Out. Choose Another One.\n"
+#define SAME "The Passphrase Is The List's Password, Which Is Not Secret. Choose Another One.\n"
 #define NOT_ITS_PASSWORD "Incorrect Password. Unable To Recover File.\n"
 #define LIST "0\t7\ta.bin\n1\t3000\tb.bin\n2\t1\tc.bin\n3\t25\td.bin\n4\t5000\te.bin\n5\t6\tf.bin\n"
 
@@ -284,7 +283,7 @@ constexpr Case scripts[] = {
      "@/TempRRR Holds Other Files. Move Them Away.\nUnable To Recover File.\n"
      "@/TempRRR Holds Other Files. Move Them Away.\nUnable To Recover File.\n"},
     {"printf 'PK\\3\\4....' >z; $SLY hide -q $P z a.bin; rm z", 0, "@/Hidden File z\n",
-     "z: The New File May Not Open, As Its Format (ZIP) Takes Nothing Behind Its End.\n"},
+     "z: The New File May Not Open: ZIP Allows No Data After Its End.\n"},
     // Encrypted files. A list that is open to everyone needs no password.
     {"c='Hidden File m.png'; echo p >pp; PP='--passphrase-file pp'; echo plain >t;"
      "$SLY hide -q -e $PP m.png t; $SLY list \"$c\"; grep -ac plain \"$c\";"

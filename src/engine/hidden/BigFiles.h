@@ -4,11 +4,10 @@
 
 namespace slyver {
 
-/// Whether the user is asked before work with a file that is quite big: the desktop asks, the
-/// terminal does not.
+/// Asks before work with a quite big file, as the desktop does, or not, as the terminal does.
 enum class BigFiles { Ask, Take };
 
-/// A file of more bytes than this is quite big.
+/// A file with more bytes is quite big.
 inline constexpr std::uint64_t quiteBig = 10'000'000;
 
 }  // namespace slyver

@@ -1,9 +1,9 @@
 #include "engine/hidden/Carrier.h"
 
 #include <algorithm>
-#include <charconv>
 
 #include "engine/base/FileError.h"
+#include "engine/base/Numbers.h"
 #include "engine/base/PathText.h"
 #include "engine/base/Text8.h"
 #include "engine/disk/Files.h"
@@ -14,17 +14,14 @@ namespace slyver {
 
 namespace {
 
-/// A length: decimal digits only, 1 to 64 bits.
+/// Returns the decimal number above 0 that is all of `text`, or `nullopt`.
 std::optional<std::uint64_t> PositiveDecimal(std::string_view text) {
-  std::uint64_t value = 0;
-  const char* const end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, value);
-  if (error != std::errc{} || stop != end || value == 0) return std::nullopt;
-  return value;
+  const auto value = NumberIn<std::uint64_t>(text);
+  return value == 0U ? std::nullopt : value;
 }
 
-/// Characters that are in no bare file name. The codes from \x81 on are those that the code page
-/// leaves to control characters; a terminal may obey them.
+/// True if `c` is in no bare file name. The codes from \x81 on are control characters, which a
+/// terminal may obey.
 bool IsRefused(char c) {
   static constexpr std::string_view refused = "/\\\x7F\x81\x8D\x8F\x90\x9D";
   return (c >= '\0' && c < ' ') || refused.find(c) != std::string_view::npos;

@@ -3,11 +3,13 @@
 #include <cstdint>
 #include <stdexcept>
 
+#include "engine/base/Numbers.h"
+
 namespace slyver {
 
 namespace {
 
-/// Hands out the key's bytes, again and again from the first.
+/// Returns the key's bytes over and over.
 class KeyStream {
  public:
   explicit KeyStream(std::string_view password) {
@@ -26,19 +28,11 @@ class KeyStream {
   std::size_t next_ = 0;
 };
 
-/// The value of a hexadecimal digit, or -1.
-int DigitValue(char digit) {
-  if (digit >= '0' && digit <= '9') return digit - '0';
-  if (digit >= 'A' && digit <= 'F') return digit - 'A' + 10;
-  if (digit >= 'a' && digit <= 'f') return digit - 'a' + 10;
-  return -1;
-}
-
-/// The number that the text begins with, 0 when it begins with none.
+/// Returns the number that the text begins with, or 0.
 unsigned LeadingHexadecimal(std::string_view text) {
   unsigned value = 0;
   for (const char c : text) {
-    const int digit = DigitValue(c);
+    const int digit = HexValue(c);
     if (digit < 0) break;
     value = value * 16 + static_cast<unsigned>(digit);
   }
@@ -48,14 +42,11 @@ unsigned LeadingHexadecimal(std::string_view text) {
 }  // namespace
 
 std::string EncryptText(std::string_view text, std::string_view password) {
-  static constexpr std::string_view digits = "0123456789ABCDEF";
   KeyStream key(password);
   std::string result;
-  for (const char c : text) {
-    const unsigned code = static_cast<std::uint8_t>(c) ^ unsigned { key.Next() };
-    result += digits[code / 16];
-    result += digits[code % 16];
-  }
+  for (const char c : text)
+    AppendHex(result, static_cast<std::uint8_t>(static_cast<std::uint8_t>(c) ^ key.Next()),
+              upperHex);
   return result;
 }
 

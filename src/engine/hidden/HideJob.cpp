@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <exception>
-#include <limits>
 #include <utility>
 
 #include "engine/base/FileError.h"
 #include "engine/base/Gcrypt.h"
+#include "engine/base/Numbers.h"
 #include "engine/base/PathText.h"
 #include "engine/base/Text8.h"
 #include "engine/disk/Attributes.h"
@@ -38,7 +38,7 @@ constexpr std::array<std::string_view, 4> statusKeys = {"DONE", "DONE2", "DONE3"
 constexpr std::array<std::string_view, 10> refusedEndings = {"txt",  "ini", "inf", "doc", "log",
                                                              "html", "htm", "php", "rtf", "dot"};
 
-/// The first bytes of formats that are read from their end or take nothing behind it.
+/// Formats that are read from their end or allow no data after it.
 struct Format {
   std::string_view firstBytes;
   const char* name;
@@ -60,14 +60,13 @@ std::string NoDataText(const fs::path& path) {
   return "File " + PathText(path) + " Does Not Contain Any Data In It. Unable To Hide File.";
 }
 
-/// The directory tells of lengths that must still be true when the bytes are copied, and an
-/// addition of the old directory.
+/// Throws FileError if a file has changed: the new directory has its length.
 void RequireState(const fs::path& path, const FileState& state) {
   if (StateOf(path) != state)
     throw FileError(path, "The file was changed while it was being hidden");
 }
 
-/// Whether a file can be begun under a name: nothing bears it, nor is another job writing it.
+/// True if a file can be created at `path`: it does not exist, and no other job is writing it.
 bool CanBegin(const fs::path& path) {
   if (NameIsTaken(path)) return false;
   try {
@@ -79,20 +78,20 @@ bool CanBegin(const fs::path& path) {
   }
 }
 
-/// The name that a file's record has, but for the ending of an encrypted one.
+/// Returns the name for a file's record, without the extension of an encrypted one.
 std::string RecordName(const fs::path& hidden, bool encrypt) {
   return StoredName(NameOf(hidden), maxNameLength - (encrypt ? encryptedEnding.size() : 0));
 }
 
 constexpr std::string_view sameAsList =
-    "The Passphrase Is The Password Of The List, Which Anyone Can Find Out. Choose Another One.";
+    "The Passphrase Is The List's Password, Which Is Not Secret. Choose Another One.";
 constexpr std::string_view incorrect = "Incorrect Password.";
 constexpr std::string_view publicPassword =
     "Everybody Knows This Password, As Lists Without A Password Have It. Choose Another One.";
 constexpr std::string_view noListPassword =
     "A New List Takes No Password Where The File Is Encrypted. Leave The Password Out.";
 
-/// Whether a carrier with so many records takes no more.
+/// True if a carrier with so many records has no room for another.
 bool IsFull(int records) {
   return records >= maxHiddenFiles;
 }
@@ -121,8 +120,8 @@ std::string FormatNote(const fs::path& main) {
   }
   for (const Format& format : closedFormats)
     if (bytes.starts_with(format.firstBytes))
-      return std::string("The New File May Not Open, As Its Format (") + format.name +
-             ") Takes Nothing Behind Its End.";
+      return std::string("The New File May Not Open: ") + format.name +
+             " Allows No Data After Its End.";
   return {};
 }
 
@@ -214,7 +213,6 @@ Next HideJob::PrepareHide() {
     ClearAttributes(form_.Text2);
     if (FileLength(form_.Text1) == 0)
       return Over("An Error Has Occured. Please Try Again.", Icon::Critical);
-    // Stands for the root of the disk, on every system.
     run_.emplace(PrivateFolder() / "slyver-run", WorkFiles{workFiles, workName});
     work_.emplace(run_->Path() / workName, WorkFiles{workFiles});
     added_ = run_->Path() / "3.ini";
@@ -224,7 +222,7 @@ Next HideJob::PrepareHide() {
     options.folder = work_->Path();
     options.SmallTailChunks = main_.length < 2 * directoryLength;
     options.TrailerSize = directoryLength;
-    options.only = 2;  // The first chunk is read where it lies.
+    options.only = 2;  // The first chunk is read from the main file.
     options.state = main_;
     const ChunkResult cut = ChunkToTemp(form_.Text1, main_.length - directoryLength, options, ui_);
     if (cut.chunks < 1) return Unable();
@@ -271,7 +269,7 @@ void HideJob::RequireFilled(const Directory& directory, std::string_view passwor
     throw FileError(form_.Text1, "The list of the files hidden in it is damaged");
 }
 
-/// The new record. A file to encrypt is begun.
+/// Returns the new record; creates the beginning of an encrypted file.
 Record HideJob::HiddenRecord() {
   const std::string name = RecordName(form_.Text2, form_.encrypt);
   if (!form_.encrypt) return {name, std::to_string(hidden_.length)};
@@ -282,7 +280,7 @@ Record HideJob::HiddenRecord() {
           std::to_string(sealed_.beginning.size() + sealed_.cipher->TargetLength(hidden_.length))};
 }
 
-/// Writes the new directory: of a first hide, or of an addition to `old`.
+/// Writes the new directory: of a first hide if `old` is null, otherwise of an addition.
 Next HideJob::StageHideFiles(const Directory* old) {
   if (old == nullptr && form_.encrypt && form_.last && !form_.last->Text().empty())
     return Over(noListPassword, Icon::Information);
@@ -301,7 +299,7 @@ Next HideJob::StageHideFiles(const Directory* old) {
   return Next::GoOn;
 }
 
-/// Whether the directory that is to be carried has all its values.
+/// True if the new directory has all its values.
 bool HideJob::DirectoryIsWritten() const {
   const fs::path directory = InWork("3.ini");
   if (NameIsTaken(added_)) {
@@ -319,6 +317,7 @@ Next HideJob::CheckIni() {
   } catch (const std::exception&) {
     complete = false;  // The next tick tries again.
   }
+  // The profile calls report no errors, so read each status back.
   for (const std::string_view key : statusKeys) {
     if (complete) (void)WriteIniValue(InWork("4.ini"), statusSection, key, key);
     complete = complete && ReadIniValue(InWork("4.ini"), statusSection, key, "") == key;
@@ -371,7 +370,7 @@ std::optional<fs::path> HideJob::DoAll() {
 
 fs::path HideJob::OutputPath() const {
   const fs::path folder = form_.output.empty() ? form_.Text1.parent_path() : form_.output;
-  for (int n = 0; n <= std::numeric_limits<std::int16_t>::max(); ++n) {
+  for (int n = 0; n <= maxCount; ++n) {
     const std::string mark = n == 0 ? std::string{} : "[" + std::to_string(n) + "] ";
     fs::path path = folder / PathFromText(mark + "Hidden File " + NameOf(form_.Text1));
     if (CanBegin(path)) return path;
@@ -388,8 +387,7 @@ Next HideJob::Back(std::string_view message) {
   return Next::Form;
 }
 
-/// Removes the work folders, shows the message, unless it is empty, and asks for the end of the
-/// program.
+/// Deletes the work folders, shows the message unless it is empty, and ends the program.
 Next HideJob::Over(std::string_view message, Icon icon) {
   work_.reset();
   run_.reset();

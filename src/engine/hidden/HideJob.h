@@ -17,64 +17,62 @@
 
 namespace slyver {
 
-/// What the hide form holds, by the names of its controls. All text is UTF-8.
+/// The values of the hide form, by the names of its controls. All text is UTF-8.
 struct HideForm {
   std::filesystem::path Text1;  ///< The main file.
   std::filesystem::path Text2;  ///< The file to hide.
-  Secret Text3;                 ///< The password, empty for an open list; or the passphrase where
-  Secret Text4;                 ///< the file is encrypted. And again.
-  std::filesystem::path output =
-      {};                ///< The folder for the carrier; that of the main file when empty.
-  bool encrypt = false;  ///< "Encrypt The File".
-  std::optional<Secret> last = {};  ///< The password of the last file; asked for when not given.
+  Secret Text3;  ///< The password, empty for an open list; with `encrypt` the passphrase.
+  Secret Text4;  ///< Text3 again.
+  std::filesystem::path output = {};  ///< The folder for the carrier; the main file's if empty.
+  bool encrypt = false;               ///< "Encrypt The File".
+  std::optional<Secret> last = {};    ///< The password of the last file; `nullopt` to ask.
 };
 
-/// The name under which a file to hide, encrypted or not, will come back, in a sentence. Empty when
-/// it is its own.
+/// Returns a note about the name that a hidden file will be recovered with; empty if it is the
+/// same.
 std::string NameNote(const std::filesystem::path& hidden, bool encrypt = false);
 
-/// Says that the carrier may not open as the main file does: its format, which its first bytes
-/// tell, is read from its end or takes nothing behind it. Empty for any other file, and for one
-/// that cannot be read.
+/// Returns a note that the carrier may not open, if the main file's format allows no data after its
+/// end. Empty for other formats, and for a file that cannot be read.
 std::string FormatNote(const std::filesystem::path& main);
 
-/// "Hide": puts a file into a main file, as a first hide or into a carrier that has room. The
-/// result is a new file beside the main file; the main file and the hidden one are never changed.
+/// Runs "Hide": hides a file in a main file or adds it to a carrier. Writes a new file next to the
+/// main file; does not change the two.
 ///
-/// The steps are called one after the other, each as long as the one before says GoOn: Check,
-/// PrepareHide, CheckIni, DoAll. Each says and asks what it has to through the Ui. Any step throws
-/// Cancelled when the user stops it; the work folders go with the object.
+/// Call Check, PrepareHide, CheckIni and DoAll in order, each if the step before returns GoOn. Each
+/// reports through the Ui, and throws Cancelled if the user stops it. The destructor deletes the
+/// work folders.
 class HideJob {
  public:
-  /// What comes after a step.
+  /// What to do after a step.
   enum class Next {
-    Form,  ///< The user goes back to the form, as Form() has it.
-    Wait,  ///< The same step again, after a while.
-    GoOn,  ///< The next step.
-    Over,  ///< Nothing: the end of the program has been asked for, and the work folders are gone.
+    Form,  ///< Go back to Form().
+    Wait,  ///< Repeat the step after a while.
+    GoOn,  ///< Call the next step.
+    Over,  ///< Nothing: the program ends, and the work folders are deleted.
   };
 
   HideJob(HideForm form, Ui& ui, BigFiles bigFiles);
 
-  /// The checks of the form, in their order.
+  /// Checks the form.
   Next Check();
 
-  /// What can be said without a password: whether the files and the folder for the carrier will do.
-  /// For whoever has the password still to ask for; says why not.
+  /// Checks what needs no password, before one is asked for: the files and the carrier's folder.
+  /// Shows what is wrong.
   bool CheckFiles();
 
-  /// The form as the checks have left it: boxes are emptied where the user is to type anew.
+  /// Returns the form after the checks, which empty boxes to be typed again.
   const HideForm& Form() const { return form_; }
 
-  /// Makes the work folder and writes the new directory; asks what an addition needs.
+  /// Creates the work folder and writes the new directory; asks what an addition needs.
   Next PrepareHide();
 
-  /// One tick of the wait for the directory: GoOn when all its values can be read back. The 80th
-  /// tick without success ends the job.
+  /// Returns GoOn when all values of the directory can be read back. The 80th call without success
+  /// ends the job.
   Next CheckIni();
 
-  /// Pads the directory, joins the carrier and says how it went. Returns the carrier's path, or
-  /// nothing when it could not be made. The job is over.
+  /// Pads the directory, joins the carrier, reports and ends the job. Returns the carrier's path;
+  /// `nullopt` on an error.
   std::optional<std::filesystem::path> DoAll();
 
  private:
@@ -96,17 +94,17 @@ class HideJob {
   HideForm form_;
   Ui& ui_;
   const BigFiles bigFiles_;
-  FileState main_;  ///< Both files as they are checked; they must stay so.
-  FileState hidden_;
-  std::uint64_t mainBytes_ = 0;  ///< What of the main file goes into the carrier.
+  FileState main_;               ///< The main file's state, which must not change.
+  FileState hidden_;             ///< The hidden file's.
+  std::uint64_t mainBytes_ = 0;  ///< The bytes of the main file to copy.
   std::string password_;         ///< Of the list, 8-bit text.
-  NewAgeFile sealed_;            ///< What is hidden instead of the file where it is encrypted.
+  NewAgeFile sealed_;            ///< Encrypts the file, if wanted.
   int index_ = 0;                ///< The new record's.
   int ticks_ = 0;
-  std::optional<ScratchFolder> run_;    ///< Stands for the root of the disk.
-  std::optional<ScratchFolder> work_;   ///< In it, "tempHHH".
-  std::filesystem::path added_;         ///< The directory of an addition while it is written.
-  std::filesystem::path oldDirectory_;  ///< The chunk that holds it; empty for a short main file.
+  std::optional<ScratchFolder> run_;    ///< Replaces the root of the disk.
+  std::optional<ScratchFolder> work_;   ///< "tempHHH" in it.
+  std::filesystem::path added_;         ///< An addition's directory while it is written.
+  std::filesystem::path oldDirectory_;  ///< The old directory's chunk; empty for a short main file.
 };
 
 }  // namespace slyver

@@ -11,7 +11,7 @@ std::optional<std::string> PasswordText8(std::string_view typed, Ui& ui) {
     ui.Message("The Password Has A Character That Cannot Be Used. Choose Another Password.",
                Icon::Information);
   } else if (password->size() > maxNameLength) {
-    ui.Message("A Password Has 24 Characters At Most. Choose A Shorter One.", Icon::Information);
+    ui.Message(std::string(passwordTooLong) + " Choose A Shorter One.", Icon::Information);
     password.reset();
   }
   return password;

@@ -20,9 +20,9 @@ using Next = RecoverJob::Next;
 
 namespace {
 
-/// Thrown where there is nothing to be had from a carrier, or the user is to try again.
+/// Thrown if nothing can be recovered, or the user must try again.
 struct Refusal {
-  std::string_view text;  ///< Empty where all has been said.
+  std::string_view text;  ///< Empty if a message was shown.
   Icon icon = Icon::Information;
   Next next = Next::Over;
 };
@@ -35,11 +35,11 @@ constexpr Refusal noPassword = {"Enter Password.", Icon::Information, Next::Form
 
 constexpr const char* wrongPassphrase = "Incorrect Passphrase.";
 
-/// What the pieces in the work folder are named after.
+/// The base name of the pieces in the work folder.
 constexpr std::string_view pieceTitle = "tempRRR.tmp";
 
-/// Returns the password of a carrier's list as 8-bit text: the one typed, or the public one where
-/// the list is open and none is typed. Throws Refusal.
+/// Returns the password of a carrier's list as 8-bit text: the typed one, or the public one of an
+/// open list. Throws Refusal.
 std::string ListPassword(const fs::path& carrier, std::string_view typed, Ui& ui) {
   const bool open = ListIsOpen(carrier);
   if (open && typed.empty()) return std::string(openPassword);
@@ -62,8 +62,8 @@ std::vector<HiddenFile> FilesOf(const Directory& directory, std::string_view pas
   return std::move(*files);
 }
 
-/// What `work` finds in a carrier of the length that it is given; nothing when the user has been
-/// told why not.
+/// Calls `work` with a carrier's length and returns its result; `nullopt` on an error, which is
+/// shown.
 template <typename Work>
 auto LookInto(const fs::path& carrier, Ui& ui, const Work& work)
     -> std::optional<decltype(work(std::uint64_t{}))> {
@@ -88,7 +88,7 @@ Directory DirectoryOf(const fs::path& carrier, std::uint64_t length) {
 RecoverJob::RecoverJob(RecoverForm form, Ui& ui, BigFiles bigFiles)
     : form_(std::move(form)), ui_(ui), bigFiles_(bigFiles) {}
 
-/// Runs a procedure and ends the job with what it throws; an error is shown.
+/// Runs a procedure; shows an error and ends the job with it.
 template <typename Procedure>
 Next RecoverJob::Guarded(const Procedure& procedure) {
   try {
@@ -103,7 +103,7 @@ Next RecoverJob::Guarded(const Procedure& procedure) {
   }
 }
 
-/// What every procedure begins with.
+/// Checks the form, creates the work folder and shows the progress form, for every procedure.
 void RecoverJob::Preamble() {
   if (form_.Text1.empty()) throw noCarrier;
   carrier_ = StateOf(form_.Text1);
@@ -121,8 +121,7 @@ void RecoverJob::Preamble() {
   ui_.ShowProgressForm("Recovering Files");
 }
 
-/// Cuts the directory out, after which the bar stands at `progress`, and holds the password against
-/// it.
+/// Cuts the directory out, sets the bar to `progress` and checks the password.
 Directory RecoverJob::OpenDirectory(double progress) {
   Preamble();
   if (carrier_.length <= directoryLength) throw unable;
@@ -163,7 +162,7 @@ Next RecoverJob::RecAll() {
   });
 }
 
-/// Recovers the files, none of them when one fails.
+/// Recovers the files, or none if one fails.
 Next RecoverJob::Recover(const std::vector<HiddenFile>& files) {
   std::vector<Contents> contents;
   contents.reserve(files.size());
@@ -184,15 +183,14 @@ Next RecoverJob::Recover(const std::vector<HiddenFile>& files) {
   SetProgress(95);
   SetProgress(100);
   work_.reset();
-  // Without an icon, as no option hides such a message.
+  // No option hides a message without an icon.
   for (const Contents& each : contents)
     if (each.isAge && !each.cipher)
       ui_.Message(each.file.name + " Is Still Encrypted.", Icon::None);
   return Over("File Recovered.", Icon::Information);
 }
 
-/// Finds out whether a hidden file is an encrypted one that is to be decrypted, and asks for what
-/// that takes.
+/// Returns the bytes to write for a hidden file. Asks for a passphrase if it is encrypted.
 RecoverJob::Contents RecoverJob::ContentsOf(const HiddenFile& file) {
   if (form_.raw || !file.name.ends_with(encryptedEnding) || file.name == encryptedEnding)
     return {file};
@@ -211,7 +209,7 @@ RecoverJob::Contents RecoverJob::ContentsOf(const HiddenFile& file) {
       {name, file.offset + header->length, file.length - header->length}, true, std::move(cipher)};
 }
 
-/// Throws Error where a passphrase was given and decrypts none of the files.
+/// Throws Error if a passphrase was given and decrypts none of the files.
 void RecoverJob::RequireDecrypted(const std::vector<Contents>& contents) const {
   const auto isDecrypted = [](const Contents& each) { return each.cipher != nullptr; };
   if (form_.passphrase.Text().empty() || std::any_of(contents.begin(), contents.end(), isDecrypted))
@@ -224,7 +222,7 @@ void RecoverJob::RequireDecrypted(const std::vector<Contents>& contents) const {
   throw Error(file.name + (damaged ? " Is Damaged." : " Is Not Encrypted Under A Passphrase."));
 }
 
-/// Returns what decrypts an encrypted file; null if no passphrase is given or typed.
+/// Returns the cipher that decrypts a file; null if no passphrase is given or typed.
 std::shared_ptr<const RangeCipher> RecoverJob::Unlock(const AgeHeader& header) {
   const auto open = [&] {
     return WorkAside(ui_, [&] { return UnlockAge(header, passphrase_.Text()); });
@@ -259,7 +257,7 @@ Next RecoverJob::RecMain() {
 }
 
 /// Cuts bytes of the carrier into the file `name` of the work folder and returns its path. The bar
-/// stands at `barValue`.
+/// is at `barValue`.
 fs::path RecoverJob::Cut(std::uint64_t offset, std::uint64_t length, const std::string& name,
                          double barValue, std::shared_ptr<const RangeCipher> cipher) {
   fs::path made;
@@ -301,8 +299,7 @@ void RecoverJob::MoveOut(const fs::path& piece, const std::string& name) {
   ui_.TellPlace(recovered_.back());
 }
 
-/// Removes the work folder, shows the message, unless it is empty, and asks for the end of the
-/// program.
+/// Deletes the work folder, shows the message unless it is empty, and ends the program.
 Next RecoverJob::Over(std::string_view message, Icon icon) {
   work_.reset();
   if (!message.empty()) ui_.Message(message, icon);

@@ -18,63 +18,61 @@
 
 namespace slyver {
 
-/// What the recover form holds, by the names of its controls. All text is UTF-8.
+/// The values of the recover form, by the names of its controls. All text is UTF-8.
 struct RecoverForm {
-  std::filesystem::path Text1;  ///< The carrier.
-  Secret Text2;                 ///< The password; empty for an open list.
-  std::filesystem::path output =
-      {};                  ///< The folder for what is recovered; the carrier's when empty.
-  bool raw = false;        ///< Encrypted files are not decrypted.
-  Secret passphrase = {};  ///< Theirs. If empty, the password is tried, then the user is asked.
-  bool ask = true;         ///< Somebody can be asked for a passphrase.
+  std::filesystem::path Text1;        ///< The carrier.
+  Secret Text2;                       ///< The password; empty for an open list.
+  std::filesystem::path output = {};  ///< The folder for recovered files; the carrier's if empty.
+  bool raw = false;                   ///< Does not decrypt files.
+  Secret passphrase = {};             ///< If empty, tries the password, then asks.
+  bool ask = true;                    ///< Somebody can be asked for a passphrase.
 };
 
-/// "Rec Hidden" and "Rec Main": write a hidden file, or the main file's own bytes, beside the
-/// carrier as "Original " and the name. The carrier is never changed, and recovering a file costs
-/// that file's length, not the carrier's.
+/// Runs "Rec Hidden" and "Rec Main": recovers a hidden file, or the main file, next to the carrier
+/// as "Original " and the name. Does not change the carrier. Costs the file's length, not the
+/// carrier's.
 ///
-/// A hidden file whose record's name ends in ".age" and which is an age file with a passphrase is
-/// decrypted on the way, and named without that ending. Where a passphrase is given and decrypts
-/// none of the files to recover, the job fails. Where none is given or typed, the age file itself
-/// is recovered, and a message says so.
+/// Decrypts a hidden file that is named ".age" and is an age file with a passphrase, and removes
+/// that extension. Fails if a given passphrase decrypts none of the files. Without a passphrase,
+/// recovers the age file itself and says so.
 ///
-/// All is said and asked through the Ui. The work folder "TempRRR" goes before the final message,
-/// and with the object. Every procedure throws Cancelled when the user stops it.
+/// Reports through the Ui. Deletes the work folder "TempRRR" before the final message. Every
+/// procedure throws Cancelled if the user stops it.
 class RecoverJob {
  public:
-  /// What comes after a procedure.
+  /// What to do after a procedure.
   enum class Next {
-    Form,    ///< The user goes back to the form.
-    Choose,  ///< The user chooses one of Files().
-    Over,    ///< Nothing: the end of the program has been asked for.
-    Unload,  ///< The start-up form is to be unloaded, which ends the program too.
+    Form,    ///< Go back to the form.
+    Choose,  ///< Choose one of Files().
+    Over,    ///< Nothing: the program ends.
+    Unload,  ///< Unload the start-up form, which ends the program too.
   };
 
   RecoverJob(RecoverForm form, Ui& ui, BigFiles bigFiles);
 
-  /// "Rec Hidden". Reads the directory; recovers the hidden file where there is one only.
+  /// Runs "Rec Hidden". Reads the directory, and recovers the hidden file if there is only one.
   Next RecHidden();
 
-  /// The hidden files to choose from, in the order of their records.
+  /// Returns the hidden files to choose from, in the order of their records.
   const std::vector<HiddenFile>& Files() const { return files_; }
 
-  /// Recovers hidden file `k` (1-based) of Files().
+  /// Recovers hidden file `k` (from 1) of Files().
   Next DorestOfStuff(int k);
 
-  /// Recovers every hidden file: all of them or, when one fails, none.
+  /// Recovers all hidden files, or none if one fails.
   Next RecAll();
 
-  /// "Rec Main".
+  /// Runs "Rec Main".
   Next RecMain();
 
-  /// The paths of the files that were recovered.
+  /// Returns the paths of the recovered files.
   const std::vector<std::filesystem::path>& Recovered() const { return recovered_; }
 
  private:
-  /// What is written of a hidden file: its bytes, changed by `cipher` unless that is null.
+  /// The bytes to write for a hidden file, decrypted by `cipher` unless null.
   struct Contents {
     HiddenFile file;
-    bool isAge = false;  ///< An age file; not looked for where it is recovered as it is.
+    bool isAge = false;  ///< An encrypted file; always false with RecoverForm::raw.
     std::shared_ptr<const RangeCipher> cipher = {};
   };
 
@@ -97,22 +95,22 @@ class RecoverJob {
   RecoverForm form_;
   Ui& ui_;
   const BigFiles bigFiles_;
-  std::filesystem::path folder_;  ///< For what is recovered.
-  FileState carrier_;             ///< It must stay in this state.
+  std::filesystem::path folder_;  ///< For recovered files.
+  FileState carrier_;             ///< The carrier's state, which must not change.
   std::string password_;          ///< Of the list, 8-bit text.
-  Secret passphrase_;             ///< The one to try, if any.
+  Secret passphrase_;             ///< The passphrase to try; empty for none.
   std::vector<HiddenFile> files_;
   std::optional<ScratchFolder> work_;
   std::vector<std::filesystem::path> recovered_;
 };
 
-/// How many files `carrier` hides, which needs no password. Says why there are none, as
-/// ListHiddenFiles does; then the result is nothing.
+/// Returns the number of files hidden in `carrier`, without a password; `nullopt` on an error,
+/// which is shown as by ListHiddenFiles().
 std::optional<int> CountHiddenFiles(const std::filesystem::path& carrier, Ui& ui);
 
-/// The hidden files of `carrier`, read without a trace. Says why there are none: with "No File Is
-/// Hidden In This File.", "Incorrect Password. Unable To Recover File." or "Unable To Recover
-/// File."; then the result is nothing. `password` is UTF-8, and empty for an open list.
+/// Returns the hidden files of `carrier`, without writing to the disk. `password` is UTF-8; empty
+/// for an open list. `nullopt` on an error, which is shown: "No File Is Hidden In This File.",
+/// "Incorrect Password. Unable To Recover File." or "Unable To Recover File."
 std::optional<std::vector<HiddenFile>> ListHiddenFiles(const std::filesystem::path& carrier,
                                                        const Secret& password, Ui& ui);
 

@@ -142,7 +142,7 @@ TEST_F(Hide, ChecksTheFormInItsOrder) {
        false,
        LosesPasswords},
       {{empty, empty, long25, long25},
-       "i A Password Has 24 Characters At Most. Choose A Shorter One.",
+       "i A Password Has At Most 24 Characters. Choose A Shorter One.",
        false},
       {{empty, empty, "slyver", "slyver"},
        "i Everybody Knows This Password, As Lists Without A Password Have It. Choose Another One.",

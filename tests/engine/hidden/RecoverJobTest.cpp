@@ -152,7 +152,7 @@ TEST_F(Recover, WhatCanBeMendedReturnsToTheForm) {
   for (const auto& [carrier, typed, message] :
        {std::tuple{form.Text1, "", "i Enter Password."},
         {form.Text1, "1234567890123456789012345",
-         "i A Password Has 24 Characters At Most. Choose A Shorter One."},
+         "i A Password Has At Most 24 Characters. Choose A Shorter One."},
         {form.Text1, "\u0416",
          "i The Password Has A Character That Cannot Be Used. Choose Another Password."},
         {fs::path(), "", "i Main File Is Missing. Select The File Again."}}) {
