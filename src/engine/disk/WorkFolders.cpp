@@ -67,7 +67,7 @@ Leftover RemoveHeld(const fs::path& folder, FolderLock& lock, const WorkFiles& f
     else
       (void)RemoveEmptyFolder(inside);  // A job may have been killed before it created the lock.
   }
-  // What cannot be removed keeps its lock's file, by which the next job knows it as a job's.
+  // Keep the lock, so that the next job knows the rest as a leftover.
   if (!removed) return Leftover::InUse;
   lock.Remove();
   return RemoveEmpty(folder);
