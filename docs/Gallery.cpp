@@ -89,7 +89,7 @@ class Gallery final : public wxApp {
         auto* const box = dynamic_cast<wxTextCtrl*>(wxWindow::FindWindowByName("Text"));
         if (box != nullptr) box->SetValue("password");
       });
-      (void)ui_.MaskedInputBox("Enter Password Of The Last File.", Typed::Password);
+      (void)ui_.MaskedInputBox("Enter Password Of The Last File.", SecretKind::Password);
       return;
     }
     desktop_->ShowJoin("Joining Files");

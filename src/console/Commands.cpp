@@ -67,14 +67,14 @@ void TakeSize(SplitForm& form, const Arguments& arguments) {
   form.Text3 = SizeFromCount(form.Nofile, "", FileLength(form.Text1)).other.value_or("");
 }
 
-std::string PromptFor(Typed what) {
-  return what == Typed::Passphrase ? "Enter Passphrase :" : "Enter Password :";
+std::string PromptFor(SecretKind kind) {
+  return kind == SecretKind::Passphrase ? "Enter Passphrase :" : "Enter Password :";
 }
 
 /// Reads the secret in a file, which may have been written on another system: neither a byte-order
 /// mark nor the line's end is a part of it. Throws FileError, also if it is empty.
-Secret SecretIn(const std::string& file, Typed what, ConsoleUi& ui) {
-  const Secret line = Secret::Of(ui.ReadSecret(file, PromptFor(what)));
+Secret SecretIn(const std::string& file, SecretKind kind, ConsoleUi& ui) {
+  const Secret line = Secret::Of(ui.ReadSecret(file, PromptFor(kind)));
   std::string_view text = line.Text();
   const auto refuse = [&](std::string_view cause) {
     throw FileError(file == "-" ? "standard input" : PathFromText(file), cause);
@@ -97,19 +97,20 @@ constexpr int mostTries = 3;
 /// A password or passphrase, from the file that the user names or from the terminal, there `twice`
 /// if need be, and again while the two differ. Nothing when there is nobody to ask; that has been
 /// said.
-std::optional<TypedTwice> Ask(Typed what, bool twice, const Arguments& arguments, ConsoleUi& ui) {
+std::optional<TypedTwice> Ask(SecretKind kind, bool twice, const Arguments& arguments,
+                              ConsoleUi& ui) {
   const std::string& file =
-      what == Typed::Passphrase ? arguments.passphraseFile : arguments.passwordFile;
+      kind == SecretKind::Passphrase ? arguments.passphraseFile : arguments.passwordFile;
   if (!file.empty()) {
-    const Secret secret = SecretIn(file, what, ui);
+    const Secret secret = SecretIn(file, kind, ui);
     return TypedTwice{secret, secret};
   }
   for (int tries = 1;; ++tries) {
-    std::optional<std::string> first = ui.MaskedInputBox(PromptFor(what), what);
+    std::optional<std::string> first = ui.MaskedInputBox(PromptFor(kind), kind);
     if (!first) return std::nullopt;
     TypedTwice typed{Secret::Of(std::move(*first)), {}};
     if (!twice || typed.first.Text().empty()) return typed;
-    std::optional<std::string> second = ui.MaskedInputBox("Re-" + PromptFor(what), what);
+    std::optional<std::string> second = ui.MaskedInputBox("Re-" + PromptFor(kind), kind);
     if (second) typed.second = Secret::Of(std::move(*second));
     // The job refuses the last try.
     if (!second || typed.first == typed.second || tries == mostTries) return typed;
@@ -122,7 +123,7 @@ std::optional<TypedTwice> Ask(Typed what, bool twice, const Arguments& arguments
 std::optional<Secret> ListPassword(const fs::path& carrier, const Arguments& arguments,
                                    ConsoleUi& ui) {
   if (ListIsOpen(carrier) && arguments.passwordFile.empty()) return Secret();
-  const std::optional<TypedTwice> typed = Ask(Typed::Password, false, arguments, ui);
+  const std::optional<TypedTwice> typed = Ask(SecretKind::Password, false, arguments, ui);
   return typed ? std::optional(typed->first) : std::nullopt;
 }
 
@@ -130,9 +131,9 @@ std::optional<Secret> ListPassword(const fs::path& carrier, const Arguments& arg
 bool TakePasswords(HideForm& form, const Arguments& arguments, ConsoleUi& ui) {
   if (!arguments.encrypt && arguments.passwordFile.empty() && ListIsOpen(form.Text1)) return true;
   if (arguments.encrypt && !arguments.passwordFile.empty())
-    form.last = SecretIn(arguments.passwordFile, Typed::Password, ui);
+    form.last = SecretIn(arguments.passwordFile, SecretKind::Password, ui);
   const auto typed =
-      Ask(arguments.encrypt ? Typed::Passphrase : Typed::Password, true, arguments, ui);
+      Ask(arguments.encrypt ? SecretKind::Passphrase : SecretKind::Password, true, arguments, ui);
   if (!typed) return false;
   form.Text3 = typed->first;
   form.Text4 = typed->second;
@@ -287,7 +288,7 @@ bool Recover(const Arguments& arguments, ConsoleUi& ui) {
   std::optional<Secret> password;
   if (!arguments.passwordFile.empty()) password = ListPassword(form.Text1, arguments, ui);
   if (!arguments.passphraseFile.empty())
-    form.passphrase = SecretIn(arguments.passphraseFile, Typed::Passphrase, ui);
+    form.passphrase = SecretIn(arguments.passphraseFile, SecretKind::Passphrase, ui);
   if (!password) password = ListPassword(form.Text1, arguments, ui);
   if (!password) return false;
   form.Text2 = *password;

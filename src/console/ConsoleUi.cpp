@@ -84,7 +84,7 @@ std::optional<std::filesystem::path> ConsoleUi::PickFolder() {
   return std::nullopt;
 }
 
-std::optional<std::string> ConsoleUi::MaskedInputBox(std::string_view prompt, Typed what) {
+std::optional<std::string> ConsoleUi::MaskedInputBox(std::string_view prompt, SecretKind kind) {
   ClearProgressLine();
   if (Terminal::CanAsk()) {
     std::optional<std::string> line = terminal_.ReadSecret(ForErrors(prompt) + " ");
@@ -93,7 +93,7 @@ std::optional<std::string> ConsoleUi::MaskedInputBox(std::string_view prompt, Ty
   }
   ShowHeldBack();
   std::cerr << ForErrors(prompt) << " (Nobody is at the terminal; "
-            << (what == Typed::Password ? "--password-file" : "--passphrase-file")
+            << (kind == SecretKind::Password ? "--password-file" : "--passphrase-file")
             << " names a file with it.)" << std::endl;
   return std::nullopt;
 }

@@ -30,7 +30,7 @@ class ConsoleUi final : public Ui {
       std::string_view title, std::string_view filter,
       const std::filesystem::path& initialFolder) override;
   std::optional<std::filesystem::path> PickFolder() override;
-  std::optional<std::string> MaskedInputBox(std::string_view prompt, Typed what) override;
+  std::optional<std::string> MaskedInputBox(std::string_view prompt, SecretKind kind) override;
   void ShowProgressForm(std::string_view caption) override;
   void SetProgress(const Progress& progress) override;
   /// Nothing: the paths of what is made go to standard output.

@@ -119,8 +119,8 @@ std::optional<std::filesystem::path> WxUi::PickFolder() {
   return PathOf(dialog.GetPath());
 }
 
-std::optional<std::string> WxUi::MaskedInputBox(std::string_view prompt, Typed what) {
-  return MaskedInput(DialogParent(desktop_->JobRuns()), prompt, what);
+std::optional<std::string> WxUi::MaskedInputBox(std::string_view prompt, SecretKind kind) {
+  return MaskedInput(DialogParent(desktop_->JobRuns()), prompt, kind);
 }
 
 void WxUi::ShowProgressForm(std::string_view caption) {

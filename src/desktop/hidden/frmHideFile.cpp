@@ -103,8 +103,8 @@ void frmHideFile::Text2_Change() {
 }
 
 void frmHideFile::ShowNote() {
-  const Typed what = Check1_->IsChecked() ? Typed::Passphrase : Typed::Password;
-  const wxString tooLong = passwordNote_->For(what, {Text3_, Text4_});
+  const SecretKind kind = Check1_->IsChecked() ? SecretKind::Passphrase : SecretKind::Password;
+  const wxString tooLong = passwordNote_->For(kind, {Text3_, Text4_});
   note_->ChangeValue(tooLong.empty() ? filesNote_ : tooLong);
 }
 

@@ -71,12 +71,12 @@ void frmHideRec::Wire() {
 // Where the list needs no password, what is typed is the passphrase of an encrypted file.
 void frmHideRec::Text1_Change() {
   const bool open = ListIsOpen(PathFromWx(Text1_->GetValue()));
-  typed_ = open ? Typed::Passphrase : Typed::Password;
+  kind_ = open ? SecretKind::Passphrase : SecretKind::Password;
   ShowNote();
 }
 
 void frmHideRec::ShowNote() {
-  note_->ChangeValue(passwordNote_->For(typed_, {Text2_}));
+  note_->ChangeValue(passwordNote_->For(kind_, {Text2_}));
 }
 
 void frmHideRec::Command3_Click() {

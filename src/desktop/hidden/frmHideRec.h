@@ -47,7 +47,7 @@ class frmHideRec final : public ModernForm {
   wxTextCtrl* Text2_ = nullptr;
   wxTextCtrl* note_ = nullptr;  ///< A line that tells what there is to tell.
   std::optional<PasswordNote> passwordNote_;
-  Typed typed_ = Typed::Password;  ///< What is meant by the text of Text2.
+  SecretKind kind_ = SecretKind::Password;  ///< What Text2 holds.
   wxButton* Command1_ = nullptr;
   wxButton* Command4_ = nullptr;
   wxButton* Command2_ = nullptr;

@@ -34,7 +34,7 @@ class PasswordNote {
 
   /// Returns the note if a password is meant and one of `boxes` has more characters than it may,
   /// else "". Rings the bell when that begins.
-  wxString For(Typed what, std::initializer_list<const wxTextCtrl*> boxes);
+  wxString For(SecretKind kind, std::initializer_list<const wxTextCtrl*> boxes);
 
  private:
   bool shown_ = false;

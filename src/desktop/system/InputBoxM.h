@@ -13,6 +13,6 @@ namespace slyver {
 /// Asks for one line under `prompt`, in a box that has the program's title and shows "*" for each
 /// character typed. A line says it when a password is longer than one can be. Returns the plain
 /// text, or nothing when the user has cancelled.
-std::optional<std::string> MaskedInput(wxWindow* parent, std::string_view prompt, Typed what);
+std::optional<std::string> MaskedInput(wxWindow* parent, std::string_view prompt, SecretKind kind);
 
 }  // namespace slyver

@@ -24,9 +24,9 @@ enum class Stakes {
              ///< asked for exactly that, says Yes.
 };
 
-/// What is typed unseen: the password of a list, of which a box takes no more than can be used, or
-/// a passphrase of any length.
-enum class Typed { Password, Passphrase };
+/// What a masked box asks for: the password of a carrier's list, 24 characters at most, or a
+/// passphrase of any length.
+enum class SecretKind { Password, Passphrase };
 
 /// The state of a progress bar.
 struct Progress {
@@ -62,7 +62,7 @@ class Ui {
   virtual std::optional<std::filesystem::path> PickFolder() = 0;
 
   /// Asks for one line that is not shown while it is typed. Nothing when the user has cancelled.
-  virtual std::optional<std::string> MaskedInputBox(std::string_view prompt, Typed what) = 0;
+  virtual std::optional<std::string> MaskedInputBox(std::string_view prompt, SecretKind kind) = 0;
 
   /// Opens the progress form under `caption` ("Joining Files", "Recovering Files").
   virtual void ShowProgressForm(std::string_view caption) = 0;
