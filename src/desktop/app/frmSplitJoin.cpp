@@ -72,7 +72,7 @@ void frmSplitJoin::Command1_Click() {
   const std::optional<std::filesystem::path> chosen =
       Talk().OpenFile("Select File To Sly", "", HomeFolder());
   if (!chosen) {
-    if (AskYesNo(Talk(), "No File Selected. Do You Want To Exit?")) {
+    if (ExitWithoutFile(Talk())) {
       DeleteFilePathValue();
       Talk().EndProgram();
     }

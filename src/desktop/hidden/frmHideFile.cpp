@@ -73,9 +73,9 @@ void frmHideFile::Wire() {
   OnClick(Command1_, this, &frmHideFile::Command1_Click);
   OnClick(Command2_, this, &frmHideFile::Command2_Click);
   OnClick(Command3_, this, &frmHideFile::Command3_Click);
-  Text1_->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { Text2_Change(); });
-  Text2_->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { Text2_Change(); });
-  Check1_->Bind(wxEVT_CHECKBOX, [this](wxCommandEvent&) { Text2_Change(); });
+  Text1_->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { UpdateFilesNote(); });
+  Text2_->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { UpdateFilesNote(); });
+  Check1_->Bind(wxEVT_CHECKBOX, [this](wxCommandEvent&) { UpdateFilesNote(); });
   for (wxTextCtrl* const box : {Text3_, Text4_})
     box->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { ShowNote(); });
   Text3_->Bind(wxEVT_TEXT_ENTER, [this](wxCommandEvent&) { Text4_->SetFocus(); });
@@ -94,7 +94,7 @@ void frmHideFile::SetFileToHide(const std::filesystem::path& file) {
   Text2_->SetValue(PathToWx(file));
 }
 
-void frmHideFile::Text2_Change() {
+void frmHideFile::UpdateFilesNote() {
   std::string note = NameNote(PathFromWx(Text2_->GetValue()), Check1_->IsChecked());
   const std::string format = FormatNote(PathFromWx(Text1_->GetValue()));
   if (!note.empty() && !format.empty()) note += ". ";
@@ -119,7 +119,7 @@ bool frmHideFile::Browse(const char* title, wxTextCtrl& box) {
     box.SetValue(PathToWx(*chosen));
     return true;
   }
-  if (!AskYesNo(Talk(), "No File Selected. Do You Want To Exit?")) return false;
+  if (!ExitWithoutFile(Talk())) return false;
   Talk().EndProgram();
   return false;
 }
@@ -142,7 +142,7 @@ void frmHideFile::Command2_Click() {
       Text2_->ChangeValue(PathToWx(form.Text2));
       Text3_->ChangeValue(ToWx(form.Text3.Text()));
       Text4_->ChangeValue(ToWx(form.Text4.Text()));
-      Text2_Change();
+      UpdateFilesNote();
       for (const wxTextCtrl* const box : {Text4_, Text3_, Text2_, Text1_})
         if (box->IsEmpty()) FocusWhenFree(*box);
       return false;

@@ -28,7 +28,7 @@ class frmHideFile final : public ModernForm {
   void MakeControls();
   void LayOut();
   void Wire();
-  void Text2_Change();
+  void UpdateFilesNote();
   void ShowNote();
   void Text4_KeyPress();
   void Command1_Click();

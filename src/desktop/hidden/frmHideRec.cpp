@@ -83,7 +83,7 @@ void frmHideRec::Command3_Click() {
   Text1_->Clear();
   std::optional<std::filesystem::path> chosen;
   while (!(chosen = Talk().OpenFile("Select File From Which You Want To Recover File", "", {}))) {
-    if (AskYesNo(Talk(), "No File Selected. Do You Want To Exit?")) {
+    if (ExitWithoutFile(Talk())) {
       Talk().EndProgram();
       return;
     }

@@ -85,6 +85,11 @@ inline bool AskYesNo(Ui& ui, std::string_view text, Stakes stakes = Stakes::None
   return ui.Question(text, Buttons::YesNo, stakes) == Answer::Yes;
 }
 
+/// Asks whether to leave the program, after the user has chosen no file; `true` for Yes.
+inline bool ExitWithoutFile(Ui& ui) {
+  return AskYesNo(ui, "No File Selected. Do You Want To Exit?");
+}
+
 /// Returns what `work` returns. When it throws an exception, shows TextFor() it with the critical
 /// icon and returns `failed`. Cancelled passes through.
 template <typename Work>
