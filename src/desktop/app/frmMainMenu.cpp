@@ -46,8 +46,7 @@ void frmMainMenu::ab_Click(int Index) {
         Icon::None);
   else if (const auto& page = desktop_.System().helpPage;
            !page.empty() && !desktop_.System().open(page))
-    desktop_.Talk().Message("No Program Opens The Help. It Lies In " + PathText(page) + ".",
-                            Icon::Information);
+    desktop_.Talk().Message("Cannot Open The Help: " + PathText(page), Icon::Information);
 }
 
 }  // namespace slyver
