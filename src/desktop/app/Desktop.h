@@ -3,19 +3,17 @@
 #include <wx/bmpbndl.h>
 #include <wx/weakref.h>
 
-#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "desktop/app/JobRunner.h"
 #include "desktop/app/Memory.h"
 #include "desktop/app/frmMainMenu.h"
 #include "desktop/system/FormHost.h"
 #include "engine/talk/Ui.h"
-
-class wxAppProgressIndicator;
 
 namespace slyver {
 
@@ -38,7 +36,7 @@ struct Surroundings {
   std::function<bool(const std::filesystem::path&)> open;
 };
 
-/// The desktop program: it owns the forms, leads from one to the other and runs their jobs.
+/// The desktop program: owns the forms and shows one after the other.
 class Desktop final : public FormHost {
  public:
   Desktop(Ui& ui, Surroundings surroundings);
@@ -74,15 +72,11 @@ class Desktop final : public FormHost {
   void FormClosed(ModernForm& form) override;
   void UnloadFirst() override;
 
-  void RunJob(const std::function<void()>& job) override;
-  void RunStep(const std::function<bool()>& step) override;
-  bool JobRuns() const override { return jobRuns_; }
+  const JobRunner& Jobs() const { return jobs_; }
+  void RunJob(const std::function<void()>& job) override { jobs_.RunJob(job); }
+  void RunStep(const std::function<bool()>& step) override { jobs_.RunStep(step); }
+  bool JobRuns() const override { return jobs_.JobRuns(); }
   void AskToStop() override;
-  bool StopAsked() const { return stopAsked_; }
-  /// For how long the job has been running that runs.
-  std::chrono::steady_clock::duration JobHasRun() const {
-    return std::chrono::steady_clock::now() - jobBegan_;
-  }
 
   /// Sets the progress bar that it concerns.
   void ShowProgress(const Progress& progress) const;
@@ -91,10 +85,10 @@ class Desktop final : public FormHost {
 
  private:
   void AwaitSplitJoin();
-  void SetBusy(bool busy);
 
   Ui& ui_;
   Surroundings surroundings_;
+  JobRunner jobs_;
   wxBitmapBundle icon_;
   std::unique_ptr<frmMainMenu> mainMenu_;
   wxWeakRef<frmFirst> first_;
@@ -103,11 +97,6 @@ class Desktop final : public FormHost {
   wxWeakRef<frmJoin> join_;
   wxWeakRef<frmHideFile> hideFile_;
   wxWeakRef<frmHideRec> hideRec_;
-  std::unique_ptr<wxAppProgressIndicator> taskBar_;  ///< What the task bar shows of a job.
-  std::chrono::steady_clock::time_point jobBegan_;
-  bool jobRuns_ = false;
-  bool stepRuns_ = false;
-  bool stopAsked_ = false;
 };
 
 }  // namespace slyver

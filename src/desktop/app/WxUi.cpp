@@ -74,7 +74,7 @@ std::filesystem::path PathOf(const wxString& chosen) {
 /// says so.
 void WxUi::TellWhoIsAway(std::string_view text) const {
   constexpr std::chrono::seconds longJob{10};
-  if (!desktop_->JobRuns() || desktop_->JobHasRun() < longJob) return;
+  if (!desktop_->JobRuns() || desktop_->Jobs().JobHasRun() < longJob) return;
   for (wxWindow* const window : wxTopLevelWindows)
     if (auto* const form = dynamic_cast<wxTopLevelWindow*>(window);
         form != nullptr && form->IsActive())
@@ -142,7 +142,7 @@ bool WxUi::GoOn() {
     RunEvents();
     lastYield_ = Clock::now();
   }
-  return !desktop_->StopAsked();
+  return !desktop_->Jobs().StopAsked();
 }
 
 void WxUi::EndProgram() {
