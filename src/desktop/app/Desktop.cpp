@@ -24,7 +24,7 @@ namespace slyver {
 
 namespace {
 
-/// All forms of `desktop` that there are, those among them that wait to be deleted.
+/// Returns all forms of `desktop`, including those that wait to be deleted.
 std::vector<ModernForm*> AllForms(const Desktop& desktop) {
   std::vector<ModernForm*> forms;
   for (wxWindow* const window : wxTopLevelWindows)
@@ -34,7 +34,7 @@ std::vector<ModernForm*> AllForms(const Desktop& desktop) {
   return forms;
 }
 
-/// All forms of `desktop` that are loaded.
+/// Returns the loaded forms of `desktop`.
 std::vector<ModernForm*> Forms(const Desktop& desktop) {
   std::vector<ModernForm*> forms = AllForms(desktop);
   std::erase_if(forms, [](const ModernForm* form) { return form->Unloaded(); });
@@ -55,7 +55,7 @@ Desktop::Desktop(Ui& ui, Surroundings surroundings)
 }
 
 Desktop::~Desktop() {
-  // At once, since their timers and events would still ask for this object.
+  // At once: their timers and events use this object.
   for (ModernForm* const form : AllForms(*this)) delete form;
   delete first_.get();
 }
@@ -96,7 +96,7 @@ void Desktop::Choose(Job job) {
 }
 
 void Desktop::HandOverToSplitter() {
-  // The split form reads from the selection form what the user has chosen there.
+  // The split form reads the user's choice from the selection form.
   splitJoin_->Hide();
   ShowSplitter();
   splitJoin_->Unload();
@@ -125,8 +125,8 @@ void Desktop::UnloadJoin() {
   if (join_) join_->Unload();
 }
 
-/// Two forms that are shown at once would come to the screen in any order; the selection form is to
-/// lie beneath.
+/// Waits until the selection form is on the screen. Window managers stack forms that are shown
+/// together in any order; the selection form must be below.
 void Desktop::AwaitSplitJoin() {
   constexpr std::chrono::seconds longestWait{1};
   const auto deadline = std::chrono::steady_clock::now() + longestWait;
@@ -172,7 +172,7 @@ void Desktop::AskToStop() {
 }
 
 void Desktop::ShowProgress(const Progress& progress) const {
-  // Of what is done while the job stops nothing stays.
+  // While the job rolls back, its progress means nothing.
   if (jobs_.StopAsked()) return;
   jobs_.ShowProgress(progress);
   for (ModernForm* const form : Forms(*this)) form->ShowProgress(progress);

@@ -27,16 +27,16 @@ class frmSplitJoin;
 /// What a user can choose on the selection form.
 enum class Job { Split, Join, Hide, Recover };
 
-/// What the desktop program asks of the system around it.
+/// What the desktop program needs of the system; tests replace it.
 struct Surroundings {
   std::function<bool()> anotherInstanceRuns;
   std::function<MemoryStatus()> memoryStatus;
-  std::filesystem::path helpPage;  ///< Empty when there is no help.
-  /// Opens a file in its viewer; false when there is none.
+  std::filesystem::path helpPage;  ///< Empty if missing.
+  /// Opens a file in its viewer; `false` if that fails.
   std::function<bool(const std::filesystem::path&)> open;
 };
 
-/// The desktop program: owns the forms and shows one after the other.
+/// The desktop program. Owns the forms and shows one after the other.
 class Desktop final : public FormHost {
  public:
   Desktop(Ui& ui, Surroundings surroundings);
@@ -50,7 +50,7 @@ class Desktop final : public FormHost {
   std::vector<BarMenu> Menus() override;
   frmMainMenu& MainMenu();
 
-  /// Loads the start-up form with the command line's one text, which decides what comes first.
+  /// Loads the start-up form, which shows the form that the command line asks for.
   void Start(const std::string& commandLine);
 
   frmFirst& First() { return *first_; }
@@ -58,7 +58,7 @@ class Desktop final : public FormHost {
 
   void LoadSplitJoin();  ///< Loads the selection form without showing it.
   void ShowSplitJoin();
-  void Choose(Job job);       ///< Does, a little later, what the selection form's button does.
+  void Choose(Job job);       ///< Presses the selection form's button when events run next.
   void HandOverToSplitter();  ///< Unloads the selection form and shows the split form.
   void ShowSplitter();
   void ShowInit() override;
@@ -78,9 +78,9 @@ class Desktop final : public FormHost {
   bool JobRuns() const override { return jobs_.JobRuns(); }
   void AskToStop() override;
 
-  /// Sets the progress bar that it concerns.
+  /// Sets the progress bars on forms and task bar. Does nothing while the job stops.
   void ShowProgress(const Progress& progress) const;
-  /// Shows on the forms in sight where the file is that a job has made.
+  /// Shows the path of a job's result on the visible forms.
   void ShowPlace(const std::filesystem::path& made) const;
 
  private:

@@ -34,7 +34,7 @@ void frmMainMenu::ShowSetting() {
 
 void frmMainMenu::Sly_Click(int Index) {
   SaveRegString(RegRoot::LocalMachine, slyverKey, "RAM", Index == 0 ? "0" : "");
-  // What could not be stored does not hold.
+  // Shows the stored value, in case the write failed.
   ShowSetting();
 }
 

@@ -24,7 +24,7 @@ frmHideFile::frmHideFile(FormHost& host)
   Command1_->SetFocus();
 }
 
-// In the order in which Tab visits them.
+// In Tab order.
 void frmHideFile::MakeControls() {
   wxPanel* const area = ClientArea();
   note_ = NewStatusLine(area, "Note");
@@ -41,8 +41,8 @@ void frmHideFile::MakeControls() {
   Check1_ = new wxCheckBox(area, wxID_ANY, "&Encrypt The File");
   NameControl(*Check1_, "Check1", "Encrypt The File");
   Check1_->SetToolTip(
-      "The password is then a passphrase of any length, without which nobody reads the file. It "
-      "takes about a second and 256 MiB of memory. The name and length can still be seen.");
+      "The password is then a passphrase of any length, without which nobody can read the file. "
+      "Takes about a second and 256 MiB of memory. The name and length stay visible.");
   Command2_ = NewButton(area, "Hide", "Command2");
   Command3_ = NewButton(area, "Cancel", "Command3");
 }
@@ -108,12 +108,11 @@ void frmHideFile::ShowNote() {
   note_->ChangeValue(tooLong.empty() ? filesNote_ : tooLong);
 }
 
-// Enter in the second box.
 void frmHideFile::Text4_KeyPress() {
   Command2_Click();
 }
 
-/// Lets the user choose a file for `box`. False when the program is to end.
+/// Lets the user choose a file for `box`. Returns `false` if none was chosen.
 bool frmHideFile::Browse(const char* title, wxTextCtrl& box) {
   if (const auto chosen = Talk().OpenFile(title, "", HomeFolder())) {
     box.SetValue(PathToWx(*chosen));
@@ -185,8 +184,8 @@ void frmHideFile::tmrDoAll_Timer() {
   });
 }
 
-/// Runs a step of the job. After the last one, and when the user stops it, the job goes, with its
-/// work folder and the wait form.
+/// Runs a step of the job. After the last step, and on a stop, deletes the job and its work folder
+/// and unloads the wait form.
 void frmHideFile::RunStep(const std::function<bool()>& step) {
   App().RunStep([this, &step] {
     bool more = false;

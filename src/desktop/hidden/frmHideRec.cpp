@@ -18,7 +18,7 @@ frmHideRec::frmHideRec(FormHost& host) : ModernForm(host, "frmHideRec", "Recover
   Command3_->SetFocus();
 }
 
-// In the order in which Tab visits them.
+// In Tab order.
 void frmHideRec::MakeControls() {
   wxPanel* const area = ClientArea();
   note_ = NewStatusLine(area, "Note");
@@ -68,7 +68,7 @@ void frmHideRec::Wire() {
                     });
 }
 
-// Where the list needs no password, what is typed is the passphrase of an encrypted file.
+// If the list needs no password, the box takes the passphrase of an encrypted file.
 void frmHideRec::Text1_Change() {
   const bool open = ListIsOpen(PathFromWx(Text1_->GetValue()));
   kind_ = open ? SecretKind::Passphrase : SecretKind::Password;
@@ -126,8 +126,8 @@ void frmHideRec::ListCancelled() {
   Show();
 }
 
-/// Runs a procedure of the job and does what it says comes next. When the user stops it, or it is
-/// over, the job goes, and its work folder with it.
+/// Runs a procedure of the job, then shows the form that it asks for. At the end of the job, and on
+/// a stop, deletes the job and its work folder.
 void frmHideRec::Run(const std::function<RecoverJob::Next()>& procedure) {
   RecoverJob::Next next = RecoverJob::Next::Over;
   App().RunJob([&] {

@@ -13,7 +13,7 @@ class MaskedInputBox final : public Dialog {
  public:
   MaskedInputBox(wxWindow* parent, const wxString& prompt, SecretKind kind) : Dialog(parent) {
     auto* const column = new wxBoxSizer(wxVERTICAL);
-    // A file's name in the prompt may have an "&".
+    // A file name in the prompt may contain "&".
     column->Add(NewLabel(this, wxControl::EscapeMnemonics(prompt), "Prompt"));
     line_ = NewStatusLine(this, "Note");
     box_ = NewMaskedBox(this, "Text", prompt);
