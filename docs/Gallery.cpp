@@ -19,7 +19,7 @@ using namespace slyver;
 
 }  // namespace
 
-/// Shows one form with sample contents, for a picture of it. The argument is the form's name.
+/// Shows the form named by the argument with sample contents, for a screenshot.
 class Gallery final : public wxApp {
  public:
   bool OnInit() override {
@@ -39,13 +39,12 @@ class Gallery final : public wxApp {
 
  private:
   void Show(const std::string& form) {
-    // The start-up form is behind all others.
     if (form == "frmSplitJoin") {
       desktop_->Start("");
       return;
     }
     desktop_->Start("/home/ann/Videos/holiday.mkv");
-    // The file is not there.
+    // Clears the message about the missing file.
     Fill("frmSplitter", "Text4", "");
     if (form == "frmSplitter") return;
     if (form == "Message") {
@@ -89,7 +88,7 @@ class Gallery final : public wxApp {
         auto* const box = dynamic_cast<wxTextCtrl*>(wxWindow::FindWindowByName("Text"));
         if (box != nullptr) box->SetValue("password");
       });
-      (void)ui_.MaskedInputBox("Enter Password Of The Last File.", Typed::Password);
+      (void)ui_.MaskedInputBox("Enter Password Of The Last File.", SecretKind::Password);
       return;
     }
     desktop_->ShowJoin("Joining Files");

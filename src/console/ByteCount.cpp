@@ -9,13 +9,13 @@ namespace slyver {
 
 namespace {
 
-/// `a` times `b`, or nothing past 64 bits.
+/// Returns `a` times `b`; `nullopt` above 64 bits.
 std::optional<std::uint64_t> Product(std::uint64_t a, std::uint64_t b) {
   if (b != 0 && a > std::numeric_limits<std::uint64_t>::max() / b) return std::nullopt;
   return a * b;
 }
 
-/// The bytes of a unit; nothing when there is no such unit.
+/// Returns the bytes of a unit; `nullopt` if unknown.
 std::optional<std::uint64_t> UnitOf(std::string_view name) {
   if (name.empty() || SameIgnoringCase(name, "B")) return 1;
   const std::size_t power = std::string_view("kmgtpe").find(LowerAscii(name.front()));
@@ -38,7 +38,7 @@ std::optional<std::uint64_t> ParseByteCount(std::string_view text) {
   const std::optional<std::uint64_t> unit = UnitOf(unitName);
   if (!unit || number.empty()) return std::nullopt;
 
-  // The number is digits / scale, so that no rounding comes in.
+  // The number is digits / scale, an exact fraction.
   std::optional<std::uint64_t> digits = 0;
   std::optional<std::uint64_t> scale = 1;
   bool pointSeen = false;

@@ -33,32 +33,32 @@ fs::path TypedPath(const std::string& typed) {
   return FullPathOf(PathFromText(typed));
 }
 
-/// The folder for what is made from `source`: that of --output, which is created if the user
-/// agrees, else the source's own. Nothing when the user does not agree. Throws FileError.
+/// Returns the output folder: that of --output, which is created if the user agrees, or the folder
+/// of `source`. `nullopt` if the user disagrees. Throws FileError.
 std::optional<fs::path> OutputFolder(const Arguments& arguments, const fs::path& source,
                                      NewFolders& created, Ui& ui) {
   if (arguments.output.empty()) return source.parent_path();
   fs::path folder = TypedPath(arguments.output);
   if (FolderExists(folder)) return folder;
-  (void)StateOf(source);  // No folder is created for a job that cannot begin.
+  (void)StateOf(source);  // A missing source must not leave a new folder.
   if (!OfferFolder(folder, created, ui)) return std::nullopt;
   created.Create(folder);
   return folder;
 }
 
-/// `name` as it may be written to standard output.
+/// Returns `name` safe for standard output.
 std::string ForOutput(std::string_view name) {
   return Terminal::ShowsOutput() ? Quoted(name) : std::string(name);
 }
 
-/// Prints the paths of the files made; whether there are any.
+/// Prints the paths of new files; `true` if there are any.
 bool Print(const std::vector<fs::path>& made) {
   for (const fs::path& path : made) std::cout << ForOutput(PathText(path)) << '\n';
   return !made.empty();
 }
 
-/// Puts what --size and --count say where the form would hold it. Throws FileError when the file
-/// cannot be looked at.
+/// Fills in the form's fields from --size and --count. Throws FileError if the file cannot be
+/// looked at.
 void TakeSize(SplitForm& form, const Arguments& arguments) {
   form.Option2 = arguments.size > 0 || arguments.count > 0;
   if (arguments.size > 0) form.Text3 = std::to_string(arguments.size);
@@ -67,14 +67,14 @@ void TakeSize(SplitForm& form, const Arguments& arguments) {
   form.Text3 = SizeFromCount(form.Nofile, "", FileLength(form.Text1)).other.value_or("");
 }
 
-std::string PromptFor(Typed what) {
-  return what == Typed::Passphrase ? "Enter Passphrase :" : "Enter Password :";
+std::string PromptFor(SecretKind kind) {
+  return kind == SecretKind::Passphrase ? "Enter Passphrase :" : "Enter Password :";
 }
 
-/// Reads the secret in a file, which may have been written on another system: neither a byte-order
-/// mark nor the line's end is a part of it. Throws FileError, also if it is empty.
-Secret SecretIn(const std::string& file, Typed what, ConsoleUi& ui) {
-  const Secret line = Secret::Of(ui.ReadSecret(file, PromptFor(what)));
+/// Reads the secret in the first line of a file, without a byte-order mark and either system's line
+/// end. Throws FileError, also if it is empty.
+Secret SecretIn(const std::string& file, SecretKind kind, ConsoleUi& ui) {
+  const Secret line = Secret::Of(ui.ReadSecret(file, PromptFor(kind)));
   std::string_view text = line.Text();
   const auto refuse = [&](std::string_view cause) {
     throw FileError(file == "-" ? "standard input" : PathFromText(file), cause);
@@ -94,45 +94,45 @@ struct TypedTwice {
 
 constexpr int mostTries = 3;
 
-/// A password or passphrase, from the file that the user names or from the terminal, there `twice`
-/// if need be, and again while the two differ. Nothing when there is nobody to ask; that has been
-/// said.
-std::optional<TypedTwice> Ask(Typed what, bool twice, const Arguments& arguments, ConsoleUi& ui) {
+/// Returns a password or passphrase from the user's file or the terminal, where it asks `twice` and
+/// again while the two differ. `nullopt` if nobody can be asked; the reason has been shown.
+std::optional<TypedTwice> Ask(SecretKind kind, bool twice, const Arguments& arguments,
+                              ConsoleUi& ui) {
   const std::string& file =
-      what == Typed::Passphrase ? arguments.passphraseFile : arguments.passwordFile;
+      kind == SecretKind::Passphrase ? arguments.passphraseFile : arguments.passwordFile;
   if (!file.empty()) {
-    const Secret secret = SecretIn(file, what, ui);
+    const Secret secret = SecretIn(file, kind, ui);
     return TypedTwice{secret, secret};
   }
   for (int tries = 1;; ++tries) {
-    std::optional<std::string> first = ui.MaskedInputBox(PromptFor(what), what);
+    std::optional<std::string> first = ui.MaskedInputBox(PromptFor(kind), kind);
     if (!first) return std::nullopt;
     TypedTwice typed{Secret::Of(std::move(*first)), {}};
     if (!twice || typed.first.Text().empty()) return typed;
-    std::optional<std::string> second = ui.MaskedInputBox("Re-" + PromptFor(what), what);
+    std::optional<std::string> second = ui.MaskedInputBox("Re-" + PromptFor(kind), kind);
     if (second) typed.second = Secret::Of(std::move(*second));
-    // The job refuses the last try.
+    // The job refuses a mismatch of the last try.
     if (!second || typed.first == typed.second || tries == mostTries) return typed;
     ui.Message("Passwords Do Not Match. Re-Enter Them.", Icon::Critical);
   }
 }
 
-/// The password of a carrier's list, unless that opens without. Nothing when there is nobody to
-/// ask; that has been said.
+/// Returns the password of a carrier's list; empty if the list needs none. `nullopt` if nobody can
+/// be asked; the reason has been shown.
 std::optional<Secret> ListPassword(const fs::path& carrier, const Arguments& arguments,
                                    ConsoleUi& ui) {
   if (ListIsOpen(carrier) && arguments.passwordFile.empty()) return Secret();
-  const std::optional<TypedTwice> typed = Ask(Typed::Password, false, arguments, ui);
+  const std::optional<TypedTwice> typed = Ask(SecretKind::Password, false, arguments, ui);
   return typed ? std::optional(typed->first) : std::nullopt;
 }
 
-/// Fills in the passwords of a hide. False when there is nobody to ask; that has been said.
+/// Fills in the passwords of a hide. False if nobody can be asked; the reason has been shown.
 bool TakePasswords(HideForm& form, const Arguments& arguments, ConsoleUi& ui) {
   if (!arguments.encrypt && arguments.passwordFile.empty() && ListIsOpen(form.Text1)) return true;
   if (arguments.encrypt && !arguments.passwordFile.empty())
-    form.last = SecretIn(arguments.passwordFile, Typed::Password, ui);
+    form.last = SecretIn(arguments.passwordFile, SecretKind::Password, ui);
   const auto typed =
-      Ask(arguments.encrypt ? Typed::Passphrase : Typed::Password, true, arguments, ui);
+      Ask(arguments.encrypt ? SecretKind::Passphrase : SecretKind::Password, true, arguments, ui);
   if (!typed) return false;
   form.Text3 = typed->first;
   form.Text4 = typed->second;
@@ -156,8 +156,8 @@ bool NoSuchFile(Ui& ui) {
   return false;
 }
 
-/// The serial number (from 0) of the file to recover of several: from the argument or from the
-/// terminal. Nothing when there is none.
+/// Returns the serial number (from 0) of the file to recover, from the argument or the terminal.
+/// `nullopt` if there is none; the reason has been shown.
 std::optional<std::size_t> ChooseFile(const Arguments& arguments,
                                       const std::vector<HiddenFile>& files, ConsoleUi& ui) {
   if (arguments.number) return *arguments.number;
@@ -169,7 +169,7 @@ std::optional<std::size_t> ChooseFile(const Arguments& arguments,
   if (line)
     (void)NoSuchFile(ui);
   else
-    ui.Message("There are several hidden files; name one of them with --file, or all with --all.",
+    ui.Message("There are several hidden files; choose one with --file, or all with --all.",
                Icon::Critical);
   return std::nullopt;
 }
@@ -247,7 +247,7 @@ bool Hide(const Arguments& arguments, ConsoleUi& ui) {
   WarnOf(form.Text2, NameNote(form.Text2, arguments.encrypt), ui);
   WarnOf(form.Text1, FormatNote(form.Text1), ui);
   if (!TakePasswords(form, arguments, ui)) return false;
-  HideJob job(std::exchange(form, {}), ui, BigFiles::Take);  // Secrets are nowhere else.
+  HideJob job(std::exchange(form, {}), ui, BigFiles::Take);  // No copy of the secrets stays.
   using Next = HideJob::Next;
   if (job.Check() != Next::GoOn || job.PrepareHide() != Next::GoOn) return false;
   Next next = Next::Wait;
@@ -282,12 +282,12 @@ bool Recover(const Arguments& arguments, ConsoleUi& ui) {
   const std::optional<fs::path> folder = OutputFolder(arguments, form.Text1, created, ui);
   if (!folder) return false;
   form.output = *folder;
-  // What is in files is read before anything is asked for, the password first: both may be lines of
-  // standard input.
+  // Files are read before anything is asked, the password first: both may be lines of standard
+  // input.
   std::optional<Secret> password;
   if (!arguments.passwordFile.empty()) password = ListPassword(form.Text1, arguments, ui);
   if (!arguments.passphraseFile.empty())
-    form.passphrase = SecretIn(arguments.passphraseFile, Typed::Passphrase, ui);
+    form.passphrase = SecretIn(arguments.passphraseFile, SecretKind::Passphrase, ui);
   if (!password) password = ListPassword(form.Text1, arguments, ui);
   if (!password) return false;
   form.Text2 = *password;

@@ -14,12 +14,12 @@ namespace {
 using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds drawInterval{100};
 
-/// `text` as it may be written to standard error.
+/// Returns `text` safe for standard error.
 std::string ForErrors(std::string_view text) {
   return Terminal::ShowsErrors() ? Printable(text) : std::string(text);
 }
 
-/// What of a line whose parts are two blanks apart fits a width.
+/// Returns the leading parts of `line` that fit `width`; two blanks separate parts.
 std::string Fitting(std::string line, std::size_t width) {
   if (line.size() <= width) return line;
   const std::size_t gap = line.rfind("  ", width);
@@ -44,7 +44,7 @@ void ConsoleUi::Message(std::string_view text, Icon icon) {
     std::cerr << ForErrors(text) << std::endl;
 }
 
-// Whatever a job asks is answered with Yes or No.
+// Jobs ask only Yes-or-No questions.
 Answer ConsoleUi::Question(std::string_view text, Buttons /*buttons*/, Stakes stakes) {
   ClearProgressLine();
   const bool unproven = stakes == Stakes::Unproven;
@@ -56,7 +56,7 @@ Answer ConsoleUi::Question(std::string_view text, Buttons /*buttons*/, Stakes st
   }
   ShowHeldBack();
   if (Terminal::CanAsk()) return AnswerFromTerminal(shown) ? Answer::Yes : Answer::No;
-  std::cerr << shown << " No (nobody is at the terminal; " << (unproven ? "--force" : "--yes")
+  std::cerr << shown << " No (no terminal to ask on; " << (unproven ? "--force" : "--yes")
             << " answers Yes)" << std::endl;
   return Answer::No;
 }
@@ -73,7 +73,7 @@ bool ConsoleUi::AnswerFromTerminal(std::string_view text) {
   }
 }
 
-// What the dialogs would ask for comes from the arguments here.
+// Files and folders come from the arguments.
 std::optional<std::filesystem::path> ConsoleUi::OpenFile(
     std::string_view /*title*/, std::string_view /*filter*/,
     const std::filesystem::path& /*initialFolder*/) {
@@ -84,7 +84,7 @@ std::optional<std::filesystem::path> ConsoleUi::PickFolder() {
   return std::nullopt;
 }
 
-std::optional<std::string> ConsoleUi::MaskedInputBox(std::string_view prompt, Typed what) {
+std::optional<std::string> ConsoleUi::MaskedInputBox(std::string_view prompt, SecretKind kind) {
   ClearProgressLine();
   if (Terminal::CanAsk()) {
     std::optional<std::string> line = terminal_.ReadSecret(ForErrors(prompt) + " ");
@@ -92,9 +92,9 @@ std::optional<std::string> ConsoleUi::MaskedInputBox(std::string_view prompt, Ty
     return line;
   }
   ShowHeldBack();
-  std::cerr << ForErrors(prompt) << " (Nobody is at the terminal; "
-            << (what == Typed::Password ? "--password-file" : "--passphrase-file")
-            << " names a file with it.)" << std::endl;
+  std::cerr << ForErrors(prompt) << " (No terminal to ask on; use "
+            << (kind == SecretKind::Password ? "--password-file" : "--passphrase-file") << ".)"
+            << std::endl;
   return std::nullopt;
 }
 
@@ -121,8 +121,8 @@ void ConsoleUi::SetProgress(const Progress& progress) {
   drawn_ = now;
   lineShown_ = true;
   const double seconds = std::chrono::duration<double>(now - started_).count();
-  // A line as wide as the terminal would move to the next. The control sequence clears what a
-  // longer line has left.
+  // A line as wide as the terminal would wrap. The control sequence clears the rest of a longer
+  // line.
   std::cerr << "\r" << Fitting(ProgressLine(progress, seconds), Terminal::Width() - 1) << "\033[K"
             << std::flush;
 }

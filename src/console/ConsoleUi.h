@@ -12,13 +12,13 @@
 namespace slyver {
 
 struct ConsoleOptions {
-  bool yes = false;    ///< Answers Yes, but where other bytes than were split may come of it.
-  bool force = false;  ///< Answers every question with Yes.
-  bool quiet = false;  ///< Neither progress nor messages of success.
+  bool yes = false;    ///< Answers Yes, except to questions with Stakes::Unproven.
+  bool force = false;  ///< Answers Yes to every question.
+  bool quiet = false;  ///< Shows no progress and no messages of success.
 };
 
-/// Talks to the user on standard error, one line a message. Questions are asked on the terminal;
-/// without one they are shown and answered with No.
+/// Talks to the user on standard error, one line per message. Asks questions on the terminal;
+/// without one, shows them and answers No.
 class ConsoleUi final : public Ui {
  public:
   ConsoleUi(const Terminal& terminal, ConsoleOptions options);
@@ -30,23 +30,22 @@ class ConsoleUi final : public Ui {
       std::string_view title, std::string_view filter,
       const std::filesystem::path& initialFolder) override;
   std::optional<std::filesystem::path> PickFolder() override;
-  std::optional<std::string> MaskedInputBox(std::string_view prompt, Typed what) override;
+  std::optional<std::string> MaskedInputBox(std::string_view prompt, SecretKind kind) override;
   void ShowProgressForm(std::string_view caption) override;
   void SetProgress(const Progress& progress) override;
-  /// Nothing: the paths of what is made go to standard output.
+  /// Does nothing: the commands print paths to standard output.
   void TellPlace(const std::filesystem::path& /*made*/) override {}
   bool GoOn() override;
   void EndProgram() override;
 
-  /// Reads the first line of a file, or of standard input for "-"; shows `prompt` if it is a
-  /// terminal. Throws what Terminal::ReadSecret() throws.
+  /// Reads the first line of a file, or of standard input for "-". Shows `prompt` on a terminal.
+  /// Throws as Terminal::ReadSecret() does.
   std::string ReadSecret(const std::string& file, std::string_view prompt);
 
-  /// Asks for a line of text on the terminal. Nothing when nobody is there.
+  /// Asks for a line of text on the terminal. `nullopt` without a terminal or at the end of input.
   std::optional<std::string> AskLine(std::string_view prompt);
 
-  /// Says what the quiet mode has held back, when a job has failed or a question comes: those
-  /// messages are the reason.
+  /// Shows the messages that quiet mode has held back. They explain a failure or a question.
   void ShowHeldBack();
 
  private:

@@ -9,7 +9,7 @@ namespace slyver {
 
 namespace {
 
-/// Takes a character off the front of `rest`; returns its bytes.
+/// A character, removed from the front of `rest`.
 struct Character {
   explicit Character(std::string_view& rest) : bytes(rest), code(TakeCharacter(rest)) {
     bytes.remove_suffix(rest.size());
@@ -18,7 +18,7 @@ struct Character {
   bool IsControl() const { return code < 0x20 || (code >= 0x7F && code < 0xA0); }
 
   std::string_view bytes;
-  char32_t code;  ///< Of a byte that is not UTF-8, the byte.
+  char32_t code;  ///< The byte itself if it is not UTF-8.
 };
 
 }  // namespace

@@ -5,13 +5,13 @@
 
 namespace slyver {
 
-/// Returns `text` with "?" for each control character; line feeds and tabs stay. A terminal obeys
-/// control characters, U+0080 to U+009F and such bytes outside UTF-8 among them, and a file's name
-/// may hold any.
+/// Returns `text` with "?" for each control character except line feeds and tabs. A file name may
+/// contain control characters, which a terminal obeys: U+0000 to U+001F, U+007F to U+009F and bytes
+/// of these values outside UTF-8.
 std::string Printable(std::string_view text);
 
-/// Returns `name` quoted for a shell, as in $'a\033b', if it has a control character or looks
-/// quoted already; any other name as it is.
+/// Returns `name` quoted for a shell, as in $'a\033b', if it contains a control character or looks
+/// quoted; otherwise unchanged.
 std::string Quoted(std::string_view name);
 
 }  // namespace slyver

@@ -31,9 +31,8 @@ bool IsIgnored(int signal) {
   return sigaction(signal, nullptr, &current) == 0 && current.sa_handler == SIG_IGN;
 }
 
-/// Hides what is typed on a terminal while it lives, and takes the keys singly: the terminal itself
-/// would cut a line after 4095 bytes. Ctrl-Z waits to be noticed, so that the terminal is as before
-/// when the program stops.
+/// Switches a terminal's echo off while it lives, and its line mode, which cuts lines at 4095
+/// bytes. Blocks SIGTSTP, so that the terminal is restored before the program stops.
 class UnseenTyping {
  public:
   UnseenTyping(int terminal, std::filesystem::path name)
@@ -52,7 +51,7 @@ class UnseenTyping {
   UnseenTyping(const UnseenTyping&) = delete;
   UnseenTyping& operator=(const UnseenTyping&) = delete;
 
-  /// Drops what has been typed so far, which was seen. In the background it stops the program.
+  /// Switches the echo off and drops input typed before. Stops a program in the background.
   void Hide() const {
     termios unseen = before_;
     unseen.c_iflag |= ICRNL;
@@ -62,7 +61,7 @@ class UnseenTyping {
     if (tcsetattr(terminal_, TCSAFLUSH, &unseen) != 0) FailWithLastError(name_);
   }
 
-  /// Stops the program as Ctrl-Z does, with the terminal as before; returns when it is continued.
+  /// Restores the terminal and stops the program as Ctrl-Z does; returns when it continues.
   void Suspend() const {
     Restore();
     (void)raise(SIGTSTP);
@@ -72,7 +71,7 @@ class UnseenTyping {
 
   bool IsEnd(char key) const { return Is(VEOF, key); }
 
-  /// Does what a key asks for that edits the line; `false` for any other key.
+  /// Edits the line if `key` is an editing key; `false` for any other key.
   bool Edit(std::string& line, char key) const {
     if (Is(VKILL, key)) {
       Wipe(line);
@@ -103,12 +102,12 @@ class UnseenTyping {
   sigset_t signalsBefore_ = {};
 };
 
-/// Reads a line from `file`; shows `prompt` again when the program goes on after a stop.
+/// Reads a line from `file`. Shows `prompt` again when a stopped program continues.
 std::optional<std::string> Read(int file, const std::filesystem::path& name,
                                 std::string_view prompt, const UnseenTyping* unseen,
                                 const Descriptor& signals, const Terminal& terminal) {
   std::string line;
-  line.reserve(Terminal::longestLine + 1);  // Growing, it would leave copies behind.
+  line.reserve(Terminal::longestLine + 1);  // Growth would leave copies in memory.
   std::cerr << prompt << std::flush;
   while (true) {
     std::array<pollfd, 2> waiting = {pollfd{signals.Get(), POLLIN, 0}, pollfd{file, POLLIN, 0}};
@@ -117,9 +116,9 @@ std::optional<std::string> Read(int file, const std::filesystem::path& name,
     signalfd_siginfo signal = {};
     if (waiting[0].revents != 0 && read(signals.Get(), &signal, sizeof signal) > 0) {
       if (unseen != nullptr) {
-        Wipe(line);  // It is to be typed again.
+        Wipe(line);  // The user types it again.
         if (signal.ssi_signo == SIGTSTP) unseen->Suspend();
-        // Shells switch the echo on again when they bring back a program that has been stopped.
+        // Shells switch the echo on when they continue a stopped program.
         unseen->Hide();
       }
       if (signal.ssi_signo == SIGCONT) std::cerr << prompt << std::flush;
@@ -155,25 +154,24 @@ std::optional<std::string> ReadUnseen(int file, const std::filesystem::path& nam
 struct Terminal::State {
   sigset_t before = {};
   sigset_t stopping = {};
-  Descriptor signals;  ///< Readable when one of `stopping` has come, SIGCONT or a SIGTSTP
-                       ///< that is blocked.
+  Descriptor signals;  ///< Readable on a stop signal, SIGCONT or a blocked SIGTSTP.
 };
 
 Terminal::Terminal() : state_(std::make_unique<State>()) {
   if (!OpenStandardDescriptors()) FailWithLastError("/dev/null");
-  // A signal that is blocked waits to be asked about. One that the caller has had ignored, as a
-  // shell does for a job in the background, must not be blocked: it would be kept all the same.
+  // Blocked signals stay pending until StopSignal() looks. Signals that the parent ignores, as
+  // shells do for background jobs, must not be blocked, or they would become pending too.
   (void)sigemptyset(&state_->stopping);
   for (const int signal : stopSignals)
     if (!IsIgnored(signal)) (void)sigaddset(&state_->stopping, signal);
   sigset_t noticed = state_->stopping;
   (void)sigaddset(&noticed, SIGCONT);
   (void)sigprocmask(SIG_BLOCK, &noticed, &state_->before);
-  (void)sigaddset(&noticed, SIGTSTP);  // Blocked only while it matters.
+  (void)sigaddset(&noticed, SIGTSTP);  // UnseenTyping blocks it.
   state_->signals = Descriptor(signalfd(-1, &noticed, SFD_NONBLOCK | SFD_CLOEXEC));
   if (!state_->signals) FailWithLastError("signals");
-  // A file that grows past its size limit and a closed pipe shall give errors, not a silent end
-  // that leaves work folders behind.
+  // A file over its size limit and a closed pipe must return errors, not kill the process before it
+  // deletes its work folders.
   (void)std::signal(SIGXFSZ, SIG_IGN);
   (void)std::signal(SIGPIPE, SIG_IGN);
 }
@@ -209,14 +207,14 @@ std::optional<std::string> Terminal::ReadSecret(std::string_view prompt) const {
 
 std::optional<std::string> Terminal::ReadSecret(std::string_view prompt,
                                                 const std::filesystem::path& path) const {
-  // A pipe that nobody writes to yet must not hold up the opening, where no signal is seen.
+  // Opening a pipe without a writer would block, and no signal would end it.
   const Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   if (!file) FailWithLastError(path);
   return ReadUnseen(file.Get(), path, prompt, state_->signals, *this);
 }
 
 int Terminal::StopSignal() const {
-  // Only looked at, never taken: a signal that has come stays for every later question.
+  // Leaves the signal pending, so that later calls see it too.
   sigset_t pending = {};
   (void)sigpending(&pending);
   for (const int signal : stopSignals)

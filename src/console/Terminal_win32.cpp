@@ -1,7 +1,7 @@
 #include "console/Terminal.h"
 
 #include <windows.h>
-// The system's headers have to come behind this one.
+// shellapi.h needs windows.h first.
 #include <shellapi.h>
 
 #include <algorithm>
@@ -18,13 +18,13 @@ namespace slyver {
 
 namespace {
 
-/// How long the system waits for a program whose window is closed, and so for its cleaning up.
+/// The milliseconds that the system grants a program to clean up after its window was closed.
 constexpr DWORD closingTime = 5000;
 
 constexpr const char* inputName = "standard input";
 constexpr const char* tooLong = "The first line is too long";
 
-/// A console's mode; nothing when the handle is no console.
+/// Returns a console's mode; `nullopt` if the handle is not a console.
 std::optional<DWORD> ModeOf(HANDLE handle) {
   DWORD mode = 0;
   return GetConsoleMode(handle, &mode) != 0 ? std::optional(mode) : std::nullopt;
@@ -47,7 +47,7 @@ class ConsoleMode {
   std::optional<DWORD> before_;
 };
 
-/// Makes the console take the program's UTF-8 while it lives.
+/// Sets the console's output to UTF-8 while it lives.
 class Utf8Output {
  public:
   Utf8Output() : before_(GetConsoleOutputCP()) { (void)SetConsoleOutputCP(CP_UTF8); }
@@ -61,7 +61,7 @@ class Utf8Output {
   UINT before_;
 };
 
-/// What the system's call of the handler, which takes nothing of the program's along, has to find.
+/// What OnControl() needs; the system passes it no user data.
 struct Stopping {
   std::atomic<int> signal = 0;
   Handle asked{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
@@ -69,7 +69,7 @@ struct Stopping {
 };
 std::atomic<Stopping*> current = nullptr;
 
-/// Called on a thread of its own.
+/// Handles Ctrl-C and the closing of the window; the system calls it on a thread of its own.
 BOOL WINAPI OnControl(DWORD event) {
   Stopping* const stopping = current;
   if (stopping == nullptr) return FALSE;
@@ -77,12 +77,12 @@ BOOL WINAPI OnControl(DWORD event) {
   int none = 0;
   (void)stopping->signal.compare_exchange_strong(none, interrupted ? SIGINT : SIGTERM);
   (void)SetEvent(stopping->asked.Get());
-  // When this call returns from any other event, the system ends the process at once.
+  // After any other event, the system ends the process when this function returns.
   if (!interrupted) (void)WaitForSingleObject(stopping->done.Get(), closingTime);
   return TRUE;
 }
 
-/// The most that can be typed in a line: older systems have room for 64 KiB of it.
+/// The most characters typed in a line; older systems' buffers hold 64 KiB.
 constexpr DWORD longestTyped = 16384;
 
 /// Returns the next line typed at the console, with its line end; empty if there is none. Throws
@@ -95,7 +95,7 @@ std::wstring ReadTypedLine(HANDLE input, const std::filesystem::path& name,
     DWORD count = 0;
     SetLastError(ERROR_SUCCESS);
     const bool read = ReadConsoleW(input, part.data(), longestTyped, &count, nullptr) != 0;
-    // Ctrl-C ends the reading; the handler may be told of it a moment later.
+    // Ctrl-C ends the read; the handler may run a moment later.
     if (count == 0 && GetLastError() == ERROR_OPERATION_ABORTED)
       (void)WaitForSingleObject(stopping.asked.Get(), 1000);
     if (stopping.signal != 0) throw Cancelled{};
@@ -103,18 +103,18 @@ std::wstring ReadTypedLine(HANDLE input, const std::filesystem::path& name,
     if (count == 0) return line;
     line.append(part.data(), count);
     Wipe(part);
-    // The console drops without a word what goes beyond its room.
+    // The console silently drops characters over its limit.
     if (line.size() + 2 >= longestTyped) {
       Wipe(line);
       throw FileError(name, tooLong);
     }
-    // Ctrl-Z at the start of a line is the end of the input.
+    // Ctrl-Z at the start of a line ends the input.
     if (line.starts_with(L'\x1A')) return {};
   }
   return line;
 }
 
-/// Waits until a pipe has bytes or is closed, so that the reading cannot outlast a stop.
+/// Waits until a pipe has bytes or is closed, or a stop is asked for: ReadFile() ignores stops.
 void WaitForPipe(HANDLE input, const Stopping& stopping) {
   DWORD available = 0;
   while (GetFileType(input) == FILE_TYPE_PIPE &&
@@ -127,7 +127,7 @@ void WaitForPipe(HANDLE input, const Stopping& stopping) {
 std::optional<std::string> Read(HANDLE file, const std::filesystem::path& name,
                                 const Stopping& stopping) {
   std::string line;
-  line.reserve(Terminal::longestLine + 1);  // Growing, it would leave copies behind.
+  line.reserve(Terminal::longestLine + 1);  // Growth would leave copies in memory.
   while (true) {
     WaitForPipe(file, stopping);
     if (stopping.signal != 0) throw Cancelled{};
@@ -146,7 +146,7 @@ std::optional<std::string> Read(HANDLE file, const std::filesystem::path& name,
   }
 }
 
-/// Reads a line from a console behind `prompt`, or from anything else.
+/// Reads a line from a console, after `prompt`, or from a file or pipe.
 std::optional<std::string> ReadAny(HANDLE input, const std::filesystem::path& name, bool echo,
                                    std::string_view prompt, const Stopping& stopping) {
   if (!ModeOf(input)) return Read(input, name, stopping);
@@ -221,12 +221,12 @@ int Terminal::StopSignal() const {
 }
 
 void Terminal::IgnoreStops() const {
-  // What the handler has taken has had its effect; nothing waits for the object's end.
+  // OnControl() has handled earlier signals; only new ones are left to ignore.
   (void)SetConsoleCtrlHandler(nullptr, TRUE);
 }
 
 std::vector<std::string> ArgumentsOf(int /*argc*/, char** /*argv*/) {
-  // Those that main() is given are in the code page, which has not every name's characters.
+  // Those of main() are in the code page, which lacks characters of some names.
   int count = 0;
   wchar_t** const wide = CommandLineToArgvW(GetCommandLineW(), &count);
   if (wide == nullptr) FailWithLastError("arguments");

@@ -27,7 +27,7 @@ constexpr int statusFailed = 1;
 constexpr int statusWrongUsage = 2;
 constexpr int statusSignalBase = 128;
 
-/// Runs the job; returns the program's exit status.
+/// Runs the job; returns the exit status.
 int Run(const Arguments& arguments, const Terminal& terminal) {
   ConsoleUi ui(terminal, arguments.console);
   try {
@@ -53,7 +53,7 @@ std::optional<std::uint64_t> WholeNumber(std::string_view text) {
   return error == std::errc{} && stop == end ? std::optional(number) : std::nullopt;
 }
 
-/// Adds an argument that names a file or folder, which is never empty.
+/// Adds an argument that takes a path and refuses an empty one.
 CLI::Option& AddPath(CLI::App& command, const std::string& name, std::string& path,
                      const std::string& help) {
   const auto check = [](const std::string& typed) {
@@ -62,7 +62,7 @@ CLI::Option& AddPath(CLI::App& command, const std::string& name, std::string& pa
   return *command.add_option(name, path, help)->check(CLI::Validator(check, ""));
 }
 
-/// Adds an option that `parse` reads; `expected` says what it takes.
+/// Adds an option with a number that `parse` reads; `expected` completes the error message.
 template <typename Number, typename Parse>
 CLI::Option& AddNumber(CLI::App& command, const std::string& name, Number& number,
                        const Parse& parse, const std::string& expected, const std::string& help) {
@@ -82,12 +82,12 @@ void AddOutput(CLI::App& command, Arguments& arguments, const std::string& help)
 
 void AddCommonOptions(CLI::App& command, Arguments& arguments) {
   command.add_flag("-y,--yes", arguments.console.yes,
-                   "Answer Yes to questions, unless damaged or unproven pieces would be taken");
+                   "Answer Yes to questions, except those about damaged or unproven pieces");
   command.add_flag("--force", arguments.console.force,
-                   "Answer Yes to every question, also where pieces are damaged or unproven");
+                   "Answer Yes to every question, even if pieces are damaged or unproven");
   command.add_flag("-q,--quiet", arguments.console.quiet,
-                   "Show neither progress nor messages of success");
-  command.add_flag("-v,--verbose", arguments.verbose, "Print the path of every file made");
+                   "Show no progress and no messages of success");
+  command.add_flag("-v,--verbose", arguments.verbose, "Print the path of every new file");
 }
 
 void AddSplit(CLI::App& app, Arguments& arguments) {
@@ -108,7 +108,7 @@ void AddSplit(CLI::App& app, Arguments& arguments) {
       .type_name("N")
       ->excludes(&size);
   command.add_flag("--checksum", arguments.checksum,
-                   "Write FILE.sha256 beside the pieces, by which they are checked");
+                   "Write a checksum file FILE.sha256 next to the pieces");
   AddOutput(command, arguments, "The folder for the pieces [the folder of FILE]");
   AddCommonOptions(command, arguments);
   command.callback([&arguments] { arguments.job = Split; });
@@ -119,8 +119,8 @@ void AddJoin(CLI::App& app, Arguments& arguments) {
       *app.add_subcommand("join", "Join the pieces of a split; prints the path of the joined file");
   AddPath(command, "PIECE", arguments.file, "Any one of the pieces").required();
   command.add_flag("--delete", arguments.deletePieces,
-                   "Delete the pieces when the joined file is on the disk and was found right");
-  command.footer("Where FILE.sha256 lies beside the pieces, what is joined is checked by it.");
+                   "Delete the pieces after the joined file is checked and on the disk");
+  command.footer("If FILE.sha256 is next to the pieces, the joined file is checked against it.");
   AddOutput(command, arguments, "The folder for the joined file [the folder of PIECE]");
   AddCommonOptions(command, arguments);
   command.callback([&arguments] { arguments.job = Join; });
@@ -131,38 +131,39 @@ void AddVerify(CLI::App& app, Arguments& arguments) {
       "verify", "Check the pieces of a split: name and OK, DAMAGED or MISSING, separated by a tab");
   AddPath(command, "PIECE", arguments.file, "Any one of the pieces").required();
   command.footer(
-      "Without a checksum file beside the pieces, their numbers and sizes alone are checked.");
+      "Without a checksum file next to the pieces, only their numbers and sizes are checked.");
   AddCommonOptions(command, arguments);
   command.callback([&arguments] { arguments.job = Verify; });
 }
 
 void AddPasswordFile(CLI::App& command, Arguments& arguments) {
   AddPath(command, "--password-file", arguments.passwordFile,
-          "Take the password from the first line of this file; \"-\" is standard input. Without it "
-          "the password is asked for on the terminal")
+          "Read the password from the first line of this file; \"-\" is standard input. Without "
+          "this option, ask on the terminal")
       .type_name("PATH");
 }
 
 CLI::Option& AddPassphraseFile(CLI::App& command, Arguments& arguments) {
   return *AddPath(command, "--passphrase-file", arguments.passphraseFile,
-                  "Take the passphrase of the encrypted file from the first line of this file, as "
-                  "--password-file does")
+                  "Read the passphrase of the encrypted file from the first line of this file; "
+                  "\"-\" is standard input")
               .type_name("PATH");
 }
 
 void AddHide(CLI::App& app, Arguments& arguments) {
   CLI::App& command = *app.add_subcommand(
-      "hide", "Hide a file in a copy of another, under a password; prints the copy's path");
-  AddPath(command, "MAIN", arguments.file, "The file to hide in; it may carry hidden files already")
+      "hide", "Hide a file in a copy of another, with a password; prints the copy's path");
+  AddPath(command, "MAIN", arguments.file,
+          "The file to hide in; it may already contain hidden files")
       .required();
   AddPath(command, "FILE", arguments.hidden, "The file to hide").required();
   command.footer(
-      "Without --encrypt anyone can read the hidden file in the new one: the password only guards "
-      "the list of names and lengths. With it a passphrase guards the contents, in the age format; "
-      "anyone can list the names and lengths and see that something is encrypted. Each use of a "
-      "passphrase takes about a second and 256 MiB of memory.");
-  CLI::Option* const encrypt = command.add_flag("-e,--encrypt", arguments.encrypt,
-                                                "Encrypt the file under a passphrase, as age does");
+      "Without --encrypt anyone can read the hidden file in the copy: the password protects only "
+      "the list of names and lengths. With --encrypt a passphrase protects the contents, in the "
+      "age format; anyone can list the names and lengths and see that something is encrypted. Each "
+      "use of a passphrase takes about a second and 256 MiB of memory.");
+  CLI::Option* const encrypt = command.add_flag(
+      "-e,--encrypt", arguments.encrypt, "Encrypt the file with a passphrase, in the age format");
   AddOutput(command, arguments, "The folder for the copy [the folder of MAIN]");
   AddPasswordFile(command, arguments);
   AddPassphraseFile(command, arguments).needs(encrypt);
@@ -181,21 +182,22 @@ void AddList(CLI::App& app, Arguments& arguments) {
 
 void AddRecover(CLI::App& app, Arguments& arguments) {
   CLI::App& command = *app.add_subcommand(
-      "recover", "Write hidden files, or the main file, beside the carrier; prints their paths");
+      "recover", "Recover hidden files, or the main file, from a carrier; prints their paths");
   AddPath(command, "CARRIER", arguments.file, "The file that carries hidden files").required();
   CLI::Option& number = AddNumber(command, "-f,--file", arguments.number, WholeNumber,
                                   "a serial number; give one that list prints",
-                                  "The serial number of the hidden file, as list prints it");
+                                  "The serial number of the hidden file, as printed by list");
   number.type_name("NUMBER");
   CLI::Option* const all =
       command.add_flag("-a,--all", arguments.all, "Recover every hidden file")->excludes(&number);
   CLI::Option* const main = command.add_flag("-m,--main", arguments.main, "Recover the main file")
                                 ->excludes(&number)
                                 ->excludes(all);
-  AddOutput(command, arguments, "The folder for what is recovered [the folder of CARRIER]");
+  AddOutput(command, arguments, "The folder for the recovered files [the folder of CARRIER]");
   AddPasswordFile(command, arguments);
-  CLI::Option* const raw = command.add_flag("-r,--raw", arguments.raw,
-                                            "Recover encrypted files as they are, for age to open");
+  CLI::Option* const raw =
+      command.add_flag("-r,--raw", arguments.raw,
+                       "Recover encrypted files without decrypting them, for use with age");
   AddPassphraseFile(command, arguments).excludes(raw)->excludes(main);
   AddCommonOptions(command, arguments);
   command.callback([&arguments] { arguments.job = Recover; });
@@ -218,11 +220,11 @@ int Program(std::vector<std::string> words) {
   AddList(app, arguments);
   AddRecover(app, arguments);
   try {
-    std::reverse(words.begin(), words.end());  // The parser takes them from the end.
+    std::reverse(words.begin(), words.end());  // CLI11 takes them from the end.
     app.parse(std::move(words));
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) return app.exit(error);
-    std::cerr << error.what() << " (--help tells more)\n";
+    std::cerr << error.what() << " (see --help)\n";
     return statusWrongUsage;
   }
   return Run(arguments, terminal);

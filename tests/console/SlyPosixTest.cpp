@@ -16,16 +16,15 @@ namespace {
 
 namespace fs = std::filesystem;
 
-#define UNPROVEN " No (nobody is at the terminal; --force answers Yes)\n"
+#define UNPROVEN " No (no terminal to ask on; --force answers Yes)\n"
 #define FORCED " Yes (--force)\n"
 #define DAMAGED "e.bin.2.sly Is Damaged. Do You Want To Join Them Anyway?"
 #define ODD \
   "e.bin.2.sly Does Not Have The Size Of The Other Pieces. Do You Want To Join Them Anyway?"
-#define NOBODY " No (nobody is at the terminal; --yes answers Yes)\n"
+#define NOBODY " No (no terminal to ask on; --yes answers Yes)\n"
 #define REPLACE "a Already Exists. Do You Want To Replace It?"
 #define ADD "There are Files Already Hidden In This File. Do You Want To Add Another File In It?"
-#define NO_PASSWORD \
-  "Enter Password : (Nobody is at the terminal; --password-file names a file with it.)\n"
+#define NO_PASSWORD "Enter Password : (No terminal to ask on; use --password-file.)\n"
 #define UNCHECKED "There Is No Checksum File Of The Pieces. Their Bytes Were Not Checked.\n"
 #define SAME "The Passphrase Is The List's Password, Which Is Not Secret. Choose Another One.\n"
 #define NOT_ITS_PASSWORD "Incorrect Password. Unable To Recover File.\n"
@@ -340,7 +339,7 @@ constexpr Case scripts[] = {
     {"$SLY recover --main a.bin", 1, "", "Unable To Recover File.\n"},
     {"echo ab | $SLY recover six --main --password-file -", 1, "", NOT_ITS_PASSWORD},
     {"$SLY recover $P six", 1, "",
-     LIST "There are several hidden files; name one of them with --file, or all with --all.\n"},
+     LIST "There are several hidden files; choose one with --file, or all with --all.\n"},
     {"$SLY recover six --file 65536", 1, "", "There is no such file.\n"},
     {"$SLY hide $P one b.bin", 1, "", ADD NOBODY},
     {"echo other | $SLY hide --password-file - one b.bin --yes -q", 1, "", "Incorrect Password.\n"},
@@ -432,8 +431,8 @@ constexpr Talk talks[] = {
     {JOIN, REPLACE " [y/n] <\x04>", 1, "grep old a"},
     {JOIN, REPLACE " [y/n] <\x03>", 130, "grep old a"},
     {JOIN, REPLACE " [y/n] <YES\n>File Joined.", 0, "grep 123 a"},
-    // With a terminal at one end only there is nobody to ask.
-    {"$SLY hide one b.bin $P <pw", ADD " No (nobody", 1, NOTHING_MADE},
+    // A terminal at one end only cannot be asked on.
+    {"$SLY hide one b.bin $P <pw", ADD " No (no terminal", 1, NOTHING_MADE},
     {HIDE, PASSWORD AGAIN "<Ab\n>File Hidden.", 0, "cmp 'Hidden File m.png' one"},
     {HIDE, DIFFERENT PASSWORD AGAIN "<Ab\n>File Hidden.", 0, "cmp 'Hidden File m.png' one"},
     {HIDE, DIFFERENT DIFFERENT DIFFERENT, 1, NOTHING_MADE},

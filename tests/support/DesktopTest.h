@@ -180,11 +180,11 @@ class ShownUi final : public WxUi, private wxModalDialogHook {
     EXPECT_EQ(WxUi::Question(text, buttons, stakes), answer);
     return answer;
   }
-  std::optional<std::string> MaskedInputBox(std::string_view prompt, Typed what) override {
-    std::optional<std::string> typed = script_.MaskedInputBox(prompt, what);
+  std::optional<std::string> MaskedInputBox(std::string_view prompt, SecretKind kind) override {
+    std::optional<std::string> typed = script_.MaskedInputBox(prompt, kind);
     Prepare(typed.value_or(""), typed ? wxID_OK : wxID_CANCEL);
     prompt_ = ToWx(prompt);
-    EXPECT_EQ(WxUi::MaskedInputBox(prompt, what), typed);
+    EXPECT_EQ(WxUi::MaskedInputBox(prompt, kind), typed);
     return typed;
   }
   std::optional<std::filesystem::path> OpenFile(

@@ -65,7 +65,7 @@ class ScriptedUi : public Ui {
   std::optional<std::filesystem::path> PickFolder() override {
     return Take({"folder picker"}).path;
   }
-  std::optional<std::string> MaskedInputBox(std::string_view prompt, Typed /*what*/) override {
+  std::optional<std::string> MaskedInputBox(std::string_view prompt, SecretKind /*kind*/) override {
     return Take({"masked input box " + std::string(prompt)}).text;
   }
   void ShowProgressForm(std::string_view caption) override {

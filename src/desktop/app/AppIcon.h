@@ -4,7 +4,7 @@
 
 namespace slyver {
 
-/// The program's icon, sharp at any size.
+/// Returns the program's icon, sharp at any size.
 wxBitmapBundle AppIcon();
 
 }  // namespace slyver

@@ -2,8 +2,8 @@
 
 namespace slyver {
 
-/// Switches the kernel's CPU-usage statistics on and off again, on systems that keep dynamic
-/// performance data. On others nothing happens; a failure goes unnoticed.
+/// Switches the kernel's CPU-usage statistics on and off again. Does nothing on systems without
+/// dynamic performance data. Failures are ignored.
 void SwitchCpuStatsOnAndOff();
 
 }  // namespace slyver

@@ -6,8 +6,8 @@
 
 namespace slyver {
 
-// Reading a value under "StartSrv" or "StartStat" switches on what it names, reading one under
-// "StopSrv" switches it off. What is read does not matter.
+// Reading a value under "StartSrv" or "StartStat" switches on what it names; reading one under
+// "StopSrv" switches it off. The value read is not used.
 void SwitchCpuStatsOnAndOff() {
   std::array<HKEY, 4> keys = {};
   DWORD ignored = 0;
@@ -20,7 +20,7 @@ void SwitchCpuStatsOnAndOff() {
     (void)RegQueryValueExA(keys.at(i), value, nullptr, &type, reinterpret_cast<BYTE*>(&ignored),
                            &size);
   };
-  open(0, R"(PerfStats\StatData)");  // Stays open: it is meant for whoever reads the statistics.
+  open(0, R"(PerfStats\StatData)");  // Stays open for the reader of the statistics.
   open(1, R"(PerfStats\StartSrv)");
   open(2, R"(PerfStats\StopSrv)");
   query(1, "KERNEL");

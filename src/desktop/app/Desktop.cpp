@@ -1,8 +1,8 @@
 #include "desktop/app/Desktop.h"
 
-#include <wx/appprogress.h>
 #include <wx/window.h>
 
+#include <chrono>
 #include <utility>
 #include <vector>
 
@@ -18,17 +18,13 @@
 #include "desktop/split/frmSplitter.h"
 #include "desktop/system/ModernForm.h"
 #include "desktop/system/WxText.h"
-#include "engine/base/FileError.h"
 #include "engine/base/PathText.h"
-#include "engine/settings/Registry.h"
 
 namespace slyver {
 
 namespace {
 
-constexpr int taskBarRange = 1000;
-
-/// All forms of `desktop` that there are, those among them that wait to be deleted.
+/// Returns all forms of `desktop`, including those that wait to be deleted.
 std::vector<ModernForm*> AllForms(const Desktop& desktop) {
   std::vector<ModernForm*> forms;
   for (wxWindow* const window : wxTopLevelWindows)
@@ -38,7 +34,7 @@ std::vector<ModernForm*> AllForms(const Desktop& desktop) {
   return forms;
 }
 
-/// All forms of `desktop` that are loaded.
+/// Returns the loaded forms of `desktop`.
 std::vector<ModernForm*> Forms(const Desktop& desktop) {
   std::vector<ModernForm*> forms = AllForms(desktop);
   std::erase_if(forms, [](const ModernForm* form) { return form->Unloaded(); });
@@ -48,12 +44,18 @@ std::vector<ModernForm*> Forms(const Desktop& desktop) {
 }  // namespace
 
 Desktop::Desktop(Ui& ui, Surroundings surroundings)
-    : ui_(ui), surroundings_(std::move(surroundings)), icon_(AppIcon()) {
+    : ui_(ui),
+      surroundings_(std::move(surroundings)),
+      jobs_(ui,
+            [this](bool busy) {
+              for (ModernForm* const form : Forms(*this)) form->SetBusy(busy);
+            }),
+      icon_(AppIcon()) {
   SetDefaultIcons(IconsOf(icon_));
 }
 
 Desktop::~Desktop() {
-  // At once, since their timers and events would still ask for this object.
+  // At once: their timers and events use this object.
   for (ModernForm* const form : AllForms(*this)) delete form;
   delete first_.get();
 }
@@ -94,7 +96,7 @@ void Desktop::Choose(Job job) {
 }
 
 void Desktop::HandOverToSplitter() {
-  // The split form reads from the selection form what the user has chosen there.
+  // The split form reads the user's choice from the selection form.
   splitJoin_->Hide();
   ShowSplitter();
   splitJoin_->Unload();
@@ -123,8 +125,8 @@ void Desktop::UnloadJoin() {
   if (join_) join_->Unload();
 }
 
-/// Two forms that are shown at once would come to the screen in any order; the selection form is to
-/// lie beneath.
+/// Waits until the selection form is on the screen. Window managers stack forms that are shown
+/// together in any order; the selection form must be below.
 void Desktop::AwaitSplitJoin() {
   constexpr std::chrono::seconds longestWait{1};
   const auto deadline = std::chrono::steady_clock::now() + longestWait;
@@ -164,58 +166,21 @@ void Desktop::UnloadFirst() {
   first_->Unload();
 }
 
-void Desktop::RunJob(const std::function<void()>& job) {
-  if (jobRuns_) return;
-  RunStep([&] {
-    job();
-    return false;
-  });
-}
-
-void Desktop::RunStep(const std::function<bool()>& step) {
-  // Events that come while a step runs may ask for the next one.
-  if (stepRuns_) return;
-  if (!jobRuns_) {
-    stopAsked_ = false;
-    jobBegan_ = std::chrono::steady_clock::now();
-    // A window of none is any of the program's.
-    taskBar_ = std::make_unique<wxAppProgressIndicator>(nullptr, taskBarRange);
-    SetBusy(true);
-  }
-  stepRuns_ = true;
-  bool more = false;
-  try {
-    more = ShowingErrors(ui_, false, step);
-  } catch (const Cancelled&) {
-    DeleteFilePathValue();
-    ui_.EndProgram();
-  }
-  stepRuns_ = false;
-  if (!more) SetBusy(false);
-}
-
 void Desktop::AskToStop() {
-  stopAsked_ = true;
+  jobs_.AskToStop();
   for (ModernForm* const form : Forms(*this)) form->Say("Stopping ...");
 }
 
 void Desktop::ShowProgress(const Progress& progress) const {
-  // Of what is done while the job stops nothing stays.
-  if (stopAsked_) return;
-  if (taskBar_ && progress.bytesTotal > 0)
-    taskBar_->SetValue(static_cast<int>(progress.bytesDone * taskBarRange / progress.bytesTotal));
+  // While the job rolls back, its progress means nothing.
+  if (jobs_.StopAsked()) return;
+  jobs_.ShowProgress(progress);
   for (ModernForm* const form : Forms(*this)) form->ShowProgress(progress);
 }
 
 void Desktop::ShowPlace(const std::filesystem::path& made) const {
   for (ModernForm* const form : Forms(*this))
     if (form->IsShown()) form->SayBeneathMessage(PathText(made));
-}
-
-void Desktop::SetBusy(bool busy) {
-  if (!busy) taskBar_.reset();
-  jobRuns_ = busy;
-  for (ModernForm* const form : Forms(*this)) form->SetBusy(busy);
 }
 
 }  // namespace slyver

@@ -3,19 +3,17 @@
 #include <wx/bmpbndl.h>
 #include <wx/weakref.h>
 
-#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "desktop/app/JobRunner.h"
 #include "desktop/app/Memory.h"
 #include "desktop/app/frmMainMenu.h"
 #include "desktop/system/FormHost.h"
 #include "engine/talk/Ui.h"
-
-class wxAppProgressIndicator;
 
 namespace slyver {
 
@@ -29,16 +27,16 @@ class frmSplitJoin;
 /// What a user can choose on the selection form.
 enum class Job { Split, Join, Hide, Recover };
 
-/// What the desktop program asks of the system around it.
+/// What the desktop program needs of the system; tests replace it.
 struct Surroundings {
   std::function<bool()> anotherInstanceRuns;
   std::function<MemoryStatus()> memoryStatus;
-  std::filesystem::path helpPage;  ///< Empty when there is no help.
-  /// Opens a file in its viewer; false when there is none.
+  std::filesystem::path helpPage;  ///< Empty if missing.
+  /// Opens a file in its viewer; `false` if that fails.
   std::function<bool(const std::filesystem::path&)> open;
 };
 
-/// The desktop program: it owns the forms, leads from one to the other and runs their jobs.
+/// The desktop program. Owns the forms and shows one after the other.
 class Desktop final : public FormHost {
  public:
   Desktop(Ui& ui, Surroundings surroundings);
@@ -52,7 +50,7 @@ class Desktop final : public FormHost {
   std::vector<BarMenu> Menus() override;
   frmMainMenu& MainMenu();
 
-  /// Loads the start-up form with the command line's one text, which decides what comes first.
+  /// Loads the start-up form, which shows the form that the command line asks for.
   void Start(const std::string& commandLine);
 
   frmFirst& First() { return *first_; }
@@ -60,7 +58,7 @@ class Desktop final : public FormHost {
 
   void LoadSplitJoin();  ///< Loads the selection form without showing it.
   void ShowSplitJoin();
-  void Choose(Job job);       ///< Does, a little later, what the selection form's button does.
+  void Choose(Job job);       ///< Presses the selection form's button when events run next.
   void HandOverToSplitter();  ///< Unloads the selection form and shows the split form.
   void ShowSplitter();
   void ShowInit() override;
@@ -74,27 +72,23 @@ class Desktop final : public FormHost {
   void FormClosed(ModernForm& form) override;
   void UnloadFirst() override;
 
-  void RunJob(const std::function<void()>& job) override;
-  void RunStep(const std::function<bool()>& step) override;
-  bool JobRuns() const override { return jobRuns_; }
+  const JobRunner& Jobs() const { return jobs_; }
+  void RunJob(const std::function<void()>& job) override { jobs_.RunJob(job); }
+  void RunStep(const std::function<bool()>& step) override { jobs_.RunStep(step); }
+  bool JobRuns() const override { return jobs_.JobRuns(); }
   void AskToStop() override;
-  bool StopAsked() const { return stopAsked_; }
-  /// For how long the job has been running that runs.
-  std::chrono::steady_clock::duration JobHasRun() const {
-    return std::chrono::steady_clock::now() - jobBegan_;
-  }
 
-  /// Sets the progress bar that it concerns.
+  /// Sets the progress bars on forms and task bar. Does nothing while the job stops.
   void ShowProgress(const Progress& progress) const;
-  /// Shows on the forms in sight where the file is that a job has made.
+  /// Shows the path of a job's result on the visible forms.
   void ShowPlace(const std::filesystem::path& made) const;
 
  private:
   void AwaitSplitJoin();
-  void SetBusy(bool busy);
 
   Ui& ui_;
   Surroundings surroundings_;
+  JobRunner jobs_;
   wxBitmapBundle icon_;
   std::unique_ptr<frmMainMenu> mainMenu_;
   wxWeakRef<frmFirst> first_;
@@ -103,11 +97,6 @@ class Desktop final : public FormHost {
   wxWeakRef<frmJoin> join_;
   wxWeakRef<frmHideFile> hideFile_;
   wxWeakRef<frmHideRec> hideRec_;
-  std::unique_ptr<wxAppProgressIndicator> taskBar_;  ///< What the task bar shows of a job.
-  std::chrono::steady_clock::time_point jobBegan_;
-  bool jobRuns_ = false;
-  bool stepRuns_ = false;
-  bool stopAsked_ = false;
 };
 
 }  // namespace slyver

@@ -4,8 +4,8 @@
 
 namespace slyver {
 
-/// The first page of the help, which lies beside the program or where the system keeps such
-/// files. Empty when it is not there.
+/// Returns the first page of the help, next to the program or in the system's data folder. Empty if
+/// missing.
 std::filesystem::path HelpPage(const std::filesystem::path& programFolder);
 
 }  // namespace slyver

@@ -4,8 +4,8 @@
 
 namespace slyver {
 
-/// This run of the program among those of the same user. The others know of it as long as the
-/// object lives, also when the process is killed.
+/// Counts this process among the user's running instances while the object lives. A killed process
+/// does not count.
 class Instance {
  public:
   Instance();
@@ -13,7 +13,7 @@ class Instance {
   Instance(const Instance&) = delete;
   Instance& operator=(const Instance&) = delete;
 
-  /// Whether another instance was running when this one started. False where that cannot be told.
+  /// True if another instance was running when this one started. False if unknown.
   bool AnotherRuns() const;
 
  private:

@@ -30,7 +30,7 @@ struct Instance::State {
 Instance::Instance() : state_(std::make_unique<State>()) {
   state_->file = OpenLockFile();
   if (state_->file < 0) return;
-  // Every instance shares the lock, so that it can be had alone only where there is no other.
+  // Every instance holds a shared lock, so an exclusive one is granted only to the first.
   state_->anotherRuns = flock(state_->file, LOCK_EX | LOCK_NB) != 0;
   (void)flock(state_->file, LOCK_SH | LOCK_NB);
 }

@@ -10,7 +10,7 @@ struct Instance::State {
 };
 
 Instance::Instance() : state_(std::make_unique<State>()) {
-  // Every instance holds the name, which goes with the last of them; nobody waits for it.
+  // Every instance keeps a handle; the system deletes the mutex with the last one.
   state_->mutex = CreateMutexW(nullptr, FALSE, L"Local\\Slyver instances");
   state_->anotherRuns = state_->mutex != nullptr && GetLastError() == ERROR_ALREADY_EXISTS;
 }

@@ -7,10 +7,10 @@ namespace slyver {
 /// The computer's physical memory, in bytes.
 struct MemoryStatus {
   std::uint64_t totalPhysical = 0;
-  std::uint64_t availablePhysical = 0;  ///< What programs could have without others losing theirs.
+  std::uint64_t availablePhysical = 0;  ///< Free without swapping.
 };
 
-/// The system's own report of its memory. Both figures are 0 where there is none.
+/// Returns the system's memory; both 0 if unknown.
 MemoryStatus GlobalMemoryStatus();
 
 }  // namespace slyver

@@ -18,7 +18,7 @@
 
 namespace slyver {
 
-/// What lives as long as the program: the desktop and the user interface know each other.
+/// Owns what lives as long as the program.
 class SlyverApp::Program {
  public:
   Program() : desktop_(ui_, TheSystem()) { ui_.Serve(desktop_); }
@@ -51,18 +51,17 @@ bool SlyverApp::Initialize(int& count, wxChar** arguments) {
     const wxLogNull itsOwnMessage;
     if (wxApp::Initialize(count, arguments)) return true;
   }
-  (void)std::fputs("slyver: no display can be opened; in a terminal, use sly\n", stderr);
+  (void)std::fputs("slyver: cannot open a display; in a terminal, use sly\n", stderr);
   return false;
 }
 
 bool SlyverApp::OnInit() {
   SetAppName("slyver");
   SetAppDisplayName("Slyver");
-  // The program ends when it is asked to, not with its last window: between two forms there is
-  // none.
+  // Between two forms there is no window, so EndProgram() ends the program, not the last window.
   SetExitOnFrameDelete(false);
   program_ = std::make_unique<Program>();
-  // The start-up asks questions and may run a job, for which the main loop must run.
+  // The start-up asks questions and may run a job, which need the main loop.
   CallAfter([this] { program_->Start(commandLine_); });
   return true;
 }

@@ -10,7 +10,7 @@ namespace slyver {
 /// The desktop program as the toolkit runs it.
 class SlyverApp final : public wxApp {
  public:
-  /// `commandLine` is all that the program was given, as one text.
+  /// `commandLine`: all arguments as one text.
   explicit SlyverApp(std::string commandLine);
   ~SlyverApp() override;
 
@@ -24,11 +24,11 @@ class SlyverApp final : public wxApp {
   std::unique_ptr<Program> program_;
 };
 
-/// What `--help` and `--version` answer.
+/// The output of `--help` and `--version`.
 inline constexpr const char* usageText =
     "usage: slyver [FILE] | --split [FILE] | --hide [FILE] | --join | --recover\n"
-    "Splits FILE into pieces or, where it is a .sly piece, joins it with the others.\n"
-    "Without FILE the program asks what to do. In a terminal, sly does the same.\n";
+    "Splits FILE into pieces; if FILE is a .sly piece, joins it with the others.\n"
+    "Without FILE, asks what to do. The terminal program is sly.\n";
 inline constexpr const char* versionText = "slyver " SLYVER_VERSION "\n";
 
 }  // namespace slyver

@@ -22,7 +22,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// Jobs ask to go on far more often than a window needs to be drawn.
+/// Jobs call GoOn() far more often than a window needs events.
 constexpr std::chrono::milliseconds yieldInterval{15};
 constexpr std::chrono::milliseconds longestWaitForForm{1000};
 
@@ -31,29 +31,28 @@ void RunEvents() {
   if (loop != nullptr && !loop->IsYielding()) loop->YieldFor(wxEVT_CATEGORY_ALL);
 }
 
-/// The form that a dialog belongs to, above which the window system keeps it: of a job the form
-/// that was shown last, which need not be active yet; else the active one. The start-up form is
-/// never shown; without a form the dialog stands alone.
+/// Returns the form that a dialog stays above: during a job the form shown last, which may not be
+/// active yet; otherwise the active one. nullptr if no form is shown.
 wxWindow* DialogParent(bool jobRuns) {
   wxTopLevelWindow* parent = nullptr;
   for (wxWindow* const window : wxTopLevelWindows) {
     auto* const form = dynamic_cast<wxTopLevelWindow*>(window);
-    // A dialog would go together with a form that waits to be deleted.
+    // A form that waits to be deleted would take the dialog with it.
     if (form == nullptr || !form->IsShown() || form->IsBeingDeleted() ||
         wxPendingDelete.Member(form))
       continue;
     parent = form;
     if (!jobRuns && form->IsActive()) break;
   }
-  // The toolkit shows a form only when the window manager has answered. A dialog that came before
-  // would lie below it.
+  // The toolkit shows a form only after the window manager has answered; a dialog shown earlier
+  // would be below the form.
   const auto deadline = Clock::now() + longestWaitForForm;
   while (parent != nullptr && !IsOnScreen(*parent) && Clock::now() < deadline) RunEvents();
   return parent;
 }
 
-/// The toolkit's form of a filter. Its patterns tell capitals from small letters on some systems,
-/// so each is given in both.
+/// Returns `filter` in the toolkit's format, with the pattern in lower and upper case: some systems
+/// match case.
 wxString WildcardOf(std::string_view filter) {
   const wxString given = ToWx(filter);
   if (given.empty()) return wxFileSelectorDefaultWildcardStr;
@@ -63,28 +62,27 @@ wxString WildcardOf(std::string_view filter) {
   return given.BeforeFirst('|') + "|" + pattern;
 }
 
-/// The path that a dialog gives, in the system's own characters.
+/// Returns the path chosen in a dialog, byte for byte.
 std::filesystem::path PathOf(const wxString& chosen) {
   return static_cast<const std::filesystem::path::value_type*>(chosen.fn_str());
 }
 
 }  // namespace
 
-/// At the end of a long job whose user works with another program, the system's own notification
-/// says so.
-void WxUi::TellWhoIsAway(std::string_view text) const {
+/// Shows `text` as a system notification if a long job runs and no form is active.
+void WxUi::NotifyAbsentUser(std::string_view text) const {
   constexpr std::chrono::seconds longJob{10};
-  if (!desktop_->JobRuns() || desktop_->JobHasRun() < longJob) return;
+  if (!desktop_->JobRuns() || desktop_->Jobs().JobHasRun() < longJob) return;
   for (wxWindow* const window : wxTopLevelWindows)
     if (auto* const form = dynamic_cast<wxTopLevelWindow*>(window);
         form != nullptr && form->IsActive())
       return;
-  const wxLogNull noServiceForIt;
+  const wxLogNull quiet;  // The system may have no notification service.
   wxNotificationMessage("Slyver", ToWx(text)).Show();
 }
 
 void WxUi::Message(std::string_view text, Icon icon) {
-  TellWhoIsAway(text);
+  NotifyAbsentUser(text);
   (void)ShowMessageBox(DialogParent(desktop_->JobRuns()), text, icon, wxOK);
 }
 
@@ -99,7 +97,7 @@ Answer WxUi::Question(std::string_view text, Buttons buttons, Stakes stakes) {
 
 std::optional<std::filesystem::path> WxUi::OpenFile(std::string_view title, std::string_view filter,
                                                     const std::filesystem::path& initialFolder) {
-  // A folder that the job names is that of the piece on the command line.
+  // A job names a folder only for the piece on the command line.
   const bool anyFolder = initialFolder.empty() || initialFolder == HomeFolder();
   const std::filesystem::path& folder =
       anyFolder && !lastFolder_.empty() ? lastFolder_ : initialFolder;
@@ -119,8 +117,8 @@ std::optional<std::filesystem::path> WxUi::PickFolder() {
   return PathOf(dialog.GetPath());
 }
 
-std::optional<std::string> WxUi::MaskedInputBox(std::string_view prompt, Typed what) {
-  return MaskedInput(DialogParent(desktop_->JobRuns()), prompt, what);
+std::optional<std::string> WxUi::MaskedInputBox(std::string_view prompt, SecretKind kind) {
+  return MaskedInput(DialogParent(desktop_->JobRuns()), prompt, kind);
 }
 
 void WxUi::ShowProgressForm(std::string_view caption) {
@@ -128,7 +126,7 @@ void WxUi::ShowProgressForm(std::string_view caption) {
 }
 
 void WxUi::SetProgress(const Progress& progress) {
-  // A search that takes long comes before the job shows its form.
+  // A search runs before the job shows its form.
   if (progress.searched > 0) desktop_->ShowJoin("Joining Files");
   desktop_->ShowProgress(progress);
 }
@@ -142,11 +140,11 @@ bool WxUi::GoOn() {
     RunEvents();
     lastYield_ = Clock::now();
   }
-  return !desktop_->StopAsked();
+  return !desktop_->Jobs().StopAsked();
 }
 
 void WxUi::EndProgram() {
-  // The main loop ends when the handler that asked for it has returned.
+  // The calling handler must return before the main loop ends.
   wxTheApp->CallAfter([] { wxTheApp->ExitMainLoop(); });
 }
 

@@ -7,11 +7,10 @@
 
 namespace slyver {
 
-/// Talks to the user through the toolkit's dialogs, all of which have the title "Slyver" where
-/// they are given none, and through the forms' progress bars.
+/// Talks to the user through dialogs, titled "Slyver" by default, and the forms' progress bars.
 class WxUi : public Ui {
  public:
-  /// The forms that show progress are those of `desktop`. To be called before a job runs.
+  /// Sets the desktop whose forms show progress. Must be called before a job runs.
   void Serve(Desktop& desktop) { desktop_ = &desktop; }
 
   void Message(std::string_view text, Icon icon) override;
@@ -20,7 +19,7 @@ class WxUi : public Ui {
       std::string_view title, std::string_view filter,
       const std::filesystem::path& initialFolder) override;
   std::optional<std::filesystem::path> PickFolder() override;
-  std::optional<std::string> MaskedInputBox(std::string_view prompt, Typed what) override;
+  std::optional<std::string> MaskedInputBox(std::string_view prompt, SecretKind kind) override;
   void ShowProgressForm(std::string_view caption) override;
   void SetProgress(const Progress& progress) override;
   void TellPlace(const std::filesystem::path& made) override;
@@ -28,11 +27,11 @@ class WxUi : public Ui {
   void EndProgram() override;
 
  private:
-  void TellWhoIsAway(std::string_view text) const;
+  void NotifyAbsentUser(std::string_view text) const;
 
   Desktop* desktop_ = nullptr;
   std::chrono::steady_clock::time_point lastYield_;
-  std::filesystem::path lastFolder_;  ///< Of the file chosen last.
+  std::filesystem::path lastFolder_;  ///< The folder of the last chosen file.
 };
 
 }  // namespace slyver

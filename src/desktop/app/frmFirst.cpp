@@ -18,21 +18,19 @@ namespace slyver {
 
 namespace {
 
-/// A byte count as the start-up tells memory: in units of 1044032 bytes, with one decimal.
+/// Returns `bytes` in the memory check's units of 1044032 bytes, with one decimal.
 double Megabytes(std::uint64_t bytes) {
   return std::floor(static_cast<double>(bytes) / 1044032 * 10 + 0.5) / 10;
 }
 
-/// The command line as a path: made absolute, unless it stands in quotation marks that the shell
-/// has left.
+/// Returns the command line as an absolute path, or unchanged if it is in quotation marks.
 std::string PathIn(const std::string& commandLine) {
   if (commandLine.empty() || commandLine.starts_with('"')) return commandLine;
   return PathText(FullPathOf(PathFromText(commandLine)));
 }
 
-/// Takes the option that names a job off the front of the command line; nothing where there is
-/// none.
-/// "--split" and "--hide" may have a file behind them, which then is what is left.
+/// Removes an option that names a job, and returns the job; `nullopt` if there is no such option.
+/// "--split" and "--hide" may have a file after them.
 std::optional<Job> TakeJob(std::string& commandLine) {
   struct Option {
     std::string_view text;
@@ -100,7 +98,7 @@ bool frmFirst::CheckRAM() {
   const MemoryStatus memory = desktop_.System().memoryStatus();
   const double Total = Megabytes(memory.totalPhysical);
   const double Free = Megabytes(memory.availablePhysical);
-  // A system that reports no memory at all gives no reason to warn.
+  // 0 bytes means unknown, which is no reason to warn.
   PercentFree_ = Total > 0 ? static_cast<float>(std::floor(Free / Total * 100)) : 100.0F;
   RamSetting_ = GetRegString(RegRoot::LocalMachine, slyverKey, "RAM");
   if (!RamSetting_.empty()) return true;
@@ -124,14 +122,14 @@ bool frmFirst::GoesOnAfterWarning(const std::string& warning) {
   if (AskYesNo(desktop_.Talk(), "Do You Want To See This RAM Warning Again?")) return true;
   SaveRegString(RegRoot::LocalMachine, slyverKey, "RAM", "0");
   try {
-    // Makes the system free memory that it holds for other programs.
+    // Makes the system free cached memory.
     std::vector<std::string> fill(21);
     for (std::string& text : fill) {
       text.assign(500000, ' ');
       (void)desktop_.Talk().GoOn();
     }
   } catch (const std::exception&) {
-    return true;  // Where there is no memory to be had, the start goes on without.
+    return true;  // Out of memory is no reason to stop.
   }
   return true;
 }
@@ -167,7 +165,7 @@ void frmFirst::OpenCommandLine(const std::string& commandLine, std::optional<Job
 
 void frmFirst::ReadyToSplit() {
   SplitReady = true;
-  // The timer runs only when there is something to hand over, so that an idle program sleeps.
+  // A timer that always ran would keep an idle program awake.
   Timer1_.Start(1);
 }
 
@@ -188,7 +186,6 @@ void frmFirst::Form_QueryUnload() {
 
 void frmFirst::Form_Unload() {
   DeleteFilePathValue();
-  // Work folders go with the jobs that have made them.
   desktop_.Talk().EndProgram();
 }
 

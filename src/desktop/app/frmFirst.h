@@ -11,22 +11,21 @@
 
 namespace slyver {
 
-/// The start-up form. It is never shown and stays loaded for the whole run: it decides what comes
-/// first, hands over from the selection form to the split form, and cleans up at the end.
+/// The start-up form, never shown, loaded for the whole run. Shows the first form, replaces the
+/// selection form with the split form, and cleans up at the end.
 class frmFirst final : public wxFrame {
  public:
   explicit frmFirst(Desktop& desktop);
 
   std::filesystem::path FilePath;    ///< The path given on the command line, or empty.
   std::filesystem::path FileFolder;  ///< Its folder, ending in a separator.
-  bool SplitReady = false;           ///< "Split File" has chosen a file.
+  bool SplitReady = false;           ///< A file to split has been chosen.
 
-  /// The start-up. `commandLine` is the one text given to the program, or empty: a path, or an
-  /// option that names a job ("--split", "--join", "--hide", "--recover"), the file of the job
-  /// behind.
+  /// Starts the program. `commandLine` is empty, a path, or "--split", "--join", "--hide" or
+  /// "--recover" with an optional path.
   void Form_Load(const std::string& commandLine);
 
-  /// Sets SplitReady, on which Timer1 acts.
+  /// Sets SplitReady and starts Timer1, which shows the split form.
   void ReadyToSplit();
 
   /// Unloads the form: cleans up and ends the program.

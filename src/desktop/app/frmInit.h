@@ -5,7 +5,7 @@
 
 namespace slyver {
 
-/// The form that is shown while a file is being hidden. Closing it, or Esc, stops the job.
+/// The wait form of a hide job. Closing it, or Esc, stops the job.
 class frmInit final : public ModernForm {
  public:
   explicit frmInit(FormHost& host);

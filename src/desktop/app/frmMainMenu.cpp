@@ -34,7 +34,7 @@ void frmMainMenu::ShowSetting() {
 
 void frmMainMenu::Sly_Click(int Index) {
   SaveRegString(RegRoot::LocalMachine, slyverKey, "RAM", Index == 0 ? "0" : "");
-  // What could not be stored does not hold.
+  // Shows the stored value, in case the write failed.
   ShowSetting();
 }
 
@@ -46,8 +46,7 @@ void frmMainMenu::ab_Click(int Index) {
         Icon::None);
   else if (const auto& page = desktop_.System().helpPage;
            !page.empty() && !desktop_.System().open(page))
-    desktop_.Talk().Message("No Program Opens The Help. It Lies In " + PathText(page) + ".",
-                            Icon::Information);
+    desktop_.Talk().Message("Cannot Open The Help: " + PathText(page), Icon::Information);
 }
 
 }  // namespace slyver

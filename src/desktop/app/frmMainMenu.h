@@ -10,14 +10,14 @@ namespace slyver {
 
 class Desktop;
 
-/// The menus of the program's forms. They are loaded when the first form needs them and stay.
+/// The menus that all forms share.
 class frmMainMenu {
  public:
   explicit frmMainMenu(Desktop& desktop);
 
   std::unique_ptr<wxMenu> hel;       ///< "RAM Warning"
   std::unique_ptr<wxMenu> he;        ///< "Help"
-  std::array<wxMenuItem*, 2> Sly{};  ///< Don't show, show the RAM warning.
+  std::array<wxMenuItem*, 2> Sly{};  ///< Hide, show the RAM warning.
   std::array<wxMenuItem*, 2> ab{};   ///< About, Contents.
 
  private:

@@ -16,7 +16,6 @@ namespace slyver {
 
 frmSplitJoin::frmSplitJoin(Desktop& desktop)
     : ModernForm(desktop, "frmSplitJoin", "Selection", Resizing::Fixed), desktop_(desktop) {
-  // The blanks are part of the caption.
   Label1_ =
       NewLabel(ClientArea(), "                   Please Select One Of The Options.", "Label1");
   const auto button = [this](const wxString& caption, const wxString& name,
@@ -72,7 +71,7 @@ void frmSplitJoin::Command1_Click() {
   const std::optional<std::filesystem::path> chosen =
       Talk().OpenFile("Select File To Sly", "", HomeFolder());
   if (!chosen) {
-    if (AskYesNo(Talk(), "No File Selected. Do You Want To Exit?")) {
+    if (ExitWithoutFile(Talk())) {
       DeleteFilePathValue();
       Talk().EndProgram();
     }
@@ -91,7 +90,7 @@ void frmSplitJoin::Command2_Click() {
   App().RunJob([this] { (void)JoinFile(Talk()); });
 }
 
-// A piece is joined, any other file opens the split form.
+// Joins a piece; opens the split form for any other file.
 void frmSplitJoin::Dropped(const std::filesystem::path& path, const std::string& remark) {
   if (App().JobRuns()) return;
   if (FolderExists(path)) {

@@ -17,9 +17,9 @@ class frmSplitJoin final : public ModernForm {
 
   std::filesystem::path FullPath;  ///< The file chosen for the split.
   std::filesystem::path Folder;    ///< Its folder, ending in a separator.
-  std::string Remark;              ///< What there is to say of the choice, or nothing.
+  std::string Remark;              ///< A note about the choice; may be empty.
 
-  /// Does what the button of this job does.
+  /// Presses the job's button.
   void Choose(Job job);
 
  private:

@@ -15,7 +15,7 @@ int Answer(const std::string& text) {
   return std::fputs(text.c_str(), stdout) < 0 || std::fflush(stdout) != 0 ? 1 : 0;
 }
 
-/// Where the help lies, as a line; nothing where there is none.
+/// Returns a line with the path of the help; empty if missing.
 std::string HelpLine() {
   std::error_code unknown;
   const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", unknown);
@@ -27,7 +27,7 @@ std::string HelpLine() {
 
 int main(int argc, char** argv) {
   if (!slyver::OpenStandardDescriptors()) return 1;
-  // The bytes as they are: the toolkit's own arguments lose names that are not text.
+  // Bytes, since the toolkit's own arguments lose names that are not text.
   std::string line = argc > 1 ? argv[1] : "";
   const bool takesFile = line == "--split" || line == "--hide";
   const int most = takesFile ? 3 : 2;

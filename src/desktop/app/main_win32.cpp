@@ -8,16 +8,16 @@
 
 namespace {
 
-/// The command line as it was given, quotation marks included, behind the program's name.
+/// Returns the command line after the program's name, quotation marks included.
 std::string CommandLineText() {
   const wxString line = GetCommandLineW();
-  // The name stands in quotation marks when it has blanks.
+  // A name with blanks is in quotation marks.
   const bool quoted = line.StartsWith("\"");
   wxString arguments = quoted ? line.Mid(1).AfterFirst('"') : line.AfterFirst(' ');
   return slyver::FromWx(arguments.Trim(true).Trim(false));
 }
 
-/// A program with windows has no standard output.
+/// Shows `text` in a box: a windowed program has no standard output.
 int Answer(const char* text) {
   (void)MessageBoxW(nullptr, slyver::ToWx(text).wc_str(), L"Slyver", MB_OK);
   return 0;

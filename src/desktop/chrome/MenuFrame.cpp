@@ -32,7 +32,7 @@ MenuFrame::~MenuFrame() {
   wxEvtHandler::RemoveFilter(this);
 }
 
-/// A click anywhere leaves the bar.
+/// Ends the selection by keyboard on a click anywhere.
 int MenuFrame::FilterEvent(wxEvent& event) {
   const wxEventType type = event.GetEventType();
   if (keys_ && (type == wxEVT_LEFT_DOWN || type == wxEVT_RIGHT_DOWN)) LeaveBar();

@@ -15,27 +15,26 @@ struct BarMenu {
   wxMenu* menu = nullptr;
 };
 
-/// The menu bar of a form, drawn in a window of its own. Menus open by a click, by Alt and their
-/// letter, or by F10 and the arrow keys; Esc leaves them.
+/// The menu bar of a form. Menus open by a click, Alt and a letter, or F10 and the arrow keys; Esc
+/// closes them.
 class MenuFrame final : public wxWindow, private wxEventFilter {
  public:
-  /// `closed` is called when a menu that was open is not any more.
+  /// `closed` is called after a menu has closed.
   MenuFrame(wxWindow* parent, const wxString& name, std::function<void()> closed);
   ~MenuFrame() override;
 
-  /// Whether one of the menus is open.
+  /// True if a menu is open.
   bool IsOpen() const { return open_ != none; }
 
   void SetMenus(std::vector<BarMenu> menus);
 
-  /// Takes the measures anew after a change of the font.
+  /// Measures the bar again after a change of the font.
   void Remeasure();
 
-  /// Where menu number `index` (from 0) opens, in the bar's own coordinates.
+  /// Returns where menu number `index` (from 0) opens, in the bar's coordinates.
   wxPoint PopupXY(std::size_t index) const;
 
-  /// Acts on a key that was pressed anywhere in the form. Returns false when it is none of the
-  /// menu bar's.
+  /// Handles a key pressed anywhere in the form. Returns `false` if the menu bar does not use it.
   bool TakeKey(const wxKeyEvent& event);
 
   bool AcceptsFocus() const override { return false; }
@@ -56,8 +55,8 @@ class MenuFrame final : public wxWindow, private wxEventFilter {
 
   std::function<void()> closed_;
   std::vector<BarMenu> menus_;
-  int hot_ = none;     ///< Under the pointer, or reached by the keyboard.
-  int open_ = none;    ///< Whose menu is open.
+  int hot_ = none;     ///< The title under the pointer or selected by keyboard.
+  int open_ = none;    ///< The title whose menu is open.
   bool keys_ = false;  ///< The arrow keys move along the bar.
 };
 

@@ -7,8 +7,8 @@
 
 namespace slyver {
 
-/// A thin strip along a side of a form that resizes it, where that is allowed. Its ends at the
-/// form's lower corners resize it both ways.
+/// A thin strip along a side of a form that resizes it. Its ends at the form's lower corners resize
+/// both ways.
 class ResizeEdge final : public wxWindow {
  public:
   ResizeEdge(wxFrame* frame, Edge edge, const wxString& name);

@@ -185,7 +185,7 @@ void TitleBar::LeftDown(wxMouseEvent& event) {
 
 void TitleBar::Motion(wxMouseEvent& event) {
   if (pressedAt_ == wxDefaultPosition || !event.LeftIsDown()) return;
-  // A window that jumped at the first pixel could not be double-clicked by an unsteady hand.
+  // A move at the first pixel would break double-clicks of an unsteady hand.
   const wxPoint way = event.GetPosition() - pressedAt_;
   const int threshold = wxSystemSettings::GetMetric(wxSYS_DRAG_X, this);
   if (std::abs(way.x) <= threshold && std::abs(way.y) <= threshold) return;

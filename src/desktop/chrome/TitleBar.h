@@ -11,14 +11,13 @@
 
 namespace slyver {
 
-/// A button of the title bar. It draws itself, and never takes the keyboard focus away from the
-/// form's controls.
+/// A button of the title bar that never takes the keyboard focus.
 class CaptionButton final : public wxWindow {
  public:
   CaptionButton(wxWindow* parent, const ChromeColours& colours, CaptionSign sign,
                 std::function<void()> clicked);
 
-  /// Changes what the button is for, with its tool tip and its name.
+  /// Changes the button's sign, tool tip and accessible name.
   void SetSign(CaptionSign sign);
   void SetActive(bool active);
   bool AcceptsFocus() const override { return false; }
@@ -34,24 +33,24 @@ class CaptionButton final : public wxWindow {
   bool active_ = true;
 };
 
-/// The title bar of a form: icon, caption and caption buttons. It moves the form, and maximizes it
-/// on a double-click where that is allowed.
+/// The title bar of a form: icon, caption and caption buttons. Dragging it moves the form; a
+/// double-click maximizes it.
 class TitleBar final : public wxWindow {
  public:
   struct Actions {
     std::function<void()> minimize;
-    std::function<void()> toggleMaximized;  ///< Also asked for by a double-click.
+    std::function<void()> toggleMaximized;  ///< Also on a double-click.
     std::function<void()> close;
-    std::function<void(const wxPoint&)> systemMenu;  ///< At a place of the title bar.
+    std::function<void(const wxPoint&)> systemMenu;  ///< Takes a point of the title bar.
   };
   TitleBar(wxFrame* frame, const ChromeColours& colours, Actions actions);
 
   void SetIcon(const wxBitmapBundle& icon);
   void SetCaption(const wxString& caption);
   void SetActive(bool active);
-  /// Shows the buttons that fit what may be done with the form, and its present state.
+  /// Shows the maximize or restore button, or none if the form may not be resized.
   void SetResizing(bool allowed, bool maximized);
-  /// Takes the measures anew after a change of the font.
+  /// Measures the bar again after a change of the font.
   void Remeasure();
   bool AcceptsFocus() const override { return false; }
 

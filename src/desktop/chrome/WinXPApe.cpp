@@ -12,7 +12,7 @@ namespace slyver {
 
 void WinXPApe::XP_FormLoad(wxFrame& form, std::vector<BarMenu> menus) {
   form_ = &form;
-  // The controls come first in the order of the windows, so that the keyboard starts with them.
+  // Created first, so that Tab starts with the controls.
   clientArea_ =
       new wxPanel(form_, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxTAB_TRAVERSAL, "ClientArea");
   titleBar_ = new TitleBar(
@@ -44,7 +44,7 @@ void WinXPApe::XP_FormLoad(wxFrame& form, std::vector<BarMenu> menus) {
   TitleBarColor(standard.title, standard.titleInactive);
 
   form_->Bind(wxEVT_ACTIVATE, [this](wxActivateEvent& event) {
-    // Its own menu takes the keyboard, but the form stays the one that is worked with.
+    // An open menu takes the focus, but the form stays active for the user.
     ShowActive(event.GetActive() || picMnuFrame_->IsOpen());
     event.Skip();
   });
@@ -133,7 +133,7 @@ void WinXPApe::ToggleMaximized() {
 
 void WinXPApe::TakeKey(wxKeyEvent& event) {
   if (picMnuFrame_->TakeKey(event)) return;
-  // Window managers take these two first, as a rule.
+  // Window managers usually take these two keys first.
   const bool alt = event.GetModifiers() == wxMOD_ALT;
   if (alt && event.GetKeyCode() == WXK_SPACE)
     ShowSystemMenu(picMnuFrame_->GetPosition());

@@ -13,45 +13,42 @@
 
 namespace slyver {
 
-/// The window chrome of a form: a title bar, a menu bar and edges that are drawn by the program,
-/// around the area for the form's controls. What is done with the window, moving, resizing,
-/// maximizing and minimizing, is left to the window system. Where that draws title bar and edges
+/// The window chrome of a form: title bar, menu bar and edges around the area for the controls.
+/// The window system moves, resizes, maximizes and minimizes. If it draws title bars and edges
 /// itself, the form has none of its own.
 class WinXPApe {
  public:
-  /// The style of a frame that is to get this chrome.
+  /// The style of a frame with this chrome.
   static constexpr long fixedStyle = wxBORDER_NONE | wxMINIMIZE_BOX | wxCLOSE_BOX | wxSYSTEM_MENU |
                                      wxTAB_TRAVERSAL | wxCLIP_CHILDREN;
-  /// The style of one that may also be resized and maximized.
+  /// The same, for a frame that may be resized and maximized.
   static constexpr long resizableStyle = fixedStyle | wxRESIZE_BORDER | wxMAXIMIZE_BOX;
 
-  /// Builds the chrome in `form`, which must have been made with one of the two styles and live as
-  /// long as this object is used. The caption is the frame's own.
+  /// Builds the chrome in `form`, which must have one of the two styles and outlive this object.
   void XP_FormLoad(wxFrame& form, std::vector<BarMenu> menus);
 
-  /// The area for the form's controls.
+  /// Returns the area for the form's controls.
   wxPanel* ClientArea() const { return clientArea_; }
 
-  /// Whether the form may be resized and maximized.
+  /// True if the form may be resized and maximized.
   bool ResizeCapable() const { return resizeCapable_; }
   void ResizeCapable(bool allowed);
 
-  void RefreshCaption();  ///< After a change of the frame's title.
+  void RefreshCaption();  ///< Must be called after a change of the frame's title.
   void RefreshIcon(const wxBitmapBundle& icon);
-  void RefreshTitleBar();  ///< After a change of the frame's state.
-  void ResizeControl();    ///< Lays the parts of the chrome out anew.
+  void RefreshTitleBar();  ///< Must be called after a change of the frame's state.
+  void ResizeControl();    ///< Lays out the chrome again.
   void UpdateMenuBar(std::vector<BarMenu> menus);
 
-  /// The font of the title bar: `face` if there is such a font, else the one it has.
+  /// Sets the font of the title bar, if `face` is installed.
   void FontProperties(const wxString& face);
 
-  /// The colours of the title bar of the active window and of any other.
+  /// Sets the colours of the title bar while the window is active and inactive.
   void TitleBarColor(const wxColour& active, const wxColour& inactive);
 
-  /// Where menu number `index` (from 0) opens, in coordinates of the menu bar.
+  /// Returns where menu number `index` (from 0) opens, in coordinates of the menu bar.
   wxPoint PopupXY(std::size_t index) const { return picMnuFrame_->PopupXY(index); }
 
-  /// Turns the menus on or off.
   void EnableMenus(bool enable);
 
  private:

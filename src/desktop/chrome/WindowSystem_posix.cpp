@@ -46,8 +46,7 @@ AtkRole RoleOf(Role role) {
   return ATK_ROLE_SEPARATOR;
 }
 
-// The window system takes the pointer over at the place where it is, held by this button; without
-// a button it takes the keyboard over.
+// With a button the window system follows the pointer, without one the arrow keys.
 constexpr int leftButton = 1;
 constexpr int noButton = 0;
 
@@ -116,8 +115,8 @@ void AllowResizing(wxFrame& frame, bool allowed) {
   int functions = GDK_FUNC_MOVE | GDK_FUNC_MINIMIZE | GDK_FUNC_CLOSE;
   if (allowed) functions |= GDK_FUNC_RESIZE | GDK_FUNC_MAXIMIZE;
   GtkWidget* const widget = frame.GetHandle();
-  // The toolkit leaves resizing out of what may be done with a window that has no border of the
-  // system's, and says so until the window is shown.
+  // The toolkit forbids resizing a window without a system border, so the functions are set after
+  // it has, when the window is mapped.
   g_signal_handlers_disconnect_matched(widget, G_SIGNAL_MATCH_FUNC, 0, 0, nullptr,
                                        reinterpret_cast<gpointer>(SetFunctions), nullptr);
   g_signal_connect(widget, "map", G_CALLBACK(SetFunctions), GINT_TO_POINTER(functions));
@@ -133,7 +132,7 @@ bool IsOnScreen(const wxTopLevelWindow& window) {
          gtk_widget_get_allocated_height(widget) == size.y;
 }
 
-// The toolkit's own way asks where the owner is, which it may not know yet.
+// wxWidgets would ask for the owner's position, which it may not know yet.
 void CentreOnOwner(wxTopLevelWindow& dialog) {
   gtk_window_set_position(GTK_WINDOW(dialog.GetHandle()), dialog.GetParent() == nullptr
                                                               ? GTK_WIN_POS_CENTER

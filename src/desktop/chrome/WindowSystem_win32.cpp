@@ -16,7 +16,7 @@ HWND WindowOf(const wxWindow& window) {
   return window.GetHandle();
 }
 
-/// What screen readers are told of a control; all else the system tells.
+/// Reports a control's name and role to screen readers; the rest is the system's default.
 class Accessible final : public wxAccessible {
  public:
   explicit Accessible(wxWindow* control) : wxAccessible(control) {}
@@ -78,7 +78,7 @@ WPARAM SideOf(Edge edge) {
 }
 
 void Command(const wxFrame& frame, WPARAM command) {
-  // Whoever has taken the pointer has it to itself.
+  // A captured pointer would not reach the system's move loop.
   (void)ReleaseCapture();
   (void)PostMessageW(WindowOf(frame), WM_SYSCOMMAND, command, 0);
 }
@@ -90,8 +90,8 @@ MONITORINFO MonitorOf(HWND window) {
   return monitor;
 }
 
-/// Takes the system's own border from a window that has it only so that it can be resized, and
-/// leaves the task bar free when the window is maximized.
+/// Hides the system's border, which the window has only to be resizable, and keeps a maximized
+/// window off the task bar.
 LRESULT CALLBACK WithoutBorder(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id,
                                DWORD_PTR /*data*/) {
   switch (message) {
@@ -121,7 +121,7 @@ LRESULT CALLBACK WithoutBorder(HWND window, UINT message, WPARAM wParam, LPARAM 
   return DefSubclassProc(window, message, wParam, lParam);
 }
 
-/// Lets a progress bar be painted in colours of its own, which the desktop's theme would not.
+/// Takes a progress bar out of the desktop's theme, which ignores its colours.
 void LeaveTheme(const wxGauge& bar) {
   const HWND window = WindowOf(bar);
   (void)SetWindowTheme(window, L"", L"");
@@ -158,7 +158,7 @@ void CentreOnOwner(wxTopLevelWindow& dialog) {
   dialog.CentreOnParent();
 }
 
-// The system takes the program's own.
+// The system takes the program's icon resource.
 void SetDefaultIcons(const wxIconBundle& /*icons*/) {}
 
 void BeginMove(wxFrame& frame) {
@@ -179,18 +179,18 @@ void SetAccessibleName(wxWindow& control, const wxString& name) {
 }
 
 wxString GetAccessibleName(const wxWindow& control) {
-  IAccessible* told = nullptr;
+  IAccessible* accessible = nullptr;
   if (FAILED(AccessibleObjectFromWindow(WindowOf(control), static_cast<DWORD>(OBJID_CLIENT),
-                                        IID_IAccessible, reinterpret_cast<void**>(&told))))
+                                        IID_IAccessible, reinterpret_cast<void**>(&accessible))))
     return {};
   VARIANT self = {};
   self.vt = VT_I4;
   self.lVal = CHILDID_SELF;
   BSTR text = nullptr;
   wxString name;
-  if (SUCCEEDED(told->get_accName(self, &text)) && text != nullptr) name = text;
+  if (SUCCEEDED(accessible->get_accName(self, &text)) && text != nullptr) name = text;
   SysFreeString(text);
-  (void)told->Release();
+  (void)accessible->Release();
   return name;
 }
 
@@ -202,7 +202,7 @@ void SetMaskCharacter(wxTextCtrl& box, wxChar character) {
   (void)SendMessageW(WindowOf(box), EM_SETPASSWORDCHAR, character, 0);
 }
 
-// The system takes the control behind the label.
+// The system takes the control after the label.
 void SetMnemonicTarget(wxWindow& /*label*/, wxWindow& /*field*/) {}
 
 void SetTroughColour(wxGauge& bar, const wxColour& colour) {
@@ -219,7 +219,7 @@ void ShowAsPlainText(wxTextCtrl& box) {
   box.SetBackgroundColour(box.GetParent()->GetBackgroundColour());
   box.Bind(wxEVT_SET_FOCUS, [&box](wxFocusEvent& event) {
     event.Skip();
-    // The box makes its caret only after this.
+    // The box creates its caret after this event.
     box.CallAfter([&box] { (void)HideCaret(WindowOf(box)); });
   });
 }
@@ -227,7 +227,7 @@ void ShowAsPlainText(wxTextCtrl& box) {
 struct PopupWatch::State {
   explicit State(Handlers what) : handlers(std::move(what)) {}
 
-  /// Sees each message for an open menu; true when the menu is not to have it.
+  /// Handles a message for an open menu; `true` if the menu must not get it.
   bool Take(const MSG& message) {
     if (message.message == WM_MOUSEMOVE) handlers.pointer({message.pt.x, message.pt.y});
     if (message.message != WM_KEYDOWN) return false;
@@ -236,7 +236,7 @@ struct PopupWatch::State {
     return direction != 0;
   }
 
-  // A hook is handed nothing but the message, so that it must find the watch here.
+  // A hook gets no user data, so it finds the watch here.
   static thread_local State* watching;
   static LRESULT CALLBACK OnMessage(int code, WPARAM wParam, LPARAM lParam) {
     const bool taken = code == MSGF_MENU && watching != nullptr &&
@@ -254,7 +254,7 @@ PopupWatch::PopupWatch(wxMenu& /*menu*/, bool selectFirst, Handlers handlers)
     : state_(std::make_unique<State>(std::move(handlers))) {
   State::watching = state_.get();
   state_->hook = SetWindowsHookExW(WH_MSGFILTER, State::OnMessage, nullptr, GetCurrentThreadId());
-  // The menu takes the key as soon as it is open.
+  // The key is in the queue when the menu opens.
   if (selectFirst) (void)PostMessageW(GetActiveWindow(), WM_KEYDOWN, VK_DOWN, 0);
 }
 

@@ -47,7 +47,7 @@ wxColour ButtonColour(const ChromeColours& colours, CaptionSign sign, ButtonStat
 
 void DrawCaptionSign(wxGraphicsContext& context, CaptionSign sign, const wxSize& size,
                      const wxColour& colour) {
-  // Half a pixel puts the lines into the middle of the pixels, where they are sharp.
+  // Lines are sharp in the middle of pixels, hence the half.
   const int side = std::max(8, size.y / 3);
   const wxSize margin = (size - wxSize(side, side)) / 2;
   const double left = margin.x + 0.5;

@@ -12,9 +12,9 @@ namespace slyver {
 struct ChromeColours {
   wxColour title;          ///< The title bar and the frame of the active window.
   wxColour titleInactive;  ///< The same of any other window.
-  wxColour caption;        ///< Text and signs on the title bar.
+  wxColour caption;        ///< Text and signs of the title bar.
   wxColour captionInactive;
-  wxColour hover;  ///< A caption button under the pointer, and pressed.
+  wxColour hover;  ///< A caption button under the pointer.
   wxColour pressed;
   wxColour closeHover;
   wxColour closePressed;
@@ -25,13 +25,13 @@ ChromeColours DefaultChromeColours();
 enum class CaptionSign { Minimize, Maximize, Restore, Close };
 enum class ButtonState { Normal, Hover, Pressed };
 
-/// Measures in pixels, which follow the font of `window`.
+/// Measures in pixels, derived from the font of `window`.
 int TitleBarHeight(const wxWindow& window);
 int CaptionButtonWidth(const wxWindow& window);
 int EdgeWidth(const wxWindow& window);
 wxSize MenuTitlePadding(const wxWindow& window);
 
-/// The background of a caption button.
+/// Returns the background of a caption button.
 wxColour ButtonColour(const ChromeColours& colours, CaptionSign sign, ButtonState state,
                       bool active);
 
@@ -39,10 +39,10 @@ wxColour ButtonColour(const ChromeColours& colours, CaptionSign sign, ButtonStat
 void DrawCaptionSign(wxGraphicsContext& context, CaptionSign sign, const wxSize& size,
                      const wxColour& colour);
 
-/// `icon` in the sizes that window systems show; none when there is no icon.
+/// Returns `icon` in the sizes that window systems show; empty if `icon` is.
 wxIconBundle IconsOf(const wxBitmapBundle& icon);
 
-/// `text` cut to `width` pixels, with an ellipsis at its end when something is missing.
+/// Returns `text` cut to `width` pixels, with an ellipsis if it was cut.
 wxString FittingText(wxDC& dc, const wxString& text, int width);
 
 }  // namespace slyver

@@ -14,20 +14,20 @@ class IconList {
  public:
   static constexpr const char* defaultKey = "DEFAULT";
 
-  /// Holds the icon of "DEFAULT", in a size that suits `window`.
+  /// Creates a list with the icon of "DEFAULT", in a size for the resolution of `window`.
   explicit IconList(const wxWindow& window);
 
   wxImageList& Images() { return images_; }
   bool Has(const wxString& key) const { return indices_.contains(key); }
   void Add(const wxString& key, const wxBitmap& icon);
 
-  /// The place of the icon of `key` in Images(), from 0; `key` must be there.
+  /// Returns the index of the icon of `key` in Images(), from 0. `key` must exist.
   int IndexOf(const wxString& key) const { return indices_.at(key); }
 
-  /// The width and height of an icon in pixels.
+  /// Returns the width and height of an icon in pixels.
   int Size() const { return size_; }
 
-  /// The picture of "DEFAULT".
+  /// Returns the icon of "DEFAULT".
   const wxBitmap& Default() const { return default_; }
 
  private:
@@ -37,13 +37,13 @@ class IconList {
   std::map<wxString, int> indices_;
 };
 
-/// The key of the icon for a file of this name: its extension in capitals, whose icon is looked up
-/// and added when `imageList` does not hold it yet. A name without an extension gets `defaultKey`,
-/// and so does a program, whose icon is its own and not that of its kind.
+/// Returns the key of a file's icon, its extension in capitals, and adds the icon to `imageList` if
+/// missing. Returns `defaultKey` for a name without an extension, and for programs, each of which
+/// has an icon of its own.
 wxString GetFileIconKey(const wxString& fileName, IconList& imageList, const wxString& defaultKey);
 
-/// The system's small icon for files of this extension, `size` pixels wide and high; no bitmap
-/// (IsOk() is false) when it has none.
+/// Returns the system's icon for files of this extension, `size` pixels wide and high. The bitmap's
+/// IsOk() is false if there is none.
 wxBitmap GetShellIcon(const wxString& extension, int size);
 
 }  // namespace slyver

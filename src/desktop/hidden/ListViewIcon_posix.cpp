@@ -16,7 +16,7 @@ struct Release {
 }  // namespace
 
 wxBitmap GetShellIcon(const wxString& extension, int size) {
-  // The kinds of files are known by extensions in small letters.
+  // MIME types are registered for extensions in lower case.
   const wxString name = "x." + extension.Lower();
   const std::unique_ptr<char, Release> type(
       g_content_type_guess(name.utf8_str(), nullptr, 0, nullptr));

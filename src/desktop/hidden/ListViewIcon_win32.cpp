@@ -1,5 +1,5 @@
 #include <windows.h>
-// The shell's header needs the one before.
+// shellapi.h needs windows.h first.
 #include <shellapi.h>
 #include <wx/icon.h>
 
@@ -10,7 +10,7 @@ namespace slyver {
 wxBitmap GetShellIcon(const wxString& extension, int size) {
   SHFILEINFOW found = {};
   const wxString name = "x." + extension;
-  // The icon of the kind of file, for which there need not be such a file.
+  // With SHGFI_USEFILEATTRIBUTES the file need not exist.
   if (SHGetFileInfoW(name.wc_str(), FILE_ATTRIBUTE_NORMAL, &found, sizeof found,
                      SHGFI_ICON | SHGFI_SMALLICON | SHGFI_USEFILEATTRIBUTES) == 0 ||
       found.hIcon == nullptr)

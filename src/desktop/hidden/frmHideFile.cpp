@@ -24,7 +24,7 @@ frmHideFile::frmHideFile(FormHost& host)
   Command1_->SetFocus();
 }
 
-// In the order in which Tab visits them.
+// In Tab order.
 void frmHideFile::MakeControls() {
   wxPanel* const area = ClientArea();
   note_ = NewStatusLine(area, "Note");
@@ -41,8 +41,8 @@ void frmHideFile::MakeControls() {
   Check1_ = new wxCheckBox(area, wxID_ANY, "&Encrypt The File");
   NameControl(*Check1_, "Check1", "Encrypt The File");
   Check1_->SetToolTip(
-      "The password is then a passphrase of any length, without which nobody reads the file. It "
-      "takes about a second and 256 MiB of memory. The name and length can still be seen.");
+      "The password is then a passphrase of any length, without which nobody can read the file. "
+      "Takes about a second and 256 MiB of memory. The name and length stay visible.");
   Command2_ = NewButton(area, "Hide", "Command2");
   Command3_ = NewButton(area, "Cancel", "Command3");
 }
@@ -73,9 +73,9 @@ void frmHideFile::Wire() {
   OnClick(Command1_, this, &frmHideFile::Command1_Click);
   OnClick(Command2_, this, &frmHideFile::Command2_Click);
   OnClick(Command3_, this, &frmHideFile::Command3_Click);
-  Text1_->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { Text2_Change(); });
-  Text2_->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { Text2_Change(); });
-  Check1_->Bind(wxEVT_CHECKBOX, [this](wxCommandEvent&) { Text2_Change(); });
+  Text1_->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { UpdateFilesNote(); });
+  Text2_->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { UpdateFilesNote(); });
+  Check1_->Bind(wxEVT_CHECKBOX, [this](wxCommandEvent&) { UpdateFilesNote(); });
   for (wxTextCtrl* const box : {Text3_, Text4_})
     box->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { ShowNote(); });
   Text3_->Bind(wxEVT_TEXT_ENTER, [this](wxCommandEvent&) { Text4_->SetFocus(); });
@@ -94,7 +94,7 @@ void frmHideFile::SetFileToHide(const std::filesystem::path& file) {
   Text2_->SetValue(PathToWx(file));
 }
 
-void frmHideFile::Text2_Change() {
+void frmHideFile::UpdateFilesNote() {
   std::string note = NameNote(PathFromWx(Text2_->GetValue()), Check1_->IsChecked());
   const std::string format = FormatNote(PathFromWx(Text1_->GetValue()));
   if (!note.empty() && !format.empty()) note += ". ";
@@ -103,23 +103,22 @@ void frmHideFile::Text2_Change() {
 }
 
 void frmHideFile::ShowNote() {
-  const Typed what = Check1_->IsChecked() ? Typed::Passphrase : Typed::Password;
-  const wxString tooLong = passwordNote_->For(what, {Text3_, Text4_});
+  const SecretKind kind = Check1_->IsChecked() ? SecretKind::Passphrase : SecretKind::Password;
+  const wxString tooLong = passwordNote_->For(kind, {Text3_, Text4_});
   note_->ChangeValue(tooLong.empty() ? filesNote_ : tooLong);
 }
 
-// Enter in the second box.
 void frmHideFile::Text4_KeyPress() {
   Command2_Click();
 }
 
-/// Lets the user choose a file for `box`. False when the program is to end.
+/// Lets the user choose a file for `box`. Returns `false` if none was chosen.
 bool frmHideFile::Browse(const char* title, wxTextCtrl& box) {
   if (const auto chosen = Talk().OpenFile(title, "", HomeFolder())) {
     box.SetValue(PathToWx(*chosen));
     return true;
   }
-  if (!AskYesNo(Talk(), "No File Selected. Do You Want To Exit?")) return false;
+  if (!ExitWithoutFile(Talk())) return false;
   Talk().EndProgram();
   return false;
 }
@@ -142,7 +141,7 @@ void frmHideFile::Command2_Click() {
       Text2_->ChangeValue(PathToWx(form.Text2));
       Text3_->ChangeValue(ToWx(form.Text3.Text()));
       Text4_->ChangeValue(ToWx(form.Text4.Text()));
-      Text2_Change();
+      UpdateFilesNote();
       for (const wxTextCtrl* const box : {Text4_, Text3_, Text2_, Text1_})
         if (box->IsEmpty()) FocusWhenFree(*box);
       return false;
@@ -185,8 +184,8 @@ void frmHideFile::tmrDoAll_Timer() {
   });
 }
 
-/// Runs a step of the job. After the last one, and when the user stops it, the job goes, with its
-/// work folder and the wait form.
+/// Runs a step of the job. After the last step, and on a stop, deletes the job and its work folder
+/// and unloads the wait form.
 void frmHideFile::RunStep(const std::function<bool()>& step) {
   App().RunStep([this, &step] {
     bool more = false;

@@ -15,20 +15,19 @@
 
 namespace slyver {
 
-/// The hide form: the main file, the file to hide, the password twice, and whether the file is
-/// encrypted; then the password is a passphrase.
+/// The hide form: main file, file to hide, password twice, encryption. With encryption the password
+/// is a passphrase.
 class frmHideFile final : public ModernForm {
  public:
   explicit frmHideFile(FormHost& host);
 
-  /// Fills in the file to hide.
   void SetFileToHide(const std::filesystem::path& file);
 
  private:
   void MakeControls();
   void LayOut();
   void Wire();
-  void Text2_Change();
+  void UpdateFilesNote();
   void ShowNote();
   void Text4_KeyPress();
   void Command1_Click();
@@ -45,8 +44,8 @@ class frmHideFile final : public ModernForm {
   wxTextCtrl* Text1_ = nullptr;
   wxStaticText* Label4_ = nullptr;
   wxTextCtrl* Text2_ = nullptr;
-  wxTextCtrl* note_ = nullptr;  ///< What becomes of the files, or that a password is too long.
-  wxString filesNote_;
+  wxTextCtrl* note_ = nullptr;  ///< `filesNote_`, or that the password is too long.
+  wxString filesNote_;          ///< What hiding does to the files' names and formats.
   std::optional<PasswordNote> passwordNote_;
   wxStaticText* Label2_ = nullptr;
   wxTextCtrl* Text3_ = nullptr;

@@ -18,7 +18,7 @@ frmHideRec::frmHideRec(FormHost& host) : ModernForm(host, "frmHideRec", "Recover
   Command3_->SetFocus();
 }
 
-// In the order in which Tab visits them.
+// In Tab order.
 void frmHideRec::MakeControls() {
   wxPanel* const area = ClientArea();
   note_ = NewStatusLine(area, "Note");
@@ -68,22 +68,22 @@ void frmHideRec::Wire() {
                     });
 }
 
-// Where the list needs no password, what is typed is the passphrase of an encrypted file.
+// If the list needs no password, the box takes the passphrase of an encrypted file.
 void frmHideRec::Text1_Change() {
   const bool open = ListIsOpen(PathFromWx(Text1_->GetValue()));
-  typed_ = open ? Typed::Passphrase : Typed::Password;
+  kind_ = open ? SecretKind::Passphrase : SecretKind::Password;
   ShowNote();
 }
 
 void frmHideRec::ShowNote() {
-  note_->ChangeValue(passwordNote_->For(typed_, {Text2_}));
+  note_->ChangeValue(passwordNote_->For(kind_, {Text2_}));
 }
 
 void frmHideRec::Command3_Click() {
   Text1_->Clear();
   std::optional<std::filesystem::path> chosen;
   while (!(chosen = Talk().OpenFile("Select File From Which You Want To Recover File", "", {}))) {
-    if (AskYesNo(Talk(), "No File Selected. Do You Want To Exit?")) {
+    if (ExitWithoutFile(Talk())) {
       Talk().EndProgram();
       return;
     }
@@ -126,8 +126,8 @@ void frmHideRec::ListCancelled() {
   Show();
 }
 
-/// Runs a procedure of the job and does what it says comes next. When the user stops it, or it is
-/// over, the job goes, and its work folder with it.
+/// Runs a procedure of the job, then shows the form that it asks for. At the end of the job, and on
+/// a stop, deletes the job and its work folder.
 void frmHideRec::Run(const std::function<RecoverJob::Next()>& procedure) {
   RecoverJob::Next next = RecoverJob::Next::Over;
   App().RunJob([&] {

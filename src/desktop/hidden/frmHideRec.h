@@ -21,10 +21,10 @@ class frmHideRec final : public ModernForm {
  public:
   explicit frmHideRec(FormHost& host);
 
-  /// Recovers the file that the user has chosen in the list, `k` (1-based).
+  /// Recovers file number `k` of the list, from 1.
   void DorestOfStuff(int k);
 
-  /// The user has left the list without choosing: back to this form.
+  /// Shows this form again after the list was cancelled.
   void ListCancelled();
 
  private:
@@ -45,9 +45,9 @@ class frmHideRec final : public ModernForm {
   wxButton* Command3_ = nullptr;
   wxStaticText* Label2_ = nullptr;
   wxTextCtrl* Text2_ = nullptr;
-  wxTextCtrl* note_ = nullptr;  ///< A line that tells what there is to tell.
+  wxTextCtrl* note_ = nullptr;
   std::optional<PasswordNote> passwordNote_;
-  Typed typed_ = Typed::Password;  ///< What is meant by the text of Text2.
+  SecretKind kind_ = SecretKind::Password;  ///< What Text2 holds.
   wxButton* Command1_ = nullptr;
   wxButton* Command4_ = nullptr;
   wxButton* Command2_ = nullptr;

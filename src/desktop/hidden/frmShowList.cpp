@@ -39,9 +39,9 @@ frmShowList::frmShowList(FormHost& host, frmHideRec& recover, const std::vector<
   LayOut();
   OnClick(Command1_, this, &frmShowList::Command1_Click);
   OnClick(Command2_, this, &frmShowList::Command2_Click);
-  // A double click on a row, or Enter.
+  // Double-click or Enter.
   LV1_->Bind(wxEVT_LIST_ITEM_ACTIVATED, [this](wxListEvent&) { Command1_Click(); });
-  // Closing the form by its title bar leaves the list as Cancel does.
+  // The close button of the title bar means Cancel.
   Bind(wxEVT_CLOSE_WINDOW, [this](wxCloseEvent& event) {
     if (App().JobRuns())
       event.Skip();
@@ -50,7 +50,7 @@ frmShowList::frmShowList(FormHost& host, frmHideRec& recover, const std::vector<
   });
   LV1_->Bind(wxEVT_SIZE, [this](wxSizeEvent& event) {
     event.Skip();
-    UseTheRoom();
+    WidenNames();
   });
   LV1_->Bind(wxEVT_MOTION, [this](wxMouseEvent& event) {
     event.Skip();
@@ -74,8 +74,8 @@ void frmShowList::LayOut() {
   FitAndCentre(column);
 }
 
-/// The names get what room the other columns leave.
-void frmShowList::UseTheRoom() {
+/// Widens the name column to fill the list.
+void frmShowList::WidenNames() {
   int room = LV1_->GetClientSize().x;
   for (int i = 1; i < LV1_->GetColumnCount(); ++i) room -= LV1_->GetColumnWidth(i);
   if (room > nameWidth_ && room != LV1_->GetColumnWidth(0)) LV1_->SetColumnWidth(0, room);
@@ -100,7 +100,7 @@ void frmShowList::GetAllIcons(const std::vector<HiddenFile>& files) {
     LV1_->SetItem(row, 1, ToWx(std::to_string(i)));
     LV1_->SetItem(row, 2, ToWx(std::to_string(files[i].length) + " bytes"));
   }
-  // The widths are the least: longer texts get more, as far as a screen has it.
+  // Longer texts widen a column, up to half a screen.
   const int widest = wxDisplay(this).GetClientArea().width / 2;
   for (int i = 0; i < LV1_->GetColumnCount(); ++i) {
     const int least = LV1_->GetColumnWidth(i);

@@ -13,7 +13,7 @@ namespace slyver {
 
 class frmHideRec;
 
-/// The list of hidden files, of which the user chooses one to recover.
+/// The list of hidden files, from which the user chooses one to recover.
 class frmShowList final : public ModernForm {
  public:
   frmShowList(FormHost& host, frmHideRec& recover, const std::vector<HiddenFile>& files);
@@ -21,7 +21,7 @@ class frmShowList final : public ModernForm {
  private:
   void LayOut();
   void GetAllIcons(const std::vector<HiddenFile>& files);
-  void UseTheRoom();
+  void WidenNames();
   void ShowWholeName(const wxPoint& pointer);
   void Command1_Click();
   void Command2_Click();
@@ -29,7 +29,7 @@ class frmShowList final : public ModernForm {
   frmHideRec& recover_;
   IconList ImageList_;
   wxListView* LV1_;
-  int nameWidth_ = 0;  ///< The least width of the column of names, in pixels.
+  int nameWidth_ = 0;  ///< The minimum width of the name column, in pixels.
   wxButton* Command1_;
   wxButton* Command2_;
 };

@@ -36,7 +36,7 @@ frmSplitter::frmSplitter(FormHost& host)
   Form_Load();
 }
 
-// In the order in which Tab visits them.
+// In Tab order.
 void frmSplitter::MakeControls() {
   wxPanel* const area = ClientArea();
   const auto option = [this](const wxString& caption, const wxString& name, long style) {
@@ -61,14 +61,14 @@ void frmSplitter::MakeControls() {
                         wxDefaultSize, wxBU_EXACTFIT);
   NameControl(*sizes_, "Sizes", "Common Sizes");
   sizes_->SetMinSize({2 * sizes_->GetCharHeight(), -1});
-  // By keyboard Down does the same in the field itself.
+  // By keyboard, Down in the field opens the menu.
   sizes_->DisableFocusFromKeyboard();
   Label6_ = NewLabel(Frame1_, " In Bytes.", "Label6");
   Label5_ = NewLabel(Frame1_, "Or &Number Of Files :", "Label5");
   Nofile_ = NewTextBox(Frame1_, "Nofile", "Or Number Of Files :", wxTE_PROCESS_ENTER);
   Check1_ = new wxCheckBox(Frame1_, wxID_ANY, "&Write Checksum File");
   NameControl(*Check1_, "Check1", "Write Checksum File");
-  Check1_->SetToolTip("Joining checks the pieces by it.");
+  Check1_->SetToolTip("Joining checks the pieces against it.");
   view_ = std::make_unique<ProgressView>(area, "pb", "Text4");
   Command4_ = NewButton(area, "Hide File", "Command4");
   Command5_ = NewButton(area, "Recover File", "Command5");
@@ -125,8 +125,8 @@ void frmSplitter::Wire() {
     size->Bind(wxEVT_CHAR, &frmSplitter::FilterKey, this);
   Nofile_->Bind(wxEVT_KILL_FOCUS, [this, field = Nofile_](wxFocusEvent& event) {
     event.Skip();
-    // The field also loses the focus when the form goes.
-    if (!wxGetTopLevelParent(field)->IsBeingDeleted()) ComputeAnew();
+    // The field also loses the focus while the form is deleted.
+    if (!wxGetTopLevelParent(field)->IsBeingDeleted()) ComputeSize();
   });
   Option1_->Bind(wxEVT_RADIOBUTTON, [this](wxCommandEvent&) { Option1_Click(); });
   Option2_->Bind(wxEVT_RADIOBUTTON, [this](wxCommandEvent&) { Option2_Click(); });
@@ -166,8 +166,8 @@ void frmSplitter::ShowProgress(const Progress& progress) {
   if (progress.bar == "pb") view_->Show(progress);
 }
 
-/// The length in bytes of the file to split. 0, which cannot be divided, when there is no such
-/// file; the line below the bar then says why.
+/// Returns the length in bytes of the file to split. Returns 0 on an error, which the status line
+/// shows.
 std::uint64_t frmSplitter::SourceLength() {
   try {
     const std::uint64_t length = FileLength(PathIn(*Text1_));
@@ -179,18 +179,17 @@ std::uint64_t frmSplitter::SourceLength() {
   }
 }
 
-// What was computed for another file no longer holds.
+// Sizes computed for another file are wrong now.
 void frmSplitter::Text1_Change() {
   if (NofileTyping_ && !Nofile_->IsEmpty())
-    ComputeAnew();
+    ComputeSize();
   else if (!Text3_->IsEmpty())
     ShowCount(CountFromSize(FromWx(Text3_->GetValue()), SourceLength()));
   else
     (void)SourceLength();
 }
 
-// Both run on changes by the user only, be it by key, by paste or by drop: what the form writes
-// into the other field makes no event.
+// The two run only on changes by the user: ChangeValue() sends no event.
 void frmSplitter::Nofile_Change() {
   NofileTyping_ = true;
   const FieldChange change =
@@ -211,9 +210,9 @@ void frmSplitter::ShowCount(const FieldChange& change) {
   if (change.clearTyped) Text3_->ChangeValue("");
 }
 
-/// The size for the number that stands in the field, once it is complete: on the way to 12 the
-/// marker for 1 has come and stays.
-void frmSplitter::ComputeAnew() {
+/// Computes the size from a completed number of pieces. While a user types 12, the size is computed
+/// for 1 and then stays.
+void frmSplitter::ComputeSize() {
   if (!NofileTyping_ || Nofile_->IsEmpty()) return;
   const FieldChange change = SizeFromCount(FromWx(Nofile_->GetValue()), "", SourceLength());
   if (change.other) Text3_->ChangeValue(ToWx(*change.other));
@@ -229,13 +228,13 @@ void frmSplitter::FilterKey(wxKeyEvent& event) {
     OfferSizes();
     return;
   }
-  // Keys that type nothing, as the arrows, Tab and those together with Ctrl, are left alone.
+  // Keys that type nothing (arrows, Tab, Ctrl and a letter) pass.
   const bool types =
       event.GetUnicodeKey() >= WXK_SPACE && key != WXK_DELETE && !event.HasModifiers();
   if (!types || (key >= '0' && key <= '9')) event.Skip();
 }
 
-/// Sizes that people need, in bytes.
+/// Shows a menu of common sizes for Text3.
 void frmSplitter::OfferSizes() {
   struct Size {
     const char* caption;
@@ -269,7 +268,7 @@ void frmSplitter::Option2_Click() {
 }
 
 void frmSplitter::Command1_Click() {
-  ComputeAnew();
+  ComputeSize();
   App().RunJob([this] {
     SplitForm form{.Text1 = PathIn(*Text1_),
                    .Text2 = PathIn(*Text2_),
@@ -309,7 +308,7 @@ void frmSplitter::Command6_Click() {
     Text1_->SetValue(PathToWx(*chosen));
 }
 
-// Once is enough: the timer's interval becomes 0, so that an idle form sleeps.
+// Runs once: a running timer would keep an idle program awake.
 void frmSplitter::tmr_Timer() {
   tmr_.Stop();
   Chrome().FontProperties("Tahoma");

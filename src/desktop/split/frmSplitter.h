@@ -17,7 +17,7 @@
 
 namespace slyver {
 
-/// The split form: which file, where to, and the piece size, in bytes or as a number of pieces.
+/// The split form: file, output folder, and piece size in bytes or as a number of pieces.
 class frmSplitter final : public ModernForm {
  public:
   explicit frmSplitter(FormHost& host);
@@ -34,7 +34,7 @@ class frmSplitter final : public ModernForm {
   void Text3_Change();
   void Nofile_Change();
   void ShowCount(const FieldChange& change);
-  void ComputeAnew();
+  void ComputeSize();
   void FilterKey(wxKeyEvent& event);
   void OfferSizes();
   void Option1_Click();
@@ -58,18 +58,18 @@ class frmSplitter final : public ModernForm {
   wxStaticText* Label3_ = nullptr;
   wxRadioButton* Option2_ = nullptr;
   wxTextCtrl* Text3_ = nullptr;
-  wxButton* sizes_ = nullptr;  ///< Drops sizes for Text3 down.
+  wxButton* sizes_ = nullptr;  ///< Drops down a menu of sizes for Text3.
   wxStaticText* Label6_ = nullptr;
   wxStaticText* Label5_ = nullptr;
   wxTextCtrl* Nofile_ = nullptr;
   wxCheckBox* Check1_ = nullptr;
-  std::unique_ptr<ProgressView> view_;  ///< The bar pb, and Text4, the line below it.
+  std::unique_ptr<ProgressView> view_;  ///< The bar pb and the line Text4.
   wxButton* Command4_ = nullptr;
   wxButton* Command5_ = nullptr;
   wxButton* Command1_ = nullptr;
   wxButton* Command3_ = nullptr;
   wxTimer tmr_;
-  /// Of the two fields the user has changed the number of pieces last, so that the size follows it.
+  /// The user changed the number of pieces last, so the size is computed from it.
   bool NofileTyping_ = false;
 };
 

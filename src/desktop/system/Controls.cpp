@@ -42,11 +42,11 @@ PasswordNote::PasswordNote(wxTextCtrl& line) {
   line.SetMinSize({std::max(width, line.GetMinWidth()), line.GetMinHeight()});
 }
 
-wxString PasswordNote::For(Typed what, std::initializer_list<const wxTextCtrl*> boxes) {
-  const bool shown =
-      what == Typed::Password && std::any_of(boxes.begin(), boxes.end(), [](const wxTextCtrl* box) {
-        return box->GetLastPosition() > static_cast<long>(maxNameLength);
-      });
+wxString PasswordNote::For(SecretKind kind, std::initializer_list<const wxTextCtrl*> boxes) {
+  const bool shown = kind == SecretKind::Password &&
+                     std::any_of(boxes.begin(), boxes.end(), [](const wxTextCtrl* box) {
+                       return box->GetLastPosition() > static_cast<long>(maxNameLength);
+                     });
   if (shown && !shown_) wxBell();
   shown_ = shown;
   return shown ? tooLong : "";

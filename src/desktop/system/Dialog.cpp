@@ -11,7 +11,7 @@ Dialog::Dialog(wxWindow* parent) : wxDialog(parent, wxID_ANY, "Slyver") {}
 
 void Dialog::Complete(wxSizer* content, long buttons) {
   wxSizer* const row = CreateStdDialogButtonSizer(buttons);
-  // The toolkit's margins are not those of the content.
+  // The toolkit's margins differ from the content's.
   for (wxSizerItem* const item : row->GetChildren()) {
     if (item->IsWindow()) {
       item->SetFlag(wxLEFT | wxALIGN_CENTRE_VERTICAL);

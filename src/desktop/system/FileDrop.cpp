@@ -16,7 +16,7 @@ class FileDrop final : public wxFileDropTarget {
 
   bool OnDropFiles(wxCoord /*x*/, wxCoord /*y*/, const wxArrayString& files) override {
     if (files.empty() || !target_.IsEnabled()) return false;
-    // The sender waits for the end of the drop, and what follows may ask questions.
+    // The sender waits until the drop ends, and `dropped_` may ask questions.
     const std::string remark =
         files.size() == 1 ? std::string()
                           : "The First Of " + std::to_string(files.size()) + " Files Was Taken.";

@@ -8,12 +8,11 @@
 
 namespace slyver {
 
-/// Called with the full path of the first of the files dropped, and what to say when there were
-/// more; empty when it is alone.
+/// Called with the full path of the first dropped file, and a remark if there were more.
 using FileDropped =
     std::function<void(const std::filesystem::path& path, const std::string& remark)>;
 
-/// Lets the user drop a file on `target`. While `target` is disabled nothing can be dropped.
+/// Lets the user drop a file on `target`, unless `target` is disabled.
 void AcceptDroppedFile(wxWindow& target, FileDropped dropped);
 
 }  // namespace slyver

@@ -18,11 +18,11 @@ class ModernForm;
 struct FileToSplit {
   std::filesystem::path file;
   std::filesystem::path folder;
-  std::string remark;  ///< What there is to say of the choice, or nothing.
+  std::string remark;  ///< A note about the choice; may be empty.
 };
 
-/// What a form asks of the program around it. The forms know no more of the program than this, so
-/// that each can be read, and tested, without the others.
+/// What a form needs of the program. Forms see nothing else of it, so each can be read and tested
+/// without the others.
 class FormHost {
  public:
   FormHost() = default;
@@ -32,33 +32,31 @@ class FormHost {
 
   virtual Ui& Talk() = 0;
   virtual const wxBitmapBundle& Icon() const = 0;
-  /// The menus that every form has. They belong to the host.
+  /// Returns the menus that every form shows. The host owns them.
   virtual std::vector<BarMenu> Menus() = 0;
 
-  /// The file that the selection form or the command line has named for the split form.
+  /// Returns the file that the selection form or the command line has chosen for the split form.
   virtual FileToSplit ChosenFile() const = 0;
 
-  /// Shows, and unloads, the form that asks to wait while a file is being hidden.
+  /// Shows the wait form of a hide job.
   virtual void ShowInit() = 0;
   virtual void UnloadInit() = 0;
-  /// Shows the progress form under this caption.
+  /// Shows the progress form with this caption.
   virtual void ShowJoin(const std::string& caption) = 0;
   virtual void UnloadJoin() = 0;
-  /// Shows the hide form. `instead` is the form that it replaces, which is unloaded, or nullptr
-  /// where a form stays beneath.
+  /// Shows the hide form and unloads `instead`, which may be nullptr.
   virtual void ShowHideFile(ModernForm* instead) = 0;
   virtual void ShowHideRec() = 0;
 
-  /// The user has closed a form: unloads it, and the program with the last one.
+  /// Unloads a form that the user has closed; ends the program if no form is left.
   virtual void FormClosed(ModernForm& form) = 0;
-  /// Unloads the start-up form, which cleans up and ends the program.
+  /// Unloads the start-up form, which ends the program.
   virtual void UnloadFirst() = 0;
 
-  /// Runs a job of a form. Meanwhile the forms take no input but their title bars and buttons to
-  /// cancel. A job that the user has stopped ends the program.
+  /// Runs a job. Meanwhile only the forms' title bars and Cancel buttons take input. A job that the
+  /// user stops ends the program.
   virtual void RunJob(const std::function<void()>& job) = 0;
-  /// Like RunJob, for one step of a job of several: until a step returns false, the job counts as
-  /// running.
+  /// Runs one step of a job, which ends with the step that returns `false`.
   virtual void RunStep(const std::function<bool()>& step) = 0;
   virtual bool JobRuns() const = 0;
   /// Asks the job to stop and clean up.

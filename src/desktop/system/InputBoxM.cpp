@@ -11,9 +11,9 @@ namespace {
 
 class MaskedInputBox final : public Dialog {
  public:
-  MaskedInputBox(wxWindow* parent, const wxString& prompt, Typed what) : Dialog(parent) {
+  MaskedInputBox(wxWindow* parent, const wxString& prompt, SecretKind kind) : Dialog(parent) {
     auto* const column = new wxBoxSizer(wxVERTICAL);
-    // A file's name in the prompt may have an "&".
+    // A file name in the prompt may contain "&".
     column->Add(NewLabel(this, wxControl::EscapeMnemonics(prompt), "Prompt"));
     line_ = NewStatusLine(this, "Note");
     box_ = NewMaskedBox(this, "Text", prompt);
@@ -21,8 +21,8 @@ class MaskedInputBox final : public Dialog {
     column->Add(line_, wxSizerFlags().Expand());
     Complete(column, wxOK | wxCANCEL);
     box_->SetFocus();
-    box_->Bind(wxEVT_TEXT, [this, what, note = PasswordNote(*line_)](wxCommandEvent&) mutable {
-      line_->ChangeValue(note.For(what, {box_}));
+    box_->Bind(wxEVT_TEXT, [this, kind, note = PasswordNote(*line_)](wxCommandEvent&) mutable {
+      line_->ChangeValue(note.For(kind, {box_}));
     });
     box_->Bind(wxEVT_TEXT_ENTER, [this](wxCommandEvent&) { EndModal(wxID_OK); });
   }
@@ -35,8 +35,8 @@ class MaskedInputBox final : public Dialog {
 
 }  // namespace
 
-std::optional<std::string> MaskedInput(wxWindow* parent, std::string_view prompt, Typed what) {
-  MaskedInputBox box(parent, ToWx(prompt), what);
+std::optional<std::string> MaskedInput(wxWindow* parent, std::string_view prompt, SecretKind kind) {
+  MaskedInputBox box(parent, ToWx(prompt), kind);
   if (box.ShowModal() != wxID_OK) return std::nullopt;
   return box.Text();
 }

@@ -10,9 +10,8 @@
 
 namespace slyver {
 
-/// Asks for one line under `prompt`, in a box that has the program's title and shows "*" for each
-/// character typed. A line says it when a password is longer than one can be. Returns the plain
-/// text, or nothing when the user has cancelled.
-std::optional<std::string> MaskedInput(wxWindow* parent, std::string_view prompt, Typed what);
+/// Asks for a secret in a dialog that shows "*" for each character. Warns if a password is too
+/// long. Returns the plain text; `nullopt` if the user cancels.
+std::optional<std::string> MaskedInput(wxWindow* parent, std::string_view prompt, SecretKind kind);
 
 }  // namespace slyver

@@ -18,7 +18,7 @@ namespace slyver {
 
 namespace {
 
-/// The desktop's own message box leaves the icon out on some systems, and cuts long words off.
+/// A message box. GTK's own lacks the icon on some systems and cuts long words.
 class MessageBox final : public Dialog {
  public:
   MessageBox(wxWindow* parent, std::string_view text, Icon icon, long buttons);
@@ -27,8 +27,8 @@ class MessageBox final : public Dialog {
   wxWindow* NewText(const wxString& text, const wxSize& largest);
 };
 
-/// Wraps a text at `width` pixels, inside a word where it must, and lets the user select it.
-/// Returns the size that it then takes.
+/// Wraps a text at `width` pixels, inside words if needed, and makes it selectable. Returns its
+/// size.
 wxSize WrapAnywhere(const wxStaticText& text, int width) {
   GtkWidget* const widget = text.GetHandle();
   GtkLabel* const label = GTK_LABEL(widget);
@@ -41,7 +41,7 @@ wxSize WrapAnywhere(const wxStaticText& text, int width) {
   wxSize size;
   pango_layout_get_pixel_size(layout, &size.x, &size.y);
   g_object_unref(layout);
-  // A text that just fits would be wrapped once more by a rounding.
+  // Rounding would wrap a text that just fits.
   return {std::min(size.x + 2, width), size.y};
 }
 
@@ -73,7 +73,7 @@ MessageBox::MessageBox(wxWindow* parent, std::string_view text, Icon icon, long 
   button->SetFocus();
 }
 
-/// What is higher than `largest` scrolls.
+/// Creates the text; a text higher than `largest` scrolls.
 wxWindow* MessageBox::NewText(const wxString& text, const wxSize& largest) {
   const auto made = [&](wxWindow* in) {
     auto* const label = new wxStaticText(in, wxID_ANY, "", wxDefaultPosition, wxDefaultSize,

@@ -27,7 +27,7 @@ ModernForm::ModernForm(FormHost& host, const wxString& name, const wxString& cap
     : wxFrame(nullptr, wxID_ANY, caption, wxDefaultPosition, wxDefaultSize,
               resizing == Resizing::Free ? WinXPApe::resizableStyle : WinXPApe::fixedStyle, name),
       host_(host) {
-  // Bound before the chrome, which so sees the keys first.
+  // Bound before the chrome's handler, which must see keys first: the last one bound runs first.
   Bind(wxEVT_CHAR_HOOK, &ModernForm::Key, this);
   chrome_.XP_FormLoad(*this, host_.Menus());
   chrome_.RefreshIcon(host_.Icon());
@@ -38,7 +38,7 @@ ModernForm::ModernForm(FormHost& host, const wxString& name, const wxString& cap
       host_.FormClosed(*this);
       return;
     }
-    // The job stops when it next asks, cleans up and ends the program.
+    // The job stops at its next GoOn(), cleans up and ends the program.
     host_.AskToStop();
     if (event.CanVeto()) event.Veto();
   });
@@ -80,14 +80,13 @@ void ModernForm::SayBeneathMessage(const std::string& text) {
   const int lacking = statusLine_->GetTextExtent(whole).x + Gap() - statusLine_->GetSize().x;
   wxSize growth(std::clamp(lacking, 0, std::max(0, widest - size.x)), 0);
   if (!Chrome().ResizeCapable()) {
-    // The message covers the middle; the line is at the lower end.
+    // The message box covers the middle; the line is at the lower end.
     const int message = 11 * GetCharHeight();
     const int lineTop = ClientArea()->GetPosition().y + statusLine_->GetPosition().y;
     growth.y = std::max(0, size.y + message - 2 * lineTop);
   }
   const int room = statusLine_->GetSize().x - Gap() + growth.x;
-  // What stood in the middle of the screen stays there. Where a form stands that has just been
-  // shown the toolkit may not know yet.
+  // Keeps the form centred. The toolkit may report (0, 0) for a form that has just been shown.
   const wxPoint before = GetPosition();
   if (!IsMaximized()) SetSize({before - growth / 2, size + growth});
   if (before == wxPoint(0, 0)) CentreOnScreen();

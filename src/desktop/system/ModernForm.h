@@ -11,28 +11,28 @@ namespace slyver {
 
 enum class Resizing { Fixed, Free };
 
-/// A form of the program: a frame with the window chrome and the menus, centred on the screen. A
-/// form's constructor makes its controls in ClientArea() and then calls Fit().
+/// A form of the program: a frame with the window chrome and the menus. A form's constructor
+/// creates its controls in ClientArea() and then calls FitAndCentre().
 class ModernForm : public wxFrame {
  public:
-  /// `name` is the form's own name, and that of its window.
+  /// `name` is the form's name and its window's.
   ModernForm(FormHost& host, const wxString& name, const wxString& caption, Resizing resizing);
 
-  /// Unloads the form at once, asking nothing. The object lives on until the program is idle.
+  /// Unloads the form without a question. The object is deleted when the program is idle.
   void Unload();
   bool Unloaded() const { return unloaded_; }
   bool BelongsTo(const FormHost& host) const { return &host_ == &host; }
 
   void SetCaption(const wxString& caption);
 
-  /// While a job runs, the form takes no input but its title bar and its button to cancel.
+  /// Blocks all input but the title bar and the Cancel button while a job runs.
   void SetBusy(bool busy);
 
-  /// Says something in the form's status line, if it has one.
+  /// Shows a text in the form's status line, if it has one.
   void Say(const std::string& text);
 
-  /// As Say(), for a text that is to be read while a short message is shown above the form, which
-  /// grows as it must, as far as the screen has the room. Of what is longer the middle is left out.
+  /// Shows a text in the status line so that a short message box does not cover it. The form grows
+  /// if needed, up to two thirds of the screen; the middle of a longer text is left out.
   void SayBeneathMessage(const std::string& text);
 
   /// Sets the form's progress bar, if `progress` concerns it.
@@ -44,21 +44,21 @@ class ModernForm : public wxFrame {
   WinXPApe& Chrome() { return chrome_; }
   wxPanel* ClientArea() const { return chrome_.ClientArea(); }
 
-  /// Gives the form the size that `content`, the sizer of the client area, asks for, which is also
-  /// its smallest, and centres it on the screen.
+  /// Fits the form to `content`, the sizer of the client area, and centres it on the screen. The
+  /// size is also the form's minimum.
   void FitAndCentre(wxSizer* content);
 
-  /// Esc presses this button, also while a job runs.
+  /// Sets the button that Esc presses, also while a job runs.
   void SetEscapeButton(wxWindow* button) { escapeButton_ = button; }
 
-  /// While a job runs, this control has the keyboard focus: neither a key held too long nor the
-  /// next one typed then does anything. The form says there what goes on.
+  /// Sets the line that shows messages and progress. It has the focus while a job runs, so that
+  /// keys typed too late do nothing.
   void SetStatusLine(wxTextCtrl* line) { statusLine_ = line; }
 
-  /// Gives `control` the keyboard focus, once the job that runs has ended.
+  /// Moves the focus to `control` when the running job ends.
   void FocusWhenFree(const wxWindow& control) { focusBefore_ = control.GetId(); }
 
-  /// The space between and around controls, in pixels, which follows the font.
+  /// Returns the space between controls, in pixels, derived from the font.
   int Gap() const;
 
  private:
@@ -72,11 +72,11 @@ class ModernForm : public wxFrame {
   bool unloaded_ = false;
 };
 
-/// Makes a text box or a button at least as high as its font asks for: what the toolkit takes for
-/// the best height is too low for large fonts.
+/// Makes a text box or a button high enough for its font; the toolkit's best height is too low for
+/// large fonts.
 void MakeRoomForFont(wxWindow& control);
 
-/// Gives `control` its name for tests and its name for screen readers.
+/// Sets the names of `control` for tests and for screen readers.
 void NameControl(wxWindow& control, const wxString& name, const wxString& forScreenReaders);
 
 }  // namespace slyver

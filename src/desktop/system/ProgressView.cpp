@@ -15,7 +15,7 @@ namespace slyver {
 
 namespace {
 
-/// A colour that stands out a little from the background of `window`, be it light or dark.
+/// Returns a colour of low contrast to the background of `window`, light or dark.
 wxColour QuietColour(const wxWindow& window) {
   constexpr unsigned char part = 40;  // Of 255.
   const wxColour text = wxSystemSettings::GetColour(wxSYS_COLOUR_BTNTEXT);
@@ -63,7 +63,7 @@ void ProgressView::Show(const Progress& progress) {
   const Clock::time_point now = Clock::now();
   if (!copying_) started_ = now;
   copying_ = progress.bytesTotal > 0;
-  // Twice a second is as fast as one can read. The end is always told.
+  // Nobody reads faster than twice a second. The end is always shown.
   constexpr std::chrono::milliseconds lineInterval{500};
   const bool atEnd = copying_ && progress.bytesDone == progress.bytesTotal;
   if ((!copying_ && progress.searched == 0) || (now - lineSet_ < lineInterval && !atEnd)) return;

@@ -10,22 +10,23 @@
 
 namespace slyver {
 
-/// Where a bar stands, 0 to 100, after `progress` has come, when it stood at `before`: at the share
-/// of the bytes copied, whatever the step, since a step may have gigabytes before it. Without
-/// bytes, and while a directory is read, at the value set; it does not go back then, but to 0.
+/// Returns a bar's position, 0 to 100, for `progress`, after position `before`. While bytes are
+/// copied, it is their share. Otherwise it is the value set, which never goes back, except to 0.
 double BarPosition(const Progress& progress, double before);
 
-/// The colour of a progress bar's trough, and of its filling.
+/// Sets the colour of a progress bar's trough.
 void Change_pb_Color(wxGauge& bar, const wxColour& colour);
+
+/// Sets the colour of a progress bar's filling.
 void Change_pb_ForeColor(wxGauge& bar, const wxColour& colour);
 
-/// A form's progress bar and the line below it, which tells the bytes, the rate and the time left.
+/// A form's progress bar and the line with bytes, rate and time left.
 class ProgressView {
  public:
-  /// The range of the bar: fine enough to move smoothly.
+  /// The bar's range, fine enough for smooth motion.
   static constexpr int range = 1000;
 
-  /// Makes both in `parent`, as windows of these names.
+  /// Creates both in `parent`, as windows of these names.
   ProgressView(wxWindow* parent, const wxString& barName, const wxString& lineName);
 
   wxGauge* Bar() const { return bar_; }

@@ -11,8 +11,8 @@
 
 namespace slyver {
 
-/// The toolkit's text for UTF-8 text. Bytes that are not UTF-8, as file names may hold, come
-/// through and are the same again after FromWx().
+/// Converts UTF-8 to the toolkit's text. Bytes that are not UTF-8 survive the way back through
+/// FromWx().
 inline wxString ToWx(std::string_view text) {
   const wxMBConvUTF8 conversion(wxMBConvUTF8::MAP_INVALID_UTF8_TO_PUA);
   return {text.data(), conversion, text.size()};

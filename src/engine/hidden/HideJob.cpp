@@ -250,8 +250,9 @@ Next HideJob::ChooseAddition(int records, const Directory& old) {
     password_ = openPassword;
   } else {
     if (!form_.last)
-      form_.last = Secret::Of(
-          ui_.MaskedInputBox("Enter Password Of The Last File.", Typed::Password).value_or(""));
+      form_.last =
+          Secret::Of(ui_.MaskedInputBox("Enter Password Of The Last File.", SecretKind::Password)
+                         .value_or(""));
     const std::optional<std::string> password = ToText8(form_.last->Text());
     if (!password || password->empty() || !old.IsPassword(*password))
       return Over(incorrect, Icon::Critical);

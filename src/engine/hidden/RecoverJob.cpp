@@ -233,7 +233,8 @@ std::shared_ptr<const RangeCipher> RecoverJob::Unlock(const AgeHeader& header) {
   }
   if (!form_.ask) return nullptr;
   work_.reset();  // The user may take long to answer.
-  auto typed = ui_.MaskedInputBox("Enter Passphrase Of " + header.name + ".", Typed::Passphrase);
+  auto typed =
+      ui_.MaskedInputBox("Enter Passphrase Of " + header.name + ".", SecretKind::Passphrase);
   if (!typed) throw Refusal{};
   passphrase_ = Secret::Of(std::move(*typed));
   if (passphrase_.Text().empty()) return nullptr;

@@ -254,10 +254,6 @@ bool PiecesAreTogether(Ui& ui) {
                   "Folder?");
 }
 
-bool ExitWithoutFile(Ui& ui) {
-  return AskYesNo(ui, "No File Selected. Do You Want To Exit?");
-}
-
 }  // namespace
 
 JoinResult JoinFolder(CopyPlan& joined, bool overwrite, Ui& ui, const Watch& watch) {

@@ -24,9 +24,9 @@ enum class Stakes {
              ///< option for exactly that, answers Yes.
 };
 
-/// What is typed hidden: a list's password, limited to maxNameLength characters, or a passphrase of
-/// any length.
-enum class Typed { Password, Passphrase };
+/// What a masked box asks for: the password of a carrier's list, 24 characters at most, or a
+/// passphrase of any length.
+enum class SecretKind { Password, Passphrase };
 
 /// The state of a progress bar.
 struct Progress {
@@ -62,7 +62,7 @@ class Ui {
   virtual std::optional<std::filesystem::path> PickFolder() = 0;
 
   /// Asks for one line that is not shown while it is typed; `nullopt` if the user cancels.
-  virtual std::optional<std::string> MaskedInputBox(std::string_view prompt, Typed what) = 0;
+  virtual std::optional<std::string> MaskedInputBox(std::string_view prompt, SecretKind kind) = 0;
 
   /// Opens the progress form under `caption` ("Joining Files", "Recovering Files").
   virtual void ShowProgressForm(std::string_view caption) = 0;
@@ -83,6 +83,11 @@ class Ui {
 /// Asks a yes-or-no question; `true` for Yes.
 inline bool AskYesNo(Ui& ui, std::string_view text, Stakes stakes = Stakes::None) {
   return ui.Question(text, Buttons::YesNo, stakes) == Answer::Yes;
+}
+
+/// Asks whether to leave the program, after the user has chosen no file; `true` for Yes.
+inline bool ExitWithoutFile(Ui& ui) {
+  return AskYesNo(ui, "No File Selected. Do You Want To Exit?");
 }
 
 /// Returns what `work` returns. On an exception, shows TextFor() it with the critical icon and

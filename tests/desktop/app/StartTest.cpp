@@ -220,7 +220,7 @@ TEST_F(StartTest, MenusStoreAndTell) {
   Choose(*menus.he, *menus.ab[1]);
   hasViewer = false;
   const std::filesystem::path page = folder / "index.html";
-  ui.Expect({"i No Program Opens The Help. It Lies In " + PathText(page) + "."});
+  ui.Expect({"i Cannot Open The Help: " + PathText(page)});
   Choose(*menus.he, *menus.ab[1]);
   EXPECT_EQ(opened, (std::vector{page, page}));
 }

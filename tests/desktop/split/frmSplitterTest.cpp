@@ -134,9 +134,9 @@ TEST_F(frmSplitterTest, WhileAJobRunsOnlyCancelAndCloseAct) {
     for (const char* name : {"Text1", "Command6", "Frame1", "Option1", "Command1", "Command4"})
       EXPECT_FALSE(ControlOf(form, name).IsEnabled()) << name;
     EXPECT_TRUE(ControlOf(form, "CloseButton").IsEnabled());
-    EXPECT_FALSE(desktop->StopAsked());
+    EXPECT_FALSE(desktop->Jobs().StopAsked());
     Click(form, "Command3");
-    EXPECT_TRUE(desktop->StopAsked());
+    EXPECT_TRUE(desktop->Jobs().StopAsked());
     EXPECT_TRUE(IsShown(form));
   });
   EXPECT_TRUE(ControlOf(form, "Text1").IsEnabled());
