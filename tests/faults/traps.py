@@ -34,7 +34,7 @@ def put_empty_folder(path, outside, mode=0o755):
 def put_leftover(path, outside):
     path.mkdir()
     (path / "slyver.lock").touch()
-    (path / "1.ini").write_bytes(b"[s@4)]")
+    (path / ".slyver-1.tmp").write_bytes(b"half")
 
 
 KINDS = {
@@ -90,8 +90,7 @@ def places(job):
         yield Place("files/TempRRR", **work_folder)
     if "over pieces" in job.name:
         first = temporary_path("files/old/whole.bin.1.sly")
-        yield Place(first.replace(".tmp", ".set"), {"an empty folder"}, own={"an empty folder"},
-                    kinds=KINDS | FOR_WORK_FOLDERS)
+        yield Place(first.replace(".tmp", ".set"), **work_folder)
     if "hide" in job.name:
         passed_over = {*KINDS, "a folder open to all", "a folder of another user"} - FOLDERS
         yield Place(jobs.PRIVATE, passed_over, {"a closed folder", *FOLDERS},
@@ -106,7 +105,7 @@ def places(job):
             first = not path.endswith(".sly") or path.endswith(".1.sly")
             yield Place(temporary_path(path), either=set() if first else FOLDERS, **own)
         if path not in job.replaced:
-            replaces = "new" in job.name  # It says yes to every question.
+            replaces = {"--yes", "--force"} & {*job.arguments}  # It says yes to every question.
             yield Place(path, everything if marks else REPLACEABLE if replaces else set())
 
 
