@@ -161,20 +161,12 @@ struct Case {
 // NOLINTBEGIN(modernize-avoid-c-arrays,modernize-raw-string-literal): tables of scripts.
 constexpr Case scripts[] = {
     // Splitting and joining.
-    {"seq 99999 >'my f.v1.dat'; $SLY split 'my f.v1.dat' --size 20kB;"
-     "split -b 20000 -a 2 --numeric-suffixes=1 'my f.v1.dat' gnu.;"
-     "for p in gnu.*; do i=$((i + 1)); cmp $p \"my f.v1.dat.$i.sly\" || exit; done; echo $i;"
-     "mv 'my f.v1.dat' old; $SLY join 'my f.v1.dat.10.sly'; cmp old 'my f.v1.dat'",
-     0, "30\n@/my f.v1.dat\n",
-     "File Successfully Sly.\n30 pieces of 20000 bytes in @\nFile Joined.\n30 pieces, 588888 "
-     "bytes in all\n"},
     // A hole at the end of one piece, and data at the beginning of the next.
     {"for p in a.1.sly a.2.sly; do echo $p >$p; truncate -s 1M $p; cat $p >>b; done;"
      "$SLY join a.1.sly -q; cmp a b",
      0, "@/a\n", ""},
     {"$SLY split e.bin --size 2KiB -o new/out --yes --verbose --quiet; wc -c <new/out/e.bin.3.sly",
      0, "@/new/out/e.bin.1.sly\n@/new/out/e.bin.2.sly\n@/new/out/e.bin.3.sly\n904\n", ""},
-    {"$SLY split b.bin --count 7 -q; wc -c <b.bin.1.sly; wc -c <b.bin.7.sly", 0, "429\n426\n", ""},
     {"printf old >a; printf 12 >a.1.sly; printf 3 >a.2.sly; $SLY join a.1.sly -q; cat a;"
      "$SLY join a.1.sly --yes; cat a; $SLY join a.1.sly -y -q",
      0, "old@/a\n123@/a\n",
@@ -184,23 +176,10 @@ constexpr Case scripts[] = {
      0, "@/new/d/b.bin\n",
      "@/new/d Does Not Exists. Do You Want To Create It? Yes (--yes)\nFile Joined.\n"
      "3 pieces, 3000 bytes in all; b.bin.3.sly is taken for the last one\n"},
-    {"$SLY split b.bin -n 4 -q; sha256sum b.bin.*.sly >b.bin.sha256; $SLY verify b.bin.4.sly &&"
-     "{ cp b.bin.1.sly b.bin.2.sly; printf x | dd of=b.bin.3.sly conv=notrunc bs=1 seek=749 "
-     "status=none;"
-     "rm b.bin.4.sly; $SLY verify b.bin.3.sly; }",
-     1,
-     "b.bin.1.sly\tOK\nb.bin.2.sly\tOK\nb.bin.3.sly\tOK\nb.bin.4.sly\tOK\n"
-     "b.bin.1.sly\tOK\nb.bin.2.sly\tDAMAGED\nb.bin.3.sly\tDAMAGED\nb.bin.4.sly\tMISSING\n",
-     "3 Of 4 Pieces Are Damaged Or Missing.\n"},
-    {"printf ab >'c\\d.2.sly'; $SLY verify 'c\\d.2.sly'; echo $?; printf a >'c\\d.1.sly';"
-     "$SLY verify 'c\\d.1.sly'; rm 'c\\d.2.sly'; printf a >e.1.sly; printf a >e.2.sly;"
-     "echo >e.sha256; $SLY verify e.1.sly; rm e.sha256; $SLY verify e.1.sly -q",
-     0,
-     "\\c\\\\d.1.sly\tMISSING\n\\c\\\\d.2.sly\tOK\n1\n\\c\\\\d.1.sly\tOK\n"
-     "\\c\\\\d.2.sly\tDAMAGED\ne.1.sly\tOK\ne.2.sly\tOK\n",
-     "1 Of 2 Pieces Are Damaged Or Missing.\n" UNCHECKED
-     "1 Of 2 Pieces Are Damaged Or Missing.\n" UNCHECKED
-     "e.sha256 Cannot Be Understood.\n" UNCHECKED},
+    {"printf a >e.1.sly; printf b >e.3.sly; echo >e.sha256; $SLY verify e.1.sly; rm e.sha256;"
+     "$SLY verify e.1.sly -q",
+     1, "e.1.sly\tOK\ne.2.sly\tMISSING\ne.3.sly\tOK\n",
+     "e.sha256 Cannot Be Understood.\n1 Of 3 Pieces Are Damaged Or Missing.\n" UNCHECKED},
     {"$SLY split e.bin --size 2KiB --checksum -v -q; sha256sum -c e.bin.sha256; mv e.bin old;"
      "$SLY join e.bin.2.sly --delete; cmp e.bin old && ls e.bin*",
      0,
@@ -208,34 +187,13 @@ constexpr Case scripts[] = {
      "e.bin.1.sly: OK\ne.bin.2.sly: OK\ne.bin.3.sly: OK\n@/e.bin\ne.bin\n",
      "File Joined.\n3 pieces, 5000 bytes in all; checked; the pieces are deleted\n"},
     {"$SLY split e.bin -n 2 --checksum -q; printf x >>e.bin.2.sly; rm e.bin;"
-     "$SLY join e.bin.1.sly --delete -q; $SLY join e.bin.1.sly --delete -q -y; $SLY join "
-     "e.bin.1.sly --delete -q --force; echo $?;"
-     "ls e.bin*; rm e.bin e.bin.sha256; $SLY join e.bin.1.sly --delete -q -y; ls e.bin*;"
-     "$SLY join e.bin.1.sly --delete -q --force; ls e.bin*",
-     0,
-     "@/e.bin\n1\ne.bin\ne.bin.1.sly\ne.bin.2.sly\ne.bin.sha256\ne.bin.1.sly\ne.bin.2.sly\n"
-     "@/e.bin\ne.bin\n",
-     DAMAGED UNPROVEN DAMAGED UNPROVEN DAMAGED FORCED
-     "e.bin Was Joined With 1 Damaged Piece.\n"
-     "The Pieces Stay, Since Some Are Damaged.\nFile Joined.\n2 pieces, 5001 bytes in all; damaged\n" ODD
-         UNPROVEN ODD FORCED "The Pieces Cannot Be Verified. Delete Them Anyway?" FORCED},
-    {"$SLY split e.bin -n 2 -q; sha256sum --tag ./e.bin >e.bin.sha256; $SLY verify e.bin.1.sly;"
-     "echo $?; printf x >>e.bin.2.sly; $SLY verify e.bin.1.sly; rm e.bin.2.sly;"
-     "$SLY verify e.bin.1.sly",
-     1,
-     "e.bin.1.sly\tNOT CHECKED\ne.bin.2.sly\tNOT CHECKED\ne.bin\tOK\n0\n"
-     "e.bin.1.sly\tNOT CHECKED\ne.bin.2.sly\tNOT CHECKED\ne.bin\tDAMAGED\n"
-     "e.bin.1.sly\tNOT CHECKED\ne.bin.2.sly\tMISSING\ne.bin\tNOT CHECKED\n",
-     "e.bin Is Damaged.\n1 Of 2 Pieces Are Damaged Or Missing.\n"},
-    // A list of the pieces is a part of their set, one of the whole file is not.
-    {"mkdir d; $SLY split e.bin -n 4 --checksum -o d -q; $SLY split e.bin -n 2 -o d -y -q; ls d;"
-     "$SLY split e.bin -n 3 --checksum -o d -y -q; cd d; sha256sum -c e.bin.sha256; cd ..;"
-     "sha256sum e.bin >d/e.bin.sha256; $SLY split e.bin -n 2 -o d -y -q; ls d;"
-     "$SLY split e.bin -n 2 -o d -y -q --checksum; ls d",
-     0,
-     "e.bin.1.sly\ne.bin.2.sly\ne.bin.1.sly: OK\ne.bin.2.sly: OK\ne.bin.3.sly: OK\n"
-     "e.bin.1.sly\ne.bin.2.sly\ne.bin.sha256\ne.bin.1.sly\ne.bin.2.sly\ne.bin.sha256\n",
-     "@/d/e.bin.sha256: File exists\n"},
+     "$SLY join e.bin.1.sly --delete -q -y; $SLY join e.bin.1.sly --delete -q --force; echo $?;"
+     "rm e.bin e.bin.sha256; $SLY join e.bin.1.sly --delete -q --force; ls e.bin*",
+     0, "@/e.bin\n1\n@/e.bin\ne.bin\n",
+     DAMAGED UNPROVEN DAMAGED FORCED "e.bin Was Joined With 1 Damaged Piece.\n"
+                                     "The Pieces Stay, Since Some Are Damaged.\nFile Joined.\n2 "
+                                     "pieces, 5001 bytes in all; damaged\n" ODD FORCED
+                                     "The Pieces Cannot Be Verified. Delete Them Anyway?" FORCED},
     // What the caller has closed is neither waited for nor written to.
     {"for c in '' '<&-' '2>&-' '<&- 2>&-' '>&-' '>&- <&-' '>&- 2>&-' '>&- <&- 2>&-'; do mkdir d;"
      "eval $SLY split e.bin -s 2kB --checksum -q -o d $c; s=$?; (cd d; sha256sum -c --quiet *256);"
@@ -249,12 +207,8 @@ constexpr Case scripts[] = {
      "cmp 'd/Hidden File m.png' one && cmp a.bin 'd/Original a.bin' && cmp b.bin 'd/Original "
      "b.bin'",
      0, "@/d/Hidden File m.png\n@/d/Original a.bin\n@/d/Original b.bin\n", ""},
-    {"$SLY hide $P m.png a.bin && cmp 'Hidden File m.png' one", 0, "@/Hidden File m.png\n",
-     "File Hidden.\n"},
-    {"$SLY hide $P one b.bin --yes -q && cmp 'Hidden File one' two", 0, "@/Hidden File one\n", ""},
     {"$SLY recover $P one -q; $SLY recover $P --file 0 one; cmp a.bin 'Original [1] a.bin'", 0,
      "@/Original a.bin\n@/Original [1] a.bin\n", "File Recovered.\n"},
-    {"$SLY recover $P six -f 4 -q && cmp e.bin 'Original e.bin'", 0, "@/Original e.bin\n", ""},
     {"$SLY list --password-file - six <pw", 0, LIST, ""},
     // A byte-order mark, a missing line end, a pipe.
     {"printf '\\357\\273\\277Ab' >pw; $SLY list $P six", 0, LIST, ""},
@@ -307,7 +261,6 @@ constexpr Case scripts[] = {
      "cmp b.bin 'Original b.bin'; echo slyver | $SLY hide -e --passphrase-file - m.png a.bin",
      1, "@/Original b.bin\n", SAME SAME},
     // What is refused, with its reason and nothing else.
-    {"$SLY split b.bin --count 3000", 1, "", "Unable To Divide File.\n"},
     {"seq 9999 | $SLY split /dev/stdin", 1, "", "/dev/stdin: Not a regular file\n"},
     {"truncate -s 80000 a; $SLY split a -n 40000; $SLY split a -s 2; rm a", 0, "",
      "Overflow\nOverflow\n"},
@@ -315,7 +268,6 @@ constexpr Case scripts[] = {
     {"cp e.bin e.1.sly; $SLY split e.bin -o none; $SLY join e.1.sly -o none || rm e.1.sly", 0, "",
      "@/none Does Not Exists. Do You Want To Create It?" NOBODY
      "@/none Does Not Exists. Do You Want To Create It?" NOBODY},
-    {"$SLY split none", 1, "", "@/none: No such file or directory\n"},
     {"$SLY split .", 1, "", "@/.: Is a directory\n"},
     {"$SLY join none.1.sly", 1, "", "none.1.sly Is Missing.\nUnable To Join File.\n"},
     {"mkdir -m 500 ro; $DROP $SLY split e.bin -s 3000 -o ro; rmdir ro", 0, "",
@@ -334,19 +286,14 @@ constexpr Case scripts[] = {
     {"timeout 9 $SLY list --password-file - six <&-", 1, "",
      "standard input: Bad file descriptor\n"},
     // These need no password, and none is asked for.
-    {"$SLY list none", 1, "", "@/none: No such file or directory\n"},
     {"$SLY list m.png --quiet", 1, "", "No File Is Hidden In This File.\n"},
     {"$SLY recover --main a.bin", 1, "", "Unable To Recover File.\n"},
     {"echo ab | $SLY recover six --main --password-file -", 1, "", NOT_ITS_PASSWORD},
     {"$SLY recover $P six", 1, "",
      LIST "There are several hidden files; choose one with --file, or all with --all.\n"},
-    {"$SLY recover six --file 65536", 1, "", "There is no such file.\n"},
-    {"$SLY hide $P one b.bin", 1, "", ADD NOBODY},
-    {"echo other | $SLY hide --password-file - one b.bin --yes -q", 1, "", "Incorrect Password.\n"},
     {"printf '%065536d' 0 >long; $SLY hide -e --passphrase-file long $P m.png a.bin; s=$?; rm long;"
      "exit $s",
      1, "", "long: The first line is too long\n"},
-    {"$SLY hide none a.bin", 1, "", "@/none: No such file or directory\n"},
     {"$SLY hide six a.bin --yes", 1, "",
      "There Are Aready 6 Files Hidden In This File. Unable To Hide File. Please Select Another "
      "File.\n"},

@@ -86,7 +86,8 @@ class Job:
         if path in self.replaced:
             return 0o600
         if path in self.results:
-            return functools.reduce(int.__and__, map(self.mode, self.sources))
+            common = functools.reduce(int.__and__, map(self.mode, self.sources))
+            return common & 0o600 if "encrypted" in self.name else common  # The owner's alone.
         return 0o600 if path.endswith(("first.zip", ".3.sly")) else 0o640
 
     def ways(self, status):

@@ -30,6 +30,7 @@
 #include <sys/statvfs.h>
 #include <sys/syscall.h>
 #include <sys/vfs.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -320,6 +321,15 @@ CALL_64(int, fallocate, (int file, int mode, off_t offset, off_t length), -1, Ch
         (PathOf(file)), file, mode, offset, length);
 CALL(int, fsync, (int file), -1, Change, (PathOf(file)), file)
 CALL(int, fchmod, (int file, mode_t mode) noexcept, -1, Change, (PathOf(file)), file, mode)
+CALL(int, fchown, (int file, uid_t user, gid_t group) noexcept, -1, Change, (PathOf(file)), file,
+     user, group)
+CALL(ssize_t, fgetxattr, (int file, const char* name, void* to, std::size_t size) noexcept, -1,
+     Look, (PathOf(file)), file, name, to, size)
+CALL(int, fsetxattr,
+     (int file, const char* name, const void* from, std::size_t size, int flags) noexcept, -1,
+     Change, (PathOf(file)), file, name, from, size, flags)
+CALL(int, fremovexattr, (int file, const char* name) noexcept, -1, Change, (PathOf(file)), file,
+     name)
 CALL_64(int, statvfs, (const char* path, struct statvfs* to) noexcept, -1, Look, (At(path)), path,
         to);
 CALL_64(int, stat, (const char* path, struct stat* to) noexcept, -1, Look, (At(path)), path, to);

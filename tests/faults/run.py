@@ -1,7 +1,6 @@
 """Runs the suites and prints a table of what was tried, how often, and what was lost."""
 
 import argparse
-import concurrent.futures
 import importlib
 import os
 import pathlib
@@ -16,7 +15,7 @@ import traceback
 from jobs import Case, Setting
 
 # Each module has run(setting), which returns its cases.
-SUITES = ["calls", "crashes", "window", "races", "hostile", "traps", "load"]
+SUITES = ["calls", "crashes", "races", "hostile", "traps", "load"]
 
 
 def run_suite(name, suite, setting):
@@ -52,14 +51,10 @@ def main():
     os.umask(0o022)
     # A shell's background job ignores Ctrl-C, and so would all that it starts.
     signal.signal(signal.SIGINT, signal.default_int_handler)
-    run = lambda name: run_suite(name, suites[name], Setting(
-        arguments.built, arguments.checked, scratch / name, arguments.short, arguments.seed))
+    setting = lambda name: Setting(
+        arguments.built, arguments.checked, scratch / name, arguments.short, arguments.seed)
     try:
-        with concurrent.futures.ThreadPoolExecutor(1) as beside:
-            # Windows wait more than they work.
-            started = {name: beside.submit(run, name) for name in suites if name == "window"}
-            found = {name: run(name) for name in suites if name not in started}
-            found |= {name: future.result() for name, future in started.items()}
+        found = {name: run_suite(name, suite, setting(name)) for name, suite in suites.items()}
     finally:
         shutil.rmtree(scratch, ignore_errors=True)
 

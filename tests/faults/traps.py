@@ -34,7 +34,7 @@ def put_empty_folder(path, outside, mode=0o755):
 def put_leftover(path, outside):
     path.mkdir()
     (path / "slyver.lock").touch()
-    (path / "1.ini").write_bytes(b"[s@4)]")
+    (path / ".slyver-1.tmp").write_bytes(b"half")
 
 
 KINDS = {
@@ -106,7 +106,7 @@ def places(job):
             first = not path.endswith(".sly") or path.endswith(".1.sly")
             yield Place(temporary_path(path), either=set() if first else FOLDERS, **own)
         if path not in job.replaced:
-            replaces = "new" in job.name  # It says yes to every question.
+            replaces = {"--yes", "--force"} & {*job.arguments}  # It says yes to every question.
             yield Place(path, everything if marks else REPLACEABLE if replaces else set())
 
 

@@ -3,10 +3,12 @@
 import dataclasses
 import os
 
-from world import FORMS
+from world import FORMS, list_text
 
 STEMS = ["movie.s", "movie", "a.sly", "a.1.sly", "x", "x.sha256", "x.1", "Caf\u00e9 1.zip", "caf\udce9",
          "two\nlines", "back\\slash", " ", "-x", ".hidden", "n" * 240, "\u4f60\u597d", "sly", "$HOME", "x."]
+BYTES = [code for code in range(1, 256) if code != ord("/")]
+ODD_NUMBERS = [0, "01", "+1", "-1", " 1", "1 ", "1x", "x", "", 32768, 99999, 100000, 10**6, 10**18]
 RELATED = ["ly", ".sly", ".1.sly", ".2.sly", ".sha256", ".1", ".S", "2", " "]
 OURS = ".slyver-0123456789abcdef.set"  # As a killed split leaves it.
 BELOW = ["old", "more", "more/deep", OURS, OURS + "/earlier", "b.1.sly", "more/" + OURS]
@@ -48,6 +50,8 @@ class Chooser:
         top = rng.choice(("", "p"))
         self.folders = [top, top, "out"]
         stem = rng.choice(STEMS)
+        if self.maybe(0.15):  # Behind a letter, as . and .. are no names.
+            stem = "n" * rng.choice((1, 1, 240, 244, 252)) + os.fsdecode(bytes(rng.choices(BYTES, k=3)))
         names = [stem]
         for _ in range(rng.choice((0, 0, 1, 1, 2))):
             names.append(rng.choice((stem + rng.choice(RELATED), stem[:-1] or "y", stem.swapcase())))
@@ -109,15 +113,18 @@ class Chooser:
                 piece = (version, piece[1], rng.randrange(piece[1], piece[2]) + 1)
             elif odd < 0.08:
                 piece = data[rng.choice(list(data))]
+            elif odd < 0.085:
+                piece = (version, 0, 0)
             if self.maybe(0.02):
                 names[i] = f"{name}.{i}.{rng.choice(('SLY', 'Sly'))}"
             path = os.path.join(folder, names[i])
             self.steps.append(("file", path, piece, mode))
             self.pieces.append(path)
         if self.maybe(0.02):
-            odd = rng.choice((0, "01", len(data) + 1, 32768, 99999, 100000, 1000000, "x", ""))
-            self.steps.append(("file", os.path.join(folder, f"{name}.{odd}.sly"), ("D", 0, size), mode))
-            self.pieces.append(self.steps[-1][1])
+            start, odd = rng.choice((name, name + ".")), rng.choice([len(data) + 1, *ODD_NUMBERS])
+            path = os.path.join(folder, f"{start}.{odd}.{rng.choice(('sly', 'sly', 'sly2', 'SLY'))}")
+            self.steps.append(("file", path, ("D", 0, rng.choice((0, size))), mode))
+            self.pieces.append(path)
         kind = rng.choice(("no",) * 5 + ("pieces",) * 4 + ("whole",) * 2 + ("both", "old", "other", "few"))
         whole = [(name, (version, 0, length))]
         lines = {"pieces": [(names[i], data[i]) for i in data], "whole": whole,
@@ -128,7 +135,13 @@ class Chooser:
             if self.maybe(0.2):
                 rng.shuffle(lines)
             form = rng.choice(list(FORMS)) if self.maybe(0.5) else "plain"
-            self.steps.append(("list", os.path.join(folder, name + ".sha256"), form, tuple(lines)))
+            path = os.path.join(folder, name + ".sha256")
+            self.steps.append(("list", path, form, tuple(lines)))
+            if self.maybe(0.1):
+                text = bytearray(list_text(form, lines))
+                at, length = rng.randrange(len(text) + 1), rng.choice((0, 1, 1, 64))
+                text[at : at + length] = rng.choice((b"", b"\\", b"\n", b"*", b"a", b"\0", rng.randbytes(1)))
+                self.steps[-1] = ("file", path, bytes(text), 0o644)
 
     # Jobs.
 

@@ -156,8 +156,12 @@ class Job:
                 "plain", [(os.path.basename(each), data) for each, data in new.items()])
         refuse_if((old or aside) and not self.yes, "pieces of an earlier split")
         over = old | aside.keys()
-        partial = {} if over else {path: (None, data) for path, data in new.items()
-                                   if path != self.first() and path.endswith(".sly")}
+        partial = {}
+        if not aside and self.first() not in old:  # Leftovers may have gone first.
+            partial = {path: (None, new.get(path)) for path in new.keys() | old
+                       if path != self.first() and path.endswith(".sly")}
+            for path in old:
+                partial[path] = *partial.get(path, (None,)), self.state[path].data
         return Expected("split over an earlier set" if over else "split",
                         self.status_by_room(new, old, partial), dict.fromkeys(over) | new,
                         sources=[source], partial=partial,
@@ -469,7 +473,8 @@ def wrong_rights(expected, path, old, new, place):
         common &= source.mode
     if not isinstance(old, File):
         return "" if new.mode & 0o444 == common else f"its mode is {new.mode:o}, not {common:o}"
-    wider = any(old.mode & 0o666 & ~source.mode for source in expected.sources)
+    wider = any(old.mode & 0o666 & ~source.mode or not source.mode & 0o004
+                and old.readers() - source.readers() for source in expected.sources)
     if not wider and (old.mode, old.access) != (new.mode, new.access):
         return f"replaced a file of mode {old.mode:o}, access list {old.access.hex()}"
     return ""

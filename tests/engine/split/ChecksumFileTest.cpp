@@ -9,8 +9,6 @@
 namespace slyver {
 namespace {
 
-const std::string a(64, 'a');
-
 /// The digests that are read from `text`, each by its last digit; "?" for a text that is not
 /// understood, "" for one that tells of no pieces.
 std::string Read(std::string_view text, std::size_t part) {
@@ -22,52 +20,20 @@ std::string Read(std::string_view text, std::size_t part) {
   return digits;
 }
 
-TEST(ChecksumFile, UnderstandsWhatSha256sumWritesAndNothingElse) {
-  const std::string d = a.substr(1);
+TEST(ChecksumFile, IsUnderstoodInWhateverPartsItComes) {
+  const std::string d(63, 'a');
   const std::vector<std::pair<std::string, std::string>> cases = {
       {d + "1  f.1.sly\n" + d + "2 *f.2.sly\r\n" + d + "B  f.3.SLY", "12b"},
       {"# made by hand\n\r\n" + d + "2  f.2.sly\n" + d + "1  f.1.sly\n\n", "12"},
-      {d + "9  f\n" + d + "1  f.1.sly\n", "1"},
       {d + "9  f\n", ""},
-      {"", "?"},
-      {d + "1  f.2.sly\n", "?"},
-      {d + "1  f.1.sly\n" + d + "1  ./f.1.SLY\n", "1"},
-      {d + "1  f.1.sly\n" + d + "2  f.1.sly\n", "?"},
-      {d + "9  f\n" + d + "9  f\n", ""},
-      {d + "9  f\n" + d + "8  f\n", "?"},
       {"\xEF\xBB\xBF" + d + "1  f.1.sly\n", "1"},
       {d + "1  f.1.sly\n\xEF\xBB\xBF" + d + "2  f.2.sly\n", "?"},
       {"SHA256 (f.1.sly) = " + d + "1\nSHA256 (./f.2.sly) = " + d + "2\r\n", "12"},
-      {"SHA256 (f.1.sly) = " + d + "11\n", "?"},
-      {"SHA256 (f.1.sly) " + d + "1\n", "?"},
       {"SHA256 () = " + d + "1\n", "?"},
-      {d + "  f.1.sly\n", "?"},
-      {d + "11  f.1.sly\n", "?"},
-      {d + "g  f.1.sly\n", "?"},
-      {d + "1 f.1.sly\n", "?"},
-      {d + "1  ../f.1.sly\n", "?"},
-      {d + "1  f.1.sly\n" + d + "1  other\n", "?"},
-      {d + "1  f.01.sly\n", "?"},
-      {d + "1  f.32768.sly\n", "?"},
-      {"\\" + d + "1  f.1\\x.sly\n", "?"},
+      {d + "1  f.1.sly\n" + d + "1  f.32768.sly\n", "?"},
       {std::string(3000, '#') + "\n" + d + "1  f.1.sly\n", "?"}};
   for (const auto& [text, digits] : cases)
     for (const std::size_t part : {1, 7, 10000}) EXPECT_EQ(Read(text, part), digits) << text;
-}
-
-TEST(ChecksumFile, WritesNamesAsSha256sumDoesAndReadsThemBack) {
-  Digest digest;
-  digest.fill(0xAA);
-  const std::vector<std::pair<std::string, std::string>> cases = {
-      {"a b", a + "  a b.1.sly\n"},
-      {"\xC3\xA4\xFF", a + "  \xC3\xA4\xFF.1.sly\n"},
-      {"a\\n\nb", "\\" + a + "  a\\\\n\\nb.1.sly\n"}};
-  for (const auto& [name, line] : cases) {
-    EXPECT_EQ(ChecksumLine(name + ".1.sly", digest), line);
-    ChecksumReader reader(name);
-    EXPECT_TRUE(reader.Add(line));
-    EXPECT_EQ(reader.Finish().digests, std::vector{digest});
-  }
 }
 
 }  // namespace
