@@ -25,7 +25,7 @@ def run(setting):
     home = setting.folder / "home"
     slow = faults.environment(setting.built, home, faults.SLOW)
     # The sanitizers want to be loaded first, but can do without.
-    slow["ASAN_OPTIONS"] = "verify_asan_link_order=0"
+    slow["ASAN_OPTIONS"] = "verify_asan_link_order=0:malloc_context_size=2"
     suppressions = f"suppressions={HERE.parent}/support/lsan.supp:print_suppressions=0"
     driver = subprocess.Popen(
         ["xvfb-run", "-a", "-s", "-screen 0 1280x1024x24 -noreset", HERE / "window.sh",
