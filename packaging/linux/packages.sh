@@ -1,9 +1,11 @@
 # Sourced by run, test and bench/run: installs the Debian packages that are missing.
+# A user is asked before sudo is called, unless CI is set or SLYVER_YES ("--yes" sets it).
 
 build_packages=(g++ cmake ninja-build libcli11-dev libgcrypt20-dev)
-desktop_packages=(libwxgtk3.2-dev libgtk-3-dev pkg-config adwaita-icon-theme)
+desktop_packages=(libwxgtk3.2-dev libgtk-3-dev pkg-config adwaita-icon-theme librsvg2-common)
 screen_packages=(xvfb xauth openbox xdotool x11-utils imagemagick)
-test_packages=(age python3 time libgtest-dev clang libclang-rt-dev)
+quick_packages=(age git libgtest-dev python3)
+test_packages=("${quick_packages[@]}" clang libclang-rt-dev par2 time)
 lint_packages=(clang-format clang-tidy)
 bench_packages=(age btrfs-progs time xfsprogs)
 debian_packages=(debhelper dpkg-dev git librsvg2-bin scdoc xz-utils)
@@ -27,26 +29,40 @@ need() {
   done
   ((${#missing[@]})) || return 0
 
-  local as_root=()
+  local update=(apt-get update -qq)
+  local install=(env DEBIAN_FRONTEND=noninteractive
+    apt-get install -y -qq --no-install-recommends "${missing[@]}")
   if ((EUID != 0)); then
     if ! command -v sudo >/dev/null; then
-      echo "These packages are missing; please have them installed: ${missing[*]}" >&2
+      printf '%s\n' "These packages are missing. As root:" "  apt-get install ${missing[*]}" >&2
       return 1
     fi
-    as_root=(sudo)
+    agreed "sudo apt-get install ${missing[*]}" || return 1
+    update=(sudo "${update[@]}") install=(sudo "${install[@]}")
   fi
   echo "Installing ${missing[*]}" >&2
-  # The lists of packages may be older than the packages, or not there at all.
-  "${as_root[@]}" apt-get update -qq >&2 || true
-  "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
-    apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null || {
+  # The lists of packages may be missing, or older than the packages.
+  "${update[@]}" >&2 || true
+  "${install[@]}" >/dev/null || {
     echo "These packages could not be installed: ${missing[*]}" >&2
     return 1
   }
 }
 
+# agreed COMMAND asks whether it may be run. Where nobody can be asked it prints the command and fails.
+agreed() {
+  [[ -z ${CI:-}${SLYVER_YES:-} ]] || return 0
+  if [[ ! -t 0 || ! -t 2 ]]; then
+    printf '%s\n' "Packages are missing. Run this, or repeat with --yes:" "  $1" >&2
+    return 1
+  fi
+  local answer
+  read -r -p "Packages are missing. Run \"$1\"? [y/n] " answer
+  [[ $answer == [yY]* ]]
+}
+
 # configure PRESET FOLDER [DESKTOP] configures the tree once, saying so on stderr. DESKTOP is ON or
-# OFF: whether the desktop program is built too; a tree that once was configured with it keeps it.
+# OFF: with or without the desktop program; a tree that was configured with it keeps it.
 configure() {
   local desktop=SLYVER_DESKTOP:BOOL=${3:-OFF}
   if [[ ! -e $top/$2/build.ninja ]] ||

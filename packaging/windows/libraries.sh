@@ -5,6 +5,7 @@ windows_architectures=(x86_64 i686)
 windows_build_packages=(g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix cmake ninja-build make
   dpkg-dev xz-utils libcli11-dev googletest
   libgcrypt-mingw-w64-dev libgpg-error-mingw-w64-dev)
+windows_test_packages=(wine wine64 unzip)
 
 # Only the parts of wxWidgets that the program uses, with nothing from outside.
 wx_options=(--with-msw --disable-shared --disable-debug_flag --disable-sys-libs --disable-tests
