@@ -179,9 +179,10 @@ def rewritten_directories(rng):
 
 
 def passwords(rng):
-    """Every character that a password can have, and every byte that a password file can hold."""
+    """Every character that a password can have, and every byte that a password file can hold but a
+    zero, which stands for UTF-16."""
     hidden = [(b"x.dat", b"hidden")]
-    for code in range(256):
+    for code in range(1, 256):
         byte = bytes([code])
         password = rng.choice((byte, b"a" + byte, byte * 24))
         carrier = carriers.carrier_of(NAME.encode(), b"M" * 2600, hidden, password)

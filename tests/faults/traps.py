@@ -90,7 +90,7 @@ def places(job):
         yield Place("files/TempRRR", **work_folder)
     if "over pieces" in job.name:
         first = temporary_path("files/old/whole.bin.1.sly")
-        yield Place(first.replace(".tmp", ".set"), {"an empty folder"}, own={"an empty folder"},
+        yield Place(first.replace(".tmp", ".set"), {"an empty folder"}, own=set(FOR_WORK_FOLDERS),
                     kinds=KINDS | FOR_WORK_FOLDERS)
     if "hide" in job.name:
         passed_over = {*KINDS, "a folder open to all", "a folder of another user"} - FOLDERS

@@ -29,6 +29,7 @@ TEST(ChecksumFile, IsUnderstoodInWhateverPartsItComes) {
       {"\xEF\xBB\xBF" + d + "1  f.1.sly\n", "1"},
       {d + "1  f.1.sly\n\xEF\xBB\xBF" + d + "2  f.2.sly\n", "?"},
       {"SHA256 (f.1.sly) = " + d + "1\nSHA256 (./f.2.sly) = " + d + "2\r\n", "12"},
+      {"SHA256 (f.1.sly) = " + d + "11\n", "?"},
       {"SHA256 () = " + d + "1\n", "?"},
       {d + "1  f.1.sly\n" + d + "1  f.32768.sly\n", "?"},
       {std::string(3000, '#') + "\n" + d + "1  f.1.sly\n", "?"}};

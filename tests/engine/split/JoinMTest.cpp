@@ -81,6 +81,7 @@ TEST_F(Join, JoinsThePiecesOfOneSplitOrSaysWhyNot) {
        "f.1.sly",
        {"x f.2.sly" + in + "a And In " + folder.string() + "/b."}},
       {two + "f.4.sly=x", "f.4.sly", {"x f.3.sly Is Missing."}},
+      {two + "f.03.sly=e", "f.03.sly", {"x f.03.sly Is Not A Piece Of A Split File."}},
       {two, "notes.sly", {"x notes.sly Is Not A Piece Of A Split File."}},
       {two + "f.3.sly=efg", "f.1.sly", {"y f.3.sly" + sizes}, "abcdefg"},
       {two + "f=old", "f.1.sly", {"y" + replace}, "abcd"}};

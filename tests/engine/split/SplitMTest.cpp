@@ -2,6 +2,8 @@
 
 #include "engine/disk/Disk.h"
 #include "engine/disk/Files.h"
+#include "engine/split/ChecksumFile.h"
+#include "engine/split/PieceName.h"
 #include "engine/split/Scene.h"
 
 namespace slyver {
@@ -114,6 +116,31 @@ TEST_F(SplitM, RefusesAndWritesNothing) {
   fs::resize_file(source, 32767);
   options.outputFolder = source;
   refused(1, "x " + ErrorOf([&] { (void)MakeFolder(source); }));
+}
+
+TEST_F(SplitM, RestoresTheSetThatAKilledExchangeHasPutAside) {
+  Files earlier = {{"f.sha256", ""}};
+  for (int i = 1; i <= 4; ++i) {
+    earlier[PieceNameOf("f", i)] = "old" + std::to_string(i);
+    earlier["f.sha256"] += ChecksumLine(PieceNameOf("f", i), {});
+  }
+  const fs::path staging = TemporaryPath(out / "f.1.sly").replace_extension(".set");
+  std::vector<std::pair<fs::path, fs::path>> moves;
+  for (const char* name : {"f.sha256", "f.1.sly", "f.4.sly", "f.2.sly", "f.3.sly"})
+    moves.emplace_back(out / name, staging / "earlier" / name);
+  for (const char* name : {"f.2.sly", "f.3.sly"}) moves.emplace_back(staging / name, out / name);
+  for (std::size_t killedAfter = 1; killedAfter <= moves.size(); ++killedAfter) {
+    fs::remove_all(out);
+    fs::create_directories(staging / "earlier");
+    MakeFiles(staging, "f.2.sly=new f.3.sly=new");
+    for (const auto& [name, bytes] : earlier) WriteFile(out / name, bytes);
+    for (std::size_t i = 0; i < killedAfter; ++i) fs::rename(moves[i].first, moves[i].second);
+    WriteFile(source, thirteen);
+    Expect(ui, {"n Pieces Of An Earlier Split Of f Are In " + out.string() +
+                ". Do You Want To Replace Them?"});
+    EXPECT_TRUE(SplitFile(source, 6, options, ui).declined);
+    EXPECT_EQ(FilesIn(out), earlier) << killedAfter;
+  }
 }
 
 TEST_F(SplitM, CutsOnlyTheStateThatWasAskedFor) {
