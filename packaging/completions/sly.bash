@@ -18,7 +18,7 @@ _sly() {
     [[ ${words[1]} == @(join|verify) ]] && _filedir sly || _filedir
     return
   fi
-  local options='--yes -y --quiet -q --verbose -v --help -h'
+  local options='--yes -y --force --quiet -q --verbose -v --help -h'
   case ${words[1]} in
     split) options+=' --output -o --size -s --count -n --checksum' ;;
     join) options+=' --output -o --delete' ;;

@@ -3,7 +3,8 @@
 
 local -a common output password passphrase commands
 common=(
-  '(-y --yes)'{-y,--yes}'[answer every question with Yes]'
+  '(-y --yes)'{-y,--yes}'[answer Yes to questions, unless pieces are damaged or unproven]'
+  '--force[answer Yes to every question]'
   '(-q --quiet)'{-q,--quiet}'[show neither progress nor messages of success]'
   '(-v --verbose)'{-v,--verbose}'[print the path of every file made]'
   '(- *)'{-h,--help}'[print the options]'
