@@ -70,16 +70,17 @@ TEST_F(Join, JoinsThePiecesOfOneSplitOrSaysWhyNot) {
     std::string joined = {};
   };
   const std::string two = "f.1.sly=ab f.2.sly=cd ";
-  const std::string in = " Is In " + folder.string() + "/";
+  const std::string in = " Is In " + PathText(folder / "");
   const std::string tooIt = ". Do You Want To Join It Too?";
   const std::vector<Case> cases = {
       {"f.1.sly=ab sub/f.2.sly=cd", "f.1.sly", {"y f.2.sly" + in + "sub" + tooIt}, "abcd"},
       {two + "a/b/f.3.sly=ef a/b/f.4.sly=g",
        "f.1.sly",
-       {"n f.3.sly" + in + "a/b, And 1 More In Subfolders. Do You Want To Join Them Too?"}},
+       {"n f.3.sly" + in + PathText(fs::path("a") / "b") +
+        ", And 1 More In Subfolders. Do You Want To Join Them Too?"}},
       {"f.1.sly=ab a/f.2.sly=xx b/f.2.sly=xx",
        "f.1.sly",
-       {"x f.2.sly" + in + "a And In " + folder.string() + "/b."}},
+       {"x f.2.sly" + in + "a And In " + PathText(folder / "b") + "."}},
       {two + "f.4.sly=x", "f.4.sly", {"x f.3.sly Is Missing."}},
       {two + "f.03.sly=e", "f.03.sly", {"x f.03.sly Is Not A Piece Of A Split File."}},
       {two, "notes.sly", {"x notes.sly Is Not A Piece Of A Split File."}},
