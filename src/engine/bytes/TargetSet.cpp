@@ -97,21 +97,22 @@ void UndoKilledExchange(const fs::path& staging, const CopyPlan& plan) {
   std::vector<SetFile> earlier = FilesOfSet(staging / asideName, plan);
   if (earlier.empty()) return;
   const std::vector<SetFile> staged = FilesOfSet(staging, plan);
-  const std::vector<SetFile> present = FilesOfSet(folder, plan);
+  std::vector<SetFile> present = FilesOfSet(folder, plan);
   const bool hasFirst = !present.empty() && present.front().first == 1;
   if (hasFirst && staged.empty()) return;  // It was complete.
   const int firstStaged = staged.empty() ? CopyPlan::numberOfList : staged.front().first;
-  const auto isEarlier = [](int number) {
-    return [number](const SetFile& file) { return file.first == number; };
-  };
-  for (auto file = present.rbegin(); file != present.rend(); ++file)
-    if (file->first > 1 && file->first < CopyPlan::numberOfList &&
-        (file->first < firstStaged ||
-         std::any_of(earlier.begin(), earlier.end(), isEarlier(file->first))))
-      move(folder, staging, file->second);
-  std::stable_partition(earlier.begin(), earlier.end(), [](const SetFile& file) {
+  const auto isBetween = [](const SetFile& file) {
     return file.first > 1 && file.first < CopyPlan::numberOfList;
-  });
+  };
+  const auto isNew = [&](const SetFile& file) {
+    return file.first < firstStaged ||
+           std::any_of(earlier.begin(), earlier.end(),
+                       [&](const SetFile& old) { return old.first == file.first; });
+  };
+  std::reverse(present.begin(), present.end());
+  for (const SetFile& file : present)
+    if (isBetween(file) && isNew(file)) move(folder, staging, file.second);
+  std::stable_partition(earlier.begin(), earlier.end(), isBetween);
   for (const auto& [number, name] : earlier) move(staging / asideName, folder, name);
   FlushFolder(folder);
 }
