@@ -16,6 +16,10 @@ std::shared_ptr<void> KeepPlacesIn(const std::filesystem::path& root);
 /// or only for administrators.
 bool MakeLink(const std::filesystem::path& to, const std::filesystem::path& at);
 
+/// True if the keys that tests press reach a form on this system's test screen. Under Wine this was
+/// not tried; there scripts drive the forms.
+bool KeysReachForms();
+
 /// How many bytes the file takes on the disk, holes left out.
 std::uint64_t SpaceTaken(const std::filesystem::path& path);
 

@@ -39,6 +39,10 @@ std::shared_ptr<void> KeepPlacesIn(const fs::path& root) {
           }};
 }
 
+bool KeysReachForms() {
+  return false;
+}
+
 bool MakeLink(const fs::path& to, const fs::path& at) {
   const DWORD kind = fs::is_directory(to) ? SYMBOLIC_LINK_FLAG_DIRECTORY : 0;
   constexpr DWORD withoutRights = 2;

@@ -6,6 +6,7 @@
 #include "desktop/hidden/frmHideRec.h"
 #include "engine/disk/WorkFolders.h"
 #include "support/DesktopTest.h"
+#include "support/Platform.h"
 #include "support/SampleCarrier.h"
 
 namespace slyver {
@@ -16,6 +17,10 @@ const std::string noFile = " No File Selected. Do You Want To Exit?";
 /// The form is filled with a carrier of `hiddenFiles` files, or a main file with none.
 class HiddenFormTest : public DesktopTest {
  protected:
+  void SetUp() override {
+    DesktopTest::SetUp();
+    if (!KeysReachForms()) GTEST_SKIP() << "no keys reach the forms";
+  }
   void Open(const char* button, std::size_t hiddenFiles) {
     WriteFile(carrier = folder / "m.png",
               hiddenFiles == 0 ? main : SampleCarrier(sampleMains[7], hiddenFiles));
