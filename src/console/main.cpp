@@ -1,6 +1,5 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
 #include <cstdio>
 #include <exception>
@@ -18,6 +17,7 @@
 #include "console/ConsoleUi.h"
 #include "console/Terminal.h"
 #include "engine/base/FileError.h"
+#include "engine/base/Numbers.h"
 
 namespace {
 
@@ -47,10 +47,7 @@ int Run(const Arguments& arguments, const Terminal& terminal) {
 }
 
 std::optional<std::uint64_t> WholeNumber(std::string_view text) {
-  std::uint64_t number = 0;
-  const char* const end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, number);
-  return error == std::errc{} && stop == end ? std::optional(number) : std::nullopt;
+  return NumberIn<std::uint64_t>(text);
 }
 
 /// Adds an argument that takes a path and refuses an empty one.
