@@ -125,19 +125,19 @@ class Cipher {
     Require(gcry_cipher_final(handle));
   }
 
-  /// Encrypts all of `bytes` but the last 16, which receive the tag.
-  void Seal(std::span<char> bytes) const {
-    const std::span<char> text = bytes.first(bytes.size() - tagLength);
-    Require(gcry_cipher_encrypt(handle_.get(), text.data(), text.size(), nullptr, 0));
-    Require(gcry_cipher_gettag(handle_.get(), bytes.last(tagLength).data(), tagLength));
+  /// Encrypts `text`; `sealed` has room for its tag too.
+  void Seal(std::span<const char> text, std::span<char> sealed) const {
+    Require(gcry_cipher_encrypt(handle_.get(), sealed.data(), text.size(), text.data(),
+                                text.size()));
+    Require(gcry_cipher_gettag(handle_.get(), sealed.last(tagLength).data(), tagLength));
   }
 
   /// Decrypts what Seal() wrote; false if it is not authentic.
-  bool Open(std::span<char> bytes) const {
-    const std::span<char> text = bytes.first(bytes.size() - tagLength);
-    Require(gcry_cipher_decrypt(handle_.get(), text.data(), text.size(), nullptr, 0));
+  bool Open(std::span<const char> sealed, std::span<char> text) const {
+    Require(gcry_cipher_decrypt(handle_.get(), text.data(), text.size(), sealed.data(),
+                                text.size()));
     const gcry_error_t error =
-        gcry_cipher_checktag(handle_.get(), bytes.last(tagLength).data(), tagLength);
+        gcry_cipher_checktag(handle_.get(), sealed.last(tagLength).data(), tagLength);
     if (gcry_err_code(error) == GPG_ERR_CHECKSUM) return false;
     Require(error);
     return true;
@@ -159,34 +159,111 @@ ChunkNonce NonceOf(std::uint64_t number, bool isLast) {
   return nonce;
 }
 
-class Sealing final : public RangeCipher {
+/// How chunks change.
+enum class Direction { Encrypt, Decrypt };
+
+/// A text as it is, then chunks made of those in another source's bytes.
+class Chunks final : public Source {
  public:
-  explicit Sealing(const Secret& key) : key_(key) {}
-  std::size_t SourceChunk() const override { return plainChunk; }
-  std::size_t TargetChunk() const override { return sealedChunk; }
-  std::size_t Convert(std::uint64_t number, bool isLast, std::span<char> buffer,
-                      std::size_t size) const override {
-    Cipher(key_, NonceOf(number, isLast)).Seal(buffer.first(size + tagLength));
-    return size + tagLength;
+  struct From {
+    std::shared_ptr<const Source> source;
+    std::uint64_t offset = 0;
+    std::uint64_t length = 0;
+  };
+
+  Chunks(Direction direction, From from, const Secret& key, std::string text, std::string name)
+      : direction_(direction),
+        from_(std::move(from)),
+        key_(key),
+        text_(std::move(text)),
+        name_(std::move(name)) {}
+
+  std::uint64_t Length() const override { return text_.size() + LengthOfChunks(); }
+  std::unique_ptr<Reader> NewReader() const override {
+    return std::make_unique<ChunkReader>(*this);
+  }
+  std::uint64_t Cut(std::uint64_t begin, std::uint64_t end) const override {
+    if (end <= text_.size()) return end;
+    const std::uint64_t cut = end - (end - text_.size()) % ToChunk();
+    return cut > begin ? cut : end;
   }
 
  private:
-  const Secret key_;
-};
+  std::size_t FromChunk() const { return Encrypts() ? plainChunk : sealedChunk; }
+  std::size_t ToChunk() const { return Encrypts() ? sealedChunk : plainChunk; }
+  bool Encrypts() const { return direction_ == Direction::Encrypt; }
 
-class Opening final : public RangeCipher {
- public:
-  Opening(const Secret& key, std::string name) : key_(key), name_(std::move(name)) {}
-  std::size_t SourceChunk() const override { return sealedChunk; }
-  std::size_t TargetChunk() const override { return plainChunk; }
-  std::size_t Convert(std::uint64_t number, bool isLast, std::span<char> buffer,
-                      std::size_t size) const override {
-    if (!Cipher(key_, NonceOf(number, isLast)).Open(buffer.first(size))) ThrowDamaged(name_);
-    return size - tagLength;
+  std::uint64_t LengthOfChunks() const {
+    // No bytes are one empty chunk.
+    const std::uint64_t count =
+        std::max<std::uint64_t>(1, (from_.length + FromChunk() - 1) / FromChunk());
+    return Encrypts() ? from_.length + count * tagLength : from_.length - count * tagLength;
   }
 
- private:
+  class ChunkReader final : public Reader {
+   public:
+    explicit ChunkReader(const Chunks& chunks)
+        : chunks_(chunks), from_(chunks.from_.source->NewReader()), read_(chunks.FromChunk()) {
+      if (chunks.Length() == 0) Make(0, {});  // Nobody will read it.
+    }
+
+    void Read(std::uint64_t offset, std::span<char> buffer) override {
+      const std::string& text = chunks_.text_;
+      if (offset < text.size()) {
+        const std::size_t copied = text.copy(buffer.data(), buffer.size(), offset);
+        offset += copied;
+        buffer = buffer.subspan(copied);
+      }
+      for (offset -= text.size(); !buffer.empty();) {
+        const std::uint64_t number = offset / chunks_.ToChunk();
+        const auto within = static_cast<std::size_t>(offset % chunks_.ToChunk());
+        const auto length = static_cast<std::size_t>(std::min<std::uint64_t>(
+            chunks_.ToChunk(), chunks_.LengthOfChunks() - offset + within));
+        const std::size_t size = std::min(buffer.size(), length - within);
+        if (size == length) {
+          Make(number, buffer.first(size));
+        } else {
+          if (made_.empty() || number != number_) {
+            made_.resize(length);
+            Make(number, made_);
+            number_ = number;
+          }
+          std::copy_n(made_.begin() + static_cast<std::ptrdiff_t>(within), size, buffer.begin());
+        }
+        offset += size;
+        buffer = buffer.subspan(size);
+      }
+    }
+
+    void ThrowIfChanged() override { from_->ThrowIfChanged(); }
+
+   private:
+    /// Makes chunk `number`, all of it.
+    void Make(std::uint64_t number, std::span<char> made) {
+      const std::uint64_t offset = number * chunks_.FromChunk();
+      const std::uint64_t left = chunks_.from_.length - offset;
+      const bool isLast = left <= chunks_.FromChunk();
+      const auto bytes = std::span(read_).first(
+          isLast ? static_cast<std::size_t>(left) : chunks_.FromChunk());
+      from_->Read(chunks_.from_.offset + offset, bytes);
+      const Cipher cipher(chunks_.key_, NonceOf(number, isLast));
+      if (chunks_.Encrypts())
+        cipher.Seal(bytes, made);
+      else if (!cipher.Open(bytes, made))
+        ThrowDamaged(chunks_.name_);
+    }
+
+    const Chunks& chunks_;
+    const std::unique_ptr<Reader> from_;
+    std::vector<char> read_;
+    std::vector<char> made_;  ///< Chunk `number_`, of which a part was read; empty for none.
+    std::uint64_t number_ = 0;
+  };
+
+  const Direction direction_;
+  const From from_;
   const Secret key_;
+  const std::string text_;
   const std::string name_;
 };
 
@@ -330,20 +407,23 @@ bool AreEqual(std::string_view one, std::string_view other) {
 
 }  // namespace
 
-NewAgeFile BeginAgeFile(std::string_view passphrase, int workFactor) {
+std::shared_ptr<const Source> EncryptedWithAge(std::shared_ptr<const Source> plain,
+                                               std::string_view passphrase, int workFactor) {
   InitGcrypt();
   const Secret fileKey = Secret::Of(RandomBytes(fileKeyLength));
   const std::string salt = RandomBytes(saltLength);
   const std::string nonce = RandomBytes(nonceLength);
-  std::string wrapped = fileKey.Text() + std::string(tagLength, '\0');
-  Cipher(PassphraseKey(passphrase, salt, workFactor), ChunkNonce{}).Seal(wrapped);
+  std::string wrapped(fileKeyLength + tagLength, '\0');
+  Cipher(PassphraseKey(passphrase, salt, workFactor), ChunkNonce{}).Seal(fileKey.Text(), wrapped);
   std::string text = std::string(versionLine) + '\n' + std::string(stanzaMark) +
                      std::string(passphraseType) + ' ' + ToBase64(salt) + ' ' +
                      std::to_string(workFactor) + '\n' + ToBase64(wrapped) + '\n' +
                      std::string(endMark);
   const Secret mac = Hmac(DerivedKey(fileKey, {}, "header").Text(), {text});
   text += ' ' + ToBase64(mac.Text()) + '\n' + nonce;
-  return {text, std::make_shared<Sealing>(DerivedKey(fileKey, nonce, "payload"))};
+  const std::uint64_t length = plain->Length();
+  return std::make_shared<Chunks>(Direction::Encrypt, Chunks::From{std::move(plain), 0, length},
+                                  DerivedKey(fileKey, nonce, "payload"), text, "");
 }
 
 std::optional<AgeHeader> ReadAgeHeader(std::string_view beginning, std::uint64_t length,
@@ -367,17 +447,21 @@ std::optional<AgeHeader> ReadAgeHeader(std::string_view beginning, std::uint64_t
   ThrowDamaged(std::string(name));
 }
 
-std::shared_ptr<const RangeCipher> UnlockAge(const AgeHeader& header, std::string_view passphrase) {
+std::shared_ptr<const Source> DecryptedWithAge(std::shared_ptr<const Source> source,
+                                               std::uint64_t offset, std::uint64_t length,
+                                               const AgeHeader& header,
+                                               std::string_view passphrase) {
   InitGcrypt();
-  std::string wrapped = header.wrappedKey;
-  if (!Cipher(PassphraseKey(passphrase, header.salt, header.workFactor), ChunkNonce{})
-           .Open(wrapped))
-    return nullptr;
-  const Secret unwrapped = Secret::Of(std::move(wrapped));
-  const Secret fileKey = std::string_view(unwrapped.Text()).substr(0, fileKeyLength);
+  std::string unwrapped(fileKeyLength, '\0');
+  const bool opened = Cipher(PassphraseKey(passphrase, header.salt, header.workFactor), ChunkNonce{})
+                          .Open(header.wrappedKey, unwrapped);
+  const Secret fileKey = Secret::Of(std::move(unwrapped));
+  if (!opened) return nullptr;
   const Secret mac = Hmac(DerivedKey(fileKey, {}, "header").Text(), {header.text});
   if (!AreEqual(mac.Text(), header.mac)) ThrowDamaged(header.name);
-  return std::make_shared<Opening>(DerivedKey(fileKey, header.nonce, "payload"), header.name);
+  return std::make_shared<Chunks>(
+      Direction::Decrypt, Chunks::From{std::move(source), offset, length},
+      DerivedKey(fileKey, header.nonce, "payload"), "", header.name);
 }
 
 }  // namespace slyver

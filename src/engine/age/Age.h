@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "engine/bytes/RangeCipher.h"
+#include "engine/bytes/Source.h"
 
 namespace slyver {
 
@@ -29,15 +29,12 @@ inline constexpr int ageMostWork = 20;
 /// The most bytes of a header that is read.
 inline constexpr std::size_t ageHeaderRoom = 65536;
 
-/// A new age file.
-struct NewAgeFile {
-  std::string beginning;                      ///< The header and the random bytes.
-  std::shared_ptr<const RangeCipher> cipher;  ///< Encrypts the rest.
-};
-
-/// Creates an age file's beginning with a new key under `passphrase`, at the cost of `workFactor`.
-/// Throws Error without enough memory or random numbers.
-NewAgeFile BeginAgeFile(std::string_view passphrase, int workFactor = ageWorkFactor);
+/// Returns the age file of `plain` with a new key under `passphrase`, at the cost of `workFactor`. It
+/// can be cut between chunks; one that two readers make twice must not change in between, or one
+/// nonce would cover two texts. Throws Error without enough memory or random numbers.
+std::shared_ptr<const Source> EncryptedWithAge(std::shared_ptr<const Source> plain,
+                                               std::string_view passphrase,
+                                               int workFactor = ageWorkFactor);
 
 /// The untrusted header of an age file with a passphrase.
 struct AgeHeader {
@@ -57,9 +54,12 @@ struct AgeHeader {
 std::optional<AgeHeader> ReadAgeHeader(std::string_view beginning, std::uint64_t length,
                                        std::string_view name);
 
-/// Returns the cipher that decrypts the chunks after the header; null if the passphrase is wrong.
-/// Costs what the header's work factor says. Throws Error as ReadAgeHeader() and BeginAgeFile() do.
-/// The cipher throws "NAME Is Damaged." for a chunk that is not authentic.
-std::shared_ptr<const RangeCipher> UnlockAge(const AgeHeader& header, std::string_view passphrase);
+/// Returns the plaintext of an age file in `source`, whose chunks are `length` bytes from `offset`
+/// on; null if the passphrase is wrong. Takes as long and as much memory as EncryptedWithAge() does.
+/// Throws "NAME Is Damaged.", as its readers do for a chunk that is not authentic.
+std::shared_ptr<const Source> DecryptedWithAge(std::shared_ptr<const Source> source,
+                                               std::uint64_t offset, std::uint64_t length,
+                                               const AgeHeader& header,
+                                               std::string_view passphrase);
 
 }  // namespace slyver

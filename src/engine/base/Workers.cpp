@@ -1,16 +1,16 @@
 #include "engine/base/Workers.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
+#include <cstdint>
 #include <exception>
+#include <future>
 #include <system_error>
-#include <thread>
 #include <utility>
 #include <vector>
 
 #include "engine/base/FileError.h"
-#include "engine/base/Mutex.h"
 
 namespace slyver {
 
@@ -19,80 +19,31 @@ namespace {
 using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds tickInterval{50};
 
-/// Counts the threads still at work.
-class Running {
- public:
-  void Begin() {
-    const Lock lock(mutex_);
-    ++count_;
-  }
-  void End() {
-    const Lock lock(mutex_);
-    if (--count_ == 0) none_.notify_one();
-  }
-  /// Waits until no thread is left, or until `end`. True if none is left.
-  bool NoneUntil(Clock::time_point end) {
-    const Lock lock(mutex_);
-    while (count_ > 0)
-      if (none_.wait_until(mutex_, end) == std::cv_status::timeout) return count_ == 0;
-    return true;
-  }
-
- private:
-  Mutex mutex_;
-  std::condition_variable_any none_;
-  unsigned count_ GUARDED_BY(mutex_) = 0;
-};
-
-/// Keeps the exception thrown for the lowest number.
-class FirstFailure {
- public:
-  void Note(std::size_t number, std::exception_ptr failure) {
-    const Lock lock(mutex_);
-    if (failure_ && number_ < number) return;
-    number_ = number;
-    failure_ = std::move(failure);
-  }
-  void Rethrow() {
-    const Lock lock(mutex_);
-    if (failure_) std::rethrow_exception(failure_);
-  }
-
- private:
-  Mutex mutex_;
-  std::size_t number_ GUARDED_BY(mutex_) = 0;
-  std::exception_ptr failure_ GUARDED_BY(mutex_);
-};
-
 }  // namespace
 
-void RunOnThreads(unsigned count, const std::function<void(const Tick& between)>& work,
+void RunOnThreads(unsigned count,
+                  const std::function<void(unsigned worker, const Tick& between)>& work,
                   const Tick& tick) {
-  Running running;
-  std::vector<std::jthread> threads;
-  threads.reserve(count);
-  while (threads.size() < count) {
-    running.Begin();
-    try {
-      threads.emplace_back([&] {
-        work([] {});
-        running.End();
-      });
-    } catch (const std::system_error&) {
-      running.End();
-      break;
-    }
+  std::vector<std::future<void>> workers;
+  workers.reserve(count);
+  try {
+    while (workers.size() < count)
+      workers.push_back(std::async(std::launch::async, work,
+                                   static_cast<unsigned>(workers.size()), Tick([] {})));
+  } catch (const std::system_error&) {
+    // The system starts no more.
   }
-  if (!threads.empty()) {
-    while (!running.NoneUntil(Clock::now() + tickInterval)) tick();
-    return;
+  if (workers.empty()) {
+    Clock::time_point next = Clock::now() + tickInterval;
+    work(0, [&] {
+      if (Clock::now() < next) return;
+      tick();
+      next = Clock::now() + tickInterval;
+    });
   }
-  Clock::time_point next = Clock::now() + tickInterval;
-  work([&] {
-    if (Clock::now() < next) return;
-    tick();
-    next = Clock::now() + tickInterval;
-  });
+  for (const std::future<void>& worker : workers)
+    while (worker.wait_for(tickInterval) != std::future_status::ready) tick();
+  for (std::future<void>& worker : workers) worker.get();
 }
 
 void ForEachNumber(std::size_t end, unsigned count,
@@ -101,8 +52,10 @@ void ForEachNumber(std::size_t end, unsigned count,
   if (!goOn()) throw Cancelled{};
   std::atomic<std::size_t> next = 0;
   std::atomic<bool> stop = false;
-  FirstFailure failure;
-  const auto work = [&](const Tick& between) {
+  // Each worker's failure, with its number.
+  std::vector<std::pair<std::size_t, std::exception_ptr>> failures(std::max(count, 1U),
+                                                                   {SIZE_MAX, nullptr});
+  const auto work = [&](unsigned worker, const Tick& between) {
     std::size_t number = 0;
     const auto goOnOrStop = [&] {
       between();
@@ -114,12 +67,15 @@ void ForEachNumber(std::size_t end, unsigned count,
         each(number, goOnOrStop);
       }
     } catch (...) {
-      failure.Note(number, std::current_exception());
+      failures[worker] = {number, std::current_exception()};
       next = end;
     }
   };
   RunOnThreads(count, work, [&] { stop = stop || !goOn(); });
-  failure.Rethrow();
+  const auto first = std::min_element(
+      failures.begin(), failures.end(),
+      [](const auto& one, const auto& other) { return one.first < other.first; });
+  if (first->second) std::rethrow_exception(first->second);
   if (stop) throw Cancelled{};
 }
 

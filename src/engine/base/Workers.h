@@ -8,10 +8,12 @@ namespace slyver {
 /// Called about twenty times a second, on the waiting thread.
 using Tick = std::function<void()>;
 
-/// Runs `work` on up to `count` threads and waits for all of them, calling `tick` meanwhile. If the
-/// system starts no thread, `work` runs on this one. So `work` must call `between` between units of
-/// its work, which then calls `tick`. Neither may throw.
-void RunOnThreads(unsigned count, const std::function<void(const Tick& between)>& work,
+/// Runs `work` on up to `count` threads, each with its number from 0, and waits for all of them,
+/// calling `tick` meanwhile, which must not throw. If the system starts fewer threads, those do all
+/// the work; if none, `work` runs on this one as number 0. So `work` must call `between` between
+/// units of its work, which then calls `tick`. Rethrows an exception of `work` when all have ended.
+void RunOnThreads(unsigned count,
+                  const std::function<void(unsigned worker, const Tick& between)>& work,
                   const Tick& tick);
 
 /// Calls `each` for every number below `end` on up to `count` threads, in ascending order. Calls

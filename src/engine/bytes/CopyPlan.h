@@ -4,41 +4,17 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
-#include <limits>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "engine/bytes/RangeCipher.h"
 #include "engine/bytes/Sha256.h"
+#include "engine/bytes/Source.h"
 #include "engine/disk/Rights.h"
-#include "engine/disk/SourceFile.h"
 #include "engine/disk/TargetFile.h"
 
 namespace slyver {
-
-/// The paths of a plan's sources, and the state that each file must still be in. Paths are packed:
-/// maxCount path objects would take several times the memory.
-class SourceList {
- public:
-  SourceList() = default;
-  /// Lists one file for each state; `textOf` returns its PathText().
-  SourceList(std::vector<FileState> states,
-             const std::function<std::string(std::size_t number)>& textOf);
-
-  /// Adds a source and returns its number, from 0.
-  std::uint32_t Add(const std::filesystem::path& path, const FileState& state);
-
-  std::filesystem::path Path(std::uint32_t number) const;
-  const FileState& State(std::uint32_t number) const { return states_[number]; }
-
- private:
-  std::string paths_;
-  std::vector<std::size_t> ends_;  ///< The end of each path in `paths_`.
-  std::vector<FileState> states_;
-};
 
 /// Consecutive bytes of one source; `offset` and `length` in bytes.
 struct ByteRange {
@@ -57,11 +33,16 @@ struct TargetNames {
 
   /// Returns the path of target `index`, from 0.
   std::filesystem::path Path(std::size_t index) const;
+
+  /// Returns the number, 1 to 99999, of the target `name`, without leading zeros and with the case
+  /// of `after` ignored; 0 if it has another name.
+  int NumberOf(std::string_view name) const;
 };
 
 /// A file next to a set of targets that lists their digests.
 struct DigestList {
-  std::string name;  ///< In the targets' folder; empty if the set can have none.
+  std::string name;     ///< In the targets' folder; empty if the set can have none.
+  bool isThere = false;  ///< The folder has one that belongs to the earlier set.
   /// Returns the line of target `index`, with its end, of the same length for any digest. Null to
   /// write no list.
   std::function<std::string(std::size_t index, const Digest& digest)> line;
@@ -75,16 +56,9 @@ struct CopyPlan {
   TargetNames names;
   Rights rights;
   Existing existing = Existing::Keep;  ///< What to do with existing targets.
-  /// Encrypts or decrypts range `ciphered`; null for none. Excludes digests.
-  std::shared_ptr<const RangeCipher> cipher;
-  std::size_t ciphered = 0;
-
-  /// Returns the number of the file `name` in a set of numbered files, numberOfList for its list,
-  /// or 0. Null if the targets are no set. With Existing::Keep the folder must not contain such
-  /// files; with Existing::Replace they are deleted when the new set is complete.
-  std::function<int(const std::string& name)> numberInSet;
-  static constexpr int numberOfList = std::numeric_limits<int>::max();
-
+  /// The targets are a set: with Existing::Keep the folder must not contain files with such names;
+  /// with Existing::Replace they are deleted when the new set is complete.
+  bool isSet = false;
   DigestList list;
   /// The digests that the first ranges must have.
   std::vector<Digest> expected;
@@ -107,15 +81,9 @@ struct CopyPlan {
   std::size_t FirstRange(std::size_t target) const {
     return target == 0 ? 0 : rangeEnds[target - 1];
   }
-  /// Returns the cipher of a range; null for none.
-  const RangeCipher* CipherOf(std::size_t range) const {
-    return range == ciphered ? cipher.get() : nullptr;
-  }
-  /// Returns the length of a range in its target, in bytes.
-  std::uint64_t LengthThere(std::size_t range) const;
   /// Returns the length of a target in bytes.
   std::uint64_t Length(std::size_t target) const;
-  /// Returns the sum of all lengths in the sources, in bytes.
+  /// Returns the sum of all lengths, in bytes.
   std::uint64_t TotalLength() const;
   /// Returns the most space that the targets can take, in bytes. Holes and cloned blocks take none.
   std::uint64_t SpaceNeeded(const Sharing& sharing) const;
@@ -140,12 +108,8 @@ struct Slice {
   std::uint64_t sourceOffset = 0;
   std::uint64_t targetOffset = 0;
   std::uint64_t length = 0;
-  std::uint64_t targetLength = 0;
   bool beginsRange = false;
-  bool endsRange = false;
-  bool shared = false;                  ///< The file system can clone it.
-  const RangeCipher* cipher = nullptr;  ///< The range's; the slice then consists of whole chunks.
-  std::uint64_t firstChunk = 0;         ///< The number of its first chunk.
+  bool shared = false;  ///< The file system can clone it.
 };
 
 /// Returns a plan's slices in order. For digests they are whole ranges, so that one thread reads

@@ -30,7 +30,7 @@ namespace {
 
 constexpr int maxTicks = 80;
 constexpr std::string_view workName = "tempHHH";
-const std::vector<std::string_view> workFiles = {"#.ini", "2.age"};
+const std::vector<std::string_view> workFiles = {"#.ini"};
 constexpr std::string_view statusSection = "ndenif";
 constexpr std::array<std::string_view, 4> statusKeys = {"DONE", "DONE2", "DONE3", "DONE4"};
 
@@ -270,15 +270,17 @@ void HideJob::RequireFilled(const Directory& directory, std::string_view passwor
     throw FileError(form_.Text1, "The list of the files hidden in it is damaged");
 }
 
-/// Returns the new record; creates the beginning of an encrypted file.
+/// Returns the new record; begins an encrypted file.
 Record HideJob::HiddenRecord() {
   const std::string name = RecordName(form_.Text2, form_.encrypt);
   if (!form_.encrypt) return {name, std::to_string(hidden_.length)};
-  sealed_ = WorkAside(ui_, [this] { return BeginAgeFile(form_.Text3.Text()); });
+  SourceList plain;
+  plain.Add(form_.Text2, hidden_);
+  sealed_ = WorkAside(ui_, [&] {
+    return EncryptedWithAge(FilesInARow(std::move(plain)), form_.Text3.Text());
+  });
   form_.Text3 = form_.Text4 = {};
-  WriteSmallFile(InWork("2.age"), sealed_.beginning, Existing::ReplaceScratch);
-  return {name + std::string(encryptedEnding),
-          std::to_string(sealed_.beginning.size() + sealed_.cipher->TargetLength(hidden_.length))};
+  return {name + std::string(encryptedEnding), std::to_string(sealed_->Length())};
 }
 
 /// Writes the new directory: of a first hide if `old` is null, otherwise of an addition.
@@ -340,18 +342,15 @@ std::optional<fs::path> HideJob::DoAll() {
     const fs::path carrierPath = OutputPath();
     const FileState directoryState = StateOf(directory);
     CopyPlan joined;
-    const auto add = [&](const fs::path& path, const FileState& state, std::uint64_t length) {
-      joined.ranges.push_back({joined.sources.Add(path, state), 0, length});
+    const auto add = [&](std::uint32_t source, std::uint64_t length) {
+      joined.ranges.push_back({source, 0, length});
     };
-    add(form_.Text1, main_, mainBytes_);
-    if (sealed_.cipher) {
-      const FileState beginning = StateOf(InWork("2.age"));
-      add(InWork("2.age"), beginning, beginning.length);
-      joined.cipher = sealed_.cipher;
-      joined.ciphered = joined.ranges.size();
-    }
-    add(form_.Text2, hidden_, hidden_.length);
-    add(directory, directoryState, directoryState.length);
+    add(joined.sources.Add(form_.Text1, main_), mainBytes_);
+    if (sealed_)
+      add(joined.sources.Add(sealed_), sealed_->Length());
+    else
+      add(joined.sources.Add(form_.Text2, hidden_), hidden_.length);
+    add(joined.sources.Add(directory, directoryState), directoryState.length);
     joined.EndTarget();
     joined.names = {carrierPath.parent_path(), PathText(carrierPath.filename()), "", 0};
     joined.rights = Narrowed(main_.rights, hidden_.rights);

@@ -98,7 +98,7 @@ class HideJob {
   FileState hidden_;             ///< The hidden file's.
   std::uint64_t mainBytes_ = 0;  ///< The bytes of the main file to copy.
   std::string password_;         ///< Of the list, 8-bit text.
-  NewAgeFile sealed_;            ///< Encrypts the file, if wanted.
+  std::shared_ptr<const Source> sealed_;  ///< The encrypted file, if wanted.
   int index_ = 0;                ///< The new record's.
   int ticks_ = 0;
   std::optional<ScratchFolder> run_;    ///< Replaces the root of the disk.

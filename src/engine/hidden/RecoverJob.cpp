@@ -176,7 +176,7 @@ Next RecoverJob::Recover(const std::vector<HiddenFile>& files) {
   for (const Contents& each : contents)
     pieces.push_back(Cut(each.file.offset, each.file.length,
                          std::string(pieceTitle) + "-" + std::to_string(pieces.size()), 75,
-                         each.cipher));
+                         each.plain));
   SetProgress(85);
   SetProgress(90);
   for (std::size_t i = 0; i < files.size(); ++i) MoveOut(pieces[i], contents[i].file.name);
@@ -185,7 +185,7 @@ Next RecoverJob::Recover(const std::vector<HiddenFile>& files) {
   work_.reset();
   // No option hides a message without an icon.
   for (const Contents& each : contents)
-    if (each.isAge && !each.cipher)
+    if (each.isAge && !each.plain)
       ui_.Message(each.file.name + " Is Still Encrypted.", Icon::None);
   return Over("File Recovered.", Icon::Information);
 }
@@ -203,32 +203,37 @@ RecoverJob::Contents RecoverJob::ContentsOf(const HiddenFile& file) {
   const std::string name =
       SystemFileName(file.name.substr(0, file.name.size() - encryptedEnding.size()));
   const auto header = ReadAgeHeader(beginning, file.length, name);
-  auto cipher = header ? Unlock(*header) : nullptr;
-  if (!cipher) return {file, true};
-  return {
-      {name, file.offset + header->length, file.length - header->length}, true, std::move(cipher)};
+  auto plain = header ? Decrypt(file, *header) : nullptr;
+  if (!plain) return {file, true};
+  return {{name, file.offset, file.length}, true, std::move(plain)};
 }
 
 /// Throws Error if a passphrase was given and decrypts none of the files.
 void RecoverJob::RequireDecrypted(const std::vector<Contents>& contents) const {
-  const auto isDecrypted = [](const Contents& each) { return each.cipher != nullptr; };
+  const auto isDecrypted = [](const Contents& each) { return each.plain != nullptr; };
   if (form_.passphrase.Text().empty() || std::any_of(contents.begin(), contents.end(), isDecrypted))
     return;
   if (contents.size() > 1)
     throw Error("No File Hidden In " + PathText(form_.Text1.filename()) +
                 " Is Encrypted Under A Passphrase.");
-  const auto& [file, isAge, cipher] = contents.front();
+  const auto& [file, isAge, plain] = contents.front();
   const bool damaged = !isAge && file.name.ends_with(encryptedEnding);
   throw Error(file.name + (damaged ? " Is Damaged." : " Is Not Encrypted Under A Passphrase."));
 }
 
-/// Returns the cipher that decrypts a file; null if no passphrase is given or typed.
-std::shared_ptr<const RangeCipher> RecoverJob::Unlock(const AgeHeader& header) {
+/// Returns the plaintext of a file; null if no passphrase is given or typed.
+std::shared_ptr<const Source> RecoverJob::Decrypt(const HiddenFile& file, const AgeHeader& header) {
+  SourceList carrier;
+  carrier.Add(form_.Text1, carrier_);
+  const auto all = FilesInARow(std::move(carrier));
   const auto open = [&] {
-    return WorkAside(ui_, [&] { return UnlockAge(header, passphrase_.Text()); });
+    return WorkAside(ui_, [&] {
+      return DecryptedWithAge(all, file.offset + header.length, file.length - header.length, header,
+                              passphrase_.Text());
+    });
   };
   if (!passphrase_.Text().empty()) {
-    if (auto cipher = open()) return cipher;
+    if (auto plain = open()) return plain;
     if (!form_.passphrase.Text().empty()) throw Error(wrongPassphrase);
   }
   if (!form_.ask) return nullptr;
@@ -238,9 +243,9 @@ std::shared_ptr<const RangeCipher> RecoverJob::Unlock(const AgeHeader& header) {
   if (!typed) throw Refusal{};
   passphrase_ = Secret::Of(std::move(*typed));
   if (passphrase_.Text().empty()) return nullptr;
-  auto cipher = open();
-  if (!cipher) throw Error(wrongPassphrase);
-  return cipher;
+  auto plain = open();
+  if (!plain) throw Error(wrongPassphrase);
+  return plain;
 }
 
 Next RecoverJob::RecMain() {
@@ -260,7 +265,7 @@ Next RecoverJob::RecMain() {
 /// Cuts bytes of the carrier into the file `name` of the work folder and returns its path. The bar
 /// is at `barValue`.
 fs::path RecoverJob::Cut(std::uint64_t offset, std::uint64_t length, const std::string& name,
-                         double barValue, std::shared_ptr<const RangeCipher> cipher) {
+                         double barValue, std::shared_ptr<const Source> plain) {
   fs::path made;
   if (offset == 0) {
     ChunkOptions options;
@@ -280,7 +285,7 @@ fs::path RecoverJob::Cut(std::uint64_t offset, std::uint64_t length, const std::
     options.TrailerSize = options.SecondPieceSize = length;
     options.state = carrier_;
     options.barValue = barValue;
-    options.cipher = std::move(cipher);
+    options.contents = std::move(plain);
     const SplitResult cut = SplitFile(form_.Text1, offset, options, ui_);
     if (cut.pieces < 1) throw Refusal(unable);
     made = options.title + "." + cut.NumberMask.substr(1) + "1";

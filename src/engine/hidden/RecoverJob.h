@@ -69,11 +69,11 @@ class RecoverJob {
   const std::vector<std::filesystem::path>& Recovered() const { return recovered_; }
 
  private:
-  /// The bytes to write for a hidden file, decrypted by `cipher` unless null.
+  /// What to write for a hidden file: its bytes, or `plain` unless null.
   struct Contents {
     HiddenFile file;
     bool isAge = false;  ///< An encrypted file; always false with RecoverForm::raw.
-    std::shared_ptr<const RangeCipher> cipher = {};
+    std::shared_ptr<const Source> plain = {};
   };
 
   template <typename Procedure>
@@ -84,9 +84,9 @@ class RecoverJob {
   Next Recover(const std::vector<HiddenFile>& files);
   Contents ContentsOf(const HiddenFile& file);
   void RequireDecrypted(const std::vector<Contents>& contents) const;
-  std::shared_ptr<const RangeCipher> Unlock(const AgeHeader& header);
+  std::shared_ptr<const Source> Decrypt(const HiddenFile& file, const AgeHeader& header);
   std::filesystem::path Cut(std::uint64_t offset, std::uint64_t length, const std::string& name,
-                            double barValue, std::shared_ptr<const RangeCipher> cipher = {});
+                            double barValue, std::shared_ptr<const Source> plain = {});
   void MoveOut(const std::filesystem::path& piece, const std::string& name);
   void SetProgress(double value);
   Next Over(std::string_view message, Icon icon);

@@ -1,7 +1,6 @@
 #include "engine/split/PieceName.h"
 
 #include "engine/base/Ascii.h"
-#include "engine/base/Numbers.h"
 
 namespace slyver {
 
@@ -26,12 +25,11 @@ std::optional<std::string> OrigNameOf(std::string_view pieceName) {
 }
 
 int PieceNumberOf(std::string_view fileName, std::string_view origName) {
-  if (!EndsIgnoringCase(fileName, extension)) return 0;
-  std::string_view number = fileName.substr(0, fileName.size() - extension.size());
-  if (!number.starts_with(origName)) return 0;
-  number.remove_prefix(origName.size());
-  if (number.size() < 2 || number.size() > 6 || number[0] != '.' || number[1] == '0') return 0;
-  return static_cast<int>(NumberIn<unsigned>(number.substr(1)).value_or(0));
+  return PieceNames({}, origName).NumberOf(fileName);
+}
+
+TargetNames PieceNames(const std::filesystem::path& folder, std::string_view origName) {
+  return {folder, std::string(origName) + '.', std::string(extension), 1};
 }
 
 }  // namespace slyver

@@ -8,7 +8,7 @@
 #include "engine/base/Numbers.h"
 #include "engine/base/PathText.h"
 #include "engine/bytes/Copy.h"
-#include "engine/bytes/TargetSet.h"
+#include "engine/bytes/Exchange.h"
 #include "engine/disk/Disk.h"
 #include "engine/disk/Files.h"
 #include "engine/disk/NewFolders.h"
@@ -76,24 +76,58 @@ Watch WithoutBytes(const Watch& watch) {
   };
 }
 
-/// Returns the number of a file in the set of the pieces of `name`. The checksum file belongs to
-/// the set unless it is for the whole file.
-int NumberInSet(const std::filesystem::path& folder, const std::string& fileName,
-                const std::string& name) {
-  if (fileName != ChecksumNameOf(name)) return PieceNumberOf(fileName, name);
-  const Checksums checksums = ReadChecksumFile(folder, name);
-  return checksums.kind == Checksums::Kind::Understood ? CopyPlan::numberOfList : 0;
-}
-
 /// True if the folder contains an earlier set. Throws FileError if it cannot be listed.
 bool HoldsPieces(const CopyPlan& plan) {
   bool holds = false;
   const std::error_code error =
       ListFolder(plan.names.folder, [&](const std::string& name, EntryKind kind) {
-        holds = holds || (kind != EntryKind::Folder && plan.numberInSet(name) > 0);
+        holds = holds ||
+                (kind != EntryKind::Folder &&
+                 (plan.names.NumberOf(name) > 0 || (plan.list.isThere && name == plan.list.name)));
       });
   if (error) throw FileError(plan.names.folder, error);
   return holds;
+}
+
+/// Runs a user's split into `count` pieces; false if the user keeps those of an earlier one.
+bool SplitForUser(CopyPlan& plan, const std::string& name, std::uint64_t count,
+                  const SplitOptions& options, Ui& ui) {
+  if (options.checksum) InitGcrypt();
+  plan.names = PieceNames(options.outputFolder, name);
+  plan.rights = plan.sources.State(0).rights;
+  plan.isSet = true;
+  plan.list.name = ChecksumNameOf(name);
+  if (options.checksum)
+    plan.list.line = [&](std::size_t index, const Digest& digest) {
+      return ChecksumLine(PieceNameOf(name, static_cast<int>(index) + 1), digest);
+    };
+  RestoreEarlierSet(plan);
+  // A list of the whole file does not belong to the pieces.
+  plan.list.isThere =
+      ReadChecksumFile(options.outputFolder, name).kind == Checksums::Kind::Understood;
+  if (HoldsPieces(plan)) {
+    if (!AskYesNo(ui,
+                  "Pieces Of An Earlier Split Of " + name + " Are In " +
+                      FolderText(options.outputFolder) + ". Do You Want To Replace Them?",
+                  Stakes::Replaces))
+      return false;
+    plan.existing = Existing::Replace;
+  }
+  Copy(plan, StepsTo(100, count, ui, "pb", options.barValue));
+  return true;
+}
+
+/// Cuts scratch files for a recovery, named name + "." + number with `width` digits.
+void CutForRecovery(CopyPlan& plan, const std::string& name, std::size_t width, std::uint64_t count,
+                    const SplitOptions& options, Ui& ui) {
+  plan.names = {options.outputFolder, name + ".", "", 1, width};
+  // Decrypted files are for this user alone.
+  plan.rights = options.contents ? Rights{0600} : WithoutExecute(plan.sources.State(0).rights);
+  plan.existing = Existing::ReplaceScratch;
+  if (options.contents)
+    plan.ranges = {{plan.sources.Add(options.contents), 0, options.contents->Length()}};
+  const Watch watch = StepsTo(30, count, ui, "PB1", options.barValue);
+  Copy(plan, options.SkipThenTrailer ? WithoutBytes(watch) : watch);
 }
 
 }  // namespace
@@ -102,53 +136,23 @@ SplitResult SplitFile(const std::filesystem::path& source, std::uint64_t pieceSi
                       const SplitOptions& options, Ui& ui) {
   return ShowingErrors(ui, {}, [&]() -> SplitResult {
     const FileState state = options.state ? *options.state : StateOf(source);
-    const std::uint64_t length = state.length;
-    if (length <= pieceSize) {
+    if (state.length <= pieceSize) {
       ui.Message("Chunk Size Bigger Than File Size.", Icon::Information);
       return {0, options.NumberMask};
     }
-    const std::uint64_t count = CountPieces(length, pieceSize);
+    const std::uint64_t count = CountPieces(state.length, pieceSize);
     const std::int16_t pieces = Count16(count, options.SkipThenRange || options.SkipThenTrailer);
     const std::string mask = options.NumberMask + ZeroPerDigit(count);
-    if (options.checksum) InitGcrypt();
+    const std::string name = options.title.empty() ? PathText(source.filename()) : options.title;
     NewFolders created;
     created.Create(options.outputFolder);
-
-    const std::string name = options.title.empty() ? PathText(source.filename()) : options.title;
     CopyPlan plan;
     plan.sources.Add(source, state);
     AddPieces(plan, pieceSize, count, options);
-    plan.names = {options.outputFolder, name + ".", "", 1};
-    if (options.forRecovery) {
-      plan.names.width = mask.size();
-      // Decrypted files are for this user alone.
-      plan.rights = options.cipher ? Rights{0600} : WithoutExecute(state.rights);
-      plan.existing = Existing::ReplaceScratch;
-      plan.cipher = options.cipher;
-      const Watch watch = StepsTo(30, count, ui, "PB1", options.barValue);
-      Copy(plan, options.SkipThenTrailer ? WithoutBytes(watch) : watch);
-      return {pieces, mask};
-    }
-    plan.names.after = ".sly";
-    plan.rights = state.rights;
-    plan.numberInSet = [&](const std::string& fileName) {
-      return NumberInSet(options.outputFolder, fileName, name);
-    };
-    plan.list.name = ChecksumNameOf(name);
-    if (options.checksum)
-      plan.list.line = [&](std::size_t index, const Digest& digest) {
-        return ChecksumLine(PieceNameOf(name, static_cast<int>(index) + 1), digest);
-      };
-    RestoreEarlierSet(plan);
-    if (HoldsPieces(plan)) {
-      if (!AskYesNo(ui,
-                    "Pieces Of An Earlier Split Of " + name + " Are In " +
-                        FolderText(options.outputFolder) + ". Do You Want To Replace Them?",
-                    Stakes::Replaces))
-        return {0, mask, true};
-      plan.existing = Existing::Replace;
-    }
-    Copy(plan, StepsTo(100, count, ui, "pb", options.barValue));
+    if (options.forRecovery)
+      CutForRecovery(plan, name, mask.size(), count, options, ui);
+    else if (!SplitForUser(plan, name, count, options, ui))
+      return {0, mask, true};
     return {pieces, mask};
   });
 }

@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "engine/bytes/RangeCipher.h"
+#include "engine/bytes/Source.h"
 #include "engine/disk/Files.h"
 #include "engine/talk/Ui.h"
 
@@ -28,7 +28,7 @@ struct SplitOptions {
   /// Names pieces name + "." + number, with zeros to the length of NumberMask, and replaces scratch
   /// files without asking. Otherwise pieces are named by PieceNameOf().
   bool forRecovery = false;
-  std::shared_ptr<const RangeCipher> cipher;  ///< Converts the bytes of the only piece, or null.
+  std::shared_ptr<const Source> contents;  ///< Of the only piece, or null for the source's bytes.
 };
 
 struct SplitResult {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <exception>
 #include <optional>
 #include <utility>
 
@@ -15,20 +14,10 @@ namespace slyver {
 template <typename Work>
 auto WorkAside(Ui& ui, const Work& work) -> decltype(work()) {
   std::optional<decltype(work())> result;
-  std::exception_ptr failure;
   bool goOn = true;
   RunOnThreads(
-      1,
-      [&](const Tick&) {
-        try {
-          result = work();
-        } catch (...) {
-          failure = std::current_exception();
-        }
-      },
-      [&] { goOn = ui.GoOn() && goOn; });
+      1, [&](unsigned, const Tick&) { result = work(); }, [&] { goOn = ui.GoOn() && goOn; });
   if (!goOn || !ui.GoOn()) throw Cancelled{};
-  if (failure) std::rethrow_exception(failure);
   return std::move(*result);
 }
 

@@ -14,8 +14,7 @@ namespace {
 std::string Opened(std::string_view file, std::string_view passphrase) try {
   const auto header = ReadAgeHeader(file.substr(0, ageHeaderRoom), file.size(), "N");
   if (!header) return "for keys";
-  const auto cipher = UnlockAge(*header, passphrase);
-  return cipher ? Converted(*cipher, file.substr(header->length)) : "wrong";
+  return Decrypted(file, *header, passphrase).value_or("wrong");
 } catch (const std::exception& error) {
   return error.what();
 }
@@ -67,13 +66,15 @@ TEST(Age, ReadsHeadersToTheLetter) {
 }
 
 TEST(Age, NoChunkCanBeTakenAwayOrMoved) {
-  EXPECT_NE(BeginAgeFile("p", 1).beginning, BeginAgeFile("p", 1).beginning) << "not random";
+  EXPECT_NE(AgeFileOf("x", "p"), AgeFileOf("x", "p")) << "not random";
   const std::string plain = SomeBytes(std::size_t{3} * 65536);
   const std::size_t sealed = 65536 + 16;
-  for (const std::size_t length : {1U, 65535U, 65536U, 65537U, 2 * 65536U, 3 * 65536U}) {
-    const NewAgeFile made = BeginAgeFile("\u00E9 \n", 1);
-    const std::string file = made.beginning + Converted(*made.cipher, plain.substr(0, length));
+  for (const std::size_t length : {0U, 1U, 65535U, 65536U, 65537U, 2 * 65536U, 3 * 65536U}) {
+    const std::string file = AgeFileOf(plain.substr(0, length), "\u00E9 \n");
     EXPECT_TRUE(Opened(file, "\u00E9 \n") == plain.substr(0, length)) << length;
+    std::string changed = file;
+    changed.back() = static_cast<char>(changed.back() ^ 1);
+    EXPECT_EQ(Opened(changed, "\u00E9 \n"), "N Is Damaged.") << length;
     if (length < plain.size() / 3 * 2) continue;
     std::string moved = file;
     std::swap_ranges(moved.end() - sealed, moved.end(), moved.end() - 2 * sealed);
@@ -81,6 +82,19 @@ TEST(Age, NoChunkCanBeTakenAwayOrMoved) {
          {moved, file.substr(0, file.size() - sealed), file + file.substr(file.size() - sealed)})
       EXPECT_EQ(Opened(wrong, "\u00E9 \n"), "N Is Damaged.");
   }
+}
+
+TEST(Age, AnyPartsMakeTheSameBytes) {
+  const std::string plain = SomeBytes(std::size_t{3} * 65536 + 5);
+  const auto sealed = EncryptedWithAge(std::make_shared<TextSource>(plain), "p", 1);
+  const std::string file = TextOf(*sealed);
+  for (const std::size_t step : {999U, 65551U, 65552U, 131072U, 1000000U})
+    EXPECT_TRUE(TextOf(*sealed, step) == file) << step;
+  // Parts that end where it says make no chunk twice.
+  const std::size_t header = file.size() - plain.size() - std::size_t{4} * 16;
+  EXPECT_EQ(sealed->Cut(0, 100), 100U);
+  EXPECT_EQ(sealed->Cut(0, 131072), header + 65552);
+  EXPECT_EQ(sealed->Cut(header + 65552, header + 65552 + 131072), header + 2 * 65552U);
 }
 
 }  // namespace

@@ -96,9 +96,7 @@ class CopyPosix : public TempFolderTest {
     plan.EndTarget();
     plan.names.first = 1;
     plan.existing = existing;
-    plan.numberInSet = [](const std::string& name) {
-      return name == "target1" ? 1 : name == "target2" ? 2 : 0;
-    };
+    plan.isSet = true;
     return plan;
   }
   static unsigned Mode(const fs::path& path) {

@@ -29,7 +29,7 @@ bool StopNow(const CopyProgress& /*progress*/) {
 
 TEST(Workers, TickWhileTheyWork) {
   std::atomic<int> ticks = 0;
-  const auto untilTicked = [&](const Tick& /*between*/) {
+  const auto untilTicked = [&](unsigned /*worker*/, const Tick& /*between*/) {
     for (int i = 0; i < 1000 && ticks < 2; ++i)
       std::this_thread::sleep_for(std::chrono::milliseconds(10));
   };
@@ -63,7 +63,7 @@ class Copied : public TempFolderTest {
     return plan;
   }
 
-  /// A set of `count` targets of 10 bytes of the source each: "s1", "s2" and so on.
+  /// A set of `count` targets of 10 bytes of the source each: "s1.x", "s2.x" and so on.
   CopyPlan SetOf(std::size_t count, Existing existing) const {
     CopyPlan plan;
     plan.sources.Add(source, StateOf(source));
@@ -71,10 +71,8 @@ class Copied : public TempFolderTest {
       plan.ranges.push_back({0, 10 * i, 10});
       plan.EndTarget();
     }
-    plan.names = {folder / "out", "s", "", 1};
-    plan.numberInSet = [](const std::string& name) {
-      return name.size() == 2 && (name[0] == 's' || name[0] == 'S') ? name[1] - '0' : 0;
-    };
+    plan.names = {folder / "out", "s", ".x", 1};
+    plan.isSet = true;
     plan.existing = existing;
     return plan;
   }
@@ -256,21 +254,21 @@ TEST_F(Copied, ASourceThatChangesIsNoticed) {
 }
 
 TEST_F(Copied, TheFirstOfASetComesLast) {
-  fs::create_directories(folder / "out" / "s3");
+  fs::create_directories(folder / "out" / "s3.x");
   CopyPlan plan = SetOf(4, Existing::Keep);
   EXPECT_EQ(ErrorOf([&] { Copy(plan, GoOn); }),
-            (folder / "out" / "s3").string() + ": Is a directory");
-  EXPECT_EQ(Names(folder / "out"), std::set<std::string>{"s3"});
-  plan.numberInSet = nullptr;
+            (folder / "out" / "s3.x").string() + ": Is a directory");
+  EXPECT_EQ(Names(folder / "out"), std::set<std::string>{"s3.x"});
+  plan.isSet = false;
   EXPECT_EQ(ErrorOf([&] { Copy(plan, GoOn); }),
-            (folder / "out" / "s3").string() + ": Is a directory");
-  EXPECT_EQ(Names(folder / "out"), (std::set<std::string>{"s2", "s3"})) << "complete ones stay";
+            (folder / "out" / "s3.x").string() + ": Is a directory");
+  EXPECT_EQ(Names(folder / "out"), (std::set<std::string>{"s2.x", "s3.x"})) << "complete ones stay";
   fs::remove_all(folder / "out");
   fs::create_directories(folder / "out");
   Copy(SetOf(4, Existing::Keep), GoOn);
-  EXPECT_EQ(Names(folder / "out"), (std::set<std::string>{"s1", "s2", "s3", "s4"}));
-  EXPECT_EQ(ReadFile(folder / "out" / "s3"), bytes.substr(20, 10));
-  fs::remove(folder / "out" / "s1");
+  EXPECT_EQ(Names(folder / "out"), (std::set<std::string>{"s1.x", "s2.x", "s3.x", "s4.x"}));
+  EXPECT_EQ(ReadFile(folder / "out" / "s3.x"), bytes.substr(20, 10));
+  fs::remove(folder / "out" / "s1.x");
   EXPECT_TRUE(ErrorOf([&] { Copy(SetOf(1, Existing::Keep), GoOn); }).ends_with(": File exists"));
 }
 
@@ -281,7 +279,6 @@ TEST_F(Copied, ManySmallRangesGoTogether) {
   WriteFile(folder / "big", big);
   WriteFile(folder / "turned", turned);
   CopyPlan plan = SetOf(0, Existing::Keep);
-  plan.numberInSet = [](const std::string&) { return 0; };
   const std::uint32_t first = plan.sources.Add(folder / "big", StateOf(folder / "big"));
   const std::uint32_t other = plan.sources.Add(folder / "turned", StateOf(folder / "turned"));
   // Some follow each other, some do not, some are empty, and some are where the one before them is,
@@ -298,9 +295,9 @@ TEST_F(Copied, ManySmallRangesGoTogether) {
     plan.EndTarget();
   }
   fs::create_directory(out);
-  WriteFile(out / "s150", "another program's");
-  EXPECT_EQ(ErrorOf([&] { Copy(plan, GoOn); }), (out / "s150").string() + ": File exists");
-  EXPECT_FALSE(fs::exists(out / "s1"));
+  WriteFile(out / "s150.x", "another program's");
+  EXPECT_EQ(ErrorOf([&] { Copy(plan, GoOn); }), (out / "s150.x").string() + ": File exists");
+  EXPECT_FALSE(fs::exists(out / "s1.x"));
   fs::remove_all(out);
   fs::create_directory(out);
   EXPECT_THROW(Copy(plan, StopNow), Cancelled);
@@ -313,11 +310,11 @@ TEST_F(Copied, ManySmallRangesGoTogether) {
 
 TEST_F(Copied, ASetReplacesAnotherAsOne) {
   const fs::path out = folder / "out";
-  const std::set<std::string> earlier = {"S5", "s1", "s3", "s9"};
+  const std::set<std::string> earlier = {"s5.X", "s1.x", "s3.x", "s9.x"};
   fs::create_directory(out);
   for (const std::string& name : earlier) WriteFile(out / name, "old");
   const CopyPlan plan = SetOf(4, Existing::Replace);
-  const fs::path staging = TemporaryPath(out / "s1").replace_extension(".set");
+  const fs::path staging = TemporaryPath(out / "s1.x").replace_extension(".set");
   fs::create_directory(staging);
   for (const char* name : {"letter.tmp", ".slyver-letter"}) WriteFile(staging / name, "precious");
   EXPECT_EQ(ErrorOf([&] { Copy(plan, GoOn); }),
@@ -325,18 +322,18 @@ TEST_F(Copied, ASetReplacesAnotherAsOne) {
   EXPECT_EQ(fs::remove_all(staging), 3U) << "what no job made was removed";
   // A name that is taken in the middle of the exchange: everything goes back.
   const auto takesAName = [&](const CopyProgress&) {
-    WriteFile(out / "s4", "came meanwhile");
+    WriteFile(out / "s4.x", "came meanwhile");
     return true;
   };
   EXPECT_NE(ErrorOf([&] { Copy(plan, takesAName); }), "no error");
-  EXPECT_TRUE(fs::remove(out / "s4")) << "what another program made was removed";
+  EXPECT_TRUE(fs::remove(out / "s4.x")) << "what another program made was removed";
   EXPECT_EQ(Names(out), earlier);
   for (const std::string& name : earlier) EXPECT_EQ(ReadFile(out / name), "old");
 
   Copy(plan, GoOn);
-  EXPECT_EQ(Names(out), (std::set<std::string>{"s1", "s2", "s3", "s4"}));
-  EXPECT_EQ(ReadFile(out / "s1"), bytes.substr(0, 10));
-  EXPECT_EQ(ReadFile(out / "s3"), bytes.substr(20, 10));
+  EXPECT_EQ(Names(out), (std::set<std::string>{"s1.x", "s2.x", "s3.x", "s4.x"}));
+  EXPECT_EQ(ReadFile(out / "s1.x"), bytes.substr(0, 10));
+  EXPECT_EQ(ReadFile(out / "s3.x"), bytes.substr(20, 10));
 }
 
 }  // namespace
