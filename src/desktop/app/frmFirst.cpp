@@ -63,17 +63,16 @@ frmFirst::frmFirst(Desktop& desktop)
 }
 
 void frmFirst::Form_Load(const std::string& commandLine) {
-  try {
-    if (!StartOnce()) return;
+  const bool goesOn = ShowingErrors(desktop_.Talk(), false, [&] {
+    if (!StartOnce()) return true;
     (void)StartCpuStats();
-    if (!CheckRAM()) return;
+    if (!CheckRAM()) return true;
     std::string argument = commandLine;
     const std::optional<Job> job = TakeJob(argument);
     OpenCommandLine(PathIn(argument), job);
-  } catch (const std::exception& error) {
-    desktop_.Talk().Message(TextFor(error), Icon::Critical);
-    desktop_.Talk().EndProgram();
-  }
+    return true;
+  });
+  if (!goesOn) desktop_.Talk().EndProgram();
 }
 
 bool frmFirst::StartOnce() {

@@ -127,15 +127,15 @@ class Cipher {
 
   /// Encrypts `text`; `sealed` has room for its tag too.
   void Seal(std::span<const char> text, std::span<char> sealed) const {
-    Require(gcry_cipher_encrypt(handle_.get(), sealed.data(), text.size(), text.data(),
-                                text.size()));
+    Require(
+        gcry_cipher_encrypt(handle_.get(), sealed.data(), text.size(), text.data(), text.size()));
     Require(gcry_cipher_gettag(handle_.get(), sealed.last(tagLength).data(), tagLength));
   }
 
   /// Decrypts what Seal() wrote; false if it is not authentic.
   bool Open(std::span<const char> sealed, std::span<char> text) const {
-    Require(gcry_cipher_decrypt(handle_.get(), text.data(), text.size(), sealed.data(),
-                                text.size()));
+    Require(
+        gcry_cipher_decrypt(handle_.get(), text.data(), text.size(), sealed.data(), text.size()));
     const gcry_error_t error =
         gcry_cipher_checktag(handle_.get(), sealed.last(tagLength).data(), tagLength);
     if (gcry_err_code(error) == GPG_ERR_CHECKSUM) return false;
@@ -217,8 +217,8 @@ class Chunks final : public Source {
       for (offset -= text.size(); !buffer.empty();) {
         const std::uint64_t number = offset / chunks_.ToChunk();
         const auto within = static_cast<std::size_t>(offset % chunks_.ToChunk());
-        const auto length = static_cast<std::size_t>(std::min<std::uint64_t>(
-            chunks_.ToChunk(), chunks_.LengthOfChunks() - offset + within));
+        const auto length = static_cast<std::size_t>(
+            std::min<std::uint64_t>(chunks_.ToChunk(), chunks_.LengthOfChunks() - offset + within));
         const std::size_t size = std::min(buffer.size(), length - within);
         if (size == length) {
           Make(number, buffer.first(size));
@@ -243,8 +243,8 @@ class Chunks final : public Source {
       const std::uint64_t offset = number * chunks_.FromChunk();
       const std::uint64_t left = chunks_.from_.length - offset;
       const bool isLast = left <= chunks_.FromChunk();
-      const auto bytes = std::span(read_).first(
-          isLast ? static_cast<std::size_t>(left) : chunks_.FromChunk());
+      const auto bytes =
+          std::span(read_).first(isLast ? static_cast<std::size_t>(left) : chunks_.FromChunk());
       from_->Read(chunks_.from_.offset + offset, bytes);
       const Cipher cipher(chunks_.key_, NonceOf(number, isLast));
       if (chunks_.Encrypts())
@@ -453,15 +453,16 @@ std::shared_ptr<const Source> DecryptedWithAge(std::shared_ptr<const Source> sou
                                                std::string_view passphrase) {
   InitGcrypt();
   std::string unwrapped(fileKeyLength, '\0');
-  const bool opened = Cipher(PassphraseKey(passphrase, header.salt, header.workFactor), ChunkNonce{})
-                          .Open(header.wrappedKey, unwrapped);
+  const bool opened =
+      Cipher(PassphraseKey(passphrase, header.salt, header.workFactor), ChunkNonce{})
+          .Open(header.wrappedKey, unwrapped);
   const Secret fileKey = Secret::Of(std::move(unwrapped));
   if (!opened) return nullptr;
   const Secret mac = Hmac(DerivedKey(fileKey, {}, "header").Text(), {header.text});
   if (!AreEqual(mac.Text(), header.mac)) ThrowDamaged(header.name);
-  return std::make_shared<Chunks>(
-      Direction::Decrypt, Chunks::From{std::move(source), offset, length},
-      DerivedKey(fileKey, header.nonce, "payload"), "", header.name);
+  return std::make_shared<Chunks>(Direction::Decrypt,
+                                  Chunks::From{std::move(source), offset, length},
+                                  DerivedKey(fileKey, header.nonce, "payload"), "", header.name);
 }
 
 }  // namespace slyver

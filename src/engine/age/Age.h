@@ -29,8 +29,8 @@ inline constexpr int ageMostWork = 20;
 /// The most bytes of a header that is read.
 inline constexpr std::size_t ageHeaderRoom = 65536;
 
-/// Returns the age file of `plain` with a new key under `passphrase`, at the cost of `workFactor`. It
-/// can be cut between chunks; one that two readers make twice must not change in between, or one
+/// Returns the age file of `plain` with a new key under `passphrase`, at the cost of `workFactor`.
+/// It can be cut between chunks; one that two readers make twice must not change in between, or one
 /// nonce would cover two texts. Throws Error without enough memory or random numbers.
 std::shared_ptr<const Source> EncryptedWithAge(std::shared_ptr<const Source> plain,
                                                std::string_view passphrase,
@@ -55,8 +55,8 @@ std::optional<AgeHeader> ReadAgeHeader(std::string_view beginning, std::uint64_t
                                        std::string_view name);
 
 /// Returns the plaintext of an age file in `source`, whose chunks are `length` bytes from `offset`
-/// on; null if the passphrase is wrong. Takes as long and as much memory as EncryptedWithAge() does.
-/// Throws "NAME Is Damaged.", as its readers do for a chunk that is not authentic.
+/// on; null if the passphrase is wrong. Takes as long and as much memory as EncryptedWithAge()
+/// does. Throws "NAME Is Damaged.", as its readers do for a chunk that is not authentic.
 std::shared_ptr<const Source> DecryptedWithAge(std::shared_ptr<const Source> source,
                                                std::uint64_t offset, std::uint64_t length,
                                                const AgeHeader& header,

@@ -28,8 +28,8 @@ void RunOnThreads(unsigned count,
   workers.reserve(count);
   try {
     while (workers.size() < count)
-      workers.push_back(std::async(std::launch::async, work,
-                                   static_cast<unsigned>(workers.size()), Tick([] {})));
+      workers.push_back(
+          std::async(std::launch::async, work, static_cast<unsigned>(workers.size()), Tick([] {})));
   } catch (const std::system_error&) {
     // The system starts no more.
   }
@@ -72,9 +72,9 @@ void ForEachNumber(std::size_t end, unsigned count,
     }
   };
   RunOnThreads(count, work, [&] { stop = stop || !goOn(); });
-  const auto first = std::min_element(
-      failures.begin(), failures.end(),
-      [](const auto& one, const auto& other) { return one.first < other.first; });
+  const auto first =
+      std::min_element(failures.begin(), failures.end(),
+                       [](const auto& one, const auto& other) { return one.first < other.first; });
   if (first->second) std::rethrow_exception(first->second);
   if (stop) throw Cancelled{};
 }

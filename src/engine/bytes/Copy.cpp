@@ -373,8 +373,7 @@ class Copying {
     std::vector<std::size_t> wrong;
     for (std::size_t i = 0; i < plan_.expected.size(); ++i)
       if (digests_[i] != plan_.expected[i]) wrong.push_back(i);
-    if (plan_.expectedOfAll && ofAll_ != *plan_.expectedOfAll)
-      wrong.push_back(plan_.ranges.size());
+    if (plan_.expectedOfAll && ofAll_ != *plan_.expectedOfAll) wrong.push_back(plan_.ranges.size());
     return wrong;
   }
 

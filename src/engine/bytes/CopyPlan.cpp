@@ -65,7 +65,9 @@ std::uint64_t CopyPlan::SpaceToReserve(std::size_t target, const Sharing& sharin
   std::uint64_t length = 0;
   for (std::size_t i = FirstRange(target); i < rangeEnds[target]; ++i) {
     const Part shared = SharedPart(i, target, length, sharing);
-    if (sources.State(ranges[i].source).IsSparse() || (shared.end > shared.begin && !sharing.byServer)) return 0;
+    if (sources.State(ranges[i].source).IsSparse() ||
+        (shared.end > shared.begin && !sharing.byServer))
+      return 0;
     length += ranges[i].length;
   }
   return length;
@@ -107,9 +109,9 @@ std::optional<Slice> SliceCursor::Next(const Sharing& sharing) {
   slice.targetOffset = targetDone_;
   slice.length = std::min(most, range.length - rangeDone_);
   if (slice.length < range.length - rangeDone_)
-    slice.length = plan_.sources.Cut(range.source, slice.sourceOffset,
-                                     slice.sourceOffset + slice.length) -
-                   slice.sourceOffset;
+    slice.length =
+        plan_.sources.Cut(range.source, slice.sourceOffset, slice.sourceOffset + slice.length) -
+        slice.sourceOffset;
   slice.beginsRange = rangeDone_ == 0;
   slice.shared = shared;
   rangeDone_ += slice.length;

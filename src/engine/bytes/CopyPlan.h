@@ -41,7 +41,7 @@ struct TargetNames {
 
 /// A file next to a set of targets that lists their digests.
 struct DigestList {
-  std::string name;     ///< In the targets' folder; empty if the set can have none.
+  std::string name;      ///< In the targets' folder; empty if the set can have none.
   bool isThere = false;  ///< The folder has one that belongs to the earlier set.
   /// Returns the line of target `index`, with its end, of the same length for any digest. Null to
   /// write no list.

@@ -18,9 +18,7 @@ class OpenFile final : public Source {
   }
 
   std::uint64_t Length() const override { return file_.Length(); }
-  std::unique_ptr<Reader> NewReader() const override {
-    return std::make_unique<FileReader>(file_);
-  }
+  std::unique_ptr<Reader> NewReader() const override { return std::make_unique<FileReader>(file_); }
   std::uint64_t NextData(std::uint64_t offset, std::uint64_t end) const override {
     return file_.NextData(offset, end);
   }

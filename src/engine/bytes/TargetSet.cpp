@@ -160,9 +160,9 @@ TargetSet::TargetSet(const CopyPlan& plan, std::shared_ptr<TargetFile> first,
                      const Sharing& sharing)
     : plan_(plan), first_(std::move(first)), sharing_(sharing) {
   if (plan.list.line)
-    list_ = std::make_unique<TargetFile>(
-        plan.names.folder / PathFromText(plan.list.name),
-        plan.list.isThere ? Existing::Replace : Existing::Keep, plan.rights);
+    list_ = std::make_unique<TargetFile>(plan.names.folder / PathFromText(plan.list.name),
+                                         plan.list.isThere ? Existing::Replace : Existing::Keep,
+                                         plan.rights);
 }
 
 std::shared_ptr<TargetFile> TargetSet::Begin(std::size_t index) {

@@ -31,22 +31,14 @@ void WriteSmallFile(const std::filesystem::path& path, std::string_view bytes, E
   file.Commit();
 }
 
-std::filesystem::path FirstFreePath(const std::filesystem::path& folder, const MarkedName& nameOf) {
-  std::filesystem::path path = folder / PathFromText(nameOf(""));
-  for (int n = 1; NameIsTaken(path); ++n) {
-    if (n > maxCount) throw OverflowError();
-    path = folder / PathFromText(nameOf("[" + std::to_string(n) + "] "));
+std::filesystem::path FirstFreePath(const std::filesystem::path& folder, const MarkedName& nameOf,
+                                    const std::function<bool(const std::filesystem::path&)>& take) {
+  for (int n = 0; n <= maxCount; ++n) {
+    std::filesystem::path path =
+        folder / PathFromText(nameOf(n == 0 ? std::string{} : "[" + std::to_string(n) + "] "));
+    if (take(path)) return path;
   }
-  return path;
-}
-
-std::filesystem::path MoveToFirstFreePath(const std::filesystem::path& from,
-                                          const std::filesystem::path& folder,
-                                          const MarkedName& nameOf) {
-  std::filesystem::path path;
-  do path = FirstFreePath(folder, nameOf);
-  while (!MoveToFreeName(from, path, path));  // Another program may create it first.
-  return path;
+  throw OverflowError();
 }
 
 }  // namespace slyver

@@ -28,14 +28,9 @@ void WriteSmallFile(const std::filesystem::path& path, std::string_view bytes,
 /// Returns a name with a mark: "" at first, then "[1] ", "[2] " and so on.
 using MarkedName = std::function<std::string(const std::string& mark)>;
 
-/// Returns the first path in `folder` that does not exist. Throws FileError if one cannot be looked
-/// at, and OverflowError past "[32767] ".
-std::filesystem::path FirstFreePath(const std::filesystem::path& folder, const MarkedName& nameOf);
-
-/// Renames the file `from` to FirstFreePath() in the same file system and returns its new path.
-/// Throws FileError, and OverflowError as FirstFreePath() does.
-std::filesystem::path MoveToFirstFreePath(const std::filesystem::path& from,
-                                          const std::filesystem::path& folder,
-                                          const MarkedName& nameOf);
+/// Returns the first path in `folder` with such a name that `take` accepts. Throws what `take`
+/// does, and OverflowError past "[32767] ".
+std::filesystem::path FirstFreePath(const std::filesystem::path& folder, const MarkedName& nameOf,
+                                    const std::function<bool(const std::filesystem::path&)>& take);
 
 }  // namespace slyver

@@ -129,15 +129,12 @@ HideJob::HideJob(HideForm form, Ui& ui, BigFiles bigFiles)
     : form_(std::move(form)), ui_(ui), bigFiles_(bigFiles) {}
 
 Next HideJob::Check() {
-  try {
+  return ShowingErrors(ui_, Next::Form, [&] {
     Next next = CheckNames();
     if (next == Next::GoOn) next = CheckPasswords();
     if (next == Next::GoOn) next = CheckLengths();
     return next;
-  } catch (const std::exception& error) {
-    ui_.Message(TextFor(error), Icon::Critical);
-    return Next::Form;
-  }
+  });
 }
 
 bool HideJob::CheckFiles() {
@@ -207,36 +204,37 @@ Next HideJob::CheckLengths() {
 }
 
 Next HideJob::PrepareHide() {
-  try {
-    if (form_.encrypt) InitGcrypt();
-    ClearAttributes(form_.Text1);
-    ClearAttributes(form_.Text2);
-    if (FileLength(form_.Text1) == 0)
-      return Over("An Error Has Occured. Please Try Again.", Icon::Critical);
-    run_.emplace(PrivateFolder() / "slyver-run", WorkFiles{workFiles, workName});
-    work_.emplace(run_->Path() / workName, WorkFiles{workFiles});
-    added_ = run_->Path() / "3.ini";
-    if (main_.length <= directoryLength) return StageHideFiles(nullptr);
+  const auto next = ShowingErrors(ui_, {}, [&]() -> std::optional<Next> { return Stage(); });
+  return next ? *next : Unable();
+}
 
-    ChunkOptions options;
-    options.folder = work_->Path();
-    options.SmallTailChunks = main_.length < 2 * directoryLength;
-    options.TrailerSize = directoryLength;
-    options.only = 2;  // The first chunk is read from the main file.
-    options.state = main_;
-    const ChunkResult cut = ChunkToTemp(form_.Text1, main_.length - directoryLength, options, ui_);
-    if (cut.chunks < 1) return Unable();
+/// Creates the work folder and reads the old directory, if any.
+Next HideJob::Stage() {
+  if (form_.encrypt) InitGcrypt();
+  ClearAttributes(form_.Text1);
+  ClearAttributes(form_.Text2);
+  if (FileLength(form_.Text1) == 0)
+    return Over("An Error Has Occured. Please Try Again.", Icon::Critical);
+  run_.emplace(PrivateFolder() / "slyver-run", WorkFiles{workFiles, workName});
+  work_.emplace(run_->Path() / workName, WorkFiles{workFiles});
+  added_ = run_->Path() / "3.ini";
+  if (main_.length <= directoryLength) return StageHideFiles(nullptr);
 
-    oldDirectory_ = work_->Path() / ("1." + cut.NumberMask.substr(1) + "2.ini");
-    const Directory old = Directory::InFile(oldDirectory_);
-    const int records = old.Count(lengthKey);
-    if (records == 0) return StageHideFiles(nullptr);
-    if (IsFull(records)) return Over(FullText(records), Icon::Information);
-    return ChooseAddition(records, old);
-  } catch (const std::exception& error) {
-    ui_.Message(TextFor(error), Icon::Critical);
-    return Unable();
-  }
+  ChunkOptions options;
+  options.folder = work_->Path();
+  options.SmallTailChunks = main_.length < 2 * directoryLength;
+  options.TrailerSize = directoryLength;
+  options.only = 2;  // The first chunk is read from the main file.
+  options.state = main_;
+  const ChunkResult cut = ChunkToTemp(form_.Text1, main_.length - directoryLength, options, ui_);
+  if (cut.chunks < 1) return Unable();
+
+  oldDirectory_ = work_->Path() / ("1." + cut.NumberMask.substr(1) + "2.ini");
+  const Directory old = Directory::InFile(oldDirectory_);
+  const int records = old.Count(lengthKey);
+  if (records == 0) return StageHideFiles(nullptr);
+  if (IsFull(records)) return Over(FullText(records), Icon::Information);
+  return ChooseAddition(records, old);
 }
 
 Next HideJob::ChooseAddition(int records, const Directory& old) {
@@ -276,9 +274,8 @@ Record HideJob::HiddenRecord() {
   if (!form_.encrypt) return {name, std::to_string(hidden_.length)};
   SourceList plain;
   plain.Add(form_.Text2, hidden_);
-  sealed_ = WorkAside(ui_, [&] {
-    return EncryptedWithAge(FilesInARow(std::move(plain)), form_.Text3.Text());
-  });
+  sealed_ = WorkAside(
+      ui_, [&] { return EncryptedWithAge(FilesInARow(std::move(plain)), form_.Text3.Text()); });
   form_.Text3 = form_.Text4 = {};
   return {name + std::string(encryptedEnding), std::to_string(sealed_->Length())};
 }
@@ -369,13 +366,11 @@ std::optional<fs::path> HideJob::DoAll() {
 }
 
 fs::path HideJob::OutputPath() const {
-  const fs::path folder = form_.output.empty() ? form_.Text1.parent_path() : form_.output;
-  for (int n = 0; n <= maxCount; ++n) {
-    const std::string mark = n == 0 ? std::string{} : "[" + std::to_string(n) + "] ";
-    fs::path path = folder / PathFromText(mark + "Hidden File " + NameOf(form_.Text1));
-    if (CanBegin(path)) return path;
-  }
-  throw OverflowError();
+  const auto name = [this](const std::string& mark) {
+    return mark + "Hidden File " + NameOf(form_.Text1);
+  };
+  return FirstFreePath(form_.output.empty() ? form_.Text1.parent_path() : form_.output, name,
+                       CanBegin);
 }
 
 fs::path HideJob::InWork(const char* name) const {

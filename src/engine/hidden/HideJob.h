@@ -79,6 +79,7 @@ class HideJob {
   Next CheckNames();
   Next CheckPasswords();
   Next CheckLengths();
+  Next Stage();
   Next ChooseAddition(int records, const Directory& old);
   void RequireFilled(const Directory& directory, std::string_view password, int records) const;
   Next StageHideFiles(const Directory* old);
@@ -94,12 +95,12 @@ class HideJob {
   HideForm form_;
   Ui& ui_;
   const BigFiles bigFiles_;
-  FileState main_;               ///< The main file's state, which must not change.
-  FileState hidden_;             ///< The hidden file's.
-  std::uint64_t mainBytes_ = 0;  ///< The bytes of the main file to copy.
-  std::string password_;         ///< Of the list, 8-bit text.
+  FileState main_;                        ///< The main file's state, which must not change.
+  FileState hidden_;                      ///< The hidden file's.
+  std::uint64_t mainBytes_ = 0;           ///< The bytes of the main file to copy.
+  std::string password_;                  ///< Of the list, 8-bit text.
   std::shared_ptr<const Source> sealed_;  ///< The encrypted file, if wanted.
-  int index_ = 0;                ///< The new record's.
+  int index_ = 0;                         ///< The new record's.
   int ticks_ = 0;
   std::optional<ScratchFolder> run_;    ///< Replaces the root of the disk.
   std::optional<ScratchFolder> work_;   ///< "tempHHH" in it.

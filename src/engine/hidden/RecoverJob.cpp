@@ -1,7 +1,6 @@
 #include "engine/hidden/RecoverJob.h"
 
 #include <algorithm>
-#include <exception>
 #include <utility>
 
 #include "engine/base/FileError.h"
@@ -9,6 +8,7 @@
 #include "engine/base/PathText.h"
 #include "engine/disk/Disk.h"
 #include "engine/disk/Files.h"
+#include "engine/disk/TargetFile.h"
 #include "engine/hidden/Password.h"
 #include "engine/split/SplitM.h"
 #include "engine/talk/WorkAside.h"
@@ -68,14 +68,14 @@ template <typename Work>
 auto LookInto(const fs::path& carrier, Ui& ui, const Work& work)
     -> std::optional<decltype(work(std::uint64_t{}))> {
   try {
-    if (carrier.empty()) throw noCarrier;
-    return work(FileLength(carrier));
+    return ShowingErrors(ui, {}, [&]() -> std::optional<decltype(work(std::uint64_t{}))> {
+      if (carrier.empty()) throw noCarrier;
+      return work(FileLength(carrier));
+    });
   } catch (const Refusal& refusal) {
     if (!refusal.text.empty()) ui.Message(refusal.text, refusal.icon);
-  } catch (const std::exception& error) {
-    ui.Message(TextFor(error), Icon::Critical);
+    return std::nullopt;
   }
-  return std::nullopt;
 }
 
 Directory DirectoryOf(const fs::path& carrier, std::uint64_t length) {
@@ -92,14 +92,12 @@ RecoverJob::RecoverJob(RecoverForm form, Ui& ui, BigFiles bigFiles)
 template <typename Procedure>
 Next RecoverJob::Guarded(const Procedure& procedure) {
   try {
-    return procedure();
+    const auto next = ShowingErrors(ui_, {}, [&]() -> std::optional<Next> { return procedure(); });
+    return next ? *next : Over(unable.text, unable.icon);
   } catch (const Refusal& refusal) {
     if (refusal.next == Next::Over) return Over(refusal.text, refusal.icon);
     if (!refusal.text.empty()) ui_.Message(refusal.text, refusal.icon);
     return refusal.next;
-  } catch (const std::exception& error) {
-    ui_.Message(TextFor(error), Icon::Critical);
-    return Over(unable.text, unable.icon);
   }
 }
 
@@ -185,8 +183,7 @@ Next RecoverJob::Recover(const std::vector<HiddenFile>& files) {
   work_.reset();
   // No option hides a message without an icon.
   for (const Contents& each : contents)
-    if (each.isAge && !each.plain)
-      ui_.Message(each.file.name + " Is Still Encrypted.", Icon::None);
+    if (each.isAge && !each.plain) ui_.Message(each.file.name + " Is Still Encrypted.", Icon::None);
   return Over("File Recovered.", Icon::Information);
 }
 
@@ -300,8 +297,9 @@ void RecoverJob::SetProgress(double value) {
 }
 
 void RecoverJob::MoveOut(const fs::path& piece, const std::string& name) {
-  recovered_.push_back(MoveToFirstFreePath(
-      piece, folder_, [&](const std::string& mark) { return "Original " + mark + name; }));
+  recovered_.push_back(FirstFreePath(
+      folder_, [&](const std::string& mark) { return "Original " + mark + name; },
+      [&](const fs::path& path) { return MoveToFreeName(piece, path, path); }));
   ui_.TellPlace(recovered_.back());
 }
 
