@@ -75,8 +75,10 @@ def _losses(setting, job, home, outcome, effect, struck, then):
         return jobs.losses(job, home, outcome, _of_others(job, home), ways=kept) + [
             "an earlier file is gone"] * (bool(gone) and not whole)
     place = pathlib.PurePath(path).relative_to(home)
-    # What was not to be removed stays, and so do the folders it lies in.
-    spared = {str(place), *map(str, place.parents)} if call in REMOVALS else ()
+    # What was not to be removed stays, and so do the folders it lies in and their locks, by which
+    # the next job knows them.
+    locks = [folder / "slyver.lock" for folder in place.parents]
+    spared = {*map(str, (place, *place.parents, *locks))} if call in REMOVALS else ()
     # So does a work folder that could not be looked into; the next job removes it.
     work = [folder for folder in (place, *place.parents)
             if folder.name in ("temprrr", "TempRRR", "slyver-run") or folder.suffix == ".set"]

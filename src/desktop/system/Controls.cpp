@@ -8,12 +8,11 @@
 #include "engine/base/FileError.h"
 #include "engine/disk/Disk.h"
 #include "engine/hidden/Carrier.h"
+#include "engine/hidden/Password.h"
 
 namespace slyver {
 
 namespace {
-
-constexpr const char* tooLong = "A Password Has At Most 24 Characters.";
 
 /// GTK silently cuts the text of a box at 65534 bytes.
 constexpr std::size_t mostBytes = 65000;
@@ -38,7 +37,8 @@ wxTextCtrl* NewMaskedBox(wxWindow* parent, const wxString& name, const wxString&
 }
 
 PasswordNote::PasswordNote(wxTextCtrl& line) {
-  const int width = line.GetSizeFromTextSize(line.GetTextExtent(tooLong)).x + line.GetCharWidth();
+  const int width =
+      line.GetSizeFromTextSize(line.GetTextExtent(passwordTooLong)).x + line.GetCharWidth();
   line.SetMinSize({std::max(width, line.GetMinWidth()), line.GetMinHeight()});
 }
 
@@ -49,7 +49,7 @@ wxString PasswordNote::For(SecretKind kind, std::initializer_list<const wxTextCt
                      });
   if (shown && !shown_) wxBell();
   shown_ = shown;
-  return shown ? tooLong : "";
+  return shown ? passwordTooLong : "";
 }
 
 Secret SecretIn(const wxTextCtrl& box) {

@@ -31,17 +31,17 @@ struct FileState {
 /// A regular file, open for reading at any offset, from any thread.
 class SourceFile {
  public:
-  /// Opens `itsPath`. Throws FileError, also if it is not a regular file: a pipe or a device has no
+  /// Opens `path`. Throws FileError, also if it is not a regular file: a pipe or a device has no
   /// length and may block.
-  explicit SourceFile(std::filesystem::path itsPath);
+  explicit SourceFile(std::filesystem::path path);
   ~SourceFile();
   SourceFile(const SourceFile&) = delete;
   SourceFile& operator=(const SourceFile&) = delete;
 
-  const std::filesystem::path& Path() const;
+  const std::filesystem::path& Path() const { return path_; }
 
   /// Returns the state of the file when it was opened.
-  const FileState& Opened() const;
+  const FileState& Opened() const { return opened_; }
 
   /// Returns rights for people who may read the file, its access list included.
   Rights RightsOfReaders() const;
@@ -68,8 +68,11 @@ class SourceFile {
   void ThrowIfChanged() const;
 
  private:
-  struct State;
-  std::unique_ptr<State> state_;
+  struct Handle;  ///< The system's.
+
+  std::filesystem::path path_;
+  FileState opened_;
+  std::unique_ptr<Handle> handle_;
 };
 
 }  // namespace slyver

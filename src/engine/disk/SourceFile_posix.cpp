@@ -48,70 +48,59 @@ Descriptor Open(const std::filesystem::path& path) {
 
 }  // namespace
 
-struct SourceFile::State {
-  std::filesystem::path path;
+struct SourceFile::Handle {
   slyver::Descriptor descriptor;
-  FileState opened;
 };
 
-SourceFile::SourceFile(std::filesystem::path itsPath) : state_(std::make_unique<State>()) {
-  state_->path = std::move(itsPath);
-  const std::filesystem::path& path = state_->path;
-  state_->descriptor = Open(path);
+SourceFile::SourceFile(std::filesystem::path path)
+    : path_(std::move(path)), handle_(std::make_unique<Handle>()) {
+  handle_->descriptor = Open(path_);
   struct stat found = {};
-  if (!state_->descriptor || fstat(state_->descriptor.Get(), &found) != 0) FailWithLastError(path);
+  if (!handle_->descriptor || fstat(Descriptor(), &found) != 0) FailWithLastError(path_);
   if (S_ISDIR(found.st_mode))
-    throw FileError(path, std::make_error_code(std::errc::is_a_directory));
-  if (!S_ISREG(found.st_mode)) throw FileError(path, "Not a regular file");
-  state_->opened = StateIn(found);
+    throw FileError(path_, std::make_error_code(std::errc::is_a_directory));
+  if (!S_ISREG(found.st_mode)) throw FileError(path_, "Not a regular file");
+  opened_ = StateIn(found);
 }
 
 SourceFile::~SourceFile() = default;
 
-const std::filesystem::path& SourceFile::Path() const {
-  return state_->path;
-}
-
-const FileState& SourceFile::Opened() const {
-  return state_->opened;
-}
-
 Rights SourceFile::RightsOfReaders() const {
-  Rights rights = state_->opened.rights;
+  Rights rights = opened_.rights;
   if ((rights.bits & 077U) == 0) return rights;
-  const AccessList list = AccessList::Of(state_->descriptor);
+  const AccessList list = AccessList::Of(handle_->descriptor);
   if (!list.IsEmpty()) rights.bits = static_cast<std::uint16_t>(list.CommonBits());
   return rights;
 }
 
 int SourceFile::Descriptor() const {
-  return state_->descriptor.Get();
+  return handle_->descriptor.Get();
 }
 
 void SourceFile::Read(std::uint64_t offset, std::span<char> buffer) const {
   while (!buffer.empty()) {
     const ssize_t count =
-        pread(state_->descriptor.Get(), buffer.data(), buffer.size(), static_cast<off_t>(offset));
+        pread(Descriptor(), buffer.data(), buffer.size(), static_cast<off_t>(offset));
     if (count < 0 && errno == EINTR) continue;
-    if (count < 0) FailWithLastError(state_->path);
-    if (count == 0) throw FileError(state_->path, "The file ends too early");
+    if (count < 0) FailWithLastError(path_);
+    if (count == 0) throw FileError(path_, "The file ends too early");
     offset += static_cast<std::uint64_t>(count);
     buffer = buffer.subspan(static_cast<std::size_t>(count));
   }
 }
 
 std::uint64_t SourceFile::NextData(std::uint64_t offset, std::uint64_t end) const {
-  if (!state_->opened.IsSparse()) return offset;
+  if (!opened_.IsSparse()) return offset;
   // This moves the descriptor's position, which pread() ignores.
-  const off_t data = lseek(state_->descriptor.Get(), static_cast<off_t>(offset), SEEK_DATA);
+  const off_t data = lseek(Descriptor(), static_cast<off_t>(offset), SEEK_DATA);
   if (data < 0) return errno == ENXIO ? end : offset;
   return std::min(static_cast<std::uint64_t>(data), end);
 }
 
 void SourceFile::ThrowIfChanged() const {
   struct stat now = {};
-  if (fstat(state_->descriptor.Get(), &now) != 0) FailWithLastError(state_->path);
-  if (StateIn(now) != state_->opened) throw FileError(state_->path, fileWasChanged);
+  if (fstat(Descriptor(), &now) != 0) FailWithLastError(path_);
+  if (StateIn(now) != opened_) throw FileError(path_, fileWasChanged);
 }
 
 }  // namespace slyver

@@ -43,41 +43,30 @@ FileState StateIn(const Handle& file, const BY_HANDLE_FILE_INFORMATION& found) {
 
 }  // namespace
 
-struct SourceFile::State {
-  std::filesystem::path path;
-  Handle handle;
-  FileState opened;
+struct SourceFile::Handle {
+  slyver::Handle handle;
 };
 
-SourceFile::SourceFile(std::filesystem::path itsPath) : state_(std::make_unique<State>()) {
-  state_->path = std::move(itsPath);
-  const std::filesystem::path& path = state_->path;
+SourceFile::SourceFile(std::filesystem::path path)
+    : path_(std::move(path)), handle_(std::make_unique<Handle>()) {
   // Open folders too, to report that the path is one.
-  state_->handle = Handle(CreateFileW(
-      LongPath(path).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+  handle_->handle = slyver::Handle(CreateFileW(
+      LongPath(path_).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
       nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
-  if (!state_->handle) FailWithLastError(path);
-  if (GetFileType(state_->handle.Get()) != FILE_TYPE_DISK)
-    throw FileError(path, "Not a regular file");
+  if (!handle_->handle) FailWithLastError(path_);
+  if (GetFileType(handle_->handle.Get()) != FILE_TYPE_DISK)
+    throw FileError(path_, "Not a regular file");
   BY_HANDLE_FILE_INFORMATION found = {};
-  if (GetFileInformationByHandle(state_->handle.Get(), &found) == 0) FailWithLastError(path);
+  if (GetFileInformationByHandle(handle_->handle.Get(), &found) == 0) FailWithLastError(path_);
   if ((found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
-    throw FileError(path, std::make_error_code(std::errc::is_a_directory));
-  state_->opened = StateIn(state_->handle, found);
+    throw FileError(path_, std::make_error_code(std::errc::is_a_directory));
+  opened_ = StateIn(handle_->handle, found);
 }
 
 SourceFile::~SourceFile() = default;
 
-const std::filesystem::path& SourceFile::Path() const {
-  return state_->path;
-}
-
-const FileState& SourceFile::Opened() const {
-  return state_->opened;
-}
-
 Rights SourceFile::RightsOfReaders() const {
-  return state_->opened.rights;
+  return opened_.rights;
 }
 
 int SourceFile::Descriptor() const {
@@ -91,25 +80,25 @@ void SourceFile::Read(std::uint64_t offset, std::span<char> buffer) const {
     place.Offset = static_cast<DWORD>(offset);
     place.OffsetHigh = static_cast<DWORD>(offset >> 32U);
     DWORD count = 0;
-    if (ReadFile(state_->handle.Get(), buffer.data(),
+    if (ReadFile(handle_->handle.Get(), buffer.data(),
                  static_cast<DWORD>(std::min(buffer.size(), most)), &count, &place) == 0 &&
         GetLastError() != ERROR_HANDLE_EOF)
-      FailWithLastError(state_->path);
-    if (count == 0) throw FileError(state_->path, "The file ends too early");
+      FailWithLastError(path_);
+    if (count == 0) throw FileError(path_, "The file ends too early");
     offset += count;
     buffer = buffer.subspan(count);
   }
 }
 
 std::uint64_t SourceFile::NextData(std::uint64_t offset, std::uint64_t end) const {
-  if (!state_->opened.IsSparse() || offset >= end) return offset;
+  if (!opened_.IsSparse() || offset >= end) return offset;
   FILE_ALLOCATED_RANGE_BUFFER asked = {};
   asked.FileOffset.QuadPart = static_cast<LONGLONG>(offset);
   asked.Length.QuadPart = static_cast<LONGLONG>(end - offset);
   FILE_ALLOCATED_RANGE_BUFFER first = {};
   DWORD size = 0;
   // Only the first range is needed, so ERROR_MORE_DATA is fine.
-  if (DeviceIoControl(state_->handle.Get(), FSCTL_QUERY_ALLOCATED_RANGES, &asked, sizeof asked,
+  if (DeviceIoControl(handle_->handle.Get(), FSCTL_QUERY_ALLOCATED_RANGES, &asked, sizeof asked,
                       &first, sizeof first, &size, nullptr) == 0 &&
       GetLastError() != ERROR_MORE_DATA)
     return offset;
@@ -119,8 +108,8 @@ std::uint64_t SourceFile::NextData(std::uint64_t offset, std::uint64_t end) cons
 
 void SourceFile::ThrowIfChanged() const {
   BY_HANDLE_FILE_INFORMATION now = {};
-  if (GetFileInformationByHandle(state_->handle.Get(), &now) == 0) FailWithLastError(state_->path);
-  if (StateIn(state_->handle, now) != state_->opened) throw FileError(state_->path, fileWasChanged);
+  if (GetFileInformationByHandle(handle_->handle.Get(), &now) == 0) FailWithLastError(path_);
+  if (StateIn(handle_->handle, now) != opened_) throw FileError(path_, fileWasChanged);
 }
 
 }  // namespace slyver
