@@ -253,6 +253,28 @@ TEST_F(Copied, ASourceThatChangesIsNoticed) {
   EXPECT_FALSE(fs::exists(target));
 }
 
+TEST_F(Copied, FilesInARowAreEachCheckedOnEnteringAndLeaving) {
+  const auto read = [this](std::size_t step, const std::function<void()>& meanwhile) {
+    SourceList files;
+    for (const auto& [name, text] : {std::pair{"1", "abc"}, {"2", ""}, {"3", "defgh"}}) {
+      WriteFile(folder / name, text);
+      fs::last_write_time(folder / name, fs::file_time_type{});
+      files.Add(folder / name, StateOf(folder / name));
+    }
+    const auto row = FilesInARow(std::move(files));
+    const auto reader = row->NewReader();
+    std::string all(static_cast<std::size_t>(row->Length()), 'x');
+    for (std::size_t at = 0; at < all.size(); at += step, meanwhile())
+      reader->Read(at, std::span(all).subspan(at, std::min(step, all.size() - at)));
+    reader->ThrowIfChanged();
+    return all;
+  };
+  for (const std::size_t step : {1, 3, 4, 100}) EXPECT_EQ(read(step, [] {}), "abcdefgh") << step;
+  for (const char* const name : {"1", "3"})
+    EXPECT_EQ(ErrorOf([&] { (void)read(2, [&] { WriteFile(folder / name, "other"); }); }),
+              (folder / name).string() + ": The file was changed while it was being read");
+}
+
 TEST_F(Copied, TheFirstOfASetComesLast) {
   fs::create_directories(folder / "out" / "s3.x");
   CopyPlan plan = SetOf(4, Existing::Keep);
