@@ -8,6 +8,7 @@
 #include <array>
 #include <csignal>
 #include <cstdlib>
+#include <stdexcept>
 
 #include "support/SampleCarrier.h"
 
@@ -96,7 +97,9 @@ class OnTerminal {
  public:
   OnTerminal(const std::filesystem::path& folder, const std::string& script) {
     child_ = forkpty(&terminal_, nullptr, nullptr, nullptr);
-    if (child_ != 0) return;
+    // Killing child -1 would kill all processes of this user.
+    if (child_ < 0) throw std::runtime_error("no terminal can be made");
+    if (child_ > 0) return;
     if (chdir(folder.c_str()) == 0) execl("/bin/sh", "sh", "-c", script.c_str(), nullptr);
     _exit(127);
   }
