@@ -296,7 +296,7 @@ class Copying {
     });
     Report();
     const bool cancelled = !failure_ && shared_.stop;
-    const std::vector<std::size_t> wrong =
+    std::vector<std::size_t> wrong =
         failure_ || cancelled ? std::vector<std::size_t>{} : WrongRanges();
     const bool copied = !failure_ && !cancelled && wrong.empty();
     // Renaming and deleting may take long too, so keep the window responsive.
