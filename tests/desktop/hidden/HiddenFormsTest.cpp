@@ -23,7 +23,7 @@ class HiddenFormTest : public DesktopTest {
   }
   void Open(const char* button, std::size_t hiddenFiles) {
     WriteFile(carrier = folder / "m.png",
-              hiddenFiles == 0 ? main : SampleCarrier(sampleMains[7], hiddenFiles));
+              hiddenFiles == 0 ? main : SampleCarrier(5000, hiddenFiles));
     WriteFile(toHide = folder / "R&D.dat", "hidden bytes");
     Start();
     Click("frmSplitJoin", button);

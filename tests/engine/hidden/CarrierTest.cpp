@@ -29,9 +29,9 @@ TEST(Carrier, StoresNamesThatComeBack) {
 }
 
 TEST(Carrier, LaysFilesOutOneBehindTheOther) {
-  const std::string big = Enciphered("5000000000");
-  const Directory directory(SampleDirectory(
-      big, "[0dfg%]\r\n&hed#=DF\r\n?Kj*^=01\r\n[1dfg%]\r\n&hed#=57\r\n?Kj*^=" + big + "\r\n"));
+  const std::string big = "5000000000";
+  const Directory directory(
+      SampleDirectory(5000000000, SampleRecord(0, "\xE9", "7") + SampleRecord(1, "a", big)));
   const auto files = directory.Files(samplePassword, 10000002507);
   ASSERT_TRUE(files && files->size() == 2);
   EXPECT_EQ((*files)[0].name, "\u00E9");
@@ -39,10 +39,19 @@ TEST(Carrier, LaysFilesOutOneBehindTheOther) {
   EXPECT_EQ((*files)[1].length, 5000000000U);
   EXPECT_FALSE(directory.Files(samplePassword, 10000002506)) << "one byte short";
   EXPECT_FALSE(directory.MainLength(samplePassword, 2499));
-  for (const std::string bad : {"", "0", "-1", "+7", " 7", "7x", "18446744073709551623"}) {
-    const std::string record = "[0dfg%]\r\n&hed#=DF\r\n?Kj*^=" + Enciphered(bad) + "\r\n";
-    EXPECT_FALSE(Directory(SampleDirectory(big, record)).Files(samplePassword, 10000002507)) << bad;
+  for (const char* bad : {"", "0", "-1", "+7", " 7", "7x", "18446744073709551623"}) {
+    const Directory wrong(SampleDirectory(5000000000, SampleRecord(0, "a", bad)));
+    EXPECT_FALSE(wrong.Files(samplePassword, 10000002507)) << bad;
   }
+}
+
+TEST(Carrier, ReadsTheHalfCharacterOfANameThatAnOlderProgramCutAt24) {
+  // The half is the digit 5: 5 xor "6".
+  const std::string name = "575458595754585957545859575458595754585957545859";
+  const Directory directory("[s@4)]\r\n?Kj*^=07\r\n[0dfg%]\r\n&hed#=" + name + "5\r\n?Kj*^=07\r\n");
+  const auto files = directory.Files(samplePassword, 3000);
+  ASSERT_TRUE(files && files->size() == 1);
+  EXPECT_EQ(files->front().name, std::string(24, 'a') + "3");
 }
 
 TEST(Carrier, PadsTo2500Bytes) {
@@ -56,7 +65,7 @@ TEST_F(TempFolderTest, ADirectoryThatCannotBeReadIsNotAnEmptyOne) {
   const auto path = folder / "m.png";
   EXPECT_EQ(ErrorOf([&] { (void)Directory::InFile(path); }),
             path.string() + ": No such file or directory");
-  WriteFile(path, SampleDirectory("07", sampleFiles[0].record));
+  WriteFile(path, SampleDirectory(1, SampleRecord(0, "a.bin", "7")));
   EXPECT_EQ(ErrorOf([&] { (void)Directory::OfCarrier(path); }),
             path.string() + ": The file is too short");
 }

@@ -11,10 +11,6 @@
 
 namespace slyver {
 
-inline void Expect(ScriptedUi& ui, const Script& script) {
-  ui.Expect(script);
-}
-
 /// All that lies in a folder: the files with their bytes, and "/" for the folders.
 using Files = std::map<std::string, std::string>;
 

@@ -24,8 +24,7 @@ class SlyItJob : public TempFolderTest {
 
   /// Presses "Sly It"; "filepath" is deleted where the program ends or `deletes` says so.
   int Press(const Script& script, bool deletes = false, AfterFailure after = AfterFailure::Ask) {
-    ScriptedUi ui;
-    Expect(ui, script);
+    ScriptedUi ui(script);
     SaveRegString(RegRoot::LocalMachine, companyKey, "filepath", "left");
     const int pieces = SlyIt(form, ui, after);
     deletes = deletes || script.back() == "end";
