@@ -69,25 +69,18 @@ TEST_F(StartTest, CommandLineDecidesWhatComesFirst) {
 }
 
 TEST_F(StartTest, OptionsNameTheJob) {
-  struct Case {
-    std::string commandLine;
-    const char* form;
-    const char* field;  ///< Where the file comes to stand, if one is given.
-  };
   const std::string file = PathText(folder / "x.1.sly");
-  const std::vector<Case> cases = {{"--split " + file, "frmSplitter", "Text1"},
-                                   {"--hide " + file, "frmHideFile", "Text2"},
-                                   {"--hide", "frmHideFile", nullptr},
-                                   {"--recover", "frmHideRec", nullptr}};
-  for (const Case& given : cases) {
-    SCOPED_TRACE(given.commandLine);
+  const auto comes = [&](const std::string& commandLine, const char* form) {
     MakeDesktop();
-    desktop->Start(given.commandLine);
-    ASSERT_TRUE(RunEventsUntil([&] { return IsShown(given.form); }));
-    if (given.field != nullptr) {
-      EXPECT_EQ(TextOf(given.form, given.field), file);
-    }
-  }
+    desktop->Start(commandLine);
+    EXPECT_TRUE(RunEventsUntil([&] { return IsShown(form); })) << commandLine;
+  };
+  comes("--split " + file, "frmSplitter");
+  EXPECT_EQ(TextOf("frmSplitter", "Text1"), file);
+  comes("--hide " + file, "frmHideFile");
+  EXPECT_EQ(TextOf("frmHideFile", "Text2"), file);
+  comes("--hide", "frmHideFile");
+  comes("--recover", "frmHideRec");
 }
 
 TEST_F(StartTest, SecondInstanceIsAskedFor) {
