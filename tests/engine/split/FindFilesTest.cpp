@@ -2,7 +2,8 @@
 
 #include <thread>
 
-#include "engine/split/Scene.h"
+#include "support/ScriptedUi.h"
+#include "support/TempFolder.h"
 
 namespace slyver {
 namespace {

@@ -2,15 +2,14 @@
 
 #include "engine/disk/Files.h"
 #include "engine/disk/WorkFolders.h"
-#include "engine/settings/Registry.h"
-#include "engine/split/Scene.h"
+#include "support/ScriptedUi.h"
+#include "support/TempFolder.h"
 
 namespace slyver {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* companyKey = R"(Software\Orm Valis\FC)";
 const std::string sizes =
     " Does Not Have The Size Of The Other Pieces. Do You Want To Join Them Anyway?";
 
@@ -41,10 +40,10 @@ class Join : public TempFolderTest {
     }
     ui.Expect(script);
     ui.Expect({"end"});
-    SaveRegString(RegRoot::LocalMachine, companyKey, "filepath", "left");
+    LeaveFilePathValue();
     result = JoinPieces(folder / chosen, ui);
     EXPECT_EQ(PathOf(result), joined.empty() ? fs::path() : folder / "f");
-    EXPECT_EQ(GetRegString(RegRoot::LocalMachine, companyKey, "filepath"), "");
+    EXPECT_FALSE(FilePathValueIsLeft());
     EXPECT_EQ(FilesIn(folder), files) << chosen;
     values = ui.Values();
     last = ui.LastProgress();
@@ -146,21 +145,17 @@ TEST_F(Join, HoldsNothingWhileItAsksAndJoinsNoMixture) {
 
 TEST_F(Join, JoinFolderRefusesAnExistingTargetAndTooManyRanges) {
   MakeFiles(folder, "piece=bytes");
-  const fs::path target = folder / "f";
   CopyPlan joined;
   joined.names = {folder, "f", "", 0};
-  joined.ranges.assign(
-      32768, ByteRange{joined.sources.Add(folder / "piece", StateOf(folder / "piece")), 0, 0});
-  joined.rangeEnds = {32768};
-  const Watch watch = [](const CopyProgress&) { return true; };
-  ScriptedUi ui;
-  ui.Expect({"x Overflow"});
-  EXPECT_EQ(JoinFolder(joined, false, ui, watch).ranges, 0);
-  joined.ranges.pop_back();
-  joined.rangeEnds = {32767};
-  EXPECT_EQ(JoinFolder(joined, false, ui, watch).ranges, 32767);
-  ui.Expect({"x '" + target.string() + "' already exists, action canceled"});
-  EXPECT_EQ(JoinFolder(joined, false, ui, watch).ranges, 0);
+  const std::uint32_t piece = joined.sources.Add(folder / "piece", StateOf(folder / "piece"));
+  const std::string exists = "'" + (folder / "f").string() + "' already exists, action canceled";
+  ScriptedUi ui({"x Overflow", "x " + exists});
+  for (const auto& [ranges, joins] : {std::pair{32768U, 0}, {32767U, 32767}, {32767U, 0}}) {
+    joined.ranges.assign(ranges, ByteRange{piece, 0, 0});
+    joined.rangeEnds = {ranges};
+    EXPECT_EQ(JoinFolder(joined, false, ui, [](const CopyProgress&) { return true; }).ranges,
+              joins);
+  }
 }
 
 TEST_F(Join, TheDialogueAsksForAPiece) {

@@ -4,7 +4,8 @@
 #include "engine/disk/Files.h"
 #include "engine/split/ChecksumFile.h"
 #include "engine/split/PieceName.h"
-#include "engine/split/Scene.h"
+#include "support/ScriptedUi.h"
+#include "support/TempFolder.h"
 
 namespace slyver {
 namespace {
