@@ -27,17 +27,12 @@ def example(command, folder, env):
     shown, answered = b"", 0
     while True:
         try:
-            more = os.read(terminal, 65536)
+            shown += os.read(terminal, 65536)
         except OSError:  # The terminal's other end is closed.
             break
-        if not more:
-            break
-        shown += more
-        for pattern, answer in ANSWERS:
-            if re.search(pattern, shown[answered:]):
-                os.write(terminal, answer)
-                answered = len(shown)
-                break
+        if fits := [answer for prompt, answer in ANSWERS if re.search(prompt, shown[answered:])]:
+            os.write(terminal, fits[0])
+            answered = len(shown)
     status = os.waitstatus_to_exitcode(os.waitpid(pid, 0)[1])
     os.close(terminal)
     text = shown.decode().replace("\r\n", "\n")
@@ -72,8 +67,8 @@ def play(name, text, prepare, sly, exact):
 
 
 def readme_files(folder, _):
-    with open(folder / "holiday.iso", "wb") as file:
-        file.truncate(4_500_000_000)  # A hole takes no room.
+    (folder / "holiday.iso").touch()
+    os.truncate(folder / "holiday.iso", 4_500_000_000)  # A hole takes no room.
 
 
 def manual_files(folder, env):

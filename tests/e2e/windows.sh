@@ -89,12 +89,6 @@ slyver=$first
 key Escape
 await_end
 
-# A job named by an option is in front of the selection form.
-start --recover
-await form Recover
-key Escape
-await_end
-
 # Without a runtime folder there is nothing to say at the end.
 if [ -z "${SLYVER_E2E_WINE:-}" ]; then
   XDG_RUNTIME_DIR=/proc/none/x start

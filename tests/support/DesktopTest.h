@@ -25,7 +25,6 @@
 #include "desktop/app/Desktop.h"
 #include "desktop/app/WxUi.h"
 #include "desktop/system/WxText.h"
-#include "engine/settings/Registry.h"
 #include "support/ScriptedUi.h"
 #include "support/TempFolder.h"
 

@@ -18,19 +18,25 @@ namespace slyver {
 
 /// What is said and asked, a line each: "i", "x" or "m" and a message (information, critical, no
 /// icon), "y" or "n" and a question with that answer, "o" or "c" and one with OK and Cancel, "p"
-/// and a progress form's caption, "end".
+/// and a progress form's caption, "end", the line of a dialog that is cancelled.
 using Script = std::vector<std::string>;
 
 /// A user who expects an exact sequence of messages, questions and dialogs, each with its texts,
 /// buttons and icon, answers as told, and fails the test on anything else or anything missing.
 class ScriptedUi : public Ui {
  public:
+  ScriptedUi() = default;
+  explicit ScriptedUi(const Script& script) { Expect(script); }
   ~ScriptedUi() override {
     for (const Step& step : script_) ADD_FAILURE() << "did not come: " << step.line;
   }
 
   void Expect(const Script& script) {
     for (const std::string& line : script) script_.push_back({line});
+  }
+  static std::string OpenFileLine(const std::string& title, const std::string& filter,
+                                  const std::filesystem::path& folder) {
+    return "open " + title + " filter " + filter + " in " + PathText(folder);
   }
   void ExpectOpenFile(const std::string& title, const std::string& filter,
                       const std::filesystem::path& initialFolder,
@@ -49,7 +55,8 @@ class ScriptedUi : public Ui {
   const Progress& LastProgress() const { return last_; }
 
   void Message(std::string_view text, Icon icon) override {
-    (void)Take({std::string(1, "mix"[static_cast<int>(icon)]) + " " + std::string(text)});
+    const std::string mark = icon == Icon::None ? "m " : icon == Icon::Information ? "i " : "x ";
+    (void)Take({mark + std::string(text)});
   }
   Answer Question(std::string_view text, Buttons buttons, Stakes /*stakes*/) override {
     const std::string rest = " " + std::string(text);
@@ -86,10 +93,6 @@ class ScriptedUi : public Ui {
     std::optional<std::string> text = std::nullopt;
   };
 
-  static std::string OpenFileLine(const std::string& title, const std::string& filter,
-                                  const std::filesystem::path& folder) {
-    return "open " + title + " filter " + filter + " in " + PathText(folder);
-  }
   /// The next step, which is to be one of these lines; when it is not, one with the last of them.
   Step Take(const Script& lines) {
     Step step = script_.empty() ? Step{"nothing more"} : script_.front();

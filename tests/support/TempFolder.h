@@ -6,16 +6,20 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <memory>
 #include <random>
 #include <set>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "engine/base/FileError.h"
 #include "engine/base/PathText.h"
+#include "engine/settings/Registry.h"
 #include "support/Platform.h"
 
 namespace slyver {
@@ -62,6 +66,43 @@ inline std::string ReadFile(const std::filesystem::path& path) {
   std::ifstream file(path, std::ios::binary);
   EXPECT_TRUE(file.is_open()) << path;
   return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// All that lies in a folder: the files with their bytes, and "/" for the folders.
+using Files = std::map<std::string, std::string>;
+
+inline Files FilesIn(const std::filesystem::path& folder) {
+  Files files;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(folder))
+    files[PathText(entry.path().lexically_relative(folder))] =
+        entry.is_regular_file() ? ReadFile(entry.path()) : "/";
+  return files;
+}
+
+/// The pairs of a text such as "a=1 b=2 c=".
+inline std::vector<std::pair<std::string, std::string>> PairsIn(const std::string& text) {
+  std::vector<std::pair<std::string, std::string>> pairs;
+  std::istringstream words(text);
+  for (std::string word; words >> word;)
+    pairs.emplace_back(word.substr(0, word.find('=')), word.substr(word.find('=') + 1));
+  return pairs;
+}
+
+/// Makes files, each given as its name and its bytes, and their folders.
+inline void MakeFiles(const std::filesystem::path& folder, const std::string& text) {
+  for (const auto& [name, bytes] : PairsIn(text)) {
+    std::filesystem::create_directories((folder / PathFromText(name)).parent_path());
+    WriteFile(folder / PathFromText(name), bytes);
+  }
+}
+
+/// Makes or looks for the value "filepath", which outside components leave and most exits delete.
+inline constexpr const char* filePathKey = R"(Software\Orm Valis\FC)";
+inline void LeaveFilePathValue() {
+  SaveRegString(RegRoot::LocalMachine, filePathKey, "filepath", "left");
+}
+inline bool FilePathValueIsLeft() {
+  return GetRegString(RegRoot::LocalMachine, filePathKey, "filepath") == "left";
 }
 
 /// What the error says that `work` throws.

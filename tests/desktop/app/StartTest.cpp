@@ -14,19 +14,13 @@ const std::string together =
     " Please Make Sure All The Sly Files Are In The Same Folder. Are They In The Same Folder?";
 const std::string noFile = " No File Selected. Do You Want To Exit?";
 const Script joined = {"p Joining Files", "i File Joined.", "end"};
-constexpr const char* fcKey = "Software\\Orm Valis\\FC";
-
-/// The value that outside components leave and that goes at most exits.
-bool FilePathValueIsThere() {
-  return !GetRegString(RegRoot::LocalMachine, fcKey, "filepath").empty();
-}
 
 /// The start-up form, and the selection form with its menus.
 class StartTest : public DesktopTest {
  protected:
   void SetUp() override {
     DesktopTest::SetUp();
-    SaveRegString(RegRoot::LocalMachine, fcKey, "filepath", "x");
+    LeaveFilePathValue();
     WriteFile(folder / "x.1.sly", "one");
     WriteFile(folder / "x.2.sly", "two");
   }
@@ -61,7 +55,7 @@ TEST_F(StartTest, CommandLineDecidesWhatComesFirst) {
     ui.Expect({"n" + together, "end"});
     comes(piece, "");
   }
-  EXPECT_FALSE(FilePathValueIsThere());
+  EXPECT_FALSE(FilePathValueIsLeft());
   SaveRegString(RegRoot::ClassesRoot, "StrTempSly", "filepath", "x");
   ui.Expect({"i Unable To Sly Folder.", "end"});
   comes(PathText(folder), "");
@@ -69,25 +63,18 @@ TEST_F(StartTest, CommandLineDecidesWhatComesFirst) {
 }
 
 TEST_F(StartTest, OptionsNameTheJob) {
-  struct Case {
-    std::string commandLine;
-    const char* form;
-    const char* field;  ///< Where the file comes to stand, if one is given.
-  };
   const std::string file = PathText(folder / "x.1.sly");
-  const std::vector<Case> cases = {{"--split " + file, "frmSplitter", "Text1"},
-                                   {"--hide " + file, "frmHideFile", "Text2"},
-                                   {"--hide", "frmHideFile", nullptr},
-                                   {"--recover", "frmHideRec", nullptr}};
-  for (const Case& given : cases) {
-    SCOPED_TRACE(given.commandLine);
+  const auto comes = [&](const std::string& commandLine, const char* form) {
     MakeDesktop();
-    desktop->Start(given.commandLine);
-    ASSERT_TRUE(RunEventsUntil([&] { return IsShown(given.form); }));
-    if (given.field != nullptr) {
-      EXPECT_EQ(TextOf(given.form, given.field), file);
-    }
-  }
+    desktop->Start(commandLine);
+    EXPECT_TRUE(RunEventsUntil([&] { return IsShown(form); })) << commandLine;
+  };
+  comes("--split " + file, "frmSplitter");
+  EXPECT_EQ(TextOf("frmSplitter", "Text1"), file);
+  comes("--hide " + file, "frmHideFile");
+  EXPECT_EQ(TextOf("frmHideFile", "Text2"), file);
+  comes("--hide", "frmHideFile");
+  comes("--recover", "frmHideRec");
 }
 
 TEST_F(StartTest, SecondInstanceIsAskedFor) {
@@ -96,11 +83,11 @@ TEST_F(StartTest, SecondInstanceIsAskedFor) {
   anotherRuns = true;
   ui.Expect({"o" + question});
   Start();
-  EXPECT_TRUE(IsShown("frmSplitJoin") && FilePathValueIsThere());
+  EXPECT_TRUE(IsShown("frmSplitJoin") && FilePathValueIsLeft());
   MakeDesktop();
   ui.Expect({"c" + question, "end"});
   Start();
-  EXPECT_FALSE(IsLoaded("frmSplitJoin") || FilePathValueIsThere());
+  EXPECT_FALSE(IsLoaded("frmSplitJoin") || FilePathValueIsLeft());
 
   auto first = std::make_unique<Instance>();
   EXPECT_FALSE(first->AnotherRuns());
@@ -154,7 +141,7 @@ TEST_F(StartTest, PieceOnTheCommandLineIsJoinedFromTheDialog) {
   Start(folder / "x.7.sly");
   EXPECT_EQ(shown.lineBeneath, PathText(folder / "x"));
   EXPECT_EQ(ReadFile(folder / "x"), "onetwo");
-  EXPECT_FALSE(IsShown("frmSplitJoin") || FilePathValueIsThere());
+  EXPECT_FALSE(IsShown("frmSplitJoin") || FilePathValueIsLeft());
 }
 
 TEST_F(StartTest, SelectionHandsFilesOn) {
@@ -198,10 +185,10 @@ TEST_F(StartTest, CancelEndsAtOnceAndClosingCleansUp) {
   Start();
   ui.Expect({"end"});
   Click("frmSplitJoin", "Command3");
-  EXPECT_TRUE(FilePathValueIsThere());
+  EXPECT_TRUE(FilePathValueIsLeft());
   ui.Expect({"end"});
   FindForm("frmSplitJoin")->Close();
-  EXPECT_FALSE(FilePathValueIsThere());
+  EXPECT_FALSE(FilePathValueIsLeft());
 }
 
 TEST_F(StartTest, MenusStoreAndTell) {

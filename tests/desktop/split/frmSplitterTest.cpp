@@ -32,25 +32,19 @@ class frmSplitterTest : public DesktopTest {
 
 // However the user changes a field, the other one follows it.
 TEST_F(frmSplitterTest, SizeAndNumberFollowEachOther) {
-  struct Change {
-    const char *field, *text, *size, *count;
-  };
-  const std::vector<Change> changes = {
-      {"Nofile", "3", "334", "3"},      {"Nofile", "4", "250", "4"},
-      {"Text3", "600", "600", "2"},     {"Nofile", "1", marker, "1"},
-      {"Nofile", "0", "", "0"},         {"Nofile", "1000", marker, "1000"},
-      {"Text3", "250", "250", "4"},     {"Text3", "1000", "1000", marker},
-      {"Text3", "333.4", "333.4", "4"},  // 333 bytes are cut, four times.
-      {"Text3", "333.6", "333.6", "3"},  // 334 bytes.
-      {"Text3", "0", "", ""},           {"Nofile", "x", marker, "x"}};
   for (const char* const field : {"Text3", "Nofile"})
     EXPECT_FALSE(ControlOf(form, field).IsEnabled());
   ChooseOption("Option2");
-  for (const Change& change : changes) {
-    SCOPED_TRACE(std::string(change.field) + " " + change.text);
-    Paste(form, change.field, change.text);
-    EXPECT_EQ(TextOf(form, "Text3"), change.size);
-    EXPECT_EQ(TextOf(form, "Nofile"), change.count);
+  for (const auto& [field, text, size, count] :
+       {std::tuple{"Nofile", "4", "250", "4"},
+        {"Text3", "600", "600", "2"},
+        {"Nofile", "1000", marker, "1000"},  // A piece of one byte is none.
+        {"Text3", "333.6", "333.6", "3"},    // 334 bytes.
+        {"Text3", "0", "", ""},
+        {"Nofile", "x", marker, "x"}}) {
+    Paste(form, field, text);
+    EXPECT_EQ(TextOf(form, "Text3"), size) << text;
+    EXPECT_EQ(TextOf(form, "Nofile"), count) << text;
     if (TextOf(form, "Text3") == marker) Paste(form, "Text3", "");
   }
   ui.Expect({"i Please Enter Whole Numbers."});

@@ -92,20 +92,16 @@ TEST_F(WindowsTest, NoDialogBelongsToAFormThatGoes) {
 }
 
 TEST_F(WindowsTest, ProgressIsThatOfTheBytes) {
-  struct Step {
-    Progress progress;
-    double position;
-  };
-  const std::vector<Step> steps = {{{"PB1", 40}, 40},
-                                   {{"PB1", 30}, 40},
-                                   {{"PB1", 75, 0, 1'000'000}, 0},
-                                   {{"PB1", 80, 250'000, 1'000'000}, 25},
-                                   {{"PB1", 80, 1'000'000, 1'000'000}, 100},
-                                   {{"PB1", 85}, 100},
-                                   {{"PB1", 0}, 0}};
   double position = 0;
-  for (const Step& step : steps)
-    EXPECT_EQ(position = BarPosition(step.progress, position), step.position);
+  for (const auto& [progress, expected] :
+       std::vector<std::pair<Progress, double>>{{{"PB1", 40}, 40},
+                                                {{"PB1", 30}, 40},
+                                                {{"PB1", 75, 0, 1'000'000}, 0},
+                                                {{"PB1", 80, 250'000, 1'000'000}, 25},
+                                                {{"PB1", 80, 1'000'000, 1'000'000}, 100},
+                                                {{"PB1", 85}, 100},
+                                                {{"PB1", 0}, 0}})
+    EXPECT_EQ(position = BarPosition(progress, position), expected);
 
   Start();
   desktop->ShowSplitter();

@@ -10,19 +10,15 @@ namespace {
 constexpr RegRoot machine = RegRoot::LocalMachine;
 
 TEST_F(TempFolderTest, RegistryKeepsTextsByRootKeyAndName) {
-  struct Value {
-    RegRoot root;
-    std::string_view key, name;
-    std::string text;
-  };
+  using Value = std::tuple<RegRoot, std::string_view, std::string_view, std::string>;
   const std::vector<Value> values = {{machine, slyverKey, "RAM", "0"},
                                      {RegRoot::ClassesRoot, slyverKey, "RAM", " blanks "},
                                      {RegRoot::DynData, slyverKey, "RAM", "\"quoted\""},
                                      {machine, R"(Software\Orm Valis\FC)", "RAM", "a=b;[c]"},
                                      {machine, slyverKey, "Other", std::string(200, 'x')}};
   EXPECT_EQ(GetRegString(machine, slyverKey, "RAM"), "");
-  for (const Value& v : values) SaveRegString(v.root, v.key, v.name, v.text);
-  for (const Value& v : values) EXPECT_EQ(GetRegString(v.root, v.key, v.name), v.text);
+  for (const auto& [root, key, name, text] : values) SaveRegString(root, key, name, text);
+  for (const auto& [root, key, name, text] : values) EXPECT_EQ(GetRegString(root, key, name), text);
   for (const std::string_view text : {std::string_view("before\0behind", 13), std::string_view()}) {
     SaveRegString(machine, slyverKey, "RAM", text);
     EXPECT_EQ(GetRegString(machine, slyverKey, "RAM"), text.substr(0, 6));

@@ -2,19 +2,14 @@
 
 #include "engine/disk/Files.h"
 #include "engine/disk/WorkFolders.h"
-#include "engine/settings/Registry.h"
-#include "engine/split/Scene.h"
+#include "support/ScriptedUi.h"
+#include "support/TempFolder.h"
 
 namespace slyver {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* companyKey = R"(Software\Orm Valis\FC)";
-constexpr const char* twelve =
-    "f.1.sly=a f.2.sly=b f.3.sly=c f.4.sly=d f.5.sly=e f.6.sly=f f.7.sly=g f.8.sly=h f.9.sly=i "
-    "f.10.sly=j f.11.sly=k f.12.sly=l ";
-const std::string replace = " f Already Exists. Do You Want To Replace It?";
 const std::string sizes =
     " Does Not Have The Size Of The Other Pieces. Do You Want To Join Them Anyway?";
 
@@ -34,20 +29,21 @@ class Join : public TempFolderTest {
   /// while a question is open.
   void Run(const std::string& chosen, Script script, const std::string& joined = "") {
     Files files = FilesIn(folder);
-    const bool shows = !script.empty() && script.front()[0] == 'p';
-    if (!joined.empty() && !shows) script.emplace_back("p Joining Files");
-    if (!joined.empty()) script.emplace_back("i File Joined.");
-    if (joined.empty() && !script.empty() && script.back()[0] == 'x')
-      script.emplace_back("x Unable To Join File.");
-    script.emplace_back("end");
     BusyUser ui;
     ui.meanwhile = [this, before = files] { EXPECT_EQ(FilesIn(folder), before); };
-    if (!joined.empty()) files["f"] = joined;
-    Expect(ui, script);
-    SaveRegString(RegRoot::LocalMachine, companyKey, "filepath", "left");
+    if (!joined.empty()) {
+      files["f"] = joined;
+      if (script.empty() || script.front()[0] != 'p') script.emplace_back("p Joining Files");
+      script.emplace_back("i File Joined.");
+    } else if (script.back()[0] == 'x') {
+      script.emplace_back("x Unable To Join File.");
+    }
+    ui.Expect(script);
+    ui.Expect({"end"});
+    LeaveFilePathValue();
     result = JoinPieces(folder / chosen, ui);
     EXPECT_EQ(PathOf(result), joined.empty() ? fs::path() : folder / "f");
-    EXPECT_EQ(GetRegString(RegRoot::LocalMachine, companyKey, "filepath"), "");
+    EXPECT_FALSE(FilePathValueIsLeft());
     EXPECT_EQ(FilesIn(folder), files) << chosen;
     values = ui.Values();
     last = ui.LastProgress();
@@ -64,16 +60,19 @@ class Join : public TempFolderTest {
 
 TEST_F(Join, JoinsThePiecesOfOneSplitOrSaysWhyNot) {
   struct Case {
-    std::string files;
-    std::string chosen;
+    std::string files, chosen;
     Script script;
-    std::string joined = {};
+    std::string joined = {}, list = {};
   };
   const std::string two = "f.1.sly=ab f.2.sly=cd ";
   const std::string in = " Is In " + PathText(folder / "");
-  const std::string tooIt = ". Do You Want To Join It Too?";
+  const std::string anyway = " Do You Want To Join Them Anyway?";
+  const std::string list =
+      "fb8e20fc2e4c3f248c60c39bd652f3c1347298bb977b8b4d5903b85055620603  f.1.sly\n"
+      "21e721c35a5823fdb452fa2f9f0a612c74fb952e06927489c6b27a43b817bed4 *f.2.sly\r\n"
+      "3F79BB7B435B05321651DAEFD374CDC681DC06FAA65E374E38337B88CA046DEA  f.3.sly\n";
+  const std::string abcde = "36bbe50ed96841d10443bcb670d6554f0a34b761be67ec9c4a8ad2c0c44ca42c  f\n";
   const std::vector<Case> cases = {
-      {"f.1.sly=ab sub/f.2.sly=cd", "f.1.sly", {"y f.2.sly" + in + "sub" + tooIt}, "abcd"},
       {two + "a/b/f.3.sly=ef a/b/f.4.sly=g",
        "f.1.sly",
        {"n f.3.sly" + in + PathText(fs::path("a") / "b") +
@@ -83,61 +82,41 @@ TEST_F(Join, JoinsThePiecesOfOneSplitOrSaysWhyNot) {
        {"x f.2.sly" + in + "a And In " + PathText(folder / "b") + "."}},
       {two + "f.4.sly=x", "f.4.sly", {"x f.3.sly Is Missing."}},
       {two + "f.03.sly=e", "f.03.sly", {"x f.03.sly Is Not A Piece Of A Split File."}},
-      {two, "notes.sly", {"x notes.sly Is Not A Piece Of A Split File."}},
       {two + "f.3.sly=efg", "f.1.sly", {"y f.3.sly" + sizes}, "abcdefg"},
-      {two + "f=old", "f.1.sly", {"y" + replace}, "abcd"}};
-  for (const Case& c : cases) {
-    fs::remove_all(folder);
-    fs::create_directory(folder);
-    MakeFiles(folder, c.files);
-    Run(c.chosen, c.script, c.joined);
-  }
-}
-
-TEST_F(Join, ChecksWhatAChecksumFileTellsOf) {
-  struct Case {
-    std::string files;
-    std::string list;
-    Script script;
-    std::string joined = {};
-  };
-  const std::string anyway = " Do You Want To Join Them Anyway?";
-  const std::string three = "f.1.sly=ab f.2.sly=cd f.3.sly=e ";
-  const std::string list =
-      "fb8e20fc2e4c3f248c60c39bd652f3c1347298bb977b8b4d5903b85055620603  f.1.sly\n"
-      "21e721c35a5823fdb452fa2f9f0a612c74fb952e06927489c6b27a43b817bed4 *f.2.sly\r\n"
-      "3F79BB7B435B05321651DAEFD374CDC681DC06FAA65E374E38337B88CA046DEA  f.3.sly\n";
-  const std::string abcde = "36bbe50ed96841d10443bcb670d6554f0a34b761be67ec9c4a8ad2c0c44ca42c  f\n";
-  const std::vector<Case> cases = {
-      {three, list, {}, "abcde"},
-      {"f.1.sly=ab f.2.sly=c f.3.sly=e",
-       list,
-       {"p Joining Files", "n f.2.sly Is Damaged." + anyway}},
+      // With a checksum file.
+      {two + "f.3.sly=e", "f.1.sly", {}, "abcde", list},
       {"f.1.sly=cd f.2.sly=ab f.3.sly=e",
-       list,
+       "f.1.sly",
        {"p Joining Files", "y f.1.sly And 1 More Are Damaged." + anyway,
         "x f Was Joined With 2 Damaged Pieces."},
-       "cdabe"},
-      {three + "f.4.sly=f", list, {"n f.4.sly Is Not In f.sha256." + anyway}},
-      {three + "f=old", "?", {"y" + replace, "y f.sha256 Cannot Be Understood." + anyway}, "abcde"},
-      {"f.1.sly=ab f.2.sly=cd",
-       abcde,
+       "cdabe",
+       list},
+      {two + "f.3.sly=e f.4.sly=f",
+       "f.1.sly",
+       {"n f.4.sly Is Not In f.sha256." + anyway},
+       "",
+       list},
+      {two,
+       "f.1.sly",
        {"p Joining Files", "y f Is Damaged." + anyway, "x f Was Joined, But Is Damaged."},
-       "abcd"}};
+       "abcd",
+       abcde}};
   for (const Case& c : cases) {
     fs::remove_all(folder);
     fs::create_directory(folder);
     MakeFiles(folder, c.files);
-    WriteFile(folder / "f.sha256", c.list);
-    Run("f.1.sly", c.script, c.joined);
+    if (!c.list.empty()) WriteFile(folder / "f.sha256", c.list);
+    Run(c.chosen, c.script, c.joined);
     EXPECT_TRUE(!result || result->checked == c.script.empty());
     EXPECT_TRUE(!result || result->damaged == (!c.script.empty() && c.script.back()[0] == 'x'));
   }
 }
 
 TEST_F(Join, SetsTheBarInGrowingStepsAndTellsWhatItHasMade) {
-  MakeFiles(folder, twelve);
-  Run("f.1.sly", {}, "abcdefghijkl");
+  const std::string bytes = "abcdefghijkl";
+  for (std::size_t i = 0; i < bytes.size(); ++i)
+    WriteFile(folder / ("f." + std::to_string(i + 1) + ".sly"), bytes.substr(i, 1));
+  Run("f.1.sly", {}, bytes);
   EXPECT_EQ(result->pieces, 12U);
   EXPECT_EQ(result->length, 12U);
   EXPECT_EQ(result->lastPiece, "f.12.sly");
@@ -158,61 +137,46 @@ TEST_F(Join, HoldsNothingWhileItAsksAndJoinsNoMixture) {
     fs::rename(folder / "new", folder / "f.1.sly");
   };
   const std::string first = (folder / "f.1.sly").string();
-  Expect(ui, {"y f.2.sly" + sizes, "p Joining Files",
-              "x " + first + ": " + std::string(fileWasChanged), "x Unable To Join File.", "end"});
+  ui.Expect({"y f.2.sly" + sizes, "p Joining Files",
+             "x " + first + ": " + std::string(fileWasChanged), "x Unable To Join File.", "end"});
   EXPECT_EQ(PathOf(JoinPieces(first, ui)), "");
   EXPECT_EQ(Names().size(), 2U);
 }
 
 TEST_F(Join, JoinFolderRefusesAnExistingTargetAndTooManyRanges) {
   MakeFiles(folder, "piece=bytes");
-  const fs::path target = folder / "f";
   CopyPlan joined;
   joined.names = {folder, "f", "", 0};
-  joined.ranges.assign(
-      32768, ByteRange{joined.sources.Add(folder / "piece", StateOf(folder / "piece")), 0, 0});
-  joined.rangeEnds = {32768};
-  const Watch watch = [](const CopyProgress&) { return true; };
-  ScriptedUi ui;
-  Expect(ui, {"x Overflow"});
-  EXPECT_EQ(JoinFolder(joined, false, ui, watch).ranges, 0);
-  joined.ranges.pop_back();
-  joined.rangeEnds = {32767};
-  EXPECT_EQ(JoinFolder(joined, false, ui, watch).ranges, 32767);
-  Expect(ui, {"x '" + target.string() + "' already exists, action canceled"});
-  EXPECT_EQ(JoinFolder(joined, false, ui, watch).ranges, 0);
+  const std::uint32_t piece = joined.sources.Add(folder / "piece", StateOf(folder / "piece"));
+  const std::string exists = "'" + (folder / "f").string() + "' already exists, action canceled";
+  ScriptedUi ui({"x Overflow", "x " + exists});
+  for (const auto& [ranges, joins] : {std::pair{32768U, 0}, {32767U, 32767}, {32767U, 0}}) {
+    joined.ranges.assign(ranges, ByteRange{piece, 0, 0});
+    joined.rangeEnds = {ranges};
+    EXPECT_EQ(JoinFolder(joined, false, ui, [](const CopyProgress&) { return true; }).ranges,
+              joins);
+  }
 }
 
 TEST_F(Join, TheDialogueAsksForAPiece) {
   const std::string together =
       " Please Make Sure All The Sly Files Are In The Same Folder. Are They In The Same Folder?";
   const std::string exit = " No File Selected. Do You Want To Exit?";
-  struct Case {
-    Script before;
-    bool asksForFile;
-    Script after;
-    bool fromCommandLine = false;
-  };
-  for (const Case& c : {Case{{"n" + together, "y Do You Want To Exit?", "end"}, false, {}},
-                        Case{{"y" + together}, true, {"n" + exit}},
-                        Case{{"y" + together}, true, {"y" + exit, "end"}},
-                        Case{{"n" + together, "end"}, false, {}, true}}) {
-    ScriptedUi ui;
-    Expect(ui, c.before);
-    if (c.asksForFile)
-      ui.ExpectOpenFile("Select File To Join.", "Sly File (*.Sly)|*.Sly;|", HomeFolder(), {});
-    Expect(ui, c.after);
-    EXPECT_EQ(c.fromCommandLine ? JoinFromCommandLine(folder / "f.1.sly", ui) : JoinFile(ui),
-              std::nullopt);
-  }
+  const std::string filter = "Sly File (*.Sly)|*.Sly;|";
+  const std::string cancels =
+      ScriptedUi::OpenFileLine("Select File To Join.", filter, HomeFolder());
+  const std::string cancelsOther =
+      ScriptedUi::OpenFileLine("Please Select Any Other File To Join.", filter, folder / "");
   ScriptedUi ui;
-  Expect(ui, {"y" + together});
-  for (const std::string& answer : {"n" + exit, "y" + exit}) {
-    ui.ExpectOpenFile("Please Select Any Other File To Join.", "Sly File (*.Sly)|*.Sly;|",
-                      folder / "", {});
-    Expect(ui, {answer});
+  for (const Script& script : {Script{"n" + together, "y Do You Want To Exit?", "end"},
+                               {"y" + together, cancels, "n" + exit},
+                               {"y" + together, cancels, "y" + exit, "end"}}) {
+    ui.Expect(script);
+    EXPECT_EQ(JoinFile(ui), std::nullopt);
   }
-  Expect(ui, {"end"});
+  ui.Expect({"n" + together, "end"});
+  EXPECT_EQ(JoinFromCommandLine(folder / "f.1.sly", ui), std::nullopt);
+  ui.Expect({"y" + together, cancelsOther, "n" + exit, cancelsOther, "y" + exit, "end"});
   EXPECT_EQ(JoinFromCommandLine(folder / "f.1.sly", ui), std::nullopt);
 }
 

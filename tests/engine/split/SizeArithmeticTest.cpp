@@ -1,6 +1,6 @@
 #include "engine/split/SizeArithmetic.h"
 
-#include "engine/split/Scene.h"
+#include "support/TempFolder.h"
 
 namespace slyver {
 namespace {
