@@ -25,7 +25,6 @@ def failing_with(code, **options):
 
 
 NONE = Effect("none", "")
-SLOW = Effect("slow", "slow")
 NFS = Effect("network file system", "nfs")
 SHORT = Effect("half the bytes", "short", threads=True)
 FULL_DISK = Effect("ENOSPC from then on", str(errno.ENOSPC), "writes", threads=True)

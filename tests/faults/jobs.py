@@ -40,7 +40,6 @@ class Setting:
     """What a suite is given."""
 
     built: pathlib.Path  # The folder of the release build: sly and the preload library.
-    checked: pathlib.Path  # The folder of the build with sanitizers: sly and slyver.
     folder: pathlib.Path  # Empty, for the suite's files; removed after it.
     short: bool  # Only the part that fits into the short run.
     seed: int  # All random choices come from it.

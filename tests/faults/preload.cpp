@@ -6,7 +6,6 @@
 /// SLYVER_FAULT         an error number: the call fails with it;
 ///                      "signal N": the process gets this signal before the call;
 ///                      "short", "nothing": half of the bytes are moved, or none;
-///                      "slow": everything that moves bytes takes a millisecond longer;
 ///                      "nfs": no exclusive lock on what was opened for reading, as over NFS
 /// SLYVER_FAULT_STAYS   "all": all calls from that number on fail, as on a disk that has died;
 ///                      "writes": only calls that need room on the disk count, and all of them
@@ -113,8 +112,7 @@ bool Strikes(const char* call, Kind kind, const std::string& path, const std::st
   static std::atomic<long> count = 0;
   const Settings& settings = TheSettings();
   const bool moves = kind == Kind::Read || kind == Kind::Write;
-  const bool movesOnly =
-      settings.effect == "short" || settings.effect == "nothing" || settings.effect == "slow";
+  const bool movesOnly = settings.effect == "short" || settings.effect == "nothing";
   if (settings.stays == "writes" && kind != Kind::Write && kind != Kind::Change) return false;
   if (settings.stays == "names" && std::strncmp(call, "rename", 6) != 0) return false;
   if ((movesOnly && !moves) || !path.starts_with(settings.root)) return false;
@@ -125,7 +123,6 @@ bool Strikes(const char* call, Kind kind, const std::string& path, const std::st
   if (settings.at == 0 ? settings.effect.empty() : number == settings.at)
     Report(number, call, path, asked);
   if (strikes && settings.signal > 0) (void)syscall(SYS_kill, getpid(), settings.signal);
-  if (settings.effect == "slow") (void)usleep(1000);
   const bool fails = strikes && settings.signal == 0;
   errno = fails ? settings.error : before;
   return fails;

@@ -5,7 +5,9 @@ A step is a tuple of plain values, printed and read back as it is:
     ("folder", PATH) ("link", PATH, TARGET) ("owner", PATH, USER) ("umask", BITS)
     ("disk", KIB) ("locale", NAME)
     ("list", PATH, FORM, ((NAME, DATA), ...))         a checksum file; FORMS has the forms
-    ("carrier", PATH, DATA, ((NAME, DATA), ...), PASSWORD)
+    ("carrier", PATH, DATA, ((NAME, DATA), ...), PASSWORD)   NAME: bytes
+    ("directory", PATH, TEXT)          a carrier's directory written otherwise
+    ("lengthen", PATH, COUNT)          fewer than 0: cut off
     ("opens", PATH, KIND)              user 4321 may read: the file, or what a folder will hold
     ("kill", CHANGES, ARGUMENT ...)    sly is killed when so many changes of names were seen; fewer
                                        than 0: so many after it has begun to exchange two sets
@@ -187,9 +189,17 @@ class World:
         self._file(path, list_text(form, lines), 0o644)
 
     def _carrier(self, path, main, hidden, password):
-        hidden = [(name.encode("cp1252"), content(data)) for name, data in hidden]
-        name = os.path.basename(path).encode("cp1252")
+        hidden = [(name, content(data)) for name, data in hidden]
+        name = carriers.to_text8(os.path.basename(path))
         self._file(path, carriers.carrier_of(name, content(main), hidden, password), 0o644)
+
+    def _directory(self, path, text):
+        with open(self.at(path), "r+b") as file:
+            file.seek(-carriers.DIRECTORY, os.SEEK_END)
+            file.write(carriers.padded(text))
+
+    def _lengthen(self, path, count):
+        os.truncate(self.at(path), max(0, os.path.getsize(self.at(path)) + count))
 
     def _opens(self, path, kind):
         with contextlib.suppress(OSError):  # Nothing has that name any more, or no access lists.
@@ -199,7 +209,8 @@ class World:
 
     def _start(self, arguments):
         home = {"LC_ALL": self.locale, "HOME": self.home, "XDG_CONFIG_HOME": self.at("../config"),
-                "XDG_RUNTIME_DIR": self.at("../run")}
+                "XDG_RUNTIME_DIR": self.at("../run"), "ASAN_OPTIONS": "abort_on_error=1",
+                "UBSAN_OPTIONS": "abort_on_error=1"}
         return subprocess.Popen(
             [self.sly, *arguments], cwd=self.files, umask=self.umask, env=os.environ | home,
             stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
