@@ -2,6 +2,7 @@
 
 import dataclasses
 import os
+import signal
 
 import carriers
 
@@ -35,8 +36,8 @@ SPELLINGS = [
 class Able:
     """What can be tried here."""
 
-    force: bool  # sly has --force.
     root: bool  # Owners can be changed, and small disks mounted.
+    library: bool  # Calls can be made to fail, or to kill.
 
 
 class Chooser:
@@ -49,7 +50,8 @@ class Chooser:
 
     def scenario(self):
         choose = self.rng.choices(
-            [self.sets, self.killed, self.full_disk, self.hidden], [60, 6, 4 * self.able.root, 30])[0]
+            [self.sets, self.at_once, self.killed, self.full_disk, self.hidden],
+            [55, 6, 8 * self.able.library, 4 * self.able.root, 27])[0]
         choose()
         return self.steps
 
@@ -168,7 +170,7 @@ class Chooser:
     def say(self, verb, options, *names):
         for word, share in (("--yes", 0.5), ("--quiet", 0.2), ("--verbose", 0.3)):
             options += [word] * self.maybe(share)
-        if self.able.force and verb in ("split", "join"):
+        if verb in ("split", "join"):
             options += ["--force"] * self.maybe(0.2)
         self.steps.append(("sly", verb, *options, "--", *names))
 
@@ -201,19 +203,50 @@ class Chooser:
 
     def killed(self):
         rng = self.rng
-        self.folders, name = ["p"], rng.choice(STEMS[:4])
+        self.folders, name, names = ["p"], rng.choice(STEMS[:4]), 3
         for version, mode in (("A", 0o644), ("B", 0o600)):
-            length = rng.randrange(2000, 12_000)
-            self.steps.append(("file", "src/" + name, (version, 0, length), mode))
-            self.sources["src/" + name] = length
-            size = ["--size", str(rng.choice((50, 100, 200)))]
-            split = ["split", *size, "--output", "p", "--yes", *["--checksum"] * self.maybe(0.5)]
-            kill = version == "B" or self.maybe(0.2)
-            self.steps.append((*(("kill", rng.choice((*range(-6, 0), rng.randrange(1, 60)))) if kill else ("sly",)),
-                               *split, "--", "src/" + name))
+            length, size = rng.randrange(2000, 12_000), rng.choice((50, 100, 200))
+            self.file("src/" + name, (version, 0, length), mode)
+            names += 2 * (length // size)  # At most so often is something renamed.
+            kill = ("kill", rng.randrange(1, names)) if version == "B" or self.maybe(0.2) else ("sly",)
+            self.steps.append((*kill, "split", "--size", str(size), "--output", "p", "--yes",
+                               *["--checksum"] * self.maybe(0.5), "--", "src/" + name))
         self.pieces = [f"p/{name}.{i}.sly" for i in (1, 1, 2, 5)]
         for _ in range(rng.randrange(1, 4)):
             self.job()
+
+    # Two jobs that have files in common.
+
+    def at_once(self):
+        rng, size = self.rng, self.rng.choice((300, 7000))
+        length = rng.randrange(20 * size, 200 * size)
+        split = lambda path, folder, size: (
+            "split", "--size", str(size), "--output", folder, "--yes", "--", path)
+        join = lambda path, folder: ("join", "--output", folder, "--yes", "--", path)
+        hidden = lambda verb, *rest: (verb, "--password-file", "key", "--yes", *rest)
+        if self.able.library and self.maybe(0.2):
+            self.steps.append(("network",))
+        if self.maybe(0.5):
+            self.file("w", ("A", 0, length), 0o644)
+            self.file("in/w", ("B", 0, length + rng.choice((0, 1))), 0o644)
+            self.steps.append(("sly", *split("in/w", "p", size)))
+            jobs = [split("w", "p", size), split("w", "p", size // 2), split("in/w", "p", size * 2),
+                    join("p/w.1.sly", "p"), join("p/w.2.sly", "."), join("p/w.2.sly", ".")]
+        else:
+            for name in ("m.png", "n.png", "h.zip", "o.zip"):
+                self.file(name, (name, 0, length), 0o644)
+            self.file("key", b"Ab\n", 0o644)
+            for path, at in (("c.png", length // 2), ("in/c.png", length // 3)):
+                parts = (b"h.zip", (path, 0, at)), (b"o.zip", (path, at, length))
+                self.steps.append(("carrier", path, ("A", 0, length), parts, b"Ab"))
+            self.steps.append(("sly", *split("in/c.png", "p", size)))
+            jobs = [hidden("hide", "--", "m.png", "h.zip"), hidden("hide", "--", "m.png", "o.zip"),
+                    hidden("hide", "--", "c.png", "m.png"), hidden("recover", "--main", "--", "c.png"),
+                    *[hidden("recover", "--file", i, "--", "c.png") for i in "01"],
+                    *[join("p/c.png.1.sly", ".")] * 2]
+        signals = rng.choice(((0, 0), (0, signal.SIGINT), (signal.SIGSTOP, signal.SIGCONT)))
+        delays = tuple(round(rng.uniform(0, rng.choice((0.005, 0.02))), 5) for _ in signals)
+        self.steps.append(("both", tuple(map(int, signals)), delays, *rng.choices(jobs, k=2)))
 
     def full_disk(self):
         rng = self.rng

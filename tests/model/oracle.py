@@ -3,8 +3,10 @@
 import collections
 import dataclasses
 import hashlib
+import itertools
 import os
 import re
+import signal
 
 import carriers
 from world import File, list_text
@@ -404,6 +406,32 @@ def remember_kill(arguments, before, after, place):
     job = Job(arguments, before, place)
     if job.first() not in after:
         place.put_aside[job.first()] = {path: before[path] for path in job.set()} or job.aside()
+
+
+def failure_of_two(jobs, before, place, after, outcomes):
+    """The kind and the text of what is wrong after two jobs at once, or None. Those that have ended
+    well must have worked one after the other, the others not at all."""
+    for status, _, err in outcomes:
+        if status not in (0, 1, -signal.SIGINT) or status == 1 and not err.strip():
+            return "ending", f"ended with {status}: {err[-300:]!r}"
+    done = [arguments for arguments, outcome in zip(jobs, outcomes) if outcome.status == 0]
+    alone = [Job(arguments, before, place).expected().status for arguments in jobs]
+    if not done and 0 in alone and -signal.SIGINT not in [outcome.status for outcome in outcomes]:
+        return "status", f"neither has ended well: {outcomes}"
+    wrong = []
+    for order in itertools.permutations(done):
+        state, changes = before, {}
+        for arguments in order:
+            expected = Job(arguments, state, place).expected()
+            if expected.status:
+                break
+            changes |= expected.changes
+            state = {path: data if path not in changes else File(changes[path], 0o644, 0, 0, b"")
+                     for path, data in (state | changes).items() if changes.get(path, data) is not None}
+        else:
+            wrong.append(differing(Expected("", changes=changes), before, after))
+    best = min(wrong, key=len, default=["both have ended well"])
+    return ("files", f"{'; '.join(best[:4])}, after {outcomes}") if best else None
 
 
 def failure(job, expected, after, outcome):
