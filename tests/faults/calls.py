@@ -42,7 +42,7 @@ def _at_every_call(setting, job, effect):
     home = setting.folder / case.name.replace(" ", "-")
     rng = random.Random(f"{setting.seed} {case.name}")
     for at in faults.numbers(job, setting, home):
-        jobs.prepare(home, job.start, job.mode)
+        jobs.prepare(home, job.start)
         then = Changed(job, home, rng) if effect is faults.PAUSE else None
         outcome, struck = faults.run(job, setting, home, at, effect, then and then.change)
         if struck:
@@ -75,10 +75,9 @@ def _losses(setting, job, home, outcome, effect, struck, then):
         return jobs.losses(job, home, outcome, _of_others(job, home), ways=kept) + [
             "an earlier file is gone"] * (bool(gone) and not whole)
     place = pathlib.PurePath(path).relative_to(home)
-    # What was not to be removed stays, and so do the folders it lies in and their locks, by which
-    # the next job knows them.
-    locks = [folder / "slyver.lock" for folder in place.parents]
-    spared = {*map(str, (place, *place.parents, *locks))} if call in REMOVALS else ()
+# What was not to be removed stays, and so do the folders it is in, and their locks.
+    stays = place, *place.parents, *(folder / "slyver.lock" for folder in place.parents)
+    spared = set(map(str, stays)) if call in REMOVALS else ()
     # So does a work folder that could not be looked into; the next job removes it.
     work = [folder for folder in (place, *place.parents)
             if folder.name in ("temprrr", "TempRRR", "slyver-run") or folder.suffix == ".set"]
@@ -115,10 +114,11 @@ def _losses_of_killed(setting, job, home, outcome):
             (home / path).unlink(missing_ok=True)
     # Pieces of a killed split are those of an earlier one, about which the user is asked.
     # The list may be gone, which has proven a piece in a subfolder.
-    outcome = jobs.run(setting.sly, (*job.arguments, "--force"), home)
+    verb, *arguments = job.arguments
+    outcome = jobs.run(setting.sly, (verb, "--force", *arguments), home)
     again = jobs.losses(job, home, outcome, expected=(0,))
     # The modes are those of the first run's results, where there were any.
-    return lost + [f"{loss}, after a second run" for loss in again if "wrong mode" not in loss]
+    return lost + [f"{loss}, after a second run" for loss in again if "wrong rights" not in loss]
 
 
 class Changed:
@@ -146,5 +146,5 @@ class Changed:
         changed is not deleted, unless that was decided just now."""
         gone = self.deleted or call in ("close", "remove")
         now = self.new, *[jobs.ABSENT] * (self.job.deletes and gone)
-        changed = dataclasses.replace(self.job, sources=self.job.sources | {self.path: self.new})
+        changed = dataclasses.replace(self.job, start=self.job.start | {self.path: self.new})
         return [way | {self.path: now} for each in (self.job, changed) for way in each.ways(status)]

@@ -8,8 +8,7 @@ import re
 import signal
 
 import jobs
-
-LIBRARY = "libslyver_faults.so"
+import world
 
 
 @dataclasses.dataclass(frozen=True)
@@ -25,8 +24,6 @@ def failing_with(code, **options):
 
 
 NONE = Effect("none", "")
-SLOW = Effect("slow", "slow")
-NFS = Effect("network file system", "nfs")
 SHORT = Effect("half the bytes", "short", threads=True)
 FULL_DISK = Effect("ENOSPC from then on", str(errno.ENOSPC), "writes", threads=True)
 NO_NAMES = Effect("no name from then on", str(errno.ENOSPC), "names")
@@ -36,34 +33,22 @@ STOP = Effect("stopped", f"signal {signal.SIGINT}", threads=True)
 PAUSE = Effect("a source changes", f"signal {signal.SIGSTOP}", threads=True)
 
 
-def environment(built, home, effect, at=0, report="", disk=""):
-    """The variables for the preload library."""
-    return {
-        "LD_PRELOAD": str(built / LIBRARY),
-        "SLYVER_FAULT_ROOT": str(home),
-        "SLYVER_FAULT_AT": str(at),
-        "SLYVER_FAULT": effect.what,
-        "SLYVER_FAULT_STAYS": effect.stays,
-        "SLYVER_FAULT_REPORT": str(report),
-        "SLYVER_FAULT_DISK": disk,
-    }
-
-
 def run(job, setting, home, at, effect, meanwhile=lambda: None):
     """Runs the job with something happening to call number `at` (from 1); 0 for none. When it has
     been paused, `meanwhile` is called. Returns its outcome and what was reported of the calls: for
     each a name, a path and what was asked for."""
     report = home.with_suffix(".report")
     report.unlink(missing_ok=True)
-    variables = environment(setting.built, home, effect, at, report, job.disk)
-    process = jobs.start(setting.sly, job.arguments, home, variables)
+    variables = world.faults(setting.sly, home, effect=effect.what, at=at, stays=effect.stays,
+                             report=report, disk=job.disk)
+    process = world.start(setting.sly, job.arguments, str(home), variables)
     if effect is PAUSE:
         while os.waitid(os.P_PID, process.pid, os.WEXITED | os.WSTOPPED | os.WNOWAIT).si_code \
                 == os.CLD_STOPPED:
             os.waitid(os.P_PID, process.pid, os.WSTOPPED)
             meanwhile()
             process.send_signal(signal.SIGCONT)
-    outcome = jobs.finish(process)
+    outcome = world.finish(process)
     lines = report.read_text().splitlines() if report.exists() else []
     return outcome, [line.split("\t")[1:] for line in lines]
 

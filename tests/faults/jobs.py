@@ -1,8 +1,8 @@
-"""The jobs that the suites run through the real sly, and the one verdict on what lies there
-afterwards, however a job has ended.
+"""The jobs that the suites run through the real sly, and the one verdict on what is there
+afterwards, however a job has ended. What a job must make is known by the model's oracle.
 
 A job works in a home of its own: files/ is its working folder, run/ holds the private folder,
-config/ the settings. Paths are relative to that home. What lies there is a dictionary: for every
+config/ the settings. Paths are relative to that home. What is in it is a dictionary: for every
 path the bytes of a file, or else what it is. A `way` gives every path the values that it may have;
 ABSENT may be one of them, and is the only one of other paths."""
 
@@ -14,25 +14,18 @@ import pathlib
 import random
 import shutil
 import signal
-import stat
-import subprocess
 
-from carriers import carrier_of, read
+import oracle
+import world
+from carriers import carrier_of
 
 PASSWORD = b"geheim"
-WITH_PASSWORD = ("--password-file", "password")
 SETTINGS = "config/slyver/registry.ini"
+KEPT = b'[HKEY_LOCAL_MACHINE\\Software\\Orm Valis\\Slyver]\r\nRAM="off"\r\n' \
+    b'[HKEY_LOCAL_MACHINE\\Software\\Orm Valis\\FC]\r\n'
 PRIVATE = "run/slyver"  # The private folder; made when needed, and it may stay, empty.
 STOPPED = -signal.SIGINT  # The status of a job that Ctrl-C has stopped.
-PATIENCE = 60  # Seconds after which a job hangs.
 ABSENT = None
-
-# An age file that was published with the format: the passphrase is "password", the plain bytes "age".
-AGE_FILE = b"""age-encryption.org/v1
--> scrypt rF0/NwblUHHTpgQgRpe5CQ 10
-gUjEymFKMVXQEKdMMHL24oYexjE3TIC0O0zGSqJ2aUY
---- IOXiQYStkoT1mvZW2tFOqZdhRVvj58egABx/sWfZQbc
-""" + bytes.fromhex("1b35c6e687dd00da3ac379ac9f742c21fd185a1b9e3ded739d14ac6a9a50124db866d8")
 
 
 @dataclasses.dataclass(frozen=True)
@@ -40,7 +33,6 @@ class Setting:
     """What a suite is given."""
 
     built: pathlib.Path  # The folder of the release build: sly and the preload library.
-    checked: pathlib.Path  # The folder of the build with sanitizers: sly and slyver.
     folder: pathlib.Path  # Empty, for the suite's files; removed after it.
     short: bool  # Only the part that fits into the short run.
     seed: int  # All random choices come from it.
@@ -63,36 +55,55 @@ class Case:
 @dataclasses.dataclass(frozen=True)
 class Job:
     name: str
-    arguments: tuple  # What stands behind "sly".
-    sources: dict  # They must never change.
-    make: callable = lambda sources: {}  # The results that these sources must lead to.
-    replaced: dict = dataclasses.field(default_factory=dict)  # What the results replace.
-    settings: tuple = (ABSENT,)  # What the settings may be: at first, and at the end.
-    deletes: bool = False  # The sources go when the results are there.
-    out: str = ""  # What standard output must be when all went well; {files} is the folder.
+    arguments: tuple  # What is behind "sly".
+    start: dict  # What is there at first.
     disk: str = ""  # What the file system does by itself, as the preload library has it.
 
-    @property
+    @functools.cached_property
+    def model(self):
+        """The job as the model has it."""
+        state = {}
+        for path, data in self.start.items():
+            if path.startswith("files/"):
+                path = pathlib.PurePath(path).relative_to("files")
+                state |= {str(folder): "folder" for folder in path.parents[:-1]}
+                file = isinstance(data, bytes)
+                state[str(path)] = world.File(
+                    data, mode(path), os.geteuid(), os.getegid(), b"") if file else data
+        return oracle.Job(self.arguments, state, world.World("", "{home}"))
+
+    @functools.cached_property
+    def expected(self):
+        return self.model.expected()
+
+    @functools.cached_property
     def results(self):
-        return self.make(self.sources)
+        changes = self.expected.changes.items()
+        return {"files/" + path: data for path, data in changes if data is not None}
+
+    @functools.cached_property
+    def replaced(self):
+        """What the results replace."""
+        changes = {} if self.deletes else self.expected.changes
+        return {path: data for path, data in self.start.items()
+                if path.removeprefix("files/") in changes}
+
+    @functools.cached_property
+    def sources(self):
+        """They must never change."""
+        return {path: data for path, data in self.start.items()
+                if path.startswith("files/") and path not in self.replaced}
 
     @property
-    def start(self):
-        return self.sources | self.replaced | {SETTINGS: self.settings[0]}
-
-    def mode(self, path):
-        """Who may read and write a file: a result those who may all its sources, or what it
-        replaces."""
-        if path in self.replaced:
-            return 0o600
-        if path in self.results:
-            common = functools.reduce(int.__and__, map(self.mode, self.sources))
-            return common & 0o600 if "encrypted" in self.name else common  # The owner's alone.
-        return 0o600 if path.endswith(("first.zip", ".3.sly")) else 0o640
+    def deletes(self):
+        """The sources are deleted when the results are there."""
+        return "--delete" in self.arguments
 
     def ways(self, status):
-        """What may lie there after this exit status; a negative one is a signal's."""
-        results, settings = self.results, {SETTINGS: self.settings}
+        """What may be there after this exit status; a negative one is a signal's."""
+        results, settings = self.results, {}
+        if SETTINGS in self.start:
+            settings = {SETTINGS: (self.start[SETTINGS], KEPT)}
         start = only(dict.fromkeys(results) | self.sources | self.replaced) | settings
         final = only(self.sources | dict.fromkeys(self.replaced) | results) | settings
         loose = {path: (data, ABSENT) for path, data in self.sources.items() if self.deletes}
@@ -102,7 +113,7 @@ class Job:
         replaces_set = any(path.endswith(".sly") for path in self.replaced)
         if status == STOPPED or (status == 1 and replaces_set):
             return [start]
-        # A part of the results may stay; but where piece 1 stands, all stand.
+        # A part of the results may stay; but where piece 1 is, all are.
         part = {}
         for path in results | self.replaced:
             part[path] = self.replaced.get(path), results.get(path)
@@ -128,96 +139,57 @@ def cut(data, size, name):
 
 def listed(pieces):
     """The pieces, and their checksum file."""
-    paths = [pathlib.PurePath(path) for path in pieces]
-    lines = [f"{hashlib.sha256(data).hexdigest()}  {path.name}\n"
-             for path, data in zip(paths, pieces.values())]
-    name = paths[0].name.removesuffix(".1.sly") + ".sha256"
-    return pieces | {str(paths[0].with_name(name)): "".join(lines).encode()}
+    lines = [(os.path.basename(path), data) for path, data in pieces.items()]
+    path = next(iter(pieces)).removesuffix(".1.sly") + ".sha256"
+    return pieces | {path: world.list_text("plain", lines)}
 
 
-def make_jobs(unit=1000, piece=None, seed=1):
-    """The jobs, with sources of some 2 to 7 units (bytes) and pieces of `piece` bytes (a unit)."""
+def make_jobs(unit=1000, size=None, seed=1):
+    """The jobs, with sources of some 2 to 7 units (bytes) and pieces of `size` bytes (a unit)."""
     rng = random.Random(seed)
-    piece = piece or unit
-    whole, main, first, second, old = (rng.randbytes(int(n * unit)) for n in (3.5, 7, 3, 2, 1))
-    in_files = lambda **contents: {
-        "files/" + name.replace("_", "."): data for name, data in contents.items()}
-    with_password = {"files/password": PASSWORD + b"\n"}
-
-    kept = b'[HKEY_LOCAL_MACHINE\\Software\\Orm Valis\\Slyver]\r\nRAM="off"\r\n'
-    filepath = b'[HKEY_LOCAL_MACHINE\\Software\\Orm Valis\\FC]\r\n'
-    settings = {"settings": (kept + filepath + b'filepath="x"\r\n', kept + filepath)}
-
-    split = ("split", "whole.bin", "--size", str(piece))
-    cut_into = lambda folder: lambda sources: cut(
-        sources["files/whole.bin"], piece, f"files/{folder}whole.bin")
+    size = size or unit
+    data, main, first, second, earlier = (
+        rng.randbytes(int(n * unit)) for n in (3.5, 7, 3, 2, 4))
     # One piece is in a subfolder, where a join looks too; without a list it takes --force.
-    parts = {path.replace("files/whole.bin.2", "files/more/whole.bin.2"): data
-             for path, data in cut(whole, piece, "files/whole.bin").items()}
-    join = {
-        "sources": parts,
-        "make": lambda sources: {"files/whole.bin": b"".join(sources[path] for path in parts)},
-        "out": "{files}/whole.bin\n",
+    pieces = {path.replace("whole.bin.2", "more/whole.bin.2"): piece
+              for path, piece in cut(data, size, "whole.bin").items()}
+    whole, old = {"whole.bin": data}, cut(earlier, size * 4 // 5, "old/whole.bin")
+    carrier = lambda *hidden: {
+        "carrier.jpg": carrier_of(b"main.jpg", main, hidden, PASSWORD), "password": PASSWORD + b"\n"}
+    one, two = (b"first.zip", first), (b"second.zip", second)
+    encrypted = {"password": b"password\n",
+                 "carrier.jpg": carrier_of(b"main.jpg", main, [(b"a.age", world.AGE_FILE)], b"slyver")}
+    split, over = f"split --size {size}", "--output old --yes"
+    password = "--password-file password"
+    table = {
+        "split": (f"{split} -- whole.bin", whole),
+        "split into a new folder": (f"{split} --output new/pieces --yes -- whole.bin", whole),
+        "split over pieces": (f"{split} {over} -- whole.bin", whole | old),
+        "split with a list": (f"{split} --checksum -- whole.bin", whole),
+        "split with a list over another": (
+            f"{split} --checksum {over} -- whole.bin", whole | listed(old)),
+        "join and delete": ("join --delete -- whole.bin.1.sly", listed(pieces)),
+        "join": ("join --force -- whole.bin.1.sly", pieces),
+        "join over a file": (
+            "join --force -- whole.bin.1.sly", pieces | {"whole.bin": earlier[:unit]}),
+        "hide": (f"hide {password} -- main.jpg first.zip",
+                 {"main.jpg": main, "first.zip": first, "password": PASSWORD + b"\n"}),
+        "hide another": (f"hide {password} --yes -- carrier.jpg second.zip",
+                         carrier(one) | {"second.zip": second}),
+        "recover a hidden file": (f"recover --file 1 {password} -- carrier.jpg", carrier(one, two)),
+        "recover the main file": (f"recover --main {password} -- carrier.jpg", carrier(one, two)),
+        "recover an encrypted file": (
+            "recover --passphrase-file password -- carrier.jpg", encrypted),
+        "list": (f"list {password} -- carrier.jpg", carrier(one, two)),
     }
-
-    carrier = carrier_of(b"main.jpg", main, [(b"first.zip", first)], PASSWORD)
-    second_begins = len(main) + len(first)
-
-    def second_carrier(carrier, second):
-        added = (b"second.zip", second)
-        if not read(carrier, PASSWORD).records:
-            return carrier_of(b"carrier.jpg", carrier, [added], PASSWORD)
-        hidden = [(b"first.zip", carrier[len(main) : second_begins]), added]
-        return carrier_of(b"main.jpg", carrier[: len(main)], hidden, PASSWORD)
-
-    carrier2 = second_carrier(carrier, second)
-    hide = lambda sources: {"files/Hidden File main.jpg": carrier_of(
-        b"main.jpg", sources["files/main.jpg"], [(b"first.zip", sources["files/first.zip"])],
-        PASSWORD)}
-    add = lambda sources: {"files/Hidden File carrier.jpg": second_carrier(
-        sources["files/carrier.jpg"], sources["files/second.zip"])}
-    from_carrier = in_files(carrier_jpg=carrier2) | with_password
-    part_of = lambda name, begin, end: {
-        "make": lambda sources: {f"files/Original {name}": sources["files/carrier.jpg"][begin:end]},
-        "out": "{files}/Original " + name + "\n"}
-
-    found = [
-        Job("split", split, in_files(whole_bin=whole), cut_into(""), **settings),
-        Job("split into a new folder", (*split, "--output", "new/pieces", "--yes"),
-            in_files(whole_bin=whole), cut_into("new/pieces/"), **settings),
-        Job("split over pieces", (*split, "--output", "old", "--yes"), in_files(whole_bin=whole),
-            cut_into("old/"), cut(rng.randbytes(4 * unit), piece * 4 // 5, "files/old/whole.bin"),
-            **settings),
-        Job("split with a list", (*split, "--checksum"), in_files(whole_bin=whole),
-            lambda sources: listed(cut_into("")(sources)), **settings),
-        Job("split with a list over another", (*split, "--checksum", "--output", "old", "--yes"),
-            in_files(whole_bin=whole), lambda sources: listed(cut_into("old/")(sources)),
-            listed(cut(rng.randbytes(4 * unit), piece * 4 // 5, "files/old/whole.bin")), **settings),
-        Job("join and delete", ("join", "whole.bin.1.sly", "--delete"),
-            **join | {"sources": listed(parts)}, **settings, deletes=True),
-        Job("join", ("join", "whole.bin.1.sly", "--force"), **join, **settings),
-        Job("join over a file", ("join", "whole.bin.1.sly", "--force"), **join, **settings,
-            replaced=in_files(whole_bin=old)),
-        Job("hide", ("hide", "main.jpg", "first.zip", *WITH_PASSWORD),
-            in_files(main_jpg=main, first_zip=first) | with_password, hide,
-            out="{files}/Hidden File main.jpg\n"),
-        Job("hide another", ("hide", "carrier.jpg", "second.zip", *WITH_PASSWORD, "--yes"),
-            in_files(carrier_jpg=carrier, second_zip=second) | with_password, add,
-            out="{files}/Hidden File carrier.jpg\n"),
-        Job("recover a hidden file", ("recover", "carrier.jpg", "--file", "1", *WITH_PASSWORD),
-            from_carrier, **part_of("second.zip", second_begins, second_begins + len(second))),
-        Job("recover the main file", ("recover", "carrier.jpg", "--main", *WITH_PASSWORD),
-            from_carrier, **part_of("carrier.jpg", 0, len(main))),
-        Job("recover an encrypted file",
-            ("recover", "carrier.jpg", "--passphrase-file", "password"),
-            in_files(carrier_jpg=carrier_of(b"main.jpg", main, [(b"a.age", AGE_FILE)], b"slyver"),
-                     password=b"password\n"),
-            lambda sources: {"files/Original a": b"age"}, out="{files}/Original a\n"),
-        Job("list", ("list", "carrier.jpg", *WITH_PASSWORD), from_carrier,
-            out=f"0\t{len(first)}\tfirst.zip\n1\t{len(second)}\tsecond.zip\n"),
-    ]
     on = {"split": "network", "split over pieces": "shares", "join over a file": "shares",
           "hide": "network"}
+    found = []
+    for name, (arguments, contents) in table.items():
+        start = {"files/" + path: data for path, data in contents.items()}
+        if arguments.startswith(("split", "join")):
+            start[SETTINGS] = KEPT + b'filepath="x"\r\n'
+        found.append(Job(name, tuple(arguments.split()), start))
     return found + [dataclasses.replace(job, name=f"{job.name}, {on[job.name]}", disk=on[job.name])
                     for job in found if job.name in on]
 
@@ -231,65 +203,31 @@ def make_big_jobs():
         dataclasses.replace(small, name="split into small pieces, two threads")]
 
 
-def prepare(home, contents, mode=lambda path: 0o644):
-    """Makes this all that lies in the home."""
+def mode(path):
+    """The rights that a file has at first."""
+    private = "first.zip", "/old/", ".3.sly"
+    return 0o600 if any(part in f"/{path}" for part in private) else 0o640
+
+
+def prepare(home, contents):
+    """Makes this all that is in the home."""
     shutil.rmtree(home, ignore_errors=True)
     (home / "files").mkdir(parents=True, exist_ok=True)
     (home / "run").mkdir(mode=0o700, exist_ok=True)
     for path, data in contents.items():
-        if data is not ABSENT:
-            (home / path).parent.mkdir(parents=True, exist_ok=True)
-            (home / path).write_bytes(data)
-            (home / path).chmod(mode(path))
+        (home / path).parent.mkdir(parents=True, exist_ok=True)
+        (home / path).write_bytes(data)
+        (home / path).chmod(mode(path))
 
 
-def environment(home):
-    return os.environ | {"LC_ALL": "C", "HOME": str(home), "XDG_RUNTIME_DIR": str(home / "run"),
-                         "XDG_CONFIG_HOME": str(home / "config")}
-
-
-@dataclasses.dataclass(frozen=True)
-class Outcome:
-    status: int  # As subprocess tells it: -9 for SIGKILL. None when the job hung.
-    out: str
-    err: str
-
-
-def start(sly, arguments, home, extra_environment=None, **options):
-    """Starts sly; `options` are those of subprocess.Popen."""
-    return subprocess.Popen(
-        [sly, *map(str, arguments)], cwd=home / "files", text=True, errors="surrogateescape",
-        env=environment(home) | (extra_environment or {}), stdin=subprocess.DEVNULL,
-        stdout=subprocess.PIPE, stderr=subprocess.PIPE, **options)
-
-
-def finish(process):
-    """Waits for the end of what was started."""
-    try:
-        out, err = process.communicate(timeout=PATIENCE)
-        return Outcome(process.returncode, out, err)
-    except subprocess.TimeoutExpired:
-        process.kill()
-        return Outcome(None, *process.communicate())
-
-
-def run(sly, arguments, home, *extra_environment, **options):
-    return finish(start(sly, arguments, home, *extra_environment, **options))
+def run(sly, arguments, home, variables={}, **options):
+    return world.finish(world.start(sly, arguments, str(home), variables, **options))
 
 
 def look(home):
-    """What lies in the home."""
-    found = {}
-    for folder, folders, files in os.walk(home):
-        for name in folders + files:
-            path = os.path.join(folder, name)
-            mode = os.lstat(path).st_mode
-            if stat.S_ISREG(mode):
-                value = pathlib.Path(path).read_bytes()
-            else:
-                value = "link to " + os.readlink(path) if stat.S_ISLNK(mode) else stat.filemode(mode)[0]
-            found[os.path.relpath(path, home)] = value
-    return found
+    """What is in the home."""
+    return {path: entry.data if isinstance(entry, world.File) else entry
+            for path, entry in world.look(home).items()}
 
 
 def differing(found, ways, spared=()):
@@ -302,7 +240,7 @@ def differing(found, ways, spared=()):
         return sorted(
             path for path in found.keys() | way.keys()
             if found.get(path, ABSENT) not in way.get(path, (ABSENT,)) and path not in spared
-            and not (path in folders and found.get(path) == "d"))
+            and not (path in folders and found.get(path) == "folder"))
 
     return min(map(wrong, ways), key=len)
 
@@ -321,8 +259,11 @@ def losses(job, home, outcome, spared=(), expected=(0, 1), ways=None):
     ways = ways or job.ways(outcome.status)
     lost += [f"wrong: {path}" for path in differing(look(home), ways, spared)]
     if outcome.status == 0:
-        if outcome.out != job.out.replace("{files}", str(home / "files")):
+        if outcome.out != job.expected.out.replace(b"{home}", os.fsencode(home)):
             lost.append(f"wrong output: {outcome.out!r}")
-        lost += [f"wrong mode: {path}" for path in job.results if (home / path).exists()
-                 and (home / path).stat().st_mode & 0o666 != job.mode(path)]
+        for path, new in world.look(home / "files").items():
+            if isinstance(new, world.File) and "files/" + path in job.results:
+                wrong = oracle.wrong_rights(
+                    job.expected, path, job.model.state.get(path), new, job.model.place)
+                lost += [f"wrong rights: {path}: {wrong}"] if wrong else []
     return lost

@@ -6,6 +6,7 @@ import random
 import subprocess
 
 import jobs
+import world
 from jobs import Case
 
 PIECES = 32767
@@ -35,7 +36,7 @@ def attempt(setting, name, suite, *arguments, memory=MEMORY):
         child of this program begins with the memory of this program."""
         command = ["/usr/bin/time", "-q", "-f", "%M", "-o", home / "peak", setting.sly]
         ended = subprocess.run([*command, *map(str, arguments)], cwd=home / "files",
-                               env=jobs.environment(home), stdin=subprocess.DEVNULL,
+                               env=world.environment(str(home)), stdin=subprocess.DEVNULL,
                                capture_output=True)
         peak = int((home / "peak").read_text().split()[-1])
         (home / "peak").unlink()

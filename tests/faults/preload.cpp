@@ -3,11 +3,9 @@
 ///
 /// SLYVER_FAULT_ROOT    the folder, an absolute path
 /// SLYVER_FAULT_AT      the number of the call, from 1; 0 for none
-/// SLYVER_FAULT         an error number: the call fails with it;
+/// SLYVER_FAULT_EFFECT  an error number: the call fails with it;
 ///                      "signal N": the process gets this signal before the call;
-///                      "short", "nothing": half of the bytes are moved, or none;
-///                      "slow": everything that moves bytes takes a millisecond longer;
-///                      "nfs": no exclusive lock on what was opened for reading, as over NFS
+///                      "short", "nothing": half of the bytes are moved, or none
 /// SLYVER_FAULT_STAYS   "all": all calls from that number on fail, as on a disk that has died;
 ///                      "writes": only calls that need room on the disk count, and all of them
 ///                      fail from that number on, as on a full disk
@@ -15,7 +13,8 @@
 /// SLYVER_FAULT_DISK    "shares": files share blocks of 300 bytes, by imitation, since most file
 ///                      systems cannot; a clone that fails has brought over a half;
 ///                      "network": the disk says that it is a network file system, which
-///                      has no files without names
+///                      has no files without names, and no exclusive lock on what
+///                      was opened for reading
 /// SLYVER_FAULT_REPORT  a file that is told of the call; with number 0 and no effect, of all calls:
 ///                      lines of number, call, path and what was asked for, separated by tabs
 #include <dirent.h>
@@ -56,7 +55,7 @@ std::string Variable(const char* name) {
 struct Settings {
   std::string root = Variable("SLYVER_FAULT_ROOT") + "/";
   long at = std::atol(Variable("SLYVER_FAULT_AT").c_str());
-  std::string effect = Variable("SLYVER_FAULT");
+  std::string effect = Variable("SLYVER_FAULT_EFFECT");
   int error = std::atoi(effect.c_str());
   int signal = effect.starts_with("signal ") ? std::atoi(effect.c_str() + 7) : 0;
   std::string stays = Variable("SLYVER_FAULT_STAYS");
@@ -113,8 +112,7 @@ bool Strikes(const char* call, Kind kind, const std::string& path, const std::st
   static std::atomic<long> count = 0;
   const Settings& settings = TheSettings();
   const bool moves = kind == Kind::Read || kind == Kind::Write;
-  const bool movesOnly =
-      settings.effect == "short" || settings.effect == "nothing" || settings.effect == "slow";
+  const bool movesOnly = settings.effect == "short" || settings.effect == "nothing";
   if (settings.stays == "writes" && kind != Kind::Write && kind != Kind::Change) return false;
   if (settings.stays == "names" && std::strncmp(call, "rename", 6) != 0) return false;
   if ((movesOnly && !moves) || !path.starts_with(settings.root)) return false;
@@ -125,7 +123,6 @@ bool Strikes(const char* call, Kind kind, const std::string& path, const std::st
   if (settings.at == 0 ? settings.effect.empty() : number == settings.at)
     Report(number, call, path, asked);
   if (strikes && settings.signal > 0) (void)syscall(SYS_kill, getpid(), settings.signal);
-  if (settings.effect == "slow") (void)usleep(1000);
   const bool fails = strikes && settings.signal == 0;
   errno = fails ? settings.error : before;
   return fails;
@@ -266,7 +263,7 @@ int flock(int descriptor, int operation) noexcept {
   REAL(flock);
   if (Strikes("flock", Kind::Look, PathOf(descriptor))) return -1;
   const bool writable = (fcntl(descriptor, F_GETFL) & O_ACCMODE) != O_RDONLY;
-  if (TheSettings().effect != "nfs" || writable) return real(descriptor, operation);
+  if (!TheSettings().network || writable) return real(descriptor, operation);
   errno = EBADF;
   return -1;
 }

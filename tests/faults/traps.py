@@ -144,7 +144,7 @@ def few_open_files(setting, home):
     for job in jobs.make_jobs():
         for most in range(4, 13):
             case.tried += 1
-            jobs.prepare(home, job.start, job.mode)
+            jobs.prepare(home, job.start)
             limit = lambda: resource.setrlimit(resource.RLIMIT_NOFILE, (most, most))
             outcome = jobs.run(setting.sly, job.arguments, home, preexec_fn=limit)
             case.losses += [f"{job.name}, {most} files: {text}"
@@ -177,6 +177,9 @@ def prepare(home, job, place, kind, put):
 def losses(sly, home, job, place, kind):
     before = jobs.look(home)
     known = {path: (home / path).read_bytes() for path in job.sources if (home / path).is_file()}
+    # Where no temporary file can be, the next name is taken, as if this one were not free.
+    taken = {path: "" for path in job.results if kind in FOLDERS and place.path == temporary_path(path)}
+    trapped = dataclasses.replace(job, start=before | known | taken)
     user = {"user": NOBODY, "group": NOBODY, "extra_groups": []} if IS_ROOT else {}
     outcome = jobs.run(sly, job.arguments, home, **user)
     yield from jobs.wrong_ending(outcome)
@@ -187,20 +190,12 @@ def losses(sly, home, job, place, kind):
     way = jobs.only(dict.fromkeys(job.results)) | {
         path: (value, ABSENT) if kind in place.own and at(path) else (value,)
         for path, value in before.items()}
-    if job.settings[0]:
-        way[jobs.SETTINGS] = (*way.get(jobs.SETTINGS, ()), *job.settings)
+    if jobs.SETTINGS in before:
+        way[jobs.SETTINGS] = before[jobs.SETTINGS], jobs.KEPT
     ways = [way]
     if done:
-        results = job.make(known)
-        marks = "hide" in job.name or "recover" in job.name
-        path = next(iter(results), "")
-        if marks and (place.path == path or kind in FOLDERS and place.path == temporary_path(path)):
-            # The next name that is free is taken.
-            folder, name = path.split("/")
-            name = f"[1] {name}" if "hide" in job.name else name.replace(" ", " [1] ", 1)
-            results[f"{folder}/{name}"] = results.pop(path)
         gone = job.sources if job.deletes else ()
-        ways = [way | jobs.only(dict.fromkeys((*job.replaced, *gone)) | results)]
+        ways = [way | jobs.only(dict.fromkeys((*job.replaced, *gone)) | trapped.results)]
     else:
         part = {path: (before.get(path, ABSENT), data) for path, data in job.results.items()}
         ways += [way | part]

@@ -2,8 +2,11 @@
 
 import dataclasses
 import os
+import signal
 
-from world import FORMS, list_text
+import carriers
+
+from world import FORMS, content, list_text
 
 STEMS = ["movie.s", "movie", "a.sly", "a.1.sly", "x", "x.sha256", "x.1", "Caf\u00e9 1.zip", "caf\udce9",
          "two\nlines", "back\\slash", " ", "-x", ".hidden", "n" * 240, "\u4f60\u597d", "sly", "$HOME", "x."]
@@ -16,13 +19,25 @@ MODES = [0o644] * 4 + [0o600, 0o640, 0o444, 0o755, 0o666]
 SECRETS = [b"Ab\n", b"Ab", b"Ab\r\nmore", b"wrong\n", b"slyver\n", b"x" * 24, b"x" * 25, b"\n", b"",
            "\u00e4\u20ac\n".encode(), "\u4f60\n".encode(), b"\xff\n", "Ab\n".encode("utf-16"), b"password\n"]
 
+# What nobody's hide writes.
+ODD_NAMES = [b"..", b".", b"/", b"../x", b"/tmp/x", b"a/b", b"a\\b", b"..\\x", b"C:", b"C:x", b"~", b"CON", b"nul ",
+             b" ", b"-", b"--help", b"*", b"$HOME", b"`id`", b"%s%n", b"", b"n" * 24, b"n" * 25, b"n" * 60]
+ODD_LENGTHS = [b"0", b"-1", b"+5", b" 5", b"5 ", b"", b"0007", b"5.0", b"5e0", b"0x5", b"\xb2", *[
+    b"%d" % number for base in (31, 32, 63, 64, 70) for number in (2**base - 1, 2**base, 2**64 - 2**base)]]
+SPELLINGS = [
+    lambda line: b"", lambda line: line[: len(line) // 2], lambda line: line.upper(), lambda line: line.lower(),
+    lambda line: b" \t" + line + b" ", lambda line: b";" + line, lambda line: line.replace(b"=", b" = "),
+    lambda line: line.replace(b"=", b"='") + b"'", lambda line: line.replace(b"=", b'="') + b'"',
+    lambda line: line + b"=", lambda line: line + b"0" * 100, lambda line: line * 3, lambda line: b"[" * 2500,
+    lambda line: line + b"\0", lambda line: b"\n".join(b"[%ddfg%%]\n?Kj*^=0" % i for i in range(3, 120))]
+
 
 @dataclasses.dataclass(frozen=True)
 class Able:
     """What can be tried here."""
 
-    force: bool  # sly has --force.
     root: bool  # Owners can be changed, and small disks mounted.
+    library: bool  # Calls can be made to fail, or to kill.
 
 
 class Chooser:
@@ -35,7 +50,8 @@ class Chooser:
 
     def scenario(self):
         choose = self.rng.choices(
-            [self.sets, self.killed, self.full_disk, self.hidden], [70, 6, 4 * self.able.root, 20])[0]
+            [self.sets, self.at_once, self.killed, self.full_disk, self.hidden],
+            [55, 6, 8 * self.able.library, 4 * self.able.root, 27])[0]
         choose()
         return self.steps
 
@@ -154,7 +170,7 @@ class Chooser:
     def say(self, verb, options, *names):
         for word, share in (("--yes", 0.5), ("--quiet", 0.2), ("--verbose", 0.3)):
             options += [word] * self.maybe(share)
-        if self.able.force and verb in ("split", "join"):
+        if verb in ("split", "join"):
             options += ["--force"] * self.maybe(0.2)
         self.steps.append(("sly", verb, *options, "--", *names))
 
@@ -187,19 +203,50 @@ class Chooser:
 
     def killed(self):
         rng = self.rng
-        self.folders, name = ["p"], rng.choice(STEMS[:4])
+        self.folders, name, names = ["p"], rng.choice(STEMS[:4]), 3
         for version, mode in (("A", 0o644), ("B", 0o600)):
-            length = rng.randrange(2000, 12_000)
-            self.steps.append(("file", "src/" + name, (version, 0, length), mode))
-            self.sources["src/" + name] = length
-            size = ["--size", str(rng.choice((50, 100, 200)))]
-            split = ["split", *size, "--output", "p", "--yes", *["--checksum"] * self.maybe(0.5)]
-            kill = version == "B" or self.maybe(0.2)
-            self.steps.append((*(("kill", rng.choice((*range(-6, 0), rng.randrange(1, 60)))) if kill else ("sly",)),
-                               *split, "--", "src/" + name))
+            length, size = rng.randrange(2000, 12_000), rng.choice((50, 100, 200))
+            self.file("src/" + name, (version, 0, length), mode)
+            names += 2 * (length // size)  # At most so often is something renamed.
+            kill = ("kill", rng.randrange(1, names)) if version == "B" or self.maybe(0.2) else ("sly",)
+            self.steps.append((*kill, "split", "--size", str(size), "--output", "p", "--yes",
+                               *["--checksum"] * self.maybe(0.5), "--", "src/" + name))
         self.pieces = [f"p/{name}.{i}.sly" for i in (1, 1, 2, 5)]
         for _ in range(rng.randrange(1, 4)):
             self.job()
+
+    # Two jobs that have files in common.
+
+    def at_once(self):
+        rng, size = self.rng, self.rng.choice((300, 7000))
+        length = rng.randrange(20 * size, 200 * size)
+        split = lambda path, folder, size: (
+            "split", "--size", str(size), "--output", folder, "--yes", "--", path)
+        join = lambda path, folder: ("join", "--output", folder, "--yes", "--", path)
+        hidden = lambda verb, *rest: (verb, "--password-file", "key", "--yes", *rest)
+        if self.able.library and self.maybe(0.2):
+            self.steps.append(("network",))
+        if self.maybe(0.5):
+            self.file("w", ("A", 0, length), 0o644)
+            self.file("in/w", ("B", 0, length + rng.choice((0, 1))), 0o644)
+            self.steps.append(("sly", *split("in/w", "p", size)))
+            jobs = [split("w", "p", size), split("w", "p", size // 2), split("in/w", "p", size * 2),
+                    join("p/w.1.sly", "p"), join("p/w.2.sly", "."), join("p/w.2.sly", ".")]
+        else:
+            for name in ("m.png", "n.png", "h.zip", "o.zip"):
+                self.file(name, (name, 0, length), 0o644)
+            self.file("key", b"Ab\n", 0o644)
+            for path, at in (("c.png", length // 2), ("in/c.png", length // 3)):
+                parts = (b"h.zip", (path, 0, at)), (b"o.zip", (path, at, length))
+                self.steps.append(("carrier", path, ("A", 0, length), parts, b"Ab"))
+            self.steps.append(("sly", *split("in/c.png", "p", size)))
+            jobs = [hidden("hide", "--", "m.png", "h.zip"), hidden("hide", "--", "m.png", "o.zip"),
+                    hidden("hide", "--", "c.png", "m.png"), hidden("recover", "--main", "--", "c.png"),
+                    *[hidden("recover", "--file", i, "--", "c.png") for i in "01"],
+                    *[join("p/c.png.1.sly", ".")] * 2]
+        signals = rng.choice(((0, 0), (0, signal.SIGINT), (signal.SIGSTOP, signal.SIGCONT)))
+        delays = tuple(round(rng.uniform(0, rng.choice((0.005, 0.02))), 5) for _ in signals)
+        self.steps.append(("both", tuple(map(int, signals)), delays, *rng.choices(jobs, k=2)))
 
     def full_disk(self):
         rng = self.rng
@@ -223,20 +270,24 @@ class Chooser:
         for name in rng.sample(files, 3):
             data = "age" if name == "a.age" else ("B", 0, rng.choice((0, 1, 500)))
             self.file(name, data)
-        for name in rng.sample(mains[:3] + ["old.gif"], rng.randrange(1, 3)):
-            inside = tuple((each, "age" if each == "a.age" else ("C", 0, rng.randrange(1, 900)))
-                           for each in rng.choices(["a.zip", "a.age", "b.txt", "\u00e9"],
-                                                   k=rng.choice((1, 1, 2, 3, 5, 6))))
-            password = rng.choice((b"Ab", b"Ab", b"slyver", b"x" * 24))
-            self.steps.append(("carrier", name, ("A", 0, rng.choice((1, 3000))), inside, password))
-            self.sources[name] = 1
-        for name in ("key", "pass"):
-            common = SECRETS[0] if name == "key" else SECRETS[-1]
-            self.steps.append(("file", name, common if self.maybe(0.5) else rng.choice(SECRETS), 0o600))
         paths = list(self.sources)
+        password = rng.choice((b"Ab", b"Ab", b"slyver", b"x" * 24, bytes(rng.choices(BYTES, k=rng.choice((1, 24))))))
+        for name in rng.sample(mains[:3] + ["old.gif"], rng.randrange(1, 3)):
+            inside = tuple((each, "age" if each == b"a.age" else ("C", 0, rng.randrange(1, 900)))
+                           for each in rng.choices([b"a.zip", b"a.age", b"b.txt", b"\xe9"],
+                                                   k=rng.choice((1, 1, 2, 3, 5, 6))))
+            main = rng.choice((1, 3000))
+            self.steps.append(("carrier", name, ("A", 0, main), inside, password))
+            paths += [name] * 6
+            if self.maybe(0.5):
+                self.damage(name, main, [(each, len(content(data))) for each, data in inside], password)
+        common = {"key": carriers.to_text(password).encode() + b"\n", "pass": SECRETS[-1]}
+        for name in ("key", "pass"):
+            secret = rng.choice((*[common[name]] * 8, password, *rng.choices(SECRETS, k=2)))
+            self.steps.append(("file", name, secret, 0o600))
         for _ in range(rng.randrange(1, 5)):
             verb, options = rng.choice(("hide", "hide", "list", "recover", "recover")), []
-            if self.maybe(0.7):
+            if self.maybe(0.15 if password == b"slyver" else 0.9):
                 options += ["--password-file", "key"]
             if verb == "list":
                 self.say("list", options, rng.choice(paths))
@@ -249,3 +300,37 @@ class Chooser:
                 if "--main" not in options:
                     options += rng.choice(([], ["--passphrase-file", "pass"], ["--raw"]))
                 self.say("recover", options, rng.choice(paths + ["Hidden File " + paths[0]]))
+
+    def damage(self, path, main, records, password):
+        """Spoils the last carrier: its directory, or its length."""
+        rng = self.rng
+        if self.maybe(0.2):
+            count = rng.choice((rng.randrange(-30, 30), rng.randrange(-3500, 3000)))
+            self.steps.append(("lengthen", path, count))
+            return
+        at, odd = rng.randrange(len(records)), rng.random()
+        name, length = records[at]
+        if odd < 0.15:
+            main = rng.choice(ODD_LENGTHS)
+        elif odd < 0.3:
+            records[at] = name, rng.choice([*ODD_LENGTHS, b"%d" % (length + 1)])
+        elif odd < 0.5:
+            any_byte = b"a%cz" % rng.randrange(256)
+            records[at] = rng.choice([*ODD_NAMES, *[any_byte] * 20]), length
+        sections = carriers.lines_of(carriers.to_text8(path), main, records, password)
+        lines = [line for section in sections for line in section]
+        ending = rng.choice((b"\r\n",) * 9 + (b"\n", b"\r"))
+        if odd > 0.5:
+            for _ in range(rng.choice((1, 1, 1, 4))):
+                at, to = rng.randrange(len(lines)), rng.randrange(len(lines))
+                line = lines[at]
+                lines[at : at + rng.choice((0, 1))] = [rng.choice([*SPELLINGS, *[lambda line: line] * 5])(line)]
+                if self.maybe(0.3):
+                    lines.insert(to, lines.pop(at))
+        if self.maybe(0.05):
+            rng.shuffle(lines)
+        text = bytearray(ending.join([*lines, b""]))
+        if self.maybe(0.3):
+            text += bytes(rng.choice((0, 5, 500)))
+            text[rng.randrange(len(text))] ^= rng.choice((0x01, 0x20, 0xFF, rng.randrange(1, 256)))
+        self.steps.append(("directory", path, bytes(text)))

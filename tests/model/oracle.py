@@ -3,8 +3,10 @@
 import collections
 import dataclasses
 import hashlib
+import itertools
 import os
 import re
+import signal
 
 import carriers
 from world import File, list_text
@@ -280,10 +282,8 @@ class Job:
         text = self.secret("--password-file")
         if text is None:
             return PUBLIC
-        try:
-            password = text.encode("cp1252")
-        except UnicodeEncodeError:
-            raise Refused("not in the code page", 1) from None
+        password = carriers.to_text8(text)
+        refuse_if(password is None, "not in the code page")
         refuse_if(len(password) > 24 or password == PUBLIC, "no password")
         return password
 
@@ -291,7 +291,8 @@ class Job:
         file = self.file(self.names[0])
         refuse_if(file is None, "no such carrier")
         reading = carriers.read(file.data, self.password())
-        refuse_if(reading.files is None, "the wrong password, or nothing hidden")
+        needed = reading.main_length if "--main" in self.options else reading.files
+        refuse_if(needed is None, "the wrong password, or nothing hidden")
         return file, reading
 
     def list(self):
@@ -302,11 +303,11 @@ class Job:
     def recover(self):
         file, reading = self.carrier()
         passphrase, made, private = self.secret("--passphrase-file"), {}, set()
-        numbers = range(len(reading.files))
+        numbers = range(len(reading.files or ()))
         if "--all" not in self.options and "--main" not in self.options:
             refuse_if("--file" not in self.options and len(numbers) > 1, "which of them?")
+            refuse_if(int(self.options.get("--file", 0)) not in numbers, "no such number")
             numbers = [int(self.options.get("--file", 0))]
-            refuse_if(numbers[0] >= len(reading.files), "no such number")
         parts = [reading.files[i] for i in numbers]
         if "--main" in self.options:
             parts = [(self.name, 0, reading.main_length)]
@@ -333,31 +334,37 @@ class Job:
         old = carriers.read(main.data, password)
         refuse_if(old.records >= 6, "six files are hidden already")
         refuse_if(old.records and not self.yes, "files are hidden already")
-        refuse_if(old.records and not old.whole, "the wrong password")
+        refuse_if(old.records and not (old.whole and old.main_name), "the wrong password")
         refuse_if(not old.records and (password == PUBLIC) != encrypts, "no use of the password")
         refuse_if(encrypts and (passphrase or "").encode() in (b"", PUBLIC, password), "no passphrase")
-        name = carriers.to_text(stored(os.path.basename(self.names[1]) + ".age" * encrypts))
         contents = lambda reading, data: [
-            (each, data[at : at + length]) for each, at, length in reading.files or []]
+            (carriers.to_text8(each), data[at : at + length]) for each, at, length in reading.files or []]
+        name = stored(os.path.basename(self.names[1]) + ".age" * encrypts)
+        before = contents(old, main.data)
+        start, main_name = len(main.data), stored(os.path.basename(self.names[0]))
+        if old.records:
+            start, main_name = old.main_length, old.main_name
+        made = lambda *hidden: carriers.carrier_of(main_name, main.data[:start], hidden, password)
 
         def right(data):
             new = carriers.read(data, password)
-            *before, last = contents(new, data) or [None]
+            *others, last = contents(new, data) or [None]
             if last and encrypts and last[1].startswith(b"age-encryption.org/v1\n"):
                 self.place.plain[last[1]] = added.data, passphrase
                 last = last[0], added.data
-            start = old.main_length if old.records else len(main.data)
-            return (new.whole and before == contents(old, main.data) and last == (name, added.data)
+            return (new.whole and others == before and last == (name, added.data)
                     and data[:start] == main.data[:start])
 
         path = self.free([f"Hidden File {self.name}",
                           *(f"[{i}] Hidden File {self.name}" for i in range(1, 9))])
+        if not encrypts and (not old.records or main.data == made(*before)):
+            right = made(*before, (name, added.data))
         return Expected("hide", 0, {path: right}, sources=[main, added], out=self.printed(path))
 
 
 def stored(name):
     """A hidden file's name as a directory has it."""
-    raw = name.encode("cp1252")
+    raw = carriers.to_text8(name)
     ending = raw[raw.rfind(b".") :] if b"." in raw else b""
     return raw if len(raw) <= 24 else raw[: max(0, 24 - len(ending))] + ending[:24]
 
@@ -399,6 +406,32 @@ def remember_kill(arguments, before, after, place):
     job = Job(arguments, before, place)
     if job.first() not in after:
         place.put_aside[job.first()] = {path: before[path] for path in job.set()} or job.aside()
+
+
+def failure_of_two(jobs, before, place, after, outcomes):
+    """The kind and the text of what is wrong after two jobs at once, or None. Those that have ended
+    well must have worked one after the other, the others not at all."""
+    for status, _, err in outcomes:
+        if status not in (0, 1, -signal.SIGINT) or status == 1 and not err.strip():
+            return "ending", f"ended with {status}: {err[-300:]!r}"
+    done = [arguments for arguments, outcome in zip(jobs, outcomes) if outcome.status == 0]
+    alone = [Job(arguments, before, place).expected().status for arguments in jobs]
+    if not done and 0 in alone and -signal.SIGINT not in [outcome.status for outcome in outcomes]:
+        return "status", f"neither has ended well: {outcomes}"
+    wrong = []
+    for order in itertools.permutations(done):
+        state, changes = before, {}
+        for arguments in order:
+            expected = Job(arguments, state, place).expected()
+            if expected.status:
+                break
+            changes |= expected.changes
+            state = {path: data if path not in changes else File(changes[path], 0o644, 0, 0, b"")
+                     for path, data in (state | changes).items() if changes.get(path, data) is not None}
+        else:
+            wrong.append(differing(Expected("", changes=changes), before, after))
+    best = min(wrong, key=len, default=["both have ended well"])
+    return ("files", f"{'; '.join(best[:4])}, after {outcomes}") if best else None
 
 
 def failure(job, expected, after, outcome):

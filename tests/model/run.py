@@ -13,13 +13,11 @@ import pathlib
 import random
 import shlex
 import shutil
-import subprocess
+import signal
 import sys
 import tempfile
 import time
 import traceback
-
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "faults"))
 
 import choices
 import oracle
@@ -33,7 +31,7 @@ def play(sly, folder, steps):
     count = 0
     with world.World(sly, folder) as place:
         for i, step in enumerate(steps):
-            if step[0] not in ("sly", "kill"):
+            if step[0] not in ("sly", "kill", "both"):
                 try:
                     place.do(step)
                 except OSError:
@@ -47,15 +45,20 @@ def play(sly, folder, steps):
             count += 1
             why = "the model itself"
             try:
-                job = oracle.Job(step[1:], before, place)
-                expected = job.expected()
-                why = expected.why
-                outcome = place.do(step)
-                wrong = oracle.failure(job, expected, world.look(place.files), outcome)
+                if step[0] == "both":
+                    why, outcomes = f"at once with {step[4][0]}", place.do(step)
+                    wrong = oracle.failure_of_two(
+                        step[3:], before, place, world.look(place.files), outcomes)
+                else:
+                    job = oracle.Job(step[1:], before, place)
+                    expected = job.expected()
+                    why = expected.why
+                    outcome = place.do(step)
+                    wrong = oracle.failure(job, expected, world.look(place.files), outcome)
             except Exception:
                 wrong = "error", traceback.format_exc()
             if wrong:
-                return count, ((step[1], why, wrong[0]), wrong[1], steps[: i + 1])
+                return count, ((str(step[1]), why, wrong[0]), wrong[1], steps[: i + 1])
     return count, None
 
 
@@ -90,7 +93,8 @@ def show(kind, text, steps, where):
         *rest, last = step
         mode = isinstance(last, int) and step[0] in ("file", "umask")
         print("    (" + ", ".join([*map(repr, rest), oct(last) if mode else repr(last)]) + ")")
-    print("  $", shlex.join(["sly", *steps[-1][1:]]), "\n", flush=True)
+    if steps[-1][0] == "sly":
+        print("  $", shlex.join(steps[-1]), "\n", flush=True)
 
 
 def main():
@@ -113,8 +117,11 @@ def main():
             show(*failure, arguments.steps)
         return int(bool(failure))
 
-    usage = subprocess.run([arguments.sly, "join", "--help"], capture_output=True, check=True).stdout
-    able = choices.Able(force=b"--force" in usage, root=os.geteuid() == 0)
+    # A shell's background job ignores Ctrl-C, and so would all that it starts.
+    signal.signal(signal.SIGINT, signal.default_int_handler)
+    able = choices.Able(root=os.geteuid() == 0, library=os.path.exists(world.library_of(arguments.sly)))
+    if not able.library:
+        print("No library beside sly: killed jobs and network file systems are not tried.")
     print(f"Seed {arguments.seed}", flush=True)
     begun = time.monotonic()
     with concurrent.futures.ProcessPoolExecutor(2) as pool:

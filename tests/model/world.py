@@ -5,12 +5,18 @@ A step is a tuple of plain values, printed and read back as it is:
     ("folder", PATH) ("link", PATH, TARGET) ("owner", PATH, USER) ("umask", BITS)
     ("disk", KIB) ("locale", NAME)
     ("list", PATH, FORM, ((NAME, DATA), ...))         a checksum file; FORMS has the forms
-    ("carrier", PATH, DATA, ((NAME, DATA), ...), PASSWORD)
+    ("carrier", PATH, DATA, ((NAME, DATA), ...), PASSWORD)   NAME: bytes
+    ("directory", PATH, TEXT)          a carrier's directory written otherwise
+    ("lengthen", PATH, COUNT)          fewer than 0: cut off
     ("opens", PATH, KIND)              user 4321 may read: the file, or what a folder will hold
-    ("kill", CHANGES, ARGUMENT ...)    sly is killed when so many changes of names were seen; fewer
-                                       than 0: so many after it has begun to exchange two sets
-    ("sly", ARGUMENT ...)              a job, to be judged"""
+    ("network",)                       a network file system
+    ("kill", NUMBER, ARGUMENT ...)     sly is killed before it renames for so many times
+    ("sly", ARGUMENT ...)              a job, to be judged
+    ("both", SIGNALS, DELAYS, ARGUMENTS, ARGUMENTS)
+                                       two at once, to be judged; behind the start of each a delay in
+                                       seconds and a signal to the first"""
 
+import collections
 import contextlib
 import dataclasses
 import functools
@@ -18,16 +24,24 @@ import hashlib
 import os
 import random
 import shutil
+import signal
 import stat
 import struct
 import subprocess
 import time
 
 import carriers
-import jobs
 
 GUEST = 4321
 PATIENCE = 60  # Seconds after which a job hangs.
+
+# An age file that was published with the format: the passphrase is "password", the plain bytes "age".
+AGE_FILE = b"""age-encryption.org/v1
+-> scrypt rF0/NwblUHHTpgQgRpe5CQ 10
+gUjEymFKMVXQEKdMMHL24oYexjE3TIC0O0zGSqJ2aUY
+--- IOXiQYStkoT1mvZW2tFOqZdhRVvj58egABx/sWfZQbc
+""" + bytes.fromhex("1b35c6e687dd00da3ac379ac9f742c21fd185a1b9e3ded739d14ac6a9a50124db866d8")
+
 _ACCESS = "system.posix_acl_access"
 _USER_OBJ, _USER, _GROUP_OBJ, _GROUP, _MASK, _OTHER = 1, 2, 4, 8, 16, 32
 
@@ -65,12 +79,12 @@ class File:
 
 @functools.cache
 def _version(letter):
-    return random.Random(letter).randbytes(1 << 18)
+    return random.Random(letter).randbytes(1 << 21)
 
 
 def content(data):
     if data == "age":
-        return jobs.AGE_FILE
+        return AGE_FILE
     if isinstance(data, bytes):
         return data
     letter, begin, end, *flipped = data
@@ -98,6 +112,43 @@ def access_list(owner, group, other):
         _GROUP_OBJ, group) + entry(_MASK, group | 4) + entry(_OTHER, other)
 
 
+Outcome = collections.namedtuple("Outcome", ("status", "out", "err"))  # Status None: it hung.
+
+
+def environment(home):
+    options = dict.fromkeys(("ASAN_OPTIONS", "UBSAN_OPTIONS"), "abort_on_error=1")
+    return os.environ | options | {
+        "LC_ALL": "C", "HOME": home, "XDG_RUNTIME_DIR": os.path.join(home, "run"),
+        "XDG_CONFIG_HOME": os.path.join(home, "config")}
+
+
+def start(sly, arguments, home, variables, **options):
+    """Starts sly in the files of a home; `options` are those of subprocess.Popen."""
+    return subprocess.Popen(
+        [sly, *arguments], cwd=os.path.join(home, "files"), env=environment(home) | variables,
+        stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE, **options)
+
+
+def library_of(sly):
+    return os.path.join(os.path.dirname(sly), "libslyver_faults.so")
+
+
+def faults(sly, home, **settings):
+    """The variables for the library that has something happen to sly's calls (tests/faults)."""
+    variables = {"SLYVER_FAULT_" + name.upper(): str(value) for name, value in settings.items()}
+    return {"LD_PRELOAD": library_of(sly), "SLYVER_FAULT_ROOT": str(home)} | variables
+
+
+def finish(process):
+    """Waits for the end of what was started."""
+    try:
+        out, err = process.communicate(timeout=PATIENCE)
+        return Outcome(process.returncode, out, err)
+    except subprocess.TimeoutExpired:
+        process.kill()
+        return Outcome(None, *process.communicate())
+
+
 def look(top):
     """What is in a folder: for each path a File, "folder" or what else it is."""
     found = {}
@@ -112,10 +163,10 @@ def look(top):
                 with contextlib.suppress(OSError):
                     access = os.getxattr(path, _ACCESS)
                 value = File(data, stat.S_IMODE(status.st_mode), status.st_uid, status.st_gid, access)
-            elif stat.S_ISDIR(status.st_mode):
-                value = "folder"
-            else:
+            elif stat.S_ISLNK(status.st_mode):
                 value = "link to " + os.readlink(path)
+            else:
+                value = "folder" if stat.S_ISDIR(status.st_mode) else stat.filemode(status.st_mode)
             found[os.path.relpath(path, top)] = value
     return found
 
@@ -125,8 +176,8 @@ class World:
 
     def __init__(self, sly, folder):
         self.sly, self.home, self.files = sly, folder, os.path.join(folder, "files")
-        self.umask, self.disk, self.locale = 0o022, False, "C.UTF-8"
-        self.plain = {jobs.AGE_FILE: (b"age", "password")}  # What is in age files, and the passphrase.
+        self.umask, self.disk, self.locale, self.variables = 0o022, False, "C.UTF-8", {}
+        self.plain = {AGE_FILE: (b"age", "password")}  # What is in age files, and the passphrase.
         self.put_aside = {}  # Of killed splits, by the path of piece 1: the set before.
         self.leftovers = set()  # What killed jobs have left.
 
@@ -187,9 +238,17 @@ class World:
         self._file(path, list_text(form, lines), 0o644)
 
     def _carrier(self, path, main, hidden, password):
-        hidden = [(name.encode("cp1252"), content(data)) for name, data in hidden]
-        name = os.path.basename(path).encode("cp1252")
+        hidden = [(name, content(data)) for name, data in hidden]
+        name = carriers.to_text8(os.path.basename(path))
         self._file(path, carriers.carrier_of(name, content(main), hidden, password), 0o644)
+
+    def _directory(self, path, text):
+        with open(self.at(path), "r+b") as file:
+            file.seek(-carriers.DIRECTORY, os.SEEK_END)
+            file.write(carriers.padded(text))
+
+    def _lengthen(self, path, count):
+        os.truncate(self.at(path), max(0, os.path.getsize(self.at(path)) + count))
 
     def _opens(self, path, kind):
         with contextlib.suppress(OSError):  # Nothing has that name any more, or no access lists.
@@ -197,28 +256,26 @@ class World:
             access = access_list(mode >> 6 & 7, mode >> 3 & 7, mode & 7)
             os.setxattr(self.at(path), "system.posix_acl_" + kind, access)
 
+    def _network(self):
+        self.variables = faults(self.sly, self.home, disk="network")
+
     def _start(self, arguments):
-        home = {"LC_ALL": self.locale, "HOME": self.home, "XDG_CONFIG_HOME": self.at("../config"),
-                "XDG_RUNTIME_DIR": self.at("../run")}
-        return subprocess.Popen(
-            [self.sly, *arguments], cwd=self.files, umask=self.umask, env=os.environ | home,
-            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-            start_new_session=True)
+        variables = {"LC_ALL": self.locale} | self.variables
+        return start(self.sly, arguments, self.home, variables, umask=self.umask)
 
     def _sly(self, *arguments):
-        process = self._start(arguments)
-        try:
-            out, err = process.communicate(timeout=PATIENCE)
-        except subprocess.TimeoutExpired:
-            process.kill()
-            return None, *process.communicate()
-        return process.returncode, out, err
+        return finish(self._start(arguments))
 
-    def _kill(self, changes, *arguments):
-        process, seen, before = self._start(arguments), 0, None
-        while process.poll() is None and seen <= abs(changes):
-            now = [(folder, names) for folder, _, names in os.walk(self.files)]
-            exchanges = changes >= 0 or any(names and folder.endswith("/earlier") for folder, names in now)
-            seen, before = seen + (now != before and exchanges), now
-        process.kill()
-        process.communicate()
+    def _kill(self, number, *arguments):
+        self.variables = faults(
+            self.sly, self.home, at=number, effect=f"signal {signal.SIGKILL}", stays="names")
+        self._sly(*arguments)
+        self.variables = {}
+
+    def _both(self, signals, delays, *jobs):
+        processes = []
+        for arguments, each, delay in zip(jobs, signals, delays):
+            processes.append(self._start(arguments))
+            time.sleep(delay)
+            processes[0].send_signal(each)
+        return list(map(finish, processes))

@@ -17,8 +17,16 @@ _CODE_PAGE = {
 }
 
 
+_CODES = {letter: code for code, letter in _CODE_PAGE.items()}
+
+
 def to_text(text8):
     return "".join(_CODE_PAGE[code] for code in text8)
+
+
+def to_text8(text):
+    """The bytes of a text, or None if the code page lacks a character."""
+    return bytes(map(_CODES.get, text)) if _CODES.keys() >= {*text} else None
 
 
 def _key(password):
@@ -80,7 +88,7 @@ def carrier_of(main_name, main, hidden, password):
 class Reading:
     """What a reader may make of a carrier."""
     records: int  # By the rule of hiding: the first index without a length.
-    main_named: bool
+    main_name: bytes  # Empty if there is none.
     main_length: int | None = None  # None where it must be refused.
     files: list | None = None  # Name (UTF-8 text), offset and length; None: to be refused.
     whole: bool = False  # The parts fill the carrier, so that a file can be added behind them.
@@ -92,10 +100,7 @@ def read(carrier, password):
     records = 0
     while value(section(records), LENGTH):
         records += 1
-    reading = Reading(
-        records,
-        main_named=bool(value(MAIN, NAME)),
-    )
+    reading = Reading(records, decipher(value(MAIN, NAME), password))
     # By the rule of recovering no file is hidden in it, or the password is wrong.
     if not value(section(0), NAME) or decipher(value(MAIN, CHECK), password) != password:
         return reading
