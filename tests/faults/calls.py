@@ -75,7 +75,7 @@ def _losses(setting, job, home, outcome, effect, struck, then):
         return jobs.losses(job, home, outcome, _of_others(job, home), ways=kept) + [
             "an earlier file is gone"] * (bool(gone) and not whole)
     place = pathlib.PurePath(path).relative_to(home)
-# What was not to be removed stays, and so do the folders it is in, and their locks.
+    # What was not to be removed stays, and so do the folders it is in, and their locks.
     stays = place, *place.parents, *(folder / "slyver.lock" for folder in place.parents)
     spared = set(map(str, stays)) if call in REMOVALS else ()
     # So does a work folder that could not be looked into; the next job removes it.
