@@ -76,7 +76,7 @@ def _losses(setting, job, home, outcome, effect, struck, then):
             "an earlier file is gone"] * (bool(gone) and not whole)
     place = pathlib.PurePath(path).relative_to(home)
     # What was not to be removed stays, and so do the folders it is in, and their lock.
-    stays = place, *place.parents, place.with_name("slyver.lock")
+    stays = place, *place.parents, place.parent / "slyver.lock"
     spared = set(map(str, stays)) if call in REMOVALS else ()
     # So does a work folder that could not be looked into; the next job removes it.
     work = [folder for folder in (place, *place.parents)
