@@ -89,6 +89,7 @@ class Reading:
     """What a reader may make of a carrier."""
     records: int  # By the rule of hiding: the first index without a length.
     main_name: bytes  # Empty if there is none.
+    opens: bool = False  # The password is right, and a file is hidden in it.
     main_length: int | None = None  # None where it must be refused.
     files: list | None = None  # Name (UTF-8 text), offset and length; None: to be refused.
     whole: bool = False  # The parts fill the carrier, so that a file can be added behind them.
@@ -101,10 +102,10 @@ def read(carrier, password):
     while value(section(records), LENGTH):
         records += 1
     reading = Reading(records, decipher(value(MAIN, NAME), password))
-    # By the rule of recovering no file is hidden in it, or the password is wrong.
+    # By the rule of recovering, no file is hidden in it, or the password is wrong.
     if not value(section(0), NAME) or decipher(value(MAIN, CHECK), password) != password:
         return reading
-    end = len(carrier) - DIRECTORY
+    reading.opens, end = True, len(carrier) - DIRECTORY
     offset = reading.main_length = _length(decipher(value(MAIN, LENGTH), password), end)
     if offset is None:
         return reading

@@ -229,9 +229,9 @@ class Chooser:
         if self.maybe(0.5):
             self.file("w", ("A", 0, length), 0o644)
             self.file("in/w", ("B", 0, length + rng.choice((0, 1))), 0o644)
-            self.steps.append(("sly", *split("in/w", "p", size)))
+            self.steps += [("sly", *split("in/w", folder, size)) for folder in "pq"]
             jobs = [split("w", "p", size), split("w", "p", size // 2), split("in/w", "p", size * 2),
-                    join("p/w.1.sly", "p"), join("p/w.2.sly", "."), join("p/w.2.sly", ".")]
+                    join("p/w.1.sly", "p"), join("p/w.2.sly", "p"), join("q/w.1.sly", ".")]
         else:
             for name in ("m.png", "n.png", "h.zip", "o.zip"):
                 self.file(name, (name, 0, length), 0o644)

@@ -146,7 +146,8 @@ class Job:
         refuse_if(length <= size, "not longer than a piece")
         count = -(-length // size)
         refuse_if(count > MOST_PIECES, "too many pieces")
-        refuse_if(len(os.fsencode(f"{self.name}.{count}.sly")) > 255, "too long a name")
+        last = ".sha256" if "--checksum" in self.options and count < 100 else f".{count}.sly"
+        refuse_if(len(os.fsencode(self.name + last)) > 255, "too long a name")
         start = os.path.join(self.made_output(), self.name)
         new = {f"{start}.{i + 1}.sly": source.data[i * size : (i + 1) * size] for i in range(count)}
         refuse_if("folder" in map(self.state.get, new), "a folder has a piece's name")
@@ -335,7 +336,9 @@ class Job:
         refuse_if(old.records >= 6, "six files are hidden already")
         refuse_if(old.records and not self.yes, "files are hidden already")
         refuse_if(old.records and not (old.whole and old.main_name), "the wrong password")
-        refuse_if(not old.records and (password == PUBLIC) != encrypts, "no use of the password")
+        is_open = old.opens and password == PUBLIC
+        refuse_if(not old.records and (password == PUBLIC) != encrypts and not is_open,
+                  "no use of the password")
         refuse_if(encrypts and (passphrase or "").encode() in (b"", PUBLIC, password), "no passphrase")
         contents = lambda reading, data: [
             (carriers.to_text8(each), data[at : at + length]) for each, at, length in reading.files or []]
