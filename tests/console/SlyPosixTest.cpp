@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <csignal>
 #include <cstdlib>
 #include <stdexcept>
 
@@ -79,6 +80,8 @@ class OnTerminal {
     if (child_ < 0) throw std::runtime_error("no terminal can be made");
     if (child_ > 0) return;
     (void)alarm(60);
+    // What runs the tests in the background has ignored these.
+    for (const int number : {SIGHUP, SIGINT, SIGQUIT}) (void)std::signal(number, SIG_DFL);
     if (chdir(folder.c_str()) == 0) execl("/bin/sh", "sh", "-c", script.c_str(), nullptr);
     _exit(127);
   }
@@ -205,12 +208,14 @@ const std::vector<Case> scripts = {
      0, "",
      "@/temprrr Holds Other Files. Move Them Away.\nUnable To Join File.\n"
      "@/TempRRR Holds Other Files. Move Them Away.\nUnable To Recover File.\n"},
-    // Encrypted files.
-    {"echo p >pp; PP='--passphrase-file pp'; $SLY hide -q -e $PP $P m.png b.bin;"
-     "$SLY recover $PP $P --all two; rm pp; echo slyver | $SLY hide -e --passphrase-file - m.png "
-     "b.bin;"
+    // Encrypted files. A list that is open to everyone takes no password.
+    {"echo p >pp; PP='--passphrase-file pp'; $SLY hide -q -e $PP m.png b.bin;"
+     "$SLY hide -q -y $P 'Hidden File m.png' b.bin; $SLY recover $P 'Hidden File m.png';"
+     "$SLY hide -q -e $PP $P m.png b.bin; $SLY recover $PP $P --all two;"
+     "echo slyver | $SLY hide -e --passphrase-file - m.png b.bin;"
      "printf 'Ab\\nx\\n' | $SLY hide -q -y -e --passphrase-file - $P one b.bin",
-     1, "",
+     1, "@/Hidden File m.png\n",
+     "Incorrect Password.\nIncorrect Password. Unable To Recover File.\n"
      "A New List Takes No Password Where The File Is Encrypted. Leave The Password Out.\n"
      "No File Hidden In two Is Encrypted Under A Passphrase.\nUnable To Recover File.\n" +
          sameAsList + sameAsList},

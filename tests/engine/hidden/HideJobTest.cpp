@@ -68,7 +68,17 @@ TEST_F(Hide, WritesTheDirectoryInTheCodePage) {
   EXPECT_EQ(ReadFile(Run(ui)).substr(3001, directory.size()), directory);
   WriteFile(form.Text1, SampleDirectory(1, SampleRecord(0, "a.bin", "7")));
   ui.Expect(hidden);
-  EXPECT_NE(Run(ui), "") << "a directory alone is no carrier";
+  EXPECT_EQ(Run(ui), folder / "[1] Hidden File m.png") << "a directory alone is no carrier";
+}
+
+TEST_F(Hide, AddsToACarrierShorterThanTwoDirectories) {
+  WriteFile(form.Text1, SampleCarrier(1, 1));
+  form.Text2 = folder / "b.bin";
+  WriteFile(form.Text2, SampleBytes(1));
+  ScriptedUi ui({"y" + add});
+  ui.ExpectMaskedInputBox("Enter Password Of The Last File.", samplePassword);
+  ui.Expect(hidden);
+  EXPECT_EQ(ReadFile(Run(ui)), SampleCarrier(1, 2));
 }
 
 TEST_F(Hide, AnAdditionNeedsConsentAndTheFirstPasswordAndASoundCarrierWithRoom) {
