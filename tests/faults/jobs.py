@@ -64,12 +64,10 @@ class Job:
         """The job as the model has it."""
         state = {}
         for path, data in self.start.items():
-            if path.startswith("files/"):
-                path = pathlib.PurePath(path).relative_to("files")
-                state |= {str(folder): "folder" for folder in path.parents[:-1]}
-                file = isinstance(data, bytes)
-                state[str(path)] = world.File(
-                    data, mode(path), os.geteuid(), os.getegid(), b"") if file else data
+            if isinstance(data, bytes):
+                data = world.File(data, mode(path), os.geteuid(), os.getegid(), b"")
+            path = pathlib.PurePath(os.path.relpath(path, "files"))
+            state |= {str(folder): "folder" for folder in path.parents[:-1]} | {str(path): data}
         return oracle.Job(self.arguments, state, world.World("", "{home}"))
 
     @functools.cached_property

@@ -37,14 +37,18 @@ def put_leftover(path, outside):
     (path / ".slyver-1.tmp").write_bytes(b"half")
 
 
+def put_link(path, to):
+    path.symlink_to(os.path.relpath(to, path.parent))
+
+
 KINDS = {
     "a file": lambda path, outside: path.write_bytes(b"in the way"),
     "a folder": put_folder,
     "a read-only folder": lambda path, outside: put_folder(path, outside, 0o500),
-    "a link to a folder": lambda path, outside: path.symlink_to(outside / "folder"),
-    "a link to a file": lambda path, outside: path.symlink_to(outside / "file"),
+    "a link to a folder": lambda path, outside: put_link(path, outside / "folder"),
+    "a link to a file": lambda path, outside: put_link(path, outside / "file"),
     "another name of a file": lambda path, outside: os.link(outside / "file", path),
-    "a link to nothing": lambda path, outside: path.symlink_to(outside / "nothing"),
+    "a link to nothing": lambda path, outside: put_link(path, outside / "nothing"),
     "a link to itself": lambda path, outside: path.symlink_to(path),
     "a pipe": lambda path, outside: os.mkfifo(path),
     "a socket": lambda path, outside: os.mknod(path, stat.S_IFSOCK | 0o600),
@@ -62,52 +66,44 @@ FOR_PRIVATE_FOLDERS = {
 }
 OF_ROOT = {"a device", "a folder of another user"}  # Only root can make these.
 FOLDERS = {"a folder", "a read-only folder"}
-FILES = {"a file", "a link to a file", "another name of a file"}
-REPLACEABLE = FILES | {"a link to a folder", "a link to nothing", "a link to itself"}
 
 
 @dataclasses.dataclass(frozen=True)
 class Place:
     path: str
-    passable: set = frozenset()  # The kinds that must not keep the job from being done;
-    either: set = frozenset()  # that may, or may not. All others must.
+    passable: set = None  # The kinds in spite of which the job must be done; None: as the model says.
+    either: set = frozenset()  # Those in spite of which it may be done.
     own: set = frozenset()  # Those that are the program's and may go, even in a failure.
     kinds: dict = dataclasses.field(default_factory=lambda: KINDS)
 
 
 def places(job):
     """The names that a job uses."""
-    everything = set(KINDS)
-    work_folder = {"passable": set(FOR_WORK_FOLDERS), "own": set(FOR_WORK_FOLDERS),
-                   "kinds": KINDS | FOR_WORK_FOLDERS}
-    own_file = {"passable": everything - FOLDERS, "own": everything - FOLDERS}
+    verb, ours = job.arguments[0], {*FOR_WORK_FOLDERS}
     for path in job.sources:
         if not path.endswith("/password"):  # A pipe there is a way to hand a password over.
-            yield Place(path, either=FILES)
-    if "join" in job.name:
-        yield Place("files/temprrr", **work_folder)
-    if "recover" in job.name:
-        yield Place("files/TempRRR", **work_folder)
+            yield Place(path)
+    if verb in ("join", "recover"):
+        name = "temprrr" if verb == "join" else "TempRRR"
+        yield Place(f"files/{name}", ours, own=ours, kinds=KINDS | FOR_WORK_FOLDERS)
     if "over pieces" in job.name:
-        first = temporary_path("files/old/whole.bin.1.sly")
-        yield Place(first.replace(".tmp", ".set"), {"an empty folder"}, own=set(FOR_WORK_FOLDERS),
-                    kinds=KINDS | FOR_WORK_FOLDERS)
-    if "hide" in job.name:
+        staging = temporary_path("files/old/whole.bin.1.sly").replace(".tmp", ".set")
+        yield Place(staging, {"an empty folder"}, own=ours, kinds=KINDS | FOR_WORK_FOLDERS)
+    if verb == "hide":
         passed_over = {*KINDS, "a folder open to all", "a folder of another user"} - FOLDERS
         yield Place(jobs.PRIVATE, passed_over, {"a closed folder", *FOLDERS},
                     kinds=KINDS | FOR_PRIVATE_FOLDERS)
-    marks = "hide" in job.name or "recover" in job.name
     for path in job.results:
         # A recovered file is moved there when it is complete, and so is a set that replaces another.
         staged = path.startswith("files/old/") and not path.endswith((".1.sly", ".sha256"))
-        if "recover" not in job.name and not staged:
-            own = own_file | ({"passable": everything} if "hide" in job.name else {})
+        if verb != "recover" and not staged:
+            files = KINDS.keys() - FOLDERS
             # Pieces but the first need no such name where files can be without.
             first = not path.endswith(".sly") or path.endswith(".1.sly")
-            yield Place(temporary_path(path), either=set() if first else FOLDERS, **own)
+            yield Place(temporary_path(path), {*KINDS} if verb == "hide" else files,
+                        set() if first else FOLDERS, own=files)
         if path not in job.replaced:
-            replaces = {"--yes", "--force"} & {*job.arguments}  # It says yes to every question.
-            yield Place(path, everything if marks else REPLACEABLE if replaces else set())
+            yield Place(path)
 
 
 def temporary_path(path):
@@ -176,15 +172,16 @@ def prepare(home, job, place, kind, put):
 
 def losses(sly, home, job, place, kind):
     before = jobs.look(home)
-    known = {path: (home / path).read_bytes() for path in job.sources if (home / path).is_file()}
-    # Where no temporary file can be, the next name is taken, as if this one were not free.
-    taken = {path: "" for path in job.results if kind in FOLDERS and place.path == temporary_path(path)}
-    trapped = dataclasses.replace(job, start=before | known | taken)
+    # Where no temporary file can be, a hide takes the next name, as if this one were not free.
+    taken = {path: "" for path in job.results
+             if job.arguments[0] == "hide" and kind in FOLDERS and place.path == temporary_path(path)}
+    trapped = dataclasses.replace(job, start=before | taken)
     user = {"user": NOBODY, "group": NOBODY, "extra_groups": []} if IS_ROOT else {}
     outcome = jobs.run(sly, job.arguments, home, **user)
     yield from jobs.wrong_ending(outcome)
     done = outcome.status == 0
-    if kind not in place.either and done != (kind in place.passable):
+    passable = trapped.expected.status == 0 if place.passable is None else kind in place.passable
+    if kind not in place.either and done != passable:
         yield f"ended with {outcome.status}: {outcome.err}"
     at = lambda path: path == place.path or path.startswith(place.path + "/")
     way = jobs.only(dict.fromkeys(job.results)) | {

@@ -7,8 +7,10 @@ import itertools
 import os
 import re
 import signal
+import traceback
 
 import carriers
+import world
 from world import File, list_text
 
 LIST_LIMIT, LINE_LIMIT, MOST_PIECES, PAGE = 2**25, 2048, 32767, 4096
@@ -79,6 +81,11 @@ class Job:
             return self.file(os.path.normpath(target))
         return found if isinstance(found, File) else None
 
+    def blocks(self, path):
+        """True if there is something that a file never replaces."""
+        entry = self.state.get(path, "link to")
+        return isinstance(entry, str) and not entry.startswith("link to")
+
     def output(self):
         named = self.options.get("--output")
         return self.folder if named is None else os.path.normpath(named).removeprefix(".")
@@ -100,13 +107,14 @@ class Job:
     def printed(self, *paths):
         return b"".join(os.fsencode(self.place.at(path)) + b"\n" for path in paths)
 
-    def pieces(self, folder):
-        """The pieces in a folder: for each number the paths."""
-        found, start = collections.defaultdict(list), os.path.join(folder, self.name)
-        for path, entry in self.state.items():
-            if path.startswith(start) and isinstance(entry, File):
-                if match := re.fullmatch(NUMBER, path.removeprefix(start)):
-                    found[int(match[1])].append(path)
+    def pieces(self):
+        """The pieces by folder and number; each number has paths."""
+        found = collections.defaultdict(lambda: collections.defaultdict(list))
+        for path in self.state:
+            folder, name = os.path.split(path)
+            match = name.startswith(self.name) and re.fullmatch(NUMBER, name.removeprefix(self.name))
+            if match and self.file(path):
+                found[folder][int(match[1])].append(path)
         return found
 
     def listed(self, folder):
@@ -122,7 +130,7 @@ class Job:
     def set(self):
         """The set that a split would replace."""
         folder = self.output()
-        found = {path for paths in self.pieces(folder).values() for path in paths}
+        found = {path for paths in self.pieces()[folder].values() for path in paths}
         known = self.listed(folder)
         return found | ({os.path.join(folder, self.name + ".sha256")} if known and 0 not in known else set())
 
@@ -150,21 +158,22 @@ class Job:
         refuse_if(len(os.fsencode(self.name + last)) > 255, "too long a name")
         start = os.path.join(self.made_output(), self.name)
         new = {f"{start}.{i + 1}.sly": source.data[i * size : (i + 1) * size] for i in range(count)}
-        refuse_if("folder" in map(self.state.get, new), "a folder has a piece's name")
+        refuse_if(any(map(self.blocks, new)), "a folder has a piece's name")
+        taken = self.state.keys() & new
         old, aside = self.set(), self.aside()
         if "--checksum" in self.options:
             path = start + ".sha256"
             refuse_if(path in self.state and path not in old, "another's list")
             new[path] = list_text(
                 "plain", [(os.path.basename(each), data) for each, data in new.items()])
-        refuse_if((old or aside) and not self.yes, "pieces of an earlier split")
+        refuse_if((old or aside or taken) and not self.yes, "pieces of an earlier split")
         over = old | aside.keys()
         partial = {}
         if not aside and self.first() not in old:  # Leftovers may have gone first.
             partial = {path: (None, new.get(path)) for path in new.keys() | old
                        if path != self.first() and path.endswith(".sly")}
             for path in old:
-                partial[path] = *partial.get(path, (None,)), self.state[path].data
+                partial[path] = *partial.get(path, (None,)), self.file(path).data
         return Expected("split over an earlier set" if over else "split",
                         self.status_by_room(new, old, partial), dict.fromkeys(over) | new,
                         sources=[source], partial=partial,
@@ -177,7 +186,7 @@ class Job:
         pages = lambda files: sum(-(-len(data) // PAGE) for data in files) * PAGE
         room = self.place.room()
         if self.first() not in old:  # Leftovers go first where there is no room.
-            room += pages(self.state[path].data for path in old)
+            room += pages(self.file(path).data for path in old)
         if pages(new.values()) > room:
             raise Refused("no room", 1, partial)
         return 0 if pages(new.values()) + 16 * PAGE <= room else None
@@ -191,12 +200,11 @@ class Job:
         refuse_if(not match, "no name of a piece")
         self.name, number = match.groups()
         refuse_if(not re.fullmatch("[1-9][0-9]{0,5}", number), "no name of a piece")
-        here, below = self.pieces(self.folder), collections.defaultdict(list)
-        start = os.path.join(self.folder, "")
-        for path, entry in self.state.items():
-            inner = path.removeprefix(start)
-            if entry == "folder" and path.startswith(start) and not re.search(r"(^|/)\.slyver-", inner):
-                theirs = self.pieces(path)
+        pieces, below = self.pieces(), collections.defaultdict(list)
+        here, start = pieces.pop(self.folder, {}), os.path.join(self.folder, "")
+        for folder, theirs in pieces.items():
+            inner = folder.removeprefix(start)
+            if folder.startswith(start) and not re.search(r"(^|/)\.slyver-", inner):
                 if 1 not in theirs and not theirs.keys() & here.keys():
                     for i, paths in theirs.items():
                         below[i] += paths
@@ -228,7 +236,7 @@ class Job:
         self.gather()
         refuse_if(self.missing or len(self.found) < 2, "a piece is missing")
         target = os.path.join(self.made_output(), self.name)
-        refuse_if(self.state.get(target) == "folder", "a folder has the joined name")
+        refuse_if(self.blocks(target), "a folder has the joined name")
         delete, doubts = "--delete" in self.options, self.unproven + ["damaged"] * bool(self.damaged)
         doubts += ["deleted unchecked"] * (delete and not self.digests)
         refuse_if(doubts and not self.force, ", ".join(doubts))
@@ -435,6 +443,43 @@ def failure_of_two(jobs, before, place, after, outcomes):
             wrong.append(differing(Expected("", changes=changes), before, after))
     best = min(wrong, key=len, default=["both have ended well"])
     return ("files", f"{'; '.join(best[:4])}, after {outcomes}") if best else None
+
+
+def play(sly, folder, steps):
+    """Does the steps up to the first failure. Returns the number of jobs, and None or the failure's
+    kind, its text and the steps so far."""
+    count = 0
+    with world.World(sly, folder) as place:
+        for i, step in enumerate(steps):
+            if step[0] not in ("sly", "kill", "both"):
+                try:
+                    place.do(step)
+                except OSError:
+                    pass  # Names may be in each other's way.
+                continue
+            before = world.look(place.files)
+            if step[0] == "kill":
+                place.do(step)
+                remember_kill(step[2:], before, world.look(place.files), place)
+                continue
+            count += 1
+            why = "the model itself"
+            try:
+                if step[0] == "both":
+                    why, outcomes = f"at once with {step[4][0]}", place.do(step)
+                    wrong = failure_of_two(
+                        step[3:], before, place, world.look(place.files), outcomes)
+                else:
+                    job = Job(step[1:], before, place)
+                    expected = job.expected()
+                    why = expected.why
+                    outcome = place.do(step)
+                    wrong = failure(job, expected, world.look(place.files), outcome)
+            except Exception:
+                wrong = "error", traceback.format_exc()
+            if wrong:
+                return count, ((str(step[1]), why, wrong[0]), wrong[1], steps[: i + 1])
+    return count, None
 
 
 def failure(job, expected, after, outcome):

@@ -17,49 +17,11 @@ import signal
 import sys
 import tempfile
 import time
-import traceback
 
 import choices
 import oracle
 import shrink
 import world
-
-
-def play(sly, folder, steps):
-    """Does the steps up to the first failure. Returns the number of jobs, and None or the failure's
-    kind, its text and the steps so far."""
-    count = 0
-    with world.World(sly, folder) as place:
-        for i, step in enumerate(steps):
-            if step[0] not in ("sly", "kill", "both"):
-                try:
-                    place.do(step)
-                except OSError:
-                    pass  # Names may be in each other's way.
-                continue
-            before = world.look(place.files)
-            if step[0] == "kill":
-                place.do(step)
-                oracle.remember_kill(step[2:], before, world.look(place.files), place)
-                continue
-            count += 1
-            why = "the model itself"
-            try:
-                if step[0] == "both":
-                    why, outcomes = f"at once with {step[4][0]}", place.do(step)
-                    wrong = oracle.failure_of_two(
-                        step[3:], before, place, world.look(place.files), outcomes)
-                else:
-                    job = oracle.Job(step[1:], before, place)
-                    expected = job.expected()
-                    why = expected.why
-                    outcome = place.do(step)
-                    wrong = oracle.failure(job, expected, world.look(place.files), outcome)
-            except Exception:
-                wrong = "error", traceback.format_exc()
-            if wrong:
-                return count, ((str(step[1]), why, wrong[0]), wrong[1], steps[: i + 1])
-    return count, None
 
 
 def work(arguments, able, first):
@@ -71,13 +33,13 @@ def work(arguments, able, first):
     try:
         while jobs < arguments.jobs / 2 and time.monotonic() < until:
             steps = choices.Chooser(random.Random(seed), able).scenario()
-            count, failure = play(arguments.sly, folder, steps)
+            count, failure = oracle.play(arguments.sly, folder, steps)
             jobs += count
             if failure and failure[0] not in found:
                 kind, text, steps = failure
-                same = lambda fewer: (play(arguments.sly, folder, fewer)[1] or [None])[0] == kind
+                same = lambda fewer: (oracle.play(arguments.sly, folder, fewer)[1] or [None])[0] == kind
                 steps = shrink.smallest(steps, same)
-                again = play(arguments.sly, folder, steps)[1]  # A killed job does not end alike again.
+                again = oracle.play(arguments.sly, folder, steps)[1]  # A killed job does not end alike again.
                 found[kind] = again[1] if again else text, seed, steps, jobs
                 if not arguments.keep_going:
                     break
@@ -112,7 +74,7 @@ def main():
         steps = [ast.literal_eval(line.strip())
                  for line in arguments.steps.read_text().splitlines() if line.strip().startswith("(")]
         with tempfile.TemporaryDirectory(dir=arguments.folder) as folder:
-            _, failure = play(arguments.sly, folder + "/home", steps)
+            _, failure = oracle.play(arguments.sly, folder + "/home", steps)
         if failure:
             show(*failure, arguments.steps)
         return int(bool(failure))
