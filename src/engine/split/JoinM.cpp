@@ -90,6 +90,7 @@ class Joining {
     joined_.lastPiece = pieces_.NameOf(pieces_.Count());
     if (joined_.pieces > maxCount) throw OverflowError();
     plan_ = PlanOf(pieces_, joined_.path, ui_);
+    RequireNoFurtherPiece();
     plan_.expected = std::move(checksums_.digests);
     plan_.flush = then == PiecesThen::Delete;
     joined_.length = plan_.TotalLength();
@@ -103,6 +104,13 @@ class Joining {
   }
 
  private:
+  /// Throws FileError if a split has replaced the pieces by more since they were found: the states
+  /// would then be those of the first ones of the new set.
+  void RequireNoFurtherPiece() const {
+    const fs::path next = list_.parent_path() / PathFromText(pieces_.NameOf(pieces_.Count() + 1));
+    if (IsFileItself(next)) throw FileError(next, "The piece was made while the others were read");
+  }
+
   bool HasAllOfTheList() const {
     return checksums_.digests.size() <= pieces_.Count() ||
            pieces_.Missing(pieces_.Count() + 1, ui_);
