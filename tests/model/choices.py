@@ -223,7 +223,7 @@ class Chooser:
             "split", "--size", str(size), "--output", folder, "--yes", "--", path)
         join = lambda path, folder: ("join", "--output", folder, "--yes", "--", path)
         hidden = lambda verb, *rest: (verb, "--password-file", "key", "--yes", *rest)
-        if self.able.library and self.maybe(0.2):
+        if self.able.library and self.maybe(0.4):
             self.steps.append(("network",))
         if self.maybe(0.5):
             self.file("w", ("A", 0, length), 0o644)

@@ -497,6 +497,8 @@ def failure(job, expected, after, outcome):
     if words := wrong_words(status, err, expected, "--quiet" in job.options):
         return "words", f"{words}: {err!r}"
     starts = [job.state] + [expected.instead] * (expected.instead is not None)
+    if expected.why == "pieces of an earlier split":  # What was put aside is back before the question.
+        starts = starts[-1:]
     if wrong := min((differing(expected, start, after) for start in starts), key=len):
         return "files", "; ".join(wrong[:4])
     if status != 2 and expected.out not in (None, out.replace(b"/./", b"/")):
