@@ -50,7 +50,7 @@ class Chooser:
     def scenario(self):
         choose = self.rng.choices(
             [self.sets, self.at_once, self.killed, self.full_disk, self.hidden],
-            [48, 7, 8 * self.able.library, 4 * self.able.root, 33])[0]
+            [50, 7, 9 * self.able.library, 4 * self.able.root, 30])[0]
         choose()
         return self.steps
 
@@ -223,7 +223,7 @@ class Chooser:
             "split", "--size", str(size), "--output", folder, "--yes", "--", path)
         join = lambda path, folder: ("join", "--output", folder, "--yes", "--", path)
         hidden = lambda verb, *rest: (verb, "--password-file", "key", "--yes", *rest)
-        if self.able.library and self.maybe(0.2):
+        if self.able.library and self.maybe(0.4):
             self.steps.append(("network",))
         if self.maybe(0.5):
             self.file("w", ("A", 0, length), 0o644)
@@ -272,26 +272,26 @@ class Chooser:
             self.file(name, data)
         paths = list(self.sources)
         password = rng.choice((b"Ab", b"Ab", b"slyver", b"x" * 24, bytes(rng.choices(BYTES, k=rng.choice((1, 24))))))
-        for name in rng.sample(mains[:3] + ["old.gif"], rng.randrange(1, 3)):
+        found = rng.sample(mains[:3] + ["old.gif"], rng.randrange(1, 5))
+        for name in found:
             inside = tuple((each, "age" if each == b"a.age" else ("C", 0, rng.randrange(1, 900)))
                            for each in rng.choices([b"a.zip", b"a.age", b"b.txt", b"\xe9"],
                                                    k=rng.choice((1, 1, 2, 3, 5, 6))))
             main = rng.choice((1, 3000))
             self.steps.append(("carrier", name, ("A", 0, main), inside, password))
-            paths += [name] * 6
-            if self.maybe(0.6):
+            paths += [name] * 4
+            if self.maybe(0.7):
                 self.damage(name, main, [(each, len(content(data))) for each, data in inside], password)
         common = {"key": carriers.to_text(password).encode() + b"\n", "pass": SECRETS[-1]}
         for name in ("key", "pass"):
-            secret = rng.choice((*[common[name]] * 8, password, *rng.choices(SECRETS, k=2)))
+            secret = rng.choice((*[common[name]] * 12, password, *rng.choices(SECRETS, k=2)))
             self.steps.append(("file", name, secret, 0o600))
+        with_key = [] if password == b"slyver" else ["--password-file", "key"]
+        for name in found:
+            self.say("list", [*with_key], name)
         for _ in range(rng.randrange(1, 5)):
-            verb, options = rng.choice(("hide", "hide", "list", "recover", "recover")), []
-            if self.maybe(0.15 if password == b"slyver" else 0.9):
-                options += ["--password-file", "key"]
-            if verb == "list":
-                self.say("list", options, rng.choice(paths))
-            elif verb == "hide":
+            options = [*with_key] if self.maybe(0.9) else ["--password-file", "key"]
+            if self.maybe(0.5):
                 if self.maybe(0.02):
                     options += ["--encrypt", "--passphrase-file", "pass"]
                 self.say("hide", options, rng.choice(paths), rng.choice(paths))
