@@ -32,14 +32,10 @@ ABSENT = None
 class Setting:
     """What a suite is given."""
 
-    built: pathlib.Path  # The folder of the release build: sly and the preload library.
+    sly: str  # As released, with the preload library beside it.
     folder: pathlib.Path  # Empty, for the suite's files; removed after it.
     short: bool  # Only the part that fits into the short run.
     seed: int  # All random choices come from it.
-
-    @property
-    def sly(self):
-        return self.built / "sly"
 
 
 @dataclasses.dataclass

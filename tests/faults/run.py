@@ -1,6 +1,7 @@
 """Runs the suites and prints a table of what was tried, how often, and what was lost."""
 
 import argparse
+import collections
 import importlib
 import os
 import pathlib
@@ -38,10 +39,9 @@ def run_suite(name, suite, setting):
 
 def main():
     parser = argparse.ArgumentParser()
-    folder_of = lambda text: pathlib.Path(text).resolve()
     parser.add_argument("--short", action="store_true", help="the part that takes a few minutes")
     parser.add_argument("--seed", type=int, default=random.SystemRandom().randrange(10**6))
-    parser.add_argument("--built", type=folder_of, required=True, help="the release build")
+    parser.add_argument("--sly", type=os.path.abspath, required=True, help="of the faults build")
     # Without a suite the list is empty, which must be a choice too.
     parser.add_argument("suites", nargs="*", metavar="SUITE", choices=[*SUITES, []])
     arguments = parser.parse_args()
@@ -52,24 +52,22 @@ def main():
     os.umask(0o022)
     # A shell's background job ignores Ctrl-C, and so would all that it starts.
     signal.signal(signal.SIGINT, signal.default_int_handler)
-    setting = lambda name: Setting(arguments.built, scratch / name, arguments.short, arguments.seed)
+    setting = lambda name: Setting(arguments.sly, scratch / name, arguments.short, arguments.seed)
     try:
         found = {name: run_suite(name, suite, setting(name)) for name, suite in suites.items()}
     finally:
         shutil.rmtree(scratch, ignore_errors=True)
 
-    rows = {}  # (suite, group): cases, tried, losses
-    for name in suites:
-        for case in found[name]:
-            row = rows.setdefault((name, case.group or case.name), [0, 0, 0])
-            row[:] = row[0] + 1, row[1] + case.tried, row[2] + len(case.losses)
-    failed = sum(bool(case.losses) for cases in found.values() for case in cases)
-    passed = sum(map(len, found.values())) - failed
+    rows = collections.defaultdict(collections.Counter)
+    for name, cases in found.items():
+        for case in cases:
+            counts = {"cases": 1, "tried": case.tried, "losses": len(case.losses), "failed": bool(case.losses)}
+            rows[name, case.group or case.name].update(counts)
+    rows["all", ""] = total = sum(rows.values(), collections.Counter())
     print("\n| suite | what | cases | tried | losses |\n|---|---|---|---|---|")
-    for (name, what), row in rows.items():
-        print(f"| {name} | {what} |", " | ".join(map(str, row)), "|")
-    totals = [sum(column) for column in zip(*rows.values())]
-    print("| all | |", " | ".join(map(str, totals)), "|")
+    for names, row in rows.items():
+        print("|", " | ".join([*names, *[str(row[each]) for each in ("cases", "tried", "losses")]]), "|")
+    failed, passed = total["failed"], total["cases"] - total["failed"]
     print(f"\n{passed} passed, {failed} failed")
     return 1 if failed else 0
 

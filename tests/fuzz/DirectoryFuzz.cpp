@@ -7,6 +7,7 @@
 #include "engine/base/PathText.h"
 #include "engine/base/Text8.h"
 #include "engine/hidden/Carrier.h"
+#include "engine/settings/INIReadWri.h"
 #include "fuzz/Require.h"
 
 using namespace slyver;
@@ -36,6 +37,16 @@ void RequireSafe(const std::vector<HiddenFile>& files, std::uint64_t mainLength,
   Require(end <= carrierLength - directoryBytes);
 }
 
+/// A value that is set is read back, from the written text too.
+void RequireWritable(std::string_view text) {
+  IniText ini(text);
+  (void)ini.Remove(mainSection, lengthKey);
+  Require(ini.Text().size() <= text.size());
+  ini.Set(mainSection, nameKey, "1F");
+  Require(ini.Value(mainSection, nameKey) == "1F");
+  Require(IniText(ini.Text()).Value(mainSection, nameKey) == "1F");
+}
+
 }  // namespace
 
 /// The input is a carrier's length, eight bytes from the lowest on, and the text of its directory.
@@ -44,6 +55,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   std::uint64_t carrierLength = 0;
   for (std::size_t i = 8; i-- > 0;) carrierLength = carrierLength << 8U | data[i];
   std::string text(data + 8, data + size);
+  RequireWritable(text);
   text.resize(directoryBytes, '\0');
   const Directory directory(text);
 

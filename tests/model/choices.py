@@ -59,9 +59,9 @@ class Chooser:
     def sets(self):
         rng = self.rng
         if self.maybe(0.3):
-            self.steps.append(("locale", rng.choice(("C", "C.UTF-8", "de_DE.ISO-8859-1"))))
+            self.steps.append(("set", "locale", rng.choice(("C", "C.UTF-8", "de_DE.ISO-8859-1"))))
         if self.maybe(0.3):
-            self.steps.append(("umask", rng.choice((0, 0o027, 0o077))))
+            self.steps.append(("set", "umask", rng.choice((0, 0o027, 0o077))))
         top = rng.choice(("", "p"))
         self.folders = [top, top, "out"]
         stem = rng.choice(STEMS)
@@ -204,13 +204,15 @@ class Chooser:
         rng = self.rng
         self.folders, name, names = ["p"], rng.choice(STEMS[:4]), 3
         for version, mode in (("A", 0o644), ("B", 0o600)):
-            length, size = rng.randrange(2000, 12_000), rng.choice((50, 100, 200))
+            length, size = rng.randrange(2000, 12_000), rng.choice((200, 1000, 3000))
             self.file("src/" + name, (version, 0, length), mode)
             names += 2 * (length // size)  # At most so often is something renamed.
             kill = ("kill", rng.randrange(1, names)) if version == "B" or self.maybe(0.2) else ("sly",)
             self.steps.append((*kill, "split", "--size", str(size), "--output", "p", "--yes",
                                *["--checksum"] * self.maybe(0.5), "--", "src/" + name))
         self.pieces = [f"p/{name}.{i}.sly" for i in (1, 1, 2, 5)]
+        if self.maybe(0.7):
+            self.say("split", ["--size", str(size), "--output", "p"], "src/" + name)
         for _ in range(rng.randrange(1, 4)):
             self.job()
 

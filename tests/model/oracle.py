@@ -138,8 +138,9 @@ class Job:
         return os.path.join(self.output(), self.name + ".1.sly")
 
     def aside(self):
-        """The set that a killed split has put aside: it comes back unless there is a piece 1."""
-        return {} if self.first() in self.state else self.place.put_aside.get(self.first(), {})
+        """The set of which a killed split has put something aside: it comes back."""
+        held = any("/earlier/" in path for path in self.place.leftovers & self.state.keys())
+        return self.place.put_aside.get(self.first(), {}) if held else {}
 
     def split(self):
         refuse_if("--size" in self.options and "--count" in self.options, "size and count", 2)
@@ -228,7 +229,7 @@ class Job:
         self.unproven = [why for why, true in {
             "list not understood": self.list == {},
             "pieces from a subfolder": any(not self.whole and i not in self.digests for i in below),
-            "pieces not in the list": listed and self.found.keys() - listed,
+            "pieces not in the list": listed and (self.found.keys() | {self.chosen}) - listed - {0},
             "odd sizes": odd and not self.digests,
         }.items() if true]
 
@@ -417,8 +418,9 @@ def remember_kill(arguments, before, after, place):
     """Takes note of what a killed job has left, and of the set that it was to replace."""
     place.leftovers |= {path for path in after.keys() - before.keys() if ".slyver-" in path}
     job = Job(arguments, before, place)
-    if job.first() not in after:
-        place.put_aside[job.first()] = {path: before[path] for path in job.set()} or job.aside()
+    complete = after.get(job.first()) not in (None, before.get(job.first()))
+    earlier = job.aside() or {path: before[path] for path in job.set()}
+    place.put_aside[job.first()] = {} if complete else earlier
 
 
 def failure_of_two(jobs, before, place, after, outcomes):

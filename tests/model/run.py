@@ -53,7 +53,7 @@ def show(kind, text, steps, where):
     print(f"LOST in {' | '.join(kind)}, {where}:\n  {text}")
     for step in steps:
         *rest, last = step
-        mode = isinstance(last, int) and step[0] in ("file", "umask")
+        mode = step[0] == "file" or step[:2] == ("set", "umask")
         print("    (" + ", ".join([*map(repr, rest), oct(last) if mode else repr(last)]) + ")")
     if steps[-1][0] == "sly":
         print("  $", shlex.join(steps[-1]), "\n", flush=True)

@@ -2,8 +2,8 @@
 
 A step is a tuple of plain values, printed and read back as it is:
     ("file", PATH, DATA, MODE)         DATA: bytes, (letter, begin, end, flipped bytes ...) or "age"
-    ("folder", PATH) ("link", PATH, TARGET) ("owner", PATH, USER) ("umask", BITS)
-    ("disk", KIB) ("locale", NAME)
+    ("folder", PATH) ("link", PATH, TARGET) ("owner", PATH, USER) ("disk", KIB)
+    ("set", NAME, VALUE)               the umask or the locale
     ("list", PATH, FORM, ((NAME, DATA), ...))         a checksum file; FORMS has the forms
     ("carrier", PATH, DATA, ((NAME, DATA), ...), PASSWORD)   NAME: bytes
     ("directory", PATH, TEXT)          a carrier's directory written otherwise
@@ -223,11 +223,8 @@ class World:
         with contextlib.suppress(FileNotFoundError):
             os.chown(self.at(path), user, user)
 
-    def _umask(self, bits):
-        self.umask = bits
-
-    def _locale(self, name):
-        self.locale = name
+    def _set(self, name, value):
+        setattr(self, name, value)
 
     def _disk(self, kib):
         subprocess.run(
