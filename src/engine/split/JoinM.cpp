@@ -214,7 +214,7 @@ class Joining {
 
   /// Deletes a file. Throws FileError if it is no longer in `state`.
   static void Delete(const fs::path& path, const FileState& state) {
-    if (StateOf(path) != state) throw FileError(path, fileWasChanged);
+    SourceFile(path).ThrowUnlessOpenedAs(state);
     if (const std::error_code error = RemoveFile(path)) throw FileError(path, error);
   }
 
