@@ -36,7 +36,7 @@ class Able:
     """What can be tried here."""
 
     root: bool  # Owners can be changed, and small disks mounted.
-    library: bool  # Calls can be made to fail, or to kill.
+    preload: bool  # Calls can be made to fail, or to kill.
 
 
 class Chooser:
@@ -50,7 +50,7 @@ class Chooser:
     def scenario(self):
         choose = self.rng.choices(
             [self.sets, self.at_once, self.killed, self.full_disk, self.hidden],
-            [50, 7, 9 * self.able.library, 4 * self.able.root, 30])[0]
+            [50, 7, 9 * self.able.preload, 4 * self.able.root, 30])[0]
         choose()
         return self.steps
 
@@ -225,7 +225,7 @@ class Chooser:
             "split", "--size", str(size), "--output", folder, "--yes", "--", path)
         join = lambda path, folder: ("join", "--output", folder, "--yes", "--", path)
         hidden = lambda verb, *rest: (verb, "--password-file", "key", "--yes", *rest)
-        if self.able.library and self.maybe(0.4):
+        if self.able.preload and self.maybe(0.4):
             self.steps.append(("network",))
         if self.maybe(0.5):
             self.file("w", ("A", 0, length), 0o644)

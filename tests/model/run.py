@@ -81,8 +81,8 @@ def main():
 
     # A shell's background job ignores Ctrl-C, and so would all that it starts.
     signal.signal(signal.SIGINT, signal.default_int_handler)
-    able = choices.Able(root=os.geteuid() == 0, library=os.path.exists(world.library_of(arguments.sly)))
-    if not able.library:
+    able = choices.Able(root=os.geteuid() == 0, preload=os.path.exists(world.preload_of(arguments.sly)))
+    if not able.preload:
         print("No library beside sly: killed jobs and network file systems are not tried.")
     print(f"Seed {arguments.seed}", flush=True)
     begun = time.monotonic()

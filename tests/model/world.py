@@ -129,14 +129,14 @@ def start(sly, arguments, home, variables, **options):
         stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE, **options)
 
 
-def library_of(sly):
+def preload_of(sly):
     return os.path.join(os.path.dirname(sly), "libslyver_faults.so")
 
 
 def faults(sly, home, **settings):
     """The variables for the library that has something happen to sly's calls (tests/faults)."""
     variables = {"SLYVER_FAULT_" + name.upper(): str(value) for name, value in settings.items()}
-    return {"LD_PRELOAD": library_of(sly), "SLYVER_FAULT_ROOT": str(home)} | variables
+    return {"LD_PRELOAD": preload_of(sly), "SLYVER_FAULT_ROOT": str(home)} | variables
 
 
 def finish(process):

@@ -37,7 +37,7 @@ using Watch = std::function<bool(const CopyProgress&)>;
 /// there are any, no target is renamed into place.
 ///
 /// Throws FileError if a file cannot be read or written, a source is not in its state, or what a
-/// cipher throws; SpaceError if the disk is full. Then complete targets of a new set stay, and an
+/// source throws; SpaceError if the disk is full. Then complete targets of a new set stay, and an
 /// earlier set is unchanged. Throws Cancelled if `watch` returns false; then no target stays.
 std::vector<std::size_t> Copy(const CopyPlan& plan, const Watch& watch);
 

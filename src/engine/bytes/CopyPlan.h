@@ -59,6 +59,8 @@ struct CopyPlan {
   /// The targets are a set: with Existing::Keep the folder must not contain files with such names;
   /// with Existing::Replace they are deleted when the new set is complete.
   bool isSet = false;
+  /// StateOfFirst() when the user agreed to replace the earlier set. Another one is not replaced.
+  std::optional<FileState> replaces;
   DigestList list;
   /// The digests that the first ranges must have.
   std::vector<Digest> expected;

@@ -135,6 +135,14 @@ class NewSet final : public TargetSet {
 
 }  // namespace
 
+FileState StateOfFirst(const CopyPlan& plan) {
+  try {
+    return StateOf(plan.names.Path(0));
+  } catch (const FileError&) {
+    return {};
+  }
+}
+
 std::unique_ptr<TargetSet> TargetSet::Start(const CopyPlan& plan) {
   // The last name is the longest. If it is too long, fail before the long work.
   (void)NameIsTaken(plan.names.Path(plan.TargetCount() - 1));
@@ -143,6 +151,8 @@ std::unique_ptr<TargetSet> TargetSet::Start(const CopyPlan& plan) {
   EarlierSet earlier;
   if (plan.isSet) {
     RemoveStagingLeftover(plan);
+    if (plan.replaces && StateOfFirst(plan) != *plan.replaces)
+      throw FileError(plan.names.Path(0), "Another program has replaced it");
     earlier = FindEarlier(plan);
   }
   RequireRoom(plan, sharing, earlier);

@@ -9,6 +9,10 @@
 
 namespace slyver {
 
+/// Returns the state of the file with the first target's name; that of no file if it is missing or
+/// cannot be read.
+FileState StateOfFirst(const CopyPlan& plan);
+
 /// Creates the targets of a plan and renames them into place: a new set, each when it is complete
 /// and the first one last, or all together in exchange for an earlier set.
 class TargetSet {

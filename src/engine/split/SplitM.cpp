@@ -102,6 +102,7 @@ bool SplitForUser(CopyPlan& plan, const std::string& name, std::uint64_t count,
       return ChecksumLine(PieceNameOf(name, static_cast<int>(index) + 1), digest);
     };
   RestoreEarlierSet(plan);
+  plan.replaces = StateOfFirst(plan);
   // A list of the whole file does not belong to the pieces.
   plan.list.isThere =
       ReadChecksumFile(options.outputFolder, name).kind == Checksums::Kind::Understood;

@@ -10,6 +10,7 @@
 
 #include "engine/base/FileError.h"
 #include "engine/base/Workers.h"
+#include "engine/bytes/TargetSet.h"
 #include "engine/disk/Files.h"
 #include "support/TempFolder.h"
 
@@ -352,7 +353,14 @@ TEST_F(Copied, ASetReplacesAnotherAsOne) {
   EXPECT_EQ(Names(out), earlier);
   for (const std::string& name : earlier) EXPECT_EQ(ReadFile(out / name), "old");
 
-  Copy(plan, GoOn);
+  // Nor is a set replaced that came after the user has agreed.
+  CopyPlan agreed = plan;
+  agreed.replaces = StateOfFirst(plan);
+  WriteFile(out / "s1.x", "came meanwhile");
+  EXPECT_EQ(ErrorOf([&] { Copy(agreed, GoOn); }),
+            (out / "s1.x").string() + ": Another program has replaced it");
+  agreed.replaces = StateOfFirst(plan);
+  Copy(agreed, GoOn);
   EXPECT_EQ(Names(out), (std::set<std::string>{"s1.x", "s2.x", "s3.x", "s4.x"}));
   EXPECT_EQ(ReadFile(out / "s1.x"), bytes.substr(0, 10));
   EXPECT_EQ(ReadFile(out / "s3.x"), bytes.substr(20, 10));
