@@ -81,7 +81,7 @@ TEST(Age, AnyPartsMakeTheSameBytes) {
   const std::size_t header = file.size() - plain.size() - std::size_t{4} * 16;
   EXPECT_EQ(sealed->Cut(0, 100), 100U);
   EXPECT_EQ(sealed->Cut(0, 131072), header + 65552);
-  EXPECT_EQ(sealed->Cut(header + 65552, header + 65552 + 131072), header + 2 * 65552U);
+  EXPECT_EQ(sealed->Cut(header + 65552, header + 65552 + 131072), header + std::size_t{2} * 65552);
 }
 
 }  // namespace
